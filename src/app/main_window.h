@@ -1,0 +1,95 @@
+// The main window: one window, the twelve tabs of `SSTab1`, the start-up status label and the
+// link status strip. It assembles the pages and runs the load sequence; the rules live in cores.
+#pragma once
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QTabWidget>
+#include <QTimer>
+#include <array>
+#include <functional>
+
+#include "shell/program_setup.h"
+#include "shell/startup_sequence.h"
+
+namespace vela {
+
+class QtSerialPort;
+class SettingsControls;
+
+// The captions that tell whether the ECU is connected; other parts look for "Not" in them.
+inline constexpr char kConnectedCaption[] = "MORVANE Engine Management System  -  Connected";
+inline constexpr char kNotConnectedCaption[] =
+    "MORVANE Engine Management System  - Not  Connected";
+
+struct MainWindowParts {
+  ProgramSetup& setup;
+  StartupTrace& trace;
+  QtSerialPort& port;
+  MessageSink& messages;
+  FileSystem& files;
+  // True when no other instance runs (and from then on holds this one's claim).
+  std::function<bool()> claim_single_instance;
+};
+
+class MainWindow : public QMainWindow, public StartupSteps {
+  Q_OBJECT
+
+ public:
+  explicit MainWindow(MainWindowParts parts, QWidget* parent = nullptr);
+  ~MainWindow() override;
+
+  // The load sequence; false when another instance runs and this one must end.
+  bool Load();
+
+  QTabWidget* tabs() const { return tabs_; }
+  SettingsControls& settings_controls() { return *settings_controls_; }
+
+  // StartupSteps
+  void SizeWindow() override;
+  void HideComponentsBeforeStartup() override;
+  void SetColours() override;
+  void SetupLogLiveChannel1() override;
+  void SetupTabs() override;
+  void SetupFormSize() override;
+  void SetupRpmPoints() override;
+  void SetupGrid(const std::string& name) override;
+  bool CheckSingleInstance() override;
+  void SetupNoticeLabel() override;
+  void SetupPortAndSampleLists() override;
+  void SetupInfoGrids() override;
+  void SetupSensorAndTriggerLists() override;
+  void SetupOutputPositions() override;
+  void SetupEditorControls() override;
+  void SetupHiddenFocuses() override;
+  void ReadProgramSettings() override;
+  void EnableDatalogChannel0() override;
+  void SetupGpiNames() override;
+  void SetupGpoNames() override;
+  void SetupDatalogChart() override;
+  void SetupChartsAndCrossHair() override;
+  void LoadDatalogSettings() override;
+  void SelectFirstTab() override;
+  void StartCountsPerMsTimer() override;
+  void RunCommand16() override;
+
+ private:
+  QWidget* BuildPage(int index);
+  void BuildStatusStrip(QWidget* parent);
+  void OpenFirstRunSetup();
+  void ReopenPort(int port_number);
+  void ApplyScale(int value);
+
+  MainWindowParts parts_;
+  SettingsControls* settings_controls_;
+  QTabWidget* tabs_ = nullptr;
+  QLabel* startup_label_ = nullptr;   // `LabelOrangeBlock`
+  QLabel* status_label_ = nullptr;    // the link status label
+  QLabel* notice_label_ = nullptr;
+  QLabel* port_label_ = nullptr;
+  QList<QWidget*> hidden_until_started_;
+  std::array<int, 13> datalog_channel_enabled_{};
+  int base_font_points_ = 0;
+};
+
+}  // namespace vela

@@ -1,0 +1,50 @@
+// The ECU's serial line over QSerialPort: 115,200 baud, 8 data bits, no parity, 1 stop bit, no flow
+// control. "CommPort N" is mapped to the system's device for N unless a device was given with
+// --port. The port is closed on the first read or resource error (a vanished pseudo-terminal
+// otherwise floods read errors and stays open); the link's reopen rule takes over from there.
+#pragma once
+
+#include <QObject>
+#include <QSerialPort>
+#include <QString>
+
+#include "link/serial_port.h"
+
+namespace vela {
+
+class QtSerialPort : public QObject, public SerialPort {
+  Q_OBJECT
+
+ public:
+  explicit QtSerialPort(bool windows_names, QObject* parent = nullptr);
+
+  // A device used whatever port number is asked for (empty: the numbering rule applies).
+  void set_device_override(const QString& device) { device_override_ = device; }
+  const QString& device_override() const { return device_override_; }
+  QString DeviceFor(int port_number) const;
+  QString device() const { return port_.portName(); }
+
+  bool Open(int port_number) override;
+  void Close() override;
+  bool IsOpen() const override;
+  std::size_t BytesWaiting() const override;
+  std::vector<std::uint8_t> ReadAll() override;
+  void ClearInput() override;
+  bool WriteByte(std::uint8_t byte) override;
+
+  // Does nothing: the line settings are fixed when the port is opened.
+  void SetBaudRate() {}
+
+ signals:
+  void DataReceived();
+  void ClosedOnError(const QString& reason);
+
+ private:
+  void OnError(QSerialPort::SerialPortError error);
+
+  bool windows_names_;
+  QString device_override_;
+  QSerialPort port_;
+};
+
+}  // namespace vela

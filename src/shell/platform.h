@@ -1,0 +1,47 @@
+// The small interfaces through which the plain C++ cores reach the outside world. The Qt side
+// implements them with QMessageBox, QFileDialog, QElapsedTimer and the event loop; tests give
+// scripted versions.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vela {
+
+// Modal message boxes: an icon, a fixed title, fixed lines (shown one under the other) and the
+// buttons offered. Titles and lines are shown exactly as given, trailing blanks included.
+enum class MessageIcon { kInformation, kExclamation, kQuestion, kCritical };
+enum class MessageButtons { kOk, kOkCancel, kYesNo, kYesNoCancel };
+enum class MessageAnswer { kOk, kCancel, kYes, kNo };
+
+class MessageSink {
+ public:
+  virtual ~MessageSink() = default;
+  virtual MessageAnswer Show(MessageIcon icon, const std::string& title,
+                             const std::vector<std::string>& lines,
+                             MessageButtons buttons = MessageButtons::kOk) = 0;
+};
+
+// File dialogs: a filter in the "Description|*.ext" form, a title and an initial folder.
+class FileDialogs {
+ public:
+  virtual ~FileDialogs() = default;
+  virtual std::optional<std::string> AskOpenPath(const std::string& filter,
+                                                 const std::string& title,
+                                                 const std::string& initial_folder) = 0;
+  virtual std::optional<std::string> AskSavePath(const std::string& filter,
+                                                 const std::string& title,
+                                                 const std::string& initial_folder) = 0;
+};
+
+// A millisecond tick counter and the hook that lets pending user events run during long waits.
+class Clock {
+ public:
+  virtual ~Clock() = default;
+  virtual std::int64_t NowMs() = 0;
+  virtual void LetEventsRun() = 0;
+};
+
+}  // namespace vela

@@ -1,0 +1,29 @@
+#include "shell/program_folders.h"
+
+namespace vela {
+
+namespace {
+constexpr char kMakerFolderName[] = "MORVANE Programs Info";
+constexpr char kProgramFolderName[] = "MORVANE VELA";
+}  // namespace
+
+ProgramFolders WindowsProgramFolders() {
+  const std::string maker = std::string("C:\\") + kMakerFolderName + "\\";
+  const std::string program = maker + kProgramFolderName + "\\";
+  return {maker, program, program + "Maps\\", program + "Datalogs\\"};
+}
+
+ProgramFolders ProgramFoldersUnder(const std::string& root) {
+  std::string base = root;
+  if (base.empty() || base.back() != '/') base += '/';
+  const std::string maker = base + kMakerFolderName + "/";
+  const std::string program = maker + kProgramFolderName + "/";
+  return {maker, program, program + "Maps/", program + "Datalogs/"};
+}
+
+std::string PortDeviceName(int port_number, bool windows) {
+  if (windows) return "COM" + std::to_string(port_number);
+  return "/dev/ttyUSB" + std::to_string(port_number - 1);
+}
+
+}  // namespace vela

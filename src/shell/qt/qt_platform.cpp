@@ -1,0 +1,94 @@
+#include "shell/qt/qt_platform.h"
+
+#include <QCoreApplication>
+#include <QFileDialog>
+#include <QLocale>
+#include <QMessageBox>
+#include <QStringList>
+
+namespace vela {
+
+namespace {
+
+QMessageBox::Icon BoxIcon(MessageIcon icon) {
+  switch (icon) {
+    case MessageIcon::kInformation: return QMessageBox::Information;
+    case MessageIcon::kExclamation: return QMessageBox::Warning;
+    case MessageIcon::kQuestion: return QMessageBox::Question;
+    case MessageIcon::kCritical: return QMessageBox::Critical;
+  }
+  return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButtons BoxButtons(MessageButtons buttons) {
+  switch (buttons) {
+    case MessageButtons::kOk: return QMessageBox::Ok;
+    case MessageButtons::kOkCancel: return QMessageBox::Ok | QMessageBox::Cancel;
+    case MessageButtons::kYesNo: return QMessageBox::Yes | QMessageBox::No;
+    case MessageButtons::kYesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+  }
+  return QMessageBox::Ok;
+}
+
+MessageAnswer AnswerFrom(int button) {
+  switch (button) {
+    case QMessageBox::Cancel: return MessageAnswer::kCancel;
+    case QMessageBox::Yes: return MessageAnswer::kYes;
+    case QMessageBox::No: return MessageAnswer::kNo;
+    default: return MessageAnswer::kOk;
+  }
+}
+
+}  // namespace
+
+MessageAnswer QtMessageSink::Show(MessageIcon icon, const std::string& title,
+                                  const std::vector<std::string>& lines,
+                                  MessageButtons buttons) {
+  QStringList text;
+  for (const auto& line : lines) text << QString::fromStdString(line);
+  QMessageBox box(BoxIcon(icon), QString::fromStdString(title), text.join('\n'),
+                  BoxButtons(buttons), parent_);
+  return AnswerFrom(box.exec());
+}
+
+QString QtFilterFrom(const std::string& filter) {
+  const QStringList parts = QString::fromStdString(filter).split('|');
+  QStringList qt_filters;
+  for (int i = 0; i + 1 < parts.size(); i += 2) {
+    QString pattern = parts[i + 1];
+    pattern.replace(';', ' ');
+    qt_filters << parts[i] + " (" + pattern + ")";
+  }
+  return qt_filters.join(";;");
+}
+
+std::optional<std::string> QtFileDialogs::AskOpenPath(const std::string& filter,
+                                                      const std::string& title,
+                                                      const std::string& initial_folder) {
+  const QString path =
+      QFileDialog::getOpenFileName(parent_, QString::fromStdString(title),
+                                   QString::fromStdString(initial_folder), QtFilterFrom(filter));
+  if (path.isEmpty()) return std::nullopt;
+  return path.toStdString();
+}
+
+std::optional<std::string> QtFileDialogs::AskSavePath(const std::string& filter,
+                                                      const std::string& title,
+                                                      const std::string& initial_folder) {
+  // The program asks its own overwrite question, so the dialog's is turned off.
+  const QString path = QFileDialog::getSaveFileName(
+      parent_, QString::fromStdString(title), QString::fromStdString(initial_folder),
+      QtFilterFrom(filter), nullptr, QFileDialog::DontConfirmOverwrite);
+  if (path.isEmpty()) return std::nullopt;
+  return path.toStdString();
+}
+
+void QtClock::LetEventsRun() { QCoreApplication::processEvents(); }
+
+char SystemDecimalSeparator() {
+  const QString point = QLocale::system().decimalPoint();
+  return point == "," ? ',' : '.';
+}
+
+}  // namespace vela
