@@ -1,1 +1,152 @@
-int main() { return 0; }
+// The main window as a tuner meets it at start: tabs, captions, the start-up label, settings
+// read into the controls and saved on change, the port, and the single-instance rule.
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include "../shell/fakes.h"
+#include "app/main_window.h"
+#include "link/qt/qt_serial_port.h"
+#include "shell/qt/single_instance.h"
+
+using namespace vela;
+
+class MainWindowTest : public QObject {
+  Q_OBJECT
+
+  struct Program {
+    explicit Program(const QString& root, const QString& device)
+        : folders(ProgramFoldersUnder(root.toStdString())),
+          setup(folders, files, messages, trace),
+          port(false),
+          lock(QString::fromStdString(folders.program)) {
+      port.set_device_override(device);
+      window = std::make_unique<MainWindow>(
+          MainWindowParts{setup, trace, port, messages, files, [this] { return lock.Acquire(); }});
+    }
+    QString SetupText() const {
+      QFile file(QString::fromStdString(setup.SetupFilePath()));
+      return file.open(QIODevice::ReadOnly) ? QString::fromLatin1(file.readAll()) : QString();
+    }
+    ProgramFolders folders;
+    DiskFileSystem files;
+    testing::RecordingMessages messages;
+    StartupTrace trace;
+    ProgramSetup setup;
+    QtSerialPort port;
+    SingleInstanceLock lock;
+    std::unique_ptr<MainWindow> window;
+  };
+
+  std::unique_ptr<QTemporaryDir> temp_;
+  QString root_;
+
+ private slots:
+  void init() {
+    temp_ = std::make_unique<QTemporaryDir>();
+    QVERIFY(temp_->isValid());
+    root_ = temp_->path();
+  }
+
+  void startsWithTwelveTabsTheTraceAndTheNotConnectedCaption() {
+    Program program(root_, "/dev/no-such-tty");
+    QVERIFY(program.window->Load());
+    auto* tabs = program.window->findChild<QTabWidget*>("SSTab1");
+    QVERIFY(tabs);
+    const QStringList expected = {"&Fuel Map 1", "&Fuel Map 2", "&Ignition Maps", "Ou&tputs",
+                                  "Inpu&ts", "&Compensation", "&Main Setup", "&Sensor Setup",
+                                  "&Help", "&Data Page", "File &Options", "DataLo&gging"};
+    QCOMPARE(tabs->count(), expected.size());
+    for (int i = 0; i < tabs->count(); ++i) QCOMPARE(tabs->tabText(i), expected[i]);
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(program.window->windowTitle(),
+             QString("MORVANE Engine Management System  - Not  Connected"));
+    auto* label = program.window->findChild<QLabel*>("LabelOrangeBlock");
+    QCOMPARE(label->text(), QString("CountsPerMSTimer Enabled"));
+    QCOMPARE(QString::fromStdString(program.trace.texts().front()), QString("Entered Form1.Load"));
+  }
+
+  void firstStartMakesTheTreeAndTheDefaultFileAndReportsTheMissingPort() {
+    Program program(root_, "/dev/no-such-tty");
+    QVERIFY(program.window->Load());
+    for (const auto& folder : program.folders.InCreationOrder()) {
+      QVERIFY(QDir(QString::fromStdString(folder)).exists());
+    }
+    QCOMPARE(program.SetupText(), QString::fromStdString(DefaultSetupFileText()));
+    QCOMPARE(program.messages.shown.size(), size_t(1));
+    QCOMPARE(program.messages.shown[0].title, std::string("Commport Error"));
+    QVERIFY(!program.port.IsOpen());
+  }
+
+  void settingsAreReadIntoTheControlsAndEveryChangeIsSaved() {
+    {
+      Program first(root_, "/dev/no-such-tty");
+      QVERIFY(first.window->Load());
+    }
+    ProgramSettings saved;
+    saved.frames_per_second_index = 8;
+    saved.map_integrity = false;
+    saved.scale = 0;
+    QFile file(QString::fromStdString(
+        ProgramFoldersUnder(root_.toStdString()).program + "Setup.txt"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(SetupFileText(saved).c_str());
+    file.close();
+
+    Program program(root_, "/dev/no-such-tty");
+    QVERIFY(program.window->Load());
+    auto* rates = program.window->findChild<QComboBox*>("FramesPerSecondList");
+    QCOMPARE(rates->currentText(), QString("8 Samples/Second"));
+    QVERIFY(program.window->findChild<QRadioButton*>("MapIntegrity1")->isChecked());
+    QVERIFY(program.window->findChild<QRadioButton*>("Language0")->isChecked());
+    // Filling the controls at start must not rewrite the file.
+    QCOMPARE(program.SetupText(), QString::fromStdString(SetupFileText(saved)));
+
+    program.window->findChild<QComboBox*>("CommPortList")->setCurrentIndex(6);
+    QVERIFY(program.SetupText().startsWith("Port = 7 \r\nFrames per Second = 8 \r\n"));
+    program.window->findChild<QScrollBar*>("HScroll6")->setValue(-10);
+    QVERIFY(program.SetupText().endsWith("Scale =  40 \r\n"));
+  }
+
+  void opensThePortGivenOnTheCommandLine() {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(master >= 0);
+    QVERIFY(grantpt(master) == 0 && unlockpt(master) == 0);
+    const QString device = QString::fromLatin1(ptsname(master));
+    Program program(root_, device);
+    QVERIFY(program.window->Load());
+    QVERIFY(program.messages.shown.empty());
+    QVERIFY(program.port.IsOpen());
+    QVERIFY(program.port.WriteByte(0x5A));
+    program.port.Close();
+    char byte = 0;
+    QCOMPARE(::read(master, &byte, 1), ssize_t(1));
+    QCOMPARE(byte, char(0x5A));
+    ::close(master);
+  }
+
+  void aSecondInstanceShowsTheMessageAndTouchesNothing() {
+    const QString root = root_ + "/second";
+    SingleInstanceLock running(
+        QString::fromStdString(ProgramFoldersUnder(root.toStdString()).program));
+    QVERIFY(running.Acquire());
+    Program program(root, "/dev/no-such-tty");
+    QVERIFY(!program.window->Load());
+    QCOMPARE(program.messages.shown.size(), size_t(1));
+    QCOMPARE(program.messages.shown[0].title, std::string("MORVANE-ECU"));
+    QCOMPARE(program.messages.shown[0].lines[0], std::string("MORVANE-ECU is already running         "));
+    QVERIFY(!QDir(root).exists());
+    QVERIFY(!program.port.IsOpen());
+  }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "main_window_test.moc"

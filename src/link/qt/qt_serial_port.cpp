@@ -51,7 +51,9 @@ void QtSerialPort::ClearInput() {
 bool QtSerialPort::WriteByte(std::uint8_t byte) {
   if (!port_.isOpen()) return false;
   const char c = static_cast<char>(byte);
-  return port_.write(&c, 1) == 1;
+  if (port_.write(&c, 1) != 1) return false;
+  port_.flush();  // on the wire now: the link paces its bytes itself
+  return true;
 }
 
 void QtSerialPort::OnError(QSerialPort::SerialPortError error) {
