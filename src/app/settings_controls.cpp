@@ -67,6 +67,7 @@ QCheckBox* SettingsControls::MakeTick(QWidget* parent, const QString& name, cons
 
 QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
   auto* box = MakeBox(page, "LinkOptions", "ECU Link");
+  box->setMaximumWidth(760);
   auto* form = new QFormLayout(box);
 
   port_list_ = new QComboBox(box);
@@ -76,7 +77,7 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
   auto* port_row = new QHBoxLayout;
   port_row->addWidget(port_list_);
   port_row->addWidget(port_device_, 1);
-  form->addRow("Serial &port:", port_row);
+  form->addRow("Serial port:", port_row);
   connect(port_list_, &QComboBox::currentIndexChanged, this, [this](int index) {
     if (index < 0) return;
     setup_.settings.port_index = index;
@@ -87,7 +88,7 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
 
   frames_per_second_ = new QComboBox(box);
   frames_per_second_->setObjectName("FramesPerSecondList");
-  form->addRow("Live &frames:", frames_per_second_);
+  form->addRow("Live frames:", frames_per_second_);
   connect(frames_per_second_, &QComboBox::currentIndexChanged, this, [this](int index) {
     if (index < 0) return;
     setup_.settings.frames_per_second_index = index;

@@ -87,8 +87,10 @@ std::optional<std::string> QtFileDialogs::AskSavePath(const std::string& filter,
 void QtClock::LetEventsRun() { QCoreApplication::processEvents(); }
 
 char SystemDecimalSeparator() {
-  const QString point = QLocale::system().decimalPoint();
-  return point == "," ? ',' : '.';
+  // The number 0.001 turned into text the way the computer shows numbers.
+  const QString text = QLocale::system().toString(0.001, 'f', 3);
+  if (text.contains('.')) return '.';
+  return text.contains(',') ? ',' : '.';
 }
 
 }  // namespace vela
