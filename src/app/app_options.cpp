@@ -17,6 +17,11 @@ AppOptions ParseAppOptions(const QStringList& arguments, const QString& env_data
     } else if (arg.startsWith("--data-dir")) {
       if (auto v = value("--data-dir")) options.data_root = *v;
       else options.error = "--data-dir needs a folder";
+    } else if (arg == "--simulate") {
+      options.simulate = true;
+    } else if (arg.startsWith("--sim-args")) {
+      if (auto v = value("--sim-args")) options.sim_args = v->split(' ', Qt::SkipEmptyParts);
+      else options.error = "--sim-args needs the simulator's options";
     } else if (arg.startsWith("--port")) {
       if (auto v = value("--port")) options.port_device = *v;
       else options.error = "--port needs a device";
@@ -29,11 +34,14 @@ AppOptions ParseAppOptions(const QStringList& arguments, const QString& env_data
 }
 
 QString AppUsage() {
-  return "Usage: morvane-vela [--data-dir DIR] [--port DEVICE]\n"
+  return "Usage: morvane-vela [--data-dir DIR] [--port DEVICE] [--simulate [--sim-args ARGS]]\n"
          "  --data-dir DIR   keep the program's folder tree under DIR (default: the home folder;\n"
          "                   the MORVANE_VELA_DATA_DIR environment variable does the same)\n"
          "  --port DEVICE    open DEVICE (a serial device or pseudo-terminal) for the ECU link\n"
-         "                   instead of the device of the chosen \"CommPort N\"\n";
+         "                   instead of the device of the chosen \"CommPort N\"\n"
+         "  --simulate       start the simulated ECU inside the program and connect to it\n"
+         "  --sim-args ARGS  options for the simulated ECU, e.g. \"--garbage-every 3\"\n"
+         "                   (vela-ecusim --help lists them)\n";
 }
 
 }  // namespace vela

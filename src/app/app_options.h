@@ -10,6 +10,8 @@ namespace vela {
 struct AppOptions {
   QString data_root;      // --data-dir: the folder tree goes under this root
   QString port_device;    // --port: this device is opened whatever "CommPort N" is chosen
+  bool simulate = false;  // --simulate: run the simulated ECU in-process and connect to it
+  QStringList sim_args;   // --sim-args "...": options for the simulated ECU (its fault options)
   bool show_help = false;
   QString error;          // not empty when the command line could not be read
 };

@@ -5,11 +5,13 @@
 #include <cstdio>
 
 #include "app/app_options.h"
+#include "app/link_session.h"
 #include "app/main_window.h"
 #include "link/qt/qt_serial_port.h"
 #include "shell/file_system.h"
 #include "shell/qt/qt_platform.h"
 #include "shell/qt/single_instance.h"
+#include "sim/pty_runner.h"
 
 namespace {
 
@@ -26,6 +28,23 @@ vela::ProgramFolders FoldersFor(const vela::AppOptions& options) {
   }
   if (kWindows) return vela::WindowsProgramFolders();
   return vela::ProgramFoldersUnder(QDir::homePath().toStdString());
+}
+
+// Starts the simulated ECU on a pseudo-terminal and points the port at it. False (with the
+// reason printed) when it cannot start.
+bool StartSimulator(const vela::AppOptions& options, vela::sim::InProcessSimulator& simulator,
+                    vela::QtSerialPort& port) {
+  std::vector<std::string> texts;
+  for (const QString& arg : options.sim_args) texts.push_back(arg.toStdString());
+  std::vector<std::string_view> args(texts.begin(), texts.end());
+  std::string error;
+  const auto command_line = vela::sim::ParseSimCommandLine(args, &error);
+  if (!command_line || !simulator.Start(*command_line, &error)) {
+    std::fprintf(stderr, "morvane-vela: the simulated ECU could not start: %s\n", error.c_str());
+    return false;
+  }
+  port.set_device_override(QString::fromStdString(simulator.SlavePath()));
+  return true;
 }
 
 }  // namespace
@@ -49,13 +68,19 @@ int main(int argc, char* argv[]) {
   vela::QtSerialPort port(kWindows);
   port.set_device_override(options.port_device);
   vela::SingleInstanceLock instance_lock(QString::fromStdString(folders.program));
+  vela::sim::InProcessSimulator simulator;
+  if (options.simulate && !StartSimulator(options, simulator, port)) return 1;
 
-  vela::MainWindow window({setup, trace, port, messages, files,
+  vela::LinkSession link(port, trace);
+  // A pseudo-terminal needs no gap between bytes: the simulated ECU paces its own line.
+  if (options.simulate) link.SetCommsDelayEnabled(false);
+  vela::MainWindow window({setup, trace, port, messages, files, link,
                            [&instance_lock] { return instance_lock.Acquire(); }});
   messages.set_parent(&window);
   if (!window.Load()) return 0;
   window.show();
   const int result = app.exec();
+  link.Close();
   port.Close();
   return result;
 }

@@ -7,7 +7,9 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "app/data_page.h"
 #include "app/form_spare.h"
+#include "app/link_session.h"
 #include "app/settings_controls.h"
 #include "link/qt/qt_serial_port.h"
 
@@ -29,6 +31,13 @@ enum Tab {
   kMainSetup, kSensorSetup, kHelp, kDataPage, kFileOptions, kDataLogging
 };
 
+QString StyleFor(const LabelColour& colour) {
+  return QString("background-color: rgb(%1, %2, %3); padding: 1px 6px;")
+      .arg(colour.red)
+      .arg(colour.green)
+      .arg(colour.blue);
+}
+
 QLabel* PageNote(QWidget* parent, const QString& text) {
   auto* note = new QLabel(text, parent);
   note->setWordWrap(true);
@@ -38,11 +47,25 @@ QLabel* PageNote(QWidget* parent, const QString& text) {
 
 }  // namespace
 
+// The status label as the link's start-up measurement writes to it.
+class StatusLabelAdapter : public StatusLabel {
+ public:
+  explicit StatusLabelAdapter(QLabel* label) : label_(label) {}
+  void SetText(const std::string& text) override {
+    label_->setText(QString::fromStdString(text));
+    label_->repaint();
+  }
+  void SetColour(LabelColour colour) override { label_->setStyleSheet(StyleFor(colour)); }
+
+ private:
+  QLabel* label_;
+};
+
 MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
     : QMainWindow(parent),
       parts_(std::move(parts)),
       settings_controls_(new SettingsControls(parts_.setup, this)) {
-  setWindowTitle(kNotConnectedCaption);
+  setWindowTitle(QString::fromStdString(parts_.link.state().Caption));
   auto* central = new QWidget(this);
   central->setObjectName("Form1");
   auto* layout = new QVBoxLayout(central);
@@ -63,6 +86,8 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
     startup_label_->setText(QString::fromStdString(text));
   });
   parts_.setup.set_on_settings_read([this] { settings_controls_->ShowSettings(); });
+  status_adapter_ = std::make_unique<StatusLabelAdapter>(status_label_);
+  WireLink();
 }
 
 MainWindow::~MainWindow() {
@@ -95,11 +120,15 @@ QWidget* MainWindow::BuildPage(int index) {
       layout->addWidget(settings_controls_->BuildHelpOptions(page));
       break;
     case kDataPage: {
-      layout->addWidget(settings_controls_->BuildDataPageOptions(page));
+      data_page_ = new DataPage(page);
+      layout->addWidget(data_page_);
+      QLayout* options = data_page_->options_area()->layout();
+      options->addWidget(settings_controls_->BuildDataPageOptions(page));
       auto* reset = new QPushButton("&Reset Displays", page);
       reset->setObjectName("Command16");
       connect(reset, &QPushButton::clicked, this, &MainWindow::RunCommand16);
-      layout->addWidget(reset, 0, Qt::AlignLeft);
+      options->addWidget(reset);
+      options->setAlignment(reset, Qt::AlignLeft);
       break;
     }
     case kFileOptions:
@@ -120,21 +149,76 @@ void MainWindow::BuildStatusStrip(QWidget* parent) {
   strip->setFrameShape(QFrame::StyledPanel);
   auto* row = new QHBoxLayout(strip);
   row->setContentsMargins(6, 2, 6, 2);
-  status_label_ = new QLabel(strip);
-  status_label_->setObjectName("StatusLabel");
-  status_label_->setMinimumWidth(160);
-  port_label_ = new QLabel(strip);
-  port_label_->setObjectName("PortLabel");
+  status_label_ = AddStripLabel(strip, "StatusLabel", 160);
+  rx_indicator_ = AddStripLabel(strip, "RxIndicator", 40);
+  link_indicator_ = AddStripLabel(strip, "LinkIndicator", 60);
+  overflow_label_ = AddStripLabel(strip, "OverflowCount", 80);
+  tick_label_ = AddStripLabel(strip, "TickCount", 90);
+  chunk_label_ = AddStripLabel(strip, "ChunkLength", 60);
+  port_label_ = AddStripLabel(strip, "PortLabel", 60);
   startup_label_ = new QLabel(strip);
   startup_label_->setObjectName("LabelOrangeBlock");
   startup_label_->setStyleSheet("background-color: rgb(255, 160, 40); padding: 1px 6px;");
   notice_label_ = new QLabel(strip);
   notice_label_->setObjectName("NoticeLabel");
-  row->addWidget(status_label_);
-  row->addWidget(port_label_);
+  for (QLabel* label : {status_label_, rx_indicator_, link_indicator_, overflow_label_,
+                        tick_label_, chunk_label_, port_label_}) {
+    row->addWidget(label);
+  }
   row->addWidget(notice_label_, 1);
   row->addWidget(startup_label_);
   static_cast<QVBoxLayout*>(parent->layout())->addWidget(strip);
+}
+
+QLabel* MainWindow::AddStripLabel(QWidget* strip, const QString& name, int min_width) {
+  auto* label = new QLabel(strip);
+  label->setObjectName(name);
+  label->setMinimumWidth(min_width);
+  return label;
+}
+
+void MainWindow::WireLink() {
+  LinkSession& link = parts_.link;
+  connect(&link, &LinkSession::CaptionChanged, this, &QWidget::setWindowTitle);
+  connect(&link, &LinkSession::DisplayChanged, this, &MainWindow::RefreshLinkDisplay);
+  connect(&link, &LinkSession::LiveDataChanged, this, &MainWindow::ShowLiveData);
+  connect(&link, &LinkSession::DisplaysReset, this, &MainWindow::ShowLiveData);
+  connect(settings_controls_, &SettingsControls::FramesPerSecondChosen, &link,
+          &LinkSession::RateChosen);
+  connect(settings_controls_, &SettingsControls::PacketSpeedChosen, &link,
+          &LinkSession::PacketSpeedChosen);
+  connect(settings_controls_, &SettingsControls::SlowSendChosen, &link,
+          &LinkSession::SlowSendChosen);
+}
+
+void MainWindow::ApplyLinkSettings() {
+  const ProgramSettings& s = parts_.setup.settings;
+  parts_.link.PacketSpeedChosen(s.comms_packet_speed);
+  parts_.link.SlowSendChosen(s.reduce_comms_sending != 0);
+  parts_.link.dispatcher().SetPortNumber(parts_.setup.CommPortNumber);
+}
+
+void MainWindow::RefreshLinkDisplay() {
+  const LinkDisplay& d = parts_.link.display();
+  auto show = [](QLabel* label, const LabelLook& look) {
+    if (look.text.empty() && look.colour == LabelColour{}) return;
+    label->setText(QString::fromStdString(look.text));
+    label->setStyleSheet(StyleFor(look.colour));
+  };
+  show(rx_indicator_, d.receive_indicator);
+  show(link_indicator_, d.link_indicator);
+  show(status_label_, d.status);
+  overflow_label_->setText(QString("Overflow %1").arg(d.overflow_count));
+  tick_label_->setText(QString("Ticks %1").arg(d.tick_count));
+  chunk_label_->setText(QString("Rx %1").arg(d.last_chunk_length));
+  if (!d.orange_block.empty() && d.orange_block != last_orange_block_) {
+    last_orange_block_ = d.orange_block;
+    startup_label_->setText(QString::fromStdString(d.orange_block));
+  }
+}
+
+void MainWindow::ShowLiveData() {
+  data_page_->Show(parts_.link.live(), parts_.setup.settings.afr_display_mode);
 }
 
 bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.trace); }
@@ -184,6 +268,7 @@ void MainWindow::ReadProgramSettings() {
   parts_.setup.ReadProgramSettings(parts_.port);
   port_label_->setText(parts_.port.IsOpen() ? parts_.port.device() : QString("Port closed"));
   ApplyScale(parts_.setup.settings.scale);
+  ApplyLinkSettings();
 }
 
 void MainWindow::EnableDatalogChannel0() { datalog_channel_enabled_[0] = 1; }
@@ -198,13 +283,20 @@ void MainWindow::SelectFirstTab() {
   tabs_->setCurrentIndex(kFuelMap1);
 }
 
-void MainWindow::StartCountsPerMsTimer() {}
+void MainWindow::StartCountsPerMsTimer() {
+  parts_.link.Start();
+  parts_.link.StartCountsPerMsTimer(*status_adapter_);
+}
 
-void MainWindow::RunCommand16() { status_label_->clear(); }
+void MainWindow::RunCommand16() {
+  parts_.link.live().Clear();
+  ShowLiveData();
+}
 
 void MainWindow::ReopenPort(int port_number) {
   parts_.port.set_device_override(QString());
   parts_.setup.CommPortNumber = port_number;
+  parts_.link.dispatcher().SetPortNumber(port_number);
   parts_.port.Close();
   if (!parts_.port.Open(port_number)) ShowCommportError(parts_.messages);
   port_label_->setText(parts_.port.IsOpen() ? parts_.port.device() : QString("Port closed"));

@@ -8,19 +8,18 @@
 #include <QTimer>
 #include <array>
 #include <functional>
+#include <memory>
 
 #include "shell/program_setup.h"
 #include "shell/startup_sequence.h"
 
 namespace vela {
 
+class DataPage;
+class LinkSession;
 class QtSerialPort;
 class SettingsControls;
-
-// The captions that tell whether the ECU is connected; other parts look for "Not" in them.
-inline constexpr char kConnectedCaption[] = "MORVANE Engine Management System  -  Connected";
-inline constexpr char kNotConnectedCaption[] =
-    "MORVANE Engine Management System  - Not  Connected";
+class StatusLabelAdapter;
 
 struct MainWindowParts {
   ProgramSetup& setup;
@@ -28,6 +27,7 @@ struct MainWindowParts {
   QtSerialPort& port;
   MessageSink& messages;
   FileSystem& files;
+  LinkSession& link;
   // True when no other instance runs (and from then on holds this one's claim).
   std::function<bool()> claim_single_instance;
 };
@@ -79,6 +79,11 @@ class MainWindow : public QMainWindow, public StartupSteps {
   void OpenFirstRunSetup();
   void ReopenPort(int port_number);
   void ApplyScale(int value);
+  void WireLink();
+  void RefreshLinkDisplay();
+  void ShowLiveData();
+  void ApplyLinkSettings();
+  QLabel* AddStripLabel(QWidget* strip, const QString& name, int min_width);
 
   MainWindowParts parts_;
   SettingsControls* settings_controls_;
@@ -87,6 +92,14 @@ class MainWindow : public QMainWindow, public StartupSteps {
   QLabel* status_label_ = nullptr;    // the link status label
   QLabel* notice_label_ = nullptr;
   QLabel* port_label_ = nullptr;
+  QLabel* rx_indicator_ = nullptr;     // the receive indicator
+  QLabel* link_indicator_ = nullptr;
+  QLabel* overflow_label_ = nullptr;
+  QLabel* tick_label_ = nullptr;
+  QLabel* chunk_label_ = nullptr;
+  DataPage* data_page_ = nullptr;
+  std::unique_ptr<StatusLabelAdapter> status_adapter_;
+  std::string last_orange_block_;
   QList<QWidget*> hidden_until_started_;
   std::array<int, 13> datalog_channel_enabled_{};
   int base_font_points_ = 0;

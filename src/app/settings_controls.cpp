@@ -108,11 +108,14 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
       if (!on) return;
       setup_.settings.comms_packet_speed = i;
       Changed();
+      emit PacketSpeedChosen(i);
     });
   }
   form->addRow("Comms multiply:", speed_box);
-  form->addRow(MakeTick(box, "CheckSlowSend", "&Reduce Comms Sending",
-                        &ProgramSettings::reduce_comms_sending));
+  QCheckBox* slow_send = MakeTick(box, "CheckSlowSend", "&Reduce Comms Sending",
+                                  &ProgramSettings::reduce_comms_sending);
+  connect(slow_send, &QCheckBox::toggled, this, &SettingsControls::SlowSendChosen);
+  form->addRow(slow_send);
   form->addRow("Upload check:", MakePair(box, "MapIntegrity", "Map Upload &Integrity On",
                                          "Integrity Off", &ProgramSettings::map_integrity)
                                     .first->parentWidget());

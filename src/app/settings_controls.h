@@ -48,6 +48,8 @@ class SettingsControls : public QObject {
   void PortChosen(int port_number);
   void FramesPerSecondChosen(int index);
   void ScaleChanged(int value);
+  void PacketSpeedChosen(int choice);
+  void SlowSendChosen(bool on);
 
  private:
   void Changed();

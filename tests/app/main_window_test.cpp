@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "../shell/fakes.h"
+#include "app/link_session.h"
 #include "app/main_window.h"
 #include "link/qt/qt_serial_port.h"
 #include "shell/qt/single_instance.h"
@@ -27,10 +28,11 @@ class MainWindowTest : public QObject {
         : folders(ProgramFoldersUnder(root.toStdString())),
           setup(folders, files, messages, trace),
           port(false),
-          lock(QString::fromStdString(folders.program)) {
+          lock(QString::fromStdString(folders.program)),
+          link(port, trace) {
       port.set_device_override(device);
-      window = std::make_unique<MainWindow>(
-          MainWindowParts{setup, trace, port, messages, files, [this] { return lock.Acquire(); }});
+      window = std::make_unique<MainWindow>(MainWindowParts{
+          setup, trace, port, messages, files, link, [this] { return lock.Acquire(); }});
     }
     QString SetupText() const {
       QFile file(QString::fromStdString(setup.SetupFilePath()));
@@ -43,6 +45,7 @@ class MainWindowTest : public QObject {
     ProgramSetup setup;
     QtSerialPort port;
     SingleInstanceLock lock;
+    LinkSession link;
     std::unique_ptr<MainWindow> window;
   };
 

@@ -6,7 +6,18 @@ namespace vela {
 
 QtSerialPort::QtSerialPort(bool windows_names, QObject* parent)
     : QObject(parent), windows_names_(windows_names) {
-  connect(&port_, &QSerialPort::readyRead, this, &QtSerialPort::DataReceived);
+  receive_window_.setSingleShot(true);
+  receive_window_.setInterval(kReceiveWindowMs);
+  connect(&receive_window_, &QTimer::timeout, this, [this] {
+    if (port_.isOpen() && port_.bytesAvailable() > 0) emit DataReceived();
+  });
+  connect(&port_, &QSerialPort::readyRead, this, [this] {
+    if (receive_window_.interval() == 0) {
+      emit DataReceived();
+    } else if (!receive_window_.isActive()) {
+      receive_window_.start();
+    }
+  });
   connect(&port_, &QSerialPort::errorOccurred, this, &QtSerialPort::OnError);
 }
 
@@ -23,6 +34,7 @@ bool QtSerialPort::Open(int port_number) {
   port_.setParity(QSerialPort::NoParity);
   port_.setStopBits(QSerialPort::OneStop);
   port_.setFlowControl(QSerialPort::NoFlowControl);
+  port_.setReadBufferSize(kReadBufferBytes);
   return port_.open(QIODevice::ReadWrite);
 }
 

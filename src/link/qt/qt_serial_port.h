@@ -2,11 +2,19 @@
 // control. "CommPort N" is mapped to the system's device for N unless a device was given with
 // --port. The port is closed on the first read or resource error (a vanished pseudo-terminal
 // otherwise floods read errors and stays open); the link's reopen rule takes over from there.
+//
+// The data-received event is raised at most once per receive window (kReceiveWindowMs) after the
+// first byte arrives, the way a serial driver with a receive threshold gathers bytes: at 115,200
+// baud a window holds about 290 bytes, and a 1030-byte upload reply arrives in four or five
+// chunks instead of a hundred. The port never holds more than kReadBufferBytes for the program
+// (the rest waits in the system's buffer), so a chunk stays under the receive event's 500-byte
+// limit even when the program was busy for a while.
 #pragma once
 
 #include <QObject>
 #include <QSerialPort>
 #include <QString>
+#include <QTimer>
 
 #include "link/serial_port.h"
 
@@ -35,6 +43,11 @@ class QtSerialPort : public QObject, public SerialPort {
   // Does nothing: the line settings are fixed when the port is opened.
   void SetBaudRate() {}
 
+  static constexpr int kReceiveWindowMs = 25;
+  static constexpr int kReadBufferBytes = 400;
+  // 0 raises the event on every arrival.
+  void set_receive_window_ms(int ms) { receive_window_.setInterval(ms); }
+
  signals:
   void DataReceived();
   void ClosedOnError(const QString& reason);
@@ -45,6 +58,7 @@ class QtSerialPort : public QObject, public SerialPort {
   bool windows_names_;
   QString device_override_;
   QSerialPort port_;
+  QTimer receive_window_;
 };
 
 }  // namespace vela

@@ -1,0 +1,71 @@
+// Settings of the simulated ECU: the seed of its engine, the wire pacing and the faults it can
+// be told to commit, and the command line that sets them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vela::sim {
+
+// Wire time of one byte at 115,200 baud, 8 data bits, no parity, 1 stop bit (10 bit times).
+inline constexpr double kByteTimeUs = 1e6 / 11520.0;
+
+struct FaultOptions {
+  // Stray bytes: before every `garbage_every`-th live frame (0 = never), 1 to
+  // `garbage_max_bytes` bytes that spell no marker.
+  int garbage_every = 0;
+  int garbage_max_bytes = 8;
+
+  // Small chunks: everything leaves in pieces of 1 to `chunk_max_bytes` bytes (0 = off) with a
+  // pause of `chunk_gap_us` after each piece.
+  int chunk_max_bytes = 0;
+  std::int64_t chunk_gap_us = 2000;
+
+  // Silence: from `silence_after_us` (negative = never) for `silence_for_us` nothing at all is
+  // sent and upload requests go unanswered; then the ECU carries on.
+  std::int64_t silence_after_us = -1;
+  std::int64_t silence_for_us = 0;
+
+  // Damaged upload replies, for the first `faulty_uploads` replies (0 = every reply):
+  // `upload_cut_bytes` >= 0 ends the reply after that many image bytes with no "DONE";
+  // otherwise `done_shift` moves "DONE" that many bytes later (filler bytes after the image) or
+  // earlier (the image's last bytes left out).
+  int upload_cut_bytes = -1;
+  int done_shift = 0;
+  int faulty_uploads = 1;
+
+  // Bursts: every `burst_every_us` (0 = never), whole live frames adding up to at least
+  // `burst_bytes` bytes, all at once with no wire pacing.
+  std::int64_t burst_every_us = 0;
+  int burst_bytes = 600;
+
+  bool DamagesUploads() const { return upload_cut_bytes >= 0 || done_shift != 0; }
+};
+
+struct SimOptions {
+  std::uint64_t seed = 1;
+  // 0 sends every byte the moment it is ready.
+  double byte_time_us = kByteTimeUs;
+  FaultOptions faults;
+};
+
+// The whole command line of vela-ecusim.
+struct SimCommandLine {
+  SimOptions sim;
+  std::string image_path;  // empty: the base calibration built into the program
+  std::string link_path;   // empty: no symbolic link to the device
+  bool verbose = false;
+  bool help = false;
+};
+
+// Reads the arguments after the program name. Unknown options, missing or malformed values give
+// nullopt and a one-line reason in `error`.
+std::optional<SimCommandLine> ParseSimCommandLine(std::span<const std::string_view> args,
+                                                  std::string* error);
+
+std::string SimUsageText();
+
+}  // namespace vela::sim

@@ -1,0 +1,59 @@
+// The simulated ECU on a POSIX pseudo-terminal: the terminal's master side stands for the ECU's
+// serial line, and the program opens the slave side as its serial port. The runner feeds what
+// the program writes into the simulator and sends the simulator's bytes in real time (a
+// pseudo-terminal ignores the baud rate, so the simulator paces them itself). It survives the
+// program closing and reopening the port. It installs no signal handler and keeps no global
+// state, so the program can run one in-process on a thread (`morvane-vela --simulate`).
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "sim/core/sim_options.h"
+
+namespace vela::sim {
+
+struct PtyRunnerHooks {
+  // Called once, on the runner's thread, with the slave's device path when it is ready to open.
+  std::function<void(const std::string&)> on_ready;
+  // Called on the runner's thread with log lines: each command frame received when `verbose` is
+  // set, and the other end opening and closing.
+  std::function<void(const std::string&)> on_log;
+};
+
+// Runs until `stop` turns true (checked at least every 20 ms). Returns 0, or 1 with the reason
+// in `error` when the image, the terminal or the link cannot be set up.
+int RunSimulatorOnPty(const SimCommandLine& options, const std::atomic<bool>& stop,
+                      const PtyRunnerHooks& hooks, std::string* error);
+
+// A simulator running on a thread of its own. Start and Stop may be called from any one thread;
+// the destructor stops it.
+class InProcessSimulator {
+ public:
+  InProcessSimulator();
+  ~InProcessSimulator();
+  InProcessSimulator(const InProcessSimulator&) = delete;
+  InProcessSimulator& operator=(const InProcessSimulator&) = delete;
+
+  // Starts the thread and waits until the terminal is ready. False, with the reason in `error`,
+  // when it could not start or is already running. `log` receives the runner's log lines on the
+  // runner's thread (may be empty).
+  bool Start(const SimCommandLine& options, std::string* error,
+             std::function<void(const std::string&)> log = {});
+  // Stops the runner and waits for its thread; nothing happens when it is not running.
+  void Stop();
+  // True from a successful Start until Stop, unless the runner failed on its way.
+  bool Running() const;
+  // The slave's device path, for the serial port to open; empty when not started.
+  std::string SlavePath() const;
+
+ private:
+  struct Shared;
+  std::shared_ptr<Shared> shared_;
+  std::thread thread_;
+};
+
+}  // namespace vela::sim

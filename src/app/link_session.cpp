@@ -1,0 +1,107 @@
+#include "app/link_session.h"
+
+#include "link/qt/qt_serial_port.h"
+#include "link/receive_timing.h"
+
+namespace vela {
+
+LinkSession::LinkSession(QtSerialPort& port, StartupTrace& trace, QObject* parent)
+    : QObject(parent),
+      port_(port),
+      trace_(trace),
+      delay_(clock_, state_),
+      sender_(port, clock_, state_, delay_),
+      timing_(delay_, state_, sender_),
+      engine_rate_(state_),
+      upload_(port, sender_, state_, display_),
+      handlers_(live_),
+      buffer_(port, state_, display_),
+      dispatcher_(port, clock_, state_, display_, buffer_, upload_, handlers_),
+      supervisor_(state_, display_, live_, upload_) {
+  ApplyReceiveDefaults(state_);
+  handlers_.SetDecimalSeparator(SystemDecimalSeparator());
+  timer_comm_process_.setInterval(kTimerCommProcessIntervalMs);
+  comms_timer_.setInterval(kCommsTimerIntervalMs);
+  comms_speed_timer_.setSingleShot(true);
+  comms_speed_timer_.setInterval(0);
+  WireCallbacks();
+}
+
+void LinkSession::WireCallbacks() {
+  connect(&port_, &QtSerialPort::DataReceived, this, [this] {
+    buffer_.OnCommEvent(kDataReceived);
+    emit DisplayChanged();
+  });
+  connect(&timer_comm_process_, &QTimer::timeout, this, [this] {
+    dispatcher_.TimerCommProcess();
+    emit DisplayChanged();
+  });
+  connect(&comms_timer_, &QTimer::timeout, this, [this] {
+    supervisor_.CommsTimer();
+    emit DisplayChanged();
+  });
+  connect(&upload_timer_, &QTimer::timeout, this, [this] {
+    upload_.UploadTimer();
+    emit DisplayChanged();
+  });
+  connect(&comms_speed_timer_, &QTimer::timeout, this, [this] { timing_.TimerCommsSpeed(); });
+
+  handlers_.SetHooks({[this](std::uint32_t count) { engine_rate_.AddCount(count); },
+                      [this](const LiveData&) { emit LiveDataChanged(); }});
+  supervisor_.SetCallbacks({
+      [this](const std::string& caption) { emit CaptionChanged(QString::fromStdString(caption)); },
+      [this] { emit DisplaysReset(); },
+      [this] { engine_rate_.Refill(0.0f); },
+      nullptr,
+  });
+  upload_.SetCallbacks({[this](const CalibrationImage& image) { OnBlock(image); },
+                        [this](bool enabled, int interval_ms) {
+                          if (!enabled) {
+                            upload_timer_.stop();
+                            return;
+                          }
+                          upload_timer_.start(interval_ms);
+                        }});
+}
+
+void LinkSession::Start() {
+  timer_comm_process_.start();
+  comms_timer_.start();
+}
+
+void LinkSession::StartCountsPerMsTimer(StatusLabel& status_label) {
+  QTimer::singleShot(0, this, [this, &status_label] {
+    timing_.CountsPerMSTimer(trace_, status_label, [this] { upload_.EnableTimer(); });
+    emit DisplayChanged();
+  });
+}
+
+void LinkSession::RateChosen(int index) {
+  timing_.ComputeCommsSpeed(index);
+  comms_speed_timer_.start();
+}
+
+void LinkSession::PacketSpeedChosen(int choice) { state_.CommsRepeat = choice + 1; }
+
+void LinkSession::SlowSendChosen(bool on) { state_.SlowSend = on; }
+
+void LinkSession::ForceUpload() {
+  upload_.Rearm();
+  upload_.EnableTimer();
+}
+
+void LinkSession::Close() {
+  timer_comm_process_.stop();
+  comms_timer_.stop();
+  upload_timer_.stop();
+  sender_.SendClosingCommand();
+}
+
+void LinkSession::OnBlock(const CalibrationImage& image) {
+  image_ = image;
+  has_image_ = true;
+  handlers_.SetCalibration(&image_);
+  emit CalibrationReceived();
+}
+
+}  // namespace vela

@@ -1,0 +1,94 @@
+// The ECU link as the program runs it: the link cores wired together, the main form's timers
+// that drive them, and the serial port's events passed in. The main window shows what the cores
+// put into the link display and the live data set.
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+#include <memory>
+
+#include "calibration/calibration_image.h"
+#include "link/comms_sender.h"
+#include "link/connection_supervisor.h"
+#include "link/delay_loop.h"
+#include "link/engine_rate.h"
+#include "link/link_state.h"
+#include "link/link_timing.h"
+#include "link/live_data.h"
+#include "link/receive_buffer.h"
+#include "link/receive_dispatch.h"
+#include "link/receive_handlers.h"
+#include "link/upload.h"
+#include "shell/qt/qt_platform.h"
+#include "shell/startup_trace.h"
+
+namespace vela {
+
+class QtSerialPort;
+
+class LinkSession : public QObject {
+  Q_OBJECT
+
+ public:
+  LinkSession(QtSerialPort& port, StartupTrace& trace, QObject* parent = nullptr);
+
+  // Starts the receive and supervision timers; the speed measurement follows when the window is up.
+  void Start();
+  // `CountsPerMSTimer`: measures the PC once the window is shown, then enables the upload timer.
+  void StartCountsPerMsTimer(StatusLabel& status_label);
+  // The rate choice changed: recompute the value and send it through `TimerCommsSpeed`.
+  void RateChosen(int index);
+  void PacketSpeedChosen(int choice);  // 0..5: `CommsRepeat` 1..6
+  void SlowSendChosen(bool on);
+  void SetCommsDelayEnabled(bool on) { state_.CommsDelayEnabled = on; }
+  // Forces a fresh upload from the ECU (the U key).
+  void ForceUpload();
+  // Shutdown: the closing command unless a transfer holds the link.
+  void Close();
+
+  LinkState& state() { return state_; }
+  const LinkDisplay& display() const { return display_; }
+  LiveData& live() { return live_; }
+  CommandSender& sender() { return sender_; }
+  const CalibrationImage& image() const { return image_; }
+  bool has_image() const { return has_image_; }
+  ReceiveDispatcher& dispatcher() { return dispatcher_; }
+  CalibrationUpload& upload() { return upload_; }
+
+ signals:
+  void CaptionChanged(const QString& caption);
+  // Counters, indicators or labels of the link display may have changed.
+  void DisplayChanged();
+  void LiveDataChanged();
+  void DisplaysReset();
+  void CalibrationReceived();
+
+ private:
+  void WireCallbacks();
+  void OnBlock(const CalibrationImage& image);
+
+  QtSerialPort& port_;
+  StartupTrace& trace_;
+  QtClock clock_;
+  LinkState state_;
+  LinkDisplay display_;
+  LiveData live_;
+  DelayLoop delay_;
+  CommsSender sender_;
+  LinkTiming timing_;
+  EngineRate engine_rate_;
+  CalibrationUpload upload_;
+  ReceiveHandlers handlers_;
+  ReceiveBuffer buffer_;
+  ReceiveDispatcher dispatcher_;
+  ConnectionSupervisor supervisor_;
+  CalibrationImage image_;
+  bool has_image_ = false;
+
+  QTimer timer_comm_process_;
+  QTimer comms_timer_;
+  QTimer upload_timer_;
+  QTimer comms_speed_timer_;
+};
+
+}  // namespace vela

@@ -1,0 +1,263 @@
+#include "editors/apply_calibration.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include "calibration/conversions.h"
+#include "editors/setup/setup_checks.h"
+
+namespace vela {
+
+namespace {
+
+consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
+
+template <std::size_t N>
+std::array<std::uint8_t, N> BytesAt(const CalibrationImage& image, int first) {
+  std::array<std::uint8_t, N> bytes{};
+  for (std::size_t i = 0; i < N; ++i) bytes[i] = image.Byte(first + static_cast<int>(i));
+  return bytes;
+}
+
+bool Bit(std::uint8_t value, int bit) { return ((value >> bit) & 1) != 0; }
+
+class ChangeEventsSuppressed {
+ public:
+  explicit ChangeEventsSuppressed(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
+  ~ChangeEventsSuppressed() { flag_ = before_; }
+  ChangeEventsSuppressed(const ChangeEventsSuppressed&) = delete;
+  ChangeEventsSuppressed& operator=(const ChangeEventsSuppressed&) = delete;
+
+ private:
+  bool& flag_;
+  bool before_;
+};
+
+void RunStepChecks(int step, const CalibrationImage& image, EditorState& state) {
+  RunChecks(ChecksOfStep(step), image, CheckContext{state.sensors.ComboMAP}, state.SetupErrors);
+}
+
+// The image's reading walks (cells in block order, block row r shown in grid row 12 - r), with
+// the site count of the sorting: a fuel code of 2 or more reads 17 columns, where the image itself
+// lays an invalid code out as 9.
+MapValues ReadFuelGrid(const CalibrationImage& image, int start, int sites) {
+  MapValues grid(sites);
+  for (int p = start; p <= start + 22 * sites - 1; p += 2) {
+    const int block_row = (p - start) / (2 * sites) + 1;
+    const int column = (p - start) / 2 - (block_row - 1) * sites + 1;
+    grid.Set(GridRowOfBlockRow(block_row), column,
+             FuelMsFromRaw(static_cast<int>(image.Read16(p))));
+  }
+  return grid;
+}
+
+MapValues ReadIgnGrid(const CalibrationImage& image, int sites) {
+  MapValues grid(sites);
+  for (int p = kIgnMapStart; p <= kIgnMapStart + 11 * sites - 1; ++p) {
+    const int block_row = (p - kIgnMapStart) / sites + 1;
+    const int column = (p - kIgnMapStart) - (block_row - 1) * sites + 1;
+    grid.Set(GridRowOfBlockRow(block_row), column, IgnDegreesFromRaw(image.Byte(p)));
+  }
+  return grid;
+}
+
+void ApplyEcuNumber(const CalibrationImage& image, EditorState& state) {
+  state.version.EcuNumber = image.EcuNumber();
+  state.io.GpiAux[1] = image.Byte(Pos("GpiAux") + 1);
+}
+
+void ApplyCylindersAndRpmSites(const CalibrationImage& image, EditorState& state) {
+  state.setup.Cylinders = image.Byte(Pos("Cylinders"));
+  state.setup.ComboSiteRPM = image.Byte(Pos("RpmSitesSetup"));
+  RunStepChecks(3, image, state);
+}
+
+// Bits 7, 6 and 5 choose options 2, 1 and 0, taken in that order (with more than one set, the
+// last taken stands); none of them chooses "Combine Maps". The low bits give the load sites.
+void ApplyFuelSites(const CalibrationImage& image, EditorState& state) {
+  const std::uint8_t value = image.FuelSitesSelection();
+  int selection = kMapSelectionCombine;
+  if (Bit(value, 7)) selection = kMapSelectionEcuSelected;
+  if (Bit(value, 6)) selection = kMapSelectionOnlyMap2;
+  if (Bit(value, 5)) selection = kMapSelectionOnlyMap1;
+  state.setup.MapSelection = selection;
+  const int code = value & 0x1F;
+  state.setup.ComboSiteFuel = std::min(code, 2);
+  state.maps.FuelLoadSites = FuelLoadSitesOfChoice(state.setup.ComboSiteFuel);
+  RunStepChecks(4, image, state);
+}
+
+void ApplyMaps(const CalibrationImage& image, EditorState& state) {
+  state.maps.FuelMap1 = ReadFuelGrid(image, kFuelMap1Start, state.maps.FuelLoadSites);
+  state.maps.FuelMap2 = ReadFuelGrid(image, kFuelMap2Start, state.maps.FuelLoadSites);
+  state.setup.TriggerOffset = image.Byte(Pos("TriggerOffset"));
+  state.setup.ComboSiteIgnition = image.IgnSites() == 0 ? 0 : 1;
+  state.maps.IgnLoadSites = IgnLoadSitesOfChoice(state.setup.ComboSiteIgnition);
+  state.maps.IgnMap = ReadIgnGrid(image, state.maps.IgnLoadSites);
+  state.setup.IgnitionLock = image.IgnitionLock() != 0;
+  RunStepChecks(5, image, state);
+}
+
+std::vector<std::string> Lines(std::string first, std::string_view second) {
+  return {std::move(first), std::string(second)};
+}
+
+void ApplyVersion(const CalibrationImage& image, EditorState& state, ApplyEnvironment& env) {
+  VersionInfo& version = state.version;
+  version.FirmwareVersion = image.FirmwareVersion();
+  version.VersionLabel = std::to_string(version.FirmwareVersion);
+  const int number = version.FirmwareVersion;
+  if (number != 0 && number > kLatestKnownFirmware) {
+    const bool text_changed = version.VersionLabel != version.LastShownVersionText;
+    if (version.ShowVersionMessage || text_changed) {
+      std::string line = std::string(kSoftwareUpdateLine1) + (text_changed ? "  " : "");
+      env.messages.Show(MessageIcon::kInformation, std::string(kSoftwareUpdateTitle),
+                        Lines(std::move(line), kSoftwareUpdateLine2));
+      version.ShowVersionMessage = false;
+      version.LastShownVersionText = version.VersionLabel;
+    }
+    state.SetupErrors.emplace_back(kSoftwareOutOfDate);
+  }
+  if (FirmwareOlderThanSoftware(version.FirmwareVersion)) {
+    env.messages.Show(MessageIcon::kInformation, std::string(kFirmwareUpdateTitle),
+                      Lines(std::string(kFirmwareUpdateLine1), kFirmwareUpdateLine2));
+    state.SetupErrors.emplace_back(kFirmwareNotLatest);
+  }
+  version.Check7 = number >= kLatestKnownFirmware;
+}
+
+void ApplyEngineSetup(const CalibrationImage& image, EditorState& state) {
+  EngineSetup& setup = state.setup;
+  setup.RevLimit2 = static_cast<std::uint16_t>(image.RevLimit2());
+  setup.ComboTrigger = image.Byte(Pos("TriggerPattern"));
+  const std::uint8_t trigger_sensor = image.Byte(Pos("TriggerSensor"));
+  setup.TriggerHallMagnetic = trigger_sensor & kSensorTypeMask;
+  setup.TriggerSensorFlag = Bit(trigger_sensor, 7);
+  setup.TriggerVoltage = image.TriggerVoltage();
+  setup.ComboHome = image.Byte(Pos("HomePattern"));
+  const std::uint8_t home_sensor = image.Byte(Pos("HomeSensor"));
+  setup.HomeHallMagnetic = home_sensor & kSensorTypeMask;
+  setup.HomeSensorFlag = Bit(home_sensor, 7);
+  setup.HomeVoltage = image.HomeVoltage();
+  setup.ComboSpark = image.Byte(Pos("SparkMode"));
+  const std::uint8_t injection = image.Byte(Pos("InjectionMode"));
+  setup.FuelMode = injection & 0x03;
+  setup.OptionImpedance = (injection >> 6) & 0x03;
+  setup.TriggerToothOffset = image.Byte(Pos("TriggerToothOffset"));
+  SetupIgnitionDivide(setup);
+  RunStepChecks(7, image, state);
+}
+
+void ApplyOutputsAndEdges(const CalibrationImage& image, EditorState& state) {
+  state.io.Gpo1Setup = BytesAt<16>(image, kGpoStarts[0]);
+  state.io.Gpo2Setup = BytesAt<16>(image, kGpoStarts[1]);
+  state.io.Gpo3Setup = BytesAt<16>(image, kGpoStarts[2]);
+  const std::uint8_t value = image.Byte(Pos("LimiterTacho"));
+  EngineSetup& setup = state.setup;
+  setup.TriggerEdgeInput = Bit(value, 0) ? 1 : 0;
+  setup.TriggerEdgeHome = Bit(value, 1) ? 1 : 0;
+  setup.TriggerEdgeSpark = Bit(value, 2) ? 1 : 0;
+  setup.ComboAuxOutput = Bit(value, 5) ? 1 : 0;
+  const int limiter = value >> 6;  // 1, 2, 3 for the choices 0, 1, 2
+  setup.LimiterMode = limiter == 0 ? kNoEntry : limiter - 1;
+  RunStepChecks(8, image, state);
+}
+
+void ApplyFuelTpsAndMapSensor(const CalibrationImage& image, EditorState& state) {
+  state.setup.FuelSetting948 = image.Byte(Pos("FuelSetting948"));
+  state.setup.RevLimit1 = static_cast<std::uint16_t>(image.RevLimit1());
+  SensorSetup& sensors = state.sensors;
+  sensors.TpsCal1 = BytesAt<2>(image, Pos("TpsCal1"));
+  sensors.TpsSetup = image.Byte(Pos("TpsSetup"));
+  sensors.TpsCal2 = BytesAt<2>(image, Pos("TpsCal2"));
+  const std::uint8_t map_setup = image.Byte(Pos("MapSensorSetup"));
+  sensors.AltitudeComp = Bit(map_setup, 5);
+  sensors.LoadSensing = Bit(map_setup, 6) ? 1 : 0;
+  sensors.TPumpBased = Bit(map_setup, 7);
+  sensors.MapSensorScaling = image.Byte(Pos("MapSensorScaling"));
+  const std::optional<int> entry = MapScaleEntryOfCode(sensors.ComboMAP, sensors.MapSensorScaling);
+  if (entry) sensors.ComboMAPScale = *entry;
+  RunStepChecks(9, image, state);
+}
+
+void ApplyInputsAndDwell(const CalibrationImage& image, EditorState& state) {
+  InputsOutputs& io = state.io;
+  io.Gpi1Setup = BytesAt<6>(image, kGpiStarts[0]);
+  io.Gpi1Aux = BytesAt<2>(image, Pos("Gpi1Aux"));
+  io.Gpi1Function = image.Byte(Pos("Gpi1Function"));
+  io.Gpi2Setup = BytesAt<6>(image, kGpiStarts[1]);
+  io.GpiAux = BytesAt<2>(image, Pos("GpiAux"));
+  io.Gpi2Function = image.Byte(Pos("Gpi2Function"));
+  state.setup.DwellTime = image.Byte(Pos("DwellTime"));
+  RunStepChecks(10, image, state);
+}
+
+void ApplyTablesAndIdle(const CalibrationImage& image, EditorState& state) {
+  Compensation& tables = state.compensation;
+  const auto pump = BytesAt<3>(image, Pos("ThrottlePumpValues"));
+  std::copy(pump.begin(), pump.end(), tables.ThrottlePump.begin());
+  tables.ThrottlePump[3] = image.Byte(Pos("Setting951"));
+  tables.AirMap = BytesAt<8>(image, Pos("AirComp"));
+  state.sensors.Air = BytesAt<8>(image, Pos("AirSensorCal"));
+  tables.WaterMap = BytesAt<8>(image, Pos("WaterComp"));
+  state.sensors.Water = BytesAt<8>(image, Pos("WaterSensorCal"));
+  state.setup.Setting997 = image.Byte(Pos("Setting997"));
+  state.setup.StartupPrime = image.Byte(Pos("StartupPrime"));
+  tables.BattMap = BytesAt<12>(image, Pos("BattComp"));
+  IdleControl& idle = state.idle;
+  idle.IdleTargetRpm = image.IdleTargetRpm();
+  const auto min_max = BytesAt<2>(image, Pos("IdleMinMax"));
+  const auto mod0 = BytesAt<3>(image, Pos("IdleMod0Values"));
+  idle.IdleMod0 = {min_max[0], min_max[1], mod0[0], mod0[1], mod0[2]};
+  idle.IdleCold = BytesAt<3>(image, Pos("IdleCold"));
+  idle.IdlePwmFrequency = image.IdlePwmFrequency();
+  idle.IdleMod2 = BytesAt<4>(image, Pos("IdleMod2Values"));
+  const std::uint8_t flags2 = image.Byte(Pos("IdleFlags2"));
+  const std::uint8_t flags1 = image.Byte(Pos("IdleFlags1"));
+  for (int bit = 0; bit < 8; ++bit) {
+    idle.CheckIdle[static_cast<std::size_t>(8 + bit)] = Bit(flags2, bit);
+    idle.CheckIdle[static_cast<std::size_t>(bit)] = Bit(flags1, bit);
+  }
+  idle.IdleSetting858 = image.Byte(Pos("IdleSetting858"));
+  RunStepChecks(11, image, state);
+}
+
+void FinishSorting(CalibrationSource source, ApplyEnvironment& env) {
+  env.status.Show(std::string(kUploadSortingComplete));
+  if (env.stop_upload_timer) env.stop_upload_timer();
+  if (env.clear_upload_flags) env.clear_upload_flags();
+  if (source == CalibrationSource::kUpload) {
+    env.sender.Send(kUploadDoneCommand, kLiveRateAddress, env.link.CommsSpeedValue);
+  }
+}
+
+}  // namespace
+
+CalibrationImage ImageReadAsFarAsItReaches(std::span<const std::uint8_t> block) {
+  CalibrationImage::Block bytes{};
+  const std::size_t taken = std::min(block.size(), bytes.size());
+  std::copy_n(block.begin(), taken, bytes.begin());
+  CalibrationImage image;
+  image.Assign(bytes);
+  return image;
+}
+
+void ApplyUploadedCalibration(const CalibrationImage& image, CalibrationSource source,
+                              EditorState& state, ApplyEnvironment& env) {
+  const ChangeEventsSuppressed suppressed(env.suppress_change_events);
+  env.status.Show(std::string(kUploadSortingStarted));
+  ApplyEcuNumber(image, state);
+  ApplyCylindersAndRpmSites(image, state);
+  ApplyFuelSites(image, state);
+  ApplyMaps(image, state);
+  ApplyVersion(image, state, env);
+  ApplyEngineSetup(image, state);
+  ApplyOutputsAndEdges(image, state);
+  ApplyFuelTpsAndMapSensor(image, state);
+  ApplyInputsAndDwell(image, state);
+  ApplyTablesAndIdle(image, state);
+  FinishSorting(source, env);
+}
+
+}  // namespace vela

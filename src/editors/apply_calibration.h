@@ -1,0 +1,76 @@
+// `ApplyUploadedCalibration` ("Upload Sorting"): distributes one calibration image over the
+// editors, checking every setup value on the way. It runs after an upload has arrived complete
+// and after a map file has been read. No check stops it: every field is applied, and every
+// problem goes into the setup error list.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "calibration/calibration_image.h"
+#include "editors/editor_state.h"
+#include "link/link_state.h"
+#include "shell/platform.h"
+#include "shell/startup_trace.h"
+
+namespace vela {
+
+inline constexpr std::string_view kUploadSortingStarted = "Upload Sorting Started";
+inline constexpr std::string_view kUploadSortingComplete = "Upload Sorting Complete";
+
+// The message for an ECU whose firmware is newer than this program. The first line gains two
+// more blanks when the version text has changed since the box was last shown.
+inline constexpr std::string_view kSoftwareUpdateTitle = "PC Software Update";
+inline constexpr std::string_view kSoftwareUpdateLine1 =
+    "The Software has detected that your     \"PC Software\"     is not the latest version.";
+inline constexpr std::string_view kSoftwareUpdateLine2 =
+    "Please contact MORVANE Engine Management for a free upgrade or visit www.morvane.example";
+inline constexpr std::string_view kSoftwareOutOfDate = "PC Software out of date";
+
+// The message for old ECU firmware; its test (FirmwareOlderThanSoftware) never passes.
+inline constexpr std::string_view kFirmwareUpdateTitle = "Firmware Update";
+inline constexpr std::string_view kFirmwareUpdateLine1 =
+    "The Software has detected that your MORVANE is not the latest version.";
+inline constexpr std::string_view kFirmwareUpdateLine2 =
+    "Please could you contact your nearest dealer for a free upgrade on your MORVANE system.     ";
+inline constexpr std::string_view kFirmwareNotLatest = "ECU Firmware not latest version";
+
+// Firmware versions this program knows; a higher one means the program is older than the ECU.
+inline constexpr int kLatestKnownFirmware = 3;
+
+// The live-rate command that ends an applied upload: command 4 at the ECU's live-rate address,
+// carrying the link's `CommsSpeedValue`, so that the ECU resumes its live frames at the chosen rate
+// after the upload preparation (values 8 and 15 at the same address).
+inline constexpr int kUploadDoneCommand = 4;
+inline constexpr int kLiveRateAddress = 864;
+
+enum class CalibrationSource { kUpload, kMapFile };
+
+// What the procedure reaches beyond the editors.
+struct ApplyEnvironment {
+  StartupTrace& status;                      // the status label `LabelOrangeBlock`
+  MessageSink& messages;                     // the version message box
+  CommandSender& sender;                     // the live-rate command of step 12
+  const LinkState& link;                     // `CommsSpeedValue`
+  bool& suppress_change_events;              // `SuppressChangeEvents`: true while the editors fill
+  std::function<void()> stop_upload_timer;   // disables `UploadTimer`
+  std::function<void()> clear_upload_flags;  // clears `UploadStarted` and `UploadRequested`
+};
+
+// A block of any length taken as an image: bytes past position 1023 are not taken, positions
+// past the block's end read as 0.
+CalibrationImage ImageReadAsFarAsItReaches(std::span<const std::uint8_t> block);
+
+// Steps 1 to 12 in order: status "Upload Sorting Started"; the ECU number; cylinders and RPM
+// sites; fuel sites and map selection; the maps, trigger offset, ignition sites and lock; the
+// version checks and `Check7`; engine setup; outputs and byte 942; fuel, TPS and MAP sensor;
+// inputs and dwell; tables and idle; status "Upload Sorting Complete", upload timer stopped,
+// upload flags cleared, and for an upload the live-rate command. `SuppressChangeEvents` is true
+// throughout and is restored afterwards. The setup error list is appended to, not cleared.
+void ApplyUploadedCalibration(const CalibrationImage& image, CalibrationSource source,
+                              EditorState& state, ApplyEnvironment& env);
+
+}  // namespace vela

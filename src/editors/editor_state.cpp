@@ -1,0 +1,37 @@
+#include "editors/editor_state.h"
+
+namespace vela {
+
+namespace {
+constexpr double kDutyLimitNumerator = 120000.0;  // milliseconds x RPM of one engine cycle
+constexpr int kMaxIgnitionDivide = 4;
+}  // namespace
+
+int FuelLoadSitesOfChoice(int combo_site_fuel) {
+  if (combo_site_fuel < 0 || combo_site_fuel >= static_cast<int>(kFuelLoadSiteChoices.size())) {
+    return kFuelLoadSiteChoices[0];
+  }
+  return kFuelLoadSiteChoices[static_cast<std::size_t>(combo_site_fuel)];
+}
+
+int IgnLoadSitesOfChoice(int combo_site_ignition) {
+  if (combo_site_ignition < 0 ||
+      combo_site_ignition >= static_cast<int>(kIgnLoadSiteChoices.size())) {
+    return kIgnLoadSiteChoices[0];
+  }
+  return kIgnLoadSiteChoices[static_cast<std::size_t>(combo_site_ignition)];
+}
+
+void SetupIgnitionDivide(EngineSetup& setup) {
+  if (setup.IgnitionDivide < 1 || setup.IgnitionDivide > kMaxIgnitionDivide) {
+    setup.IgnitionDivide = 1;
+  }
+  setup.InjectionFactor = setup.FuelMode == kFuelModeSequential ? setup.IgnitionDivide : 1;
+}
+
+double DutyLimitBase(const EngineSetup& setup) {
+  const int divide = setup.IgnitionDivide >= 1 ? setup.IgnitionDivide : 1;
+  return kDutyLimitNumerator * setup.InjectionFactor / divide;
+}
+
+}  // namespace vela

@@ -1,0 +1,181 @@
+// What the editors hold: every setup list, option group, tick box and table of the tuning pages,
+// and the three maps. The Qt pages bind their widgets to these fields; applying a calibration
+// fills them (apply_calibration.h) and building a calibration reads them back
+// (build_calibration.h).
+//
+// Lists and option groups hold the index of the chosen entry. An index that the image carried
+// but the control does not offer stays in the field as it came (the page then shows no entry)
+// until the tuner picks one; building a calibration writes it back unchanged, so the setup
+// validation still reports it. Bits of an image byte that no control shows are not kept.
+// Tables hold the bytes the ECU stores; the pages convert them for display (conversions.h).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "calibration/map_values.h"
+
+namespace vela {
+
+// `MapSelection` choices: " Only Map 1", " Only Map 2", "   ECU Selected", "Combine Maps".
+inline constexpr int kMapSelectionOnlyMap1 = 0;
+inline constexpr int kMapSelectionOnlyMap2 = 1;
+inline constexpr int kMapSelectionEcuSelected = 2;
+inline constexpr int kMapSelectionCombine = 3;
+
+// Load sites of the entries of `ComboSiteFuel` (9, 13, 17) and `ComboSiteIgnition` (5, 6).
+inline constexpr std::array<int, 3> kFuelLoadSiteChoices = {9, 13, 17};
+inline constexpr std::array<int, 2> kIgnLoadSiteChoices = {5, 6};
+
+// `FuelMode` choices: "Batch", "Semi-Sequential", "Sequential".
+inline constexpr int kFuelModeSequential = 2;
+
+// No entry chosen in a list.
+inline constexpr int kNoEntry = -1;
+
+// The three maps as their grids show them: fuel in milliseconds, ignition in degrees.
+struct MapEditors {
+  int FuelLoadSites = 9;  // 9, 13 or 17
+  int IgnLoadSites = 5;   // 5 or 6
+  MapValues FuelMap1{9};
+  MapValues FuelMap2{9};
+  MapValues IgnMap{5};
+};
+
+// The engine set-up page and the site choices of the map pages.
+struct EngineSetup {
+  int Cylinders = 0;     // byte 947: entry of "1", "2", "3", "4", "5", "6", "8", "10", "12"
+  int ComboSiteRPM = 0;  // byte 946: RPM site spacing, 0 to 3
+  int MapSelection = kMapSelectionCombine;  // byte 995, bits 5 to 7
+  int ComboSiteFuel = 0;                    // byte 995, bits 0 to 4: 9, 13 or 17 load sites
+  int ComboSiteIgnition = 0;                // byte 996: 5 or 6 load sites
+  std::uint8_t TriggerOffset = 0;           // byte 959, half degrees (shown raw / 2)
+
+  std::uint16_t RevLimit2 = 0;      // bytes 900 to 901, raw timer value
+  int ComboTrigger = 0;             // byte 902: trigger pattern, 0 to 5
+  int TriggerHallMagnetic = 0;      // byte 903, bits 0 to 6: "Hall", "Magnetic", "Magnetic Low"
+  bool TriggerSensorFlag = false;   // byte 903, bit 7
+  std::uint8_t TriggerVoltage = 0;  // byte 852
+  int ComboHome = 0;                // byte 904: home position pattern, 0 to 4
+  int HomeHallMagnetic = 0;         // byte 905, bits 0 to 6
+  bool HomeSensorFlag = false;      // byte 905, bit 7
+  std::uint8_t HomeVoltage = 0;     // byte 853
+  int ComboSpark = 0;               // byte 906: ignition coil mode, 0 to 3
+  int FuelMode = 0;                 // byte 907, bits 0 and 1: 0 Batch, 1 (1) Semi-Sequential, 2 (2)
+  int OptionImpedance = 0;          // byte 907, bits 6 and 7: 0 Low, 1 (64) Medium, 2 (128) High
+  std::uint8_t TriggerToothOffset = 0;  // byte 908
+
+  // Byte 942, bit by bit.
+  int TriggerEdgeInput = 0;  // bit 0: 0 "Falling (Default)", 1 "Rising"
+  int TriggerEdgeHome = 0;   // bit 1: 0 "Rising (Default)", 1 "Falling"
+  int TriggerEdgeSpark = 0;  // bit 2 set for choice 1 only; the pull-up choices 2, 3 stay here
+  int ComboAuxOutput = 0;    // bit 5 set for entry 1; entries 2 and 3 stay here
+  int LimiterMode = 0;       // bits 6, 7: 0 "Cut Fuel" (64), 1 "Cut Spark" (128), 2 "Cut Both"
+
+  std::uint8_t FuelSetting948 = 0;  // byte 948
+  std::uint16_t RevLimit1 = 0;      // bytes 949 to 950, raw timer value
+  std::uint8_t DwellTime = 0;       // byte 958
+  std::uint8_t Setting997 = 0;      // byte 997
+  std::uint8_t StartupPrime = 0;    // byte 998
+  bool IgnitionLock = false;        // byte 871: ignition timing lock
+
+  // Set by SetupIgnitionDivide: the ignition divide A (1 to 4) and the injection factor B of the
+  // fuel duty limit 120000 x B / A.
+  int IgnitionDivide = 1;
+  int InjectionFactor = 1;
+};
+
+// The sensor set-up page: MAP sensor, throttle position sensor, temperature sensors.
+struct SensorSetup {
+  std::array<std::uint8_t, 2> TpsCal1{};  // bytes 868 to 869 (`ThrottleCal`)
+  std::uint8_t TpsSetup = 0;              // byte 952, 0 or 1
+  std::array<std::uint8_t, 2> TpsCal2{};  // bytes 953 to 954 (`ThrottleCal`)
+  // Byte 955: bit 5 altitude compensation, bit 6 load sensing ("TPS Based", "MAP Based"),
+  // bit 7 throttle pump on a MAP basis.
+  bool AltitudeComp = false;
+  int LoadSensing = 0;
+  bool TPumpBased = false;
+  // Sensor type: the position in the `ComboMAP` list, kNoEntry for none. Not part of the image;
+  // it decides which scaling codes byte 956 accepts.
+  int ComboMAP = kNoEntry;
+  int ComboMAPScale = kNoEntry;         // the `ComboMAPScale` entry of byte 956
+  std::uint8_t MapSensorScaling = 64;   // byte 956 as the ECU holds it
+  std::array<std::uint8_t, 8> Air{};    // bytes 971 to 978: divider ratio x 256, -20 to 120 C
+  std::array<std::uint8_t, 8> Water{};  // bytes 987 to 994
+};
+
+// The compensation page, in stored form.
+struct Compensation {
+  std::array<std::uint8_t, 8> AirMap{};    // bytes 963 to 970: shown (raw - 128) / 10
+  std::array<std::uint8_t, 8> WaterMap{};  // bytes 979 to 986: shown raw x 0.390625 %
+  std::array<std::uint8_t, 12> BattMap{};  // bytes 999 to 1010: shown raw x 0.01 ms
+  // " Increase", " Decay", " Dead Band" (bytes 960 to 962) and " De-activate Over" (byte 951).
+  std::array<std::uint8_t, 4> ThrottlePump{};
+};
+
+// General purpose outputs and inputs, whose editors keep the raw bytes.
+struct InputsOutputs {
+  std::array<std::uint8_t, 16> Gpo1Setup{};  // bytes 884 to 899
+  std::array<std::uint8_t, 16> Gpo2Setup{};  // bytes 910 to 925
+  std::array<std::uint8_t, 16> Gpo3Setup{};  // bytes 926 to 941
+  std::array<std::uint8_t, 6> Gpi1Setup{};   // bytes 872 to 877
+  std::array<std::uint8_t, 2> Gpi1Aux{};     // bytes 828 to 829
+  std::uint8_t Gpi1Function = 0;             // byte 1022
+  std::array<std::uint8_t, 6> Gpi2Setup{};   // bytes 878 to 883
+  std::array<std::uint8_t, 2> GpiAux{};      // bytes 749 to 750
+  std::uint8_t Gpi2Function = 0;             // byte 1023
+};
+
+// Idle control.
+struct IdleControl {
+  std::uint32_t IdleTargetRpm = 0;  // bytes 1011 to 1013, raw timer value
+  // `IdleMod0`: minimum and maximum (bytes 1014, 1015), then bytes 1019 to 1021.
+  std::array<std::uint8_t, 5> IdleMod0{};
+  std::array<std::uint8_t, 3> IdleCold{};  // bytes 1016 to 1018
+  std::array<std::uint8_t, 4> IdleMod2{};  // bytes 860 to 863
+  std::uint8_t IdlePwmFrequency = 0;       // byte 867, 0 to 3
+  // `CheckIdle` boxes: 0 to 7 are bits 0 to 7 of byte 856, 8 to 15 those of byte 857.
+  std::array<bool, 16> CheckIdle{};
+  std::uint8_t IdleSetting858 = 0;  // byte 858
+};
+
+// The firmware version of the ECU that produced the calibration, and the version notice.
+struct VersionInfo {
+  std::uint8_t FirmwareVersion = 0;  // byte 909
+  std::string VersionLabel;          // the version label's text
+  bool Check7 = false;               // ticked for firmware 3 and later
+  std::uint32_t EcuNumber = 0;       // bytes 943 to 945
+  // The "PC Software Update" box opens while this is set, or when the version text differs
+  // from the one it last showed; showing it clears the flag. The link may set it again.
+  bool ShowVersionMessage = true;
+  std::string LastShownVersionText;
+};
+
+struct EditorState {
+  MapEditors maps;
+  EngineSetup setup;
+  SensorSetup sensors;
+  Compensation compensation;
+  InputsOutputs io;
+  IdleControl idle;
+  VersionInfo version;
+  // The setup error list of the main form: one line per failed check.
+  std::vector<std::string> SetupErrors;
+};
+
+// Load sites of a `ComboSiteFuel` / `ComboSiteIgnition` entry; 9 and 5 for an entry the lists
+// do not offer.
+int FuelLoadSitesOfChoice(int combo_site_fuel);
+int IgnLoadSitesOfChoice(int combo_site_ignition);
+
+// Derives the injection factor from `FuelMode`: equal to the ignition divide with the
+// "Sequential" choice when the divide is 1 to 4, otherwise 1. A divide outside 1 to 4 becomes 1.
+void SetupIgnitionDivide(EngineSetup& setup);
+
+// The fuel duty limit base 120000 x B / A (milliseconds x RPM): a fuel cell at RPM n may ask
+// for at most base / n milliseconds.
+double DutyLimitBase(const EngineSetup& setup);
+
+}  // namespace vela

@@ -1,0 +1,118 @@
+// Map files (*.sm1): one calibration image on disk, its 1023 bytes and nothing else. Saving
+// builds the image from the editors; loading applies a file to the editors and downloads it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "calibration/calibration_image.h"
+#include "editors/apply_calibration.h"
+#include "editors/editor_state.h"
+#include "link/download.h"
+#include "link/link_state.h"
+#include "shell/file_system.h"
+#include "shell/platform.h"
+#include "shell/program_folders.h"
+
+namespace vela {
+
+// The filters keep their stray quotation mark and, on saving, the repeated entry.
+inline constexpr std::string_view kSaveMapFilter =
+    "MORVANE Map (*.sm1)|*.sm1|\"MORVANE Map (*.sm1)|*.sm1|";
+inline constexpr std::string_view kSaveMapTitle = "Save MORVANE ECU Map to Hard Disk";
+inline constexpr std::string_view kLoadMapFilter =
+    "MORVANE Maps (*.sm1)|*.sm1|\"All Maps (*.sm*)|*.sm*|";
+inline constexpr std::string_view kLoadMapTitle = "Download MORVANE VELA Map to the ECU";
+inline constexpr std::string_view kMapExtension = ".sm1";
+
+inline constexpr std::string_view kFolderNotFoundTitle = "Folder not Found";
+inline constexpr std::string_view kFolderNotFoundLine =
+    "Folder not found. Please select the correct Maps folder where your maps are saved.";
+// The save refusal shares the datalog wording on purpose.
+inline constexpr std::string_view kSaveNameRefused =
+    "Invalid File Name. This datalog will NOT be loaded.";
+inline constexpr std::string_view kLoadNameRefused =
+    "Invalid File Name. This map will NOT be loaded.";
+inline constexpr int kMaxDotsInFileName = 4;
+inline constexpr std::string_view kOverwriteTitle = "Overwrite file";
+inline constexpr std::string_view kOverwriteLine = "Do you want to overwrite the file?";
+inline constexpr std::string_view kMapWarningTitle = "MORVANE Warning";
+
+inline constexpr std::string_view kDownloadErrorTitle = "DownLoad Error";
+inline constexpr std::string_view kDownloadErrorLines[] = {
+    "You cannot download a map to the ECU while it is          ",
+    "not connected and the power is not turned on.",
+    "The laptop software will now be swapped into Offline Mode."};
+inline constexpr std::string_view kDownloadCheckTitle = " Download Check";
+inline constexpr std::string_view kDownloadCheckLines[] = {
+    "This operation will change ALL info currently in the ECU.",
+    "Are you REALLY sure you want to download a new map into the ECU?       "};
+inline constexpr std::string_view kDownloadStatus = "DownLoad";
+
+// The folder the program's file dialog last showed. Every file action of the program (maps and
+// datalogs) shares it, which is why a map dialog leaves the datalogs folder for the maps folder.
+struct FileDialogMemory {
+  std::string folder;
+};
+
+// Off-line mode: the tuner works on maps without an ECU. Loading a map then fills the editors
+// and runs the download against whatever the port does (a closed port sends nothing).
+struct ProgramMode {
+  bool Offline = false;
+};
+
+// The dots in the name part of `path` (after the last '/' or '\'); five or more refuse it.
+int DotsInFileName(const std::string& path);
+bool FileNameAccepted(const std::string& path);
+
+// The firmware version number that begins at the 19th character of the ECU's version text
+// (blanks before its digits skipped), or 0 when the text is 18 characters or shorter, holds no
+// digits there, or names a number above 255.
+std::uint8_t FirmwareVersionFromText(const std::string& version_text);
+
+// True when the main form's caption shows the connected state (set and without "Not").
+bool LinkConnected(const LinkState& link);
+
+enum class MapFileResult { kDone, kCancelled, kRefused, kFailed };
+
+// What loading a map works on besides the files.
+struct MapDownloadTarget {
+  const LinkState& link;
+  ProgramMode& mode;
+  const std::string& ecu_version_text;  // the version text the link shows
+  CalibrationImage& program_image;      // receives the loaded image
+  EditorState& state;
+  ApplyEnvironment& apply;
+  Download& download;
+};
+
+class MapFiles {
+ public:
+  MapFiles(FileSystem& files, FileDialogs& dialogs, MessageSink& messages,
+           const ProgramFolders& folders, FileDialogMemory& memory)
+      : files_(files), dialogs_(dialogs), messages_(messages), folders_(folders), memory_(memory) {}
+
+  // The save-map action: validates and builds the image (failed checks shown in one warning),
+  // asks for a name, refuses five dots, asks before overwriting, writes the 1023 bytes through a
+  // temporary file. A failed write says so and leaves the old file as it was.
+  MapFileResult SaveMap(const EditorState& state);
+
+  // The download-map-from-disk action: refuses when the ECU is neither connected nor off-line
+  // (and switches to off-line mode), asks for a name, refuses five dots, asks for confirmation,
+  // reads the file, replaces byte 909, applies the image and starts its download.
+  MapFileResult LoadAndDownloadMap(MapDownloadTarget& target);
+
+ private:
+  std::string InitialFolder();
+  void Remember(const std::string& path);
+  void Warn(std::string_view title, std::string_view line);
+
+  FileSystem& files_;
+  FileDialogs& dialogs_;
+  MessageSink& messages_;
+  const ProgramFolders& folders_;
+  FileDialogMemory& memory_;
+};
+
+}  // namespace vela

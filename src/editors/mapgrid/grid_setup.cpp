@@ -1,0 +1,45 @@
+#include "editors/mapgrid/grid_setup.h"
+
+#include <algorithm>
+#include <string>
+
+namespace vela {
+
+GridLoadSites LoadSitesForGrids(int fuel_load_sites, int ign_load_sites) {
+  return {fuel_load_sites == 0 ? kDefaultFuelLoadSites : fuel_load_sites,
+          ign_load_sites == 0 ? kDefaultIgnLoadSites : ign_load_sites};
+}
+
+int ReservedWidth(int load_sites) {
+  switch (load_sites) {
+    case 13:
+      return 1000;
+    case 17:
+      return 900;
+    default:
+      return 1300;
+  }
+}
+
+ColumnWidths ColumnWidthsFor(int grid_width, int load_sites) {
+  const int width = std::max(grid_width, 0);
+  if (load_sites <= 0) return {width, 0};
+  const int site = std::max(width - ReservedWidth(load_sites), 0) / load_sites;
+  return {width - site * load_sites, site};
+}
+
+void SetUpMapGrid(MapGridModel& grid, std::string_view title, int load_sites) {
+  if (grid.Columns() != load_sites + 1) grid.SetColumns(load_sites + 1);
+  grid.SetText(0, 0, std::string(title));
+  grid.WriteDefaultLabels();
+}
+
+void FillFuelGrid(MapGridModel& grid, const CalibrationImage& image, int map) {
+  grid.Load(image.ReadFuelMap(map));
+}
+
+void FillIgnGrid(MapGridModel& grid, const CalibrationImage& image) {
+  grid.Load(image.ReadIgnMap());
+}
+
+}  // namespace vela

@@ -1,0 +1,61 @@
+#include "editors/mapgrid/key_routing.h"
+
+namespace vela {
+
+namespace {
+
+char Upper(char letter) { return (letter >= 'a' && letter <= 'z') ? letter - 'a' + 'A' : letter; }
+
+KeyRoute Route(KeyAction action) { return KeyRoute{action, -1}; }
+
+}  // namespace
+
+int PageOfLetter(char letter, int current_page) {
+  switch (Upper(letter)) {
+    case 'F':
+      return current_page == kPageFuelMap1 ? kPageFuelMap2 : kPageFuelMap1;
+    case 'I':
+      return kPageIgnition;
+    case 'T':
+      return current_page == kPageOutputs ? kPageInputs : kPageOutputs;
+    case 'C':
+      return kPageCompensation;
+    case 'M':
+      return kPageMainSetup;
+    case 'S':
+      return kPageSensorSetup;
+    case 'H':
+      return kPageHelp;
+    case 'D':
+      return kPageDataPage;
+    case 'O':
+      return kPageFileOptions;
+    case 'G':
+      return kPageDataLogging;
+    default:
+      return -1;
+  }
+}
+
+KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context) {
+  if (press.key == MapKey::kEnter) return Route(KeyAction::kInsertLiveValue);
+  if (press.key == MapKey::kSpace) {
+    return Route(context.previous_key_was_space ? KeyAction::kMovePointerToLoadSite
+                                                : KeyAction::kDiscard);
+  }
+  if (press.key != MapKey::kLetter || press.control) return Route(KeyAction::kPassToGrid);
+  const char letter = Upper(press.letter);
+  if (press.alt) {
+    if (letter == 'A') return Route(KeyAction::kToggleAllRanges);
+    if (letter == 'L') return Route(KeyAction::kToggleLiveTuning);
+    if (letter == 'E') return Route(KeyAction::kRebuildGrids);
+  } else {
+    if (letter == 'U') return Route(KeyAction::kForceUpload);
+    if (letter == 'L') return Route(KeyAction::kToggleDatalogging);
+  }
+  const int page = PageOfLetter(letter, context.current_page);
+  if (page >= 0) return KeyRoute{KeyAction::kSelectPage, page};
+  return Route(KeyAction::kPassToGrid);
+}
+
+}  // namespace vela

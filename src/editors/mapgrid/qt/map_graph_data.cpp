@@ -1,0 +1,59 @@
+#include "editors/mapgrid/qt/map_graph_data.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace vela {
+
+namespace {
+
+std::vector<double> RpmAxis(const MapGridModel& grid) {
+  std::vector<double> axis;
+  for (int row = 1; row <= kMapRows; ++row) {
+    bool ok = false;
+    const double rpm = QString::fromStdString(grid.RpmLabel(row)).trimmed().toDouble(&ok);
+    if (!ok || (!axis.empty() && rpm >= axis.back())) {
+      axis.clear();
+      break;
+    }
+    axis.push_back(rpm);
+  }
+  if (!axis.empty()) return axis;
+  for (int row = 1; row <= kMapRows; ++row) axis.push_back(kRpmSites[BlockRowOfGridRow(row) - 1]);
+  return axis;
+}
+
+std::vector<double> LoadAxis(const MapGridModel& grid, int sites) {
+  std::vector<double> axis;
+  for (int column = 1; column <= sites; ++column) axis.push_back(grid.LoadSiteKpa(column));
+  const bool rising =
+      std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>()) == axis.end();
+  if (rising) return axis;
+  for (int column = 1; column <= sites; ++column) axis[column - 1] = column;
+  return axis;
+}
+
+}  // namespace
+
+MapGraphData GraphDataOf(const MapGridModel& grid, int max_sites) {
+  MapGraphData data;
+  data.kind = grid.Kind();
+  data.title = QString::fromStdString(grid.Text(0, 0));
+  data.sites = max_sites > 0 ? std::min(max_sites, grid.LoadSites()) : grid.LoadSites();
+  const UnitsRange range = RangeOf(grid);
+  for (int row = 1; row <= kMapRows; ++row) {
+    data.rpm_labels.append(QString::fromStdString(grid.RpmLabel(row)));
+    for (int column = 1; column <= data.sites; ++column) {
+      data.values.push_back(grid.Value(row, column));
+      data.fractions.push_back(RangeFraction(range, grid.Units(row, column)));
+    }
+  }
+  for (int column = 1; column <= data.sites; ++column) {
+    data.load_labels.append(QString::fromStdString(grid.LoadLabel(column)));
+  }
+  data.rpm_axis = RpmAxis(grid);
+  data.load_axis = LoadAxis(grid, data.sites);
+  return data;
+}
+
+}  // namespace vela

@@ -1,0 +1,36 @@
+// What a map graph draws: a copy of a grid's values and axes, taken whenever the grid changes.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <vector>
+
+#include "editors/mapgrid/map_display.h"
+#include "editors/mapgrid/map_grid_model.h"
+
+namespace vela {
+
+struct MapGraphData {
+  MapKind kind = MapKind::kFuel;
+  QString title;
+  int sites = 0;                  // load-site columns drawn
+  std::vector<double> values;     // grid rows 1..11 (highest RPM first) x columns 1..sites
+  std::vector<double> fractions;  // each value's share of the map's range, for its colour
+  QStringList rpm_labels;         // grid rows 1..11
+  QStringList load_labels;        // columns 1..sites, kPa
+  std::vector<double> rpm_axis;   // RPM of grid rows 1..11, strictly falling
+  std::vector<double> load_axis;  // load of columns 1..sites, strictly rising
+
+  double At(int row, int column) const {
+    return values[static_cast<std::size_t>((row - 1) * sites + column - 1)];
+  }
+  double FractionAt(int row, int column) const {
+    return fractions[static_cast<std::size_t>((row - 1) * sites + column - 1)];
+  }
+};
+
+// A copy of `grid` with at most `max_sites` columns (all of them when 0 or less). Axes fall back
+// to the standard RPM sites and to the column numbers when the labels do not run in order.
+MapGraphData GraphDataOf(const MapGridModel& grid, int max_sites);
+
+}  // namespace vela

@@ -1,0 +1,277 @@
+#include "editors/mapgrid/qt/map_grid.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QResizeEvent>
+#include <QStyledItemDelegate>
+#include <algorithm>
+#include <cmath>
+
+#include "calibration/calibration_image.h"
+#include "editors/mapgrid/grid_setup.h"
+#include "editors/mapgrid/qt/map_grid_table.h"
+#include "editors/mapgrid/qt/map_key_press.h"
+
+namespace vela {
+
+namespace {
+
+constexpr int kUnitsPerPixel = 15;  // display units (1/1440 inch) per pixel at 96 dpi
+constexpr int kSmallestPoints = 6;
+
+// The largest size up to `points` at which the widest cell text fits `width` pixels.
+int FittingPointSize(QFont font, int points, int width) {
+  for (; points > kSmallestPoints; --points) {
+    font.setPointSize(points);
+    font.setBold(true);
+    if (QFontMetrics(font).horizontalAdvance(QStringLiteral("00.000")) + 10 <= width) break;
+  }
+  return points;
+}
+
+int DefaultLoadSites(MapKind kind) {
+  return kind == MapKind::kFuel ? kDefaultFuelLoadSites : kDefaultIgnLoadSites;
+}
+
+}  // namespace
+
+// Draws the live operating point as a cross over the grid's viewport.
+class GridMarkerOverlay : public QWidget {
+ public:
+  explicit GridMarkerOverlay(MapGrid* grid) : QWidget(grid->viewport()), grid_(grid) {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAttribute(Qt::WA_NoSystemBackground);
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    const std::optional<OperatingPoint> marker = grid_->Marker();
+    if (!marker) return;
+    const QPointF centre = grid_->ViewportPoint(*marker);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(20, 20, 20, 200), 2));
+    const QPointF top_left = grid_->ViewportPoint({1.0, 1.0});
+    painter.drawLine(QPointF(top_left.x() - 20, centre.y()), QPointF(width(), centre.y()));
+    painter.drawLine(QPointF(centre.x(), top_left.y() - 12), QPointF(centre.x(), height()));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(centre, 6.0, 6.0);
+  }
+
+ private:
+  MapGrid* grid_;
+};
+
+// Paints selected cells in their value colour, darkened and framed, so that the map's shape
+// stays readable under the cursor and the selection.
+class CellDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    QStyleOptionViewItem plain = option;
+    const bool selected = option.state.testFlag(QStyle::State_Selected);
+    plain.state.setFlag(QStyle::State_Selected, false);
+    plain.state.setFlag(QStyle::State_HasFocus, false);
+    QStyledItemDelegate::paint(painter, plain, index);
+    if (!selected) return;
+    painter->save();
+    painter->fillRect(option.rect, QColor(0, 0, 0, 45));
+    painter->setPen(QPen(QColor(20, 20, 20), 2));
+    painter->drawRect(option.rect.adjusted(1, 1, -1, -1));
+    painter->restore();
+  }
+};
+
+MapGrid::MapGrid(MapKind kind, QWidget* parent)
+    : QTableView(parent),
+      model_(kind, DefaultLoadSites(kind)),
+      table_(new MapGridTable(model_, this)),
+      overlay_(new GridMarkerOverlay(this)) {
+  setModel(table_);
+  setItemDelegate(new CellDelegate(this));
+  horizontalHeader()->hide();
+  verticalHeader()->hide();
+  setSelectionMode(QAbstractItemView::ContiguousSelection);
+  setSelectionBehavior(QAbstractItemView::SelectItems);
+  setEditTriggers(QAbstractItemView::NoEditTriggers);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setTabKeyNavigation(false);
+  setWordWrap(false);
+  model_.SetCellsChangedHandler(
+      [this](const std::vector<MapCell>& cells) { OnModelCellsChanged(cells); });
+  ApplyLook();
+  PushCurrent();
+}
+
+MapGrid::~MapGrid() { model_.SetCellsChangedHandler(nullptr); }
+
+void MapGrid::Refresh() {
+  const bool reshaped = table_->columnCount() != model_.Columns();
+  table_->Refresh();
+  if (reshaped) {
+    ApplyGeometry();
+    PushCurrent();
+  }
+  overlay_->update();
+}
+
+void MapGrid::SetUp(const QString& title, int load_sites) {
+  SetUpMapGrid(model_, title.toStdString(), load_sites);
+  Refresh();
+}
+
+void MapGrid::LoadValues(const MapValues& values) {
+  model_.Load(values);
+  Refresh();
+}
+
+void MapGrid::SetSettings(const MapGridSettings& settings) {
+  model_.SetSettings(settings);
+  ApplyLook();
+  Refresh();
+  ApplyGeometry();
+}
+
+QString MapGrid::CellText(int row, int column) const {
+  return QString::fromStdString(model_.Text(row, column));
+}
+
+bool MapGrid::SetCellText(int row, int column, const QString& text) {
+  const bool done = model_.SetText(row, column, text.toStdString());
+  if (done) Refresh();
+  return done;
+}
+
+void MapGrid::SetCurrentCell(int row, int column) {
+  model_.SetCurrent(row, column);
+  PushCurrent();
+}
+
+void MapGrid::SetMarker(std::optional<OperatingPoint> point) {
+  marker_ = point;
+  overlay_->update();
+}
+
+QPointF MapGrid::ViewportPoint(const OperatingPoint& point) const {
+  const auto centre = [](int position, int size) { return position + size / 2.0; };
+  const auto along = [&](double place, int count, auto position, auto size) {
+    const int first = std::clamp(static_cast<int>(std::floor(place)), 0, count - 1);
+    const double share = place - first;
+    const double from = centre(position(first), size(first));
+    if (share <= 0.0 || first + 1 >= count) return from;
+    return from + (centre(position(first + 1), size(first + 1)) - from) * share;
+  };
+  const double x = along(
+      point.column, model_.Columns(), [this](int c) { return columnViewportPosition(c); },
+      [this](int c) { return columnWidth(c); });
+  const double y = along(
+      point.row, model_.Rows(), [this](int r) { return rowViewportPosition(r); },
+      [this](int r) { return rowHeight(r); });
+  return {x, y};
+}
+
+QSize MapGrid::sizeHint() const {
+  QFont cell_font = font();
+  if (model_.Settings().fontsize > 0) cell_font.setPointSize(model_.Settings().fontsize);
+  cell_font.setBold(true);
+  const QFontMetrics metrics(cell_font);
+  const int site = metrics.horizontalAdvance(QStringLiteral("00.000")) + 10;
+  const int label = ReservedWidth(model_.LoadSites()) / kUnitsPerPixel;
+  const int frame = 2 * frameWidth();
+  return {label + site * model_.LoadSites() + frame,
+          (metrics.height() + 12) * model_.Rows() + frame};
+}
+
+void MapGrid::keyPressEvent(QKeyEvent* event) {
+  PullSelection();
+  if (!model_.HandleKey(MapKeyPressOf(*event))) {
+    event->ignore();
+    return;
+  }
+  event->accept();
+  PushCurrent();
+  table_->Refresh();
+}
+
+void MapGrid::resizeEvent(QResizeEvent* event) {
+  QTableView::resizeEvent(event);
+  ApplyGeometry();
+}
+
+void MapGrid::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QTableView::currentChanged(current, previous);
+  if (pushing_) return;
+  PullSelection();
+  emit CursorMoved(model_.Current().row, model_.Current().column);
+}
+
+void MapGrid::OnModelCellsChanged(const std::vector<MapCell>& cells) {
+  QList<QPoint> points;
+  points.reserve(static_cast<qsizetype>(cells.size()));
+  for (const MapCell& cell : cells) points.append(QPoint(cell.column, cell.row));
+  emit CellsChanged(points);
+  table_->Refresh();
+}
+
+void MapGrid::PullSelection() {
+  const QModelIndex current = currentIndex();
+  MapCell cursor = model_.Current();
+  if (current.isValid()) cursor = {current.row(), current.column()};
+  MapCellRect rect{cursor.row, cursor.column, cursor.row, cursor.column};
+  bool any = false;
+  for (const QModelIndex& index : selectionModel()->selectedIndexes()) {
+    if (!model_.IsValueCell(index.row(), index.column())) continue;
+    if (!any) rect = {index.row(), index.column(), index.row(), index.column()};
+    any = true;
+    rect = {std::min(rect.top, index.row()), std::min(rect.left, index.column()),
+            std::max(rect.bottom, index.row()), std::max(rect.right, index.column())};
+  }
+  model_.Select(rect, cursor);
+}
+
+void MapGrid::PushCurrent() {
+  pushing_ = true;
+  const MapCell cursor = model_.Current();
+  const MapCellRect rect = model_.Selection();
+  const QModelIndex index = table_->index(cursor.row, cursor.column);
+  if (rect.top == rect.bottom && rect.left == rect.right) {
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+  } else {
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  }
+  pushing_ = false;
+  emit CursorMoved(cursor.row, cursor.column);
+}
+
+void MapGrid::ApplyGeometry() {
+  const int sites = model_.LoadSites();
+  const int width = viewport()->width();
+  const ColumnWidths widths = ColumnWidthsFor(width * kUnitsPerPixel, sites);
+  const int site_pixels = widths.site / kUnitsPerPixel;
+  setColumnWidth(0, std::max(width - site_pixels * sites, 0));
+  for (int column = 1; column <= sites; ++column) setColumnWidth(column, site_pixels);
+  const int points =
+      model_.Settings().fontsize > 0 ? model_.Settings().fontsize : font().pointSize();
+  table_->SetPointSize(FittingPointSize(font(), points, site_pixels));
+  const int rows_shown = std::clamp(model_.Settings().visiblerows, 1, model_.Rows());
+  const int row_pixels = std::max(viewport()->height() / rows_shown, fontMetrics().height() + 4);
+  for (int row = 0; row < model_.Rows(); ++row) setRowHeight(row, row_pixels);
+  model_.SetColWidth0(widths.label);
+  overlay_->setGeometry(viewport()->rect());
+  overlay_->raise();
+}
+
+void MapGrid::ApplyLook() {
+  const MapGridSettings& settings = model_.Settings();
+  QFont grid_font = font();
+  if (settings.fontsize > 0) grid_font.setPointSize(settings.fontsize);
+  setFont(grid_font);
+  QPalette colours = palette();
+  colours.setColor(QPalette::Base, QColor::fromRgb(static_cast<QRgb>(settings.backcolor)));
+  setPalette(colours);
+}
+
+}  // namespace vela

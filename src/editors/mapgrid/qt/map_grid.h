@@ -1,0 +1,86 @@
+// `MapGrid`: the map grid component behind the fuel and ignition maps. A table of 12 rows (the
+// header row of load sites, then the RPM rows from the highest down) and a label column, cells
+// coloured by value, a cell cursor and a rectangular selection. The value keys and Left/Right
+// are handled here; every change is announced with CellsChanged. The caller sets the objectName
+// (`FuelMap1`, `FuelMap2`, `IgnMap`).
+#pragma once
+
+#include <QList>
+#include <QPoint>
+#include <QString>
+#include <QTableView>
+#include <optional>
+
+#include "calibration/map_values.h"
+#include "editors/mapgrid/map_display.h"
+#include "editors/mapgrid/map_grid_model.h"
+
+namespace vela {
+
+class MapGridTable;
+class GridMarkerOverlay;
+
+class MapGrid : public QTableView {
+  Q_OBJECT
+
+ public:
+  explicit MapGrid(MapKind kind, QWidget* parent = nullptr);
+  ~MapGrid() override;
+
+  // The grid's state. After changing it directly, call Refresh.
+  MapGridModel& Model() { return model_; }
+  const MapGridModel& Model() const { return model_; }
+  void Refresh();
+
+  // The grid set-up: load sites, title in the corner cell, header labels; then the values.
+  void SetUp(const QString& title, int load_sites);
+  void LoadValues(const MapValues& values);
+  // fixedcols, fontsize, visiblerows, backcolor, const1, const2, mapsensordiv, maxms, ...
+  void SetSettings(const MapGridSettings& settings);
+
+  QString CellText(int row, int column) const;
+  bool SetCellText(int row, int column, const QString& text);
+  int CurrentRow() const { return model_.Current().row; }
+  int CurrentColumn() const { return model_.Current().column; }
+  void SetCurrentCell(int row, int column);
+
+  void SetAllRanges(bool on) { model_.SetAllRanges(on); }
+  bool AllRanges() const { return model_.AllRanges(); }
+  void SetLiveTuning(bool on) { model_.SetLiveTuning(on); }
+  bool LiveTuning() const { return model_.LiveTuning(); }
+
+  // The live operating point drawn as a cross over the cells; nullopt hides it.
+  void SetMarker(std::optional<OperatingPoint> point);
+  std::optional<OperatingPoint> Marker() const { return marker_; }
+  // The centre of a fractional cell position in viewport coordinates.
+  QPointF ViewportPoint(const OperatingPoint& point) const;
+
+  // Wide enough for every cell's text at the fontsize setting.
+  QSize sizeHint() const override;
+
+ signals:
+  // The cells (x = column, y = row) that a key or an insert changed. Handlers run before the
+  // grid redraws, so a handler may still adjust the cells (the duty cap).
+  void CellsChanged(const QList<QPoint>& cells);
+  void CursorMoved(int row, int column);
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+ private:
+  void OnModelCellsChanged(const std::vector<MapCell>& cells);
+  void PullSelection();
+  void PushCurrent();
+  void ApplyGeometry();
+  void ApplyLook();
+
+  MapGridModel model_;
+  MapGridTable* table_;
+  GridMarkerOverlay* overlay_;
+  std::optional<OperatingPoint> marker_;
+  bool pushing_ = false;
+};
+
+}  // namespace vela

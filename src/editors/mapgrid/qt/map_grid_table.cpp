@@ -1,0 +1,121 @@
+#include "editors/mapgrid/qt/map_grid_table.h"
+
+#include <QFont>
+
+#include "editors/mapgrid/map_display.h"
+
+namespace vela {
+
+namespace {
+
+constexpr double kPaleShare = 0.35;  // how much white is mixed into a cell colour
+
+}  // namespace
+
+QColor CellColour(double fraction) {
+  const Rgb rgb = RampColour(fraction);
+  const auto pale = [](int channel) {
+    return static_cast<int>(channel + (255 - channel) * kPaleShare);
+  };
+  return QColor(pale(rgb.red), pale(rgb.green), pale(rgb.blue));
+}
+
+QColor HeaderColour() { return QColor(214, 218, 224); }
+
+MapGridTable::MapGridTable(MapGridModel& grid, QObject* parent)
+    : QAbstractTableModel(parent), grid_(grid), shown_columns_(grid.Columns()) {}
+
+int MapGridTable::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : grid_.Rows();
+}
+
+int MapGridTable::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : shown_columns_;
+}
+
+int MapGridTable::MarkerIndex(int column) const {
+  const int index = column - (grid_.LoadSites() - static_cast<int>(kHeaderMarkers.size())) - 1;
+  if (index < 0 || index >= static_cast<int>(kHeaderMarkers.size())) return -1;
+  return grid_.Text(0, column) == kHeaderMarkers[index] ? index : -1;
+}
+
+QVariant MapGridTable::Background(int row, int column) const {
+  if (grid_.IsValueCell(row, column)) {
+    return CellColour(RangeFraction(RangeOf(grid_), grid_.Units(row, column)));
+  }
+  const int marker = row == 0 ? MarkerIndex(column) : -1;
+  if (marker >= 0) return CellColour(kHeaderMarkerPerMille[marker] / 1000.0);
+  return HeaderColour();
+}
+
+QVariant MapGridTable::ToolTip(int row, int column) const {
+  if (row == 0 && column >= 1) {
+    QString tip = QStringLiteral("Load site %1: %2 kPa")
+                      .arg(column)
+                      .arg(QString::fromStdString(grid_.LoadLabel(column)));
+    if (MarkerIndex(column) >= 0) {
+      tip += QStringLiteral("\nColour of %1 per mille of the map's range")
+                 .arg(QString::fromStdString(grid_.Text(0, column)));
+    }
+    return tip;
+  }
+  if (grid_.IsValueCell(row, column)) {
+    return QStringLiteral("%1 rpm, %2 kPa")
+        .arg(QString::fromStdString(grid_.RpmLabel(row)),
+             QString::fromStdString(grid_.LoadLabel(column)));
+  }
+  return {};
+}
+
+QVariant MapGridTable::data(const QModelIndex& index, int role) const {
+  if (!index.isValid()) return {};
+  const int row = index.row();
+  const int column = index.column();
+  switch (role) {
+    case Qt::DisplayRole:
+      return QString::fromStdString(grid_.Text(row, column));
+    case Qt::BackgroundRole:
+      return Background(row, column);
+    case Qt::ForegroundRole:
+      return QColor(Qt::black);
+    case Qt::ToolTipRole:
+      return ToolTip(row, column);
+    case Qt::TextAlignmentRole:
+      return Qt::AlignCenter;
+    case Qt::FontRole: {
+      QFont font;
+      const int points = point_size_ > 0 ? point_size_ : grid_.Settings().fontsize;
+      if (points > 0) font.setPointSize(points);
+      font.setBold(!grid_.IsValueCell(row, column));
+      return font;
+    }
+    default:
+      return {};
+  }
+}
+
+Qt::ItemFlags MapGridTable::flags(const QModelIndex& index) const {
+  if (!index.isValid()) return Qt::NoItemFlags;
+  if (grid_.IsValueCell(index.row(), index.column())) {
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+  }
+  return Qt::ItemIsEnabled;
+}
+
+void MapGridTable::SetPointSize(int points) {
+  if (points == point_size_) return;
+  point_size_ = points;
+  emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1), {Qt::FontRole});
+}
+
+void MapGridTable::Refresh() {
+  if (shown_columns_ != grid_.Columns()) {
+    beginResetModel();
+    shown_columns_ = grid_.Columns();
+    endResetModel();
+    return;
+  }
+  emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+}
+
+}  // namespace vela

@@ -1,0 +1,42 @@
+// The item model through which a QTableView shows a MapGridModel: the same 12 rows and columns,
+// the header row and label column drawn as fixed cells, value cells coloured by value.
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QColor>
+
+#include "editors/mapgrid/map_grid_model.h"
+
+namespace vela {
+
+// The colour of a value share 0..1 of the map's range (blue, green, red), paled for cell text.
+QColor CellColour(double fraction);
+QColor HeaderColour();
+
+class MapGridTable : public QAbstractTableModel {
+  Q_OBJECT
+
+ public:
+  explicit MapGridTable(MapGridModel& grid, QObject* parent = nullptr);
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+  // After the grid changed: every cell again, or the whole model when the columns changed.
+  void Refresh();
+  // The text size of the cells in points; 0 takes the grid's fontsize setting.
+  void SetPointSize(int points);
+
+ private:
+  QVariant Background(int row, int column) const;
+  QVariant ToolTip(int row, int column) const;
+  int MarkerIndex(int column) const;  // 0..2 for a header marker cell, else -1
+
+  MapGridModel& grid_;
+  int shown_columns_;
+  int point_size_ = 0;
+};
+
+}  // namespace vela

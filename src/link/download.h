@@ -1,0 +1,71 @@
+// The calibration download: writes a whole calibration image into the ECU, two bytes per command
+// frame, one frame per tick of the main form's `DownloadTimer`, while the progress window
+// `Form3` shows how far it has come. There is no acknowledgement: a frame that could not be
+// written is not repeated.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "link/link_state.h"
+
+namespace vela {
+
+inline constexpr std::string_view kDownloadProgressTitle = " Download Progress";
+inline constexpr std::string_view kDownloadProgressText =
+    "Busy Downloading info to the ECU... Please be patient.";
+inline constexpr double kDownloadProgressFullWidth = 6450.0;  // progress bar units
+// `DownloadTimer`'s interval: room for the ECU to store each pair before the next frame.
+inline constexpr int kDownloadTimerIntervalMs = 10;
+
+inline constexpr int kDownloadPairCommand = 2;   // writes a 16-bit pair
+inline constexpr int kDownloadByteCommand = 4;   // writes the odd last byte
+inline constexpr int kDownloadCloseCommand = 6;  // closes the transfer
+
+// What the Qt side does for the download: the progress window `Form3`, `DownloadTimer` and the
+// status label. Any of them may be empty.
+struct DownloadCallbacks {
+  std::function<void()> show_progress;             // opens `Form3` at width 0
+  std::function<void(double width)> set_progress;  // bar width, 0 to about 6450
+  std::function<void()> close_progress;
+  std::function<void(bool enabled)> set_timer_enabled;
+  std::function<void()> clear_status;
+};
+
+class Download {
+ public:
+  Download(CommandSender& sender, LinkState& link, DownloadCallbacks callbacks)
+      : sender_(sender), link_(link), callbacks_(std::move(callbacks)) {}
+
+  // Takes `image` as `DownloadImage`, sets `DownloadPos` and `DownloadBase` to 1, holds the link
+  // (`TLock`, so that shutdown sends no closing command mid-transfer), shows the progress
+  // window and enables the timer. A download under way starts again with the new image.
+  void Start(std::vector<std::uint8_t> image);
+
+  // One tick of `DownloadTimer`: sends exactly one frame. A tick while no download runs does
+  // nothing. The tick after the closing frame's position finishes the download: progress
+  // window closed, timer off, `DownloadPos` back to 1, status cleared, link released.
+  void Tick();
+
+  bool running() const { return running_; }
+  int DownloadPos() const { return download_pos_; }
+  int DownloadBase() const { return download_base_; }
+  double progress_width() const { return progress_width_; }
+
+ private:
+  void Finish();
+
+  CommandSender& sender_;
+  LinkState& link_;
+  DownloadCallbacks callbacks_;
+  std::vector<std::uint8_t> download_image_;
+  int download_pos_ = 1;
+  int download_base_ = 1;
+  double progress_width_ = 0.0;
+  bool running_ = false;
+};
+
+}  // namespace vela

@@ -1,0 +1,132 @@
+// The link against the simulated ECU over a real pseudo-terminal: connection, link preparation,
+// upload byte for byte, live values, loss and return, and the ECU's misbehaviour.
+#include <QTemporaryDir>
+#include <QtTest>
+#include <sys/resource.h>
+
+#include "app/link_session.h"
+#include "link/connection_supervisor.h"
+#include "link/qt/qt_serial_port.h"
+#include "sim/core/base_calibration.h"
+#include "sim/pty_runner.h"
+
+using namespace vela;
+
+namespace {
+
+class QuietStatus : public StatusLabel {
+ public:
+  void SetText(const std::string&) override {}
+  void SetColour(LabelColour) override {}
+};
+
+double CpuSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+         (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+// The program's side of the link, pointed at a device path.
+struct Program {
+  explicit Program(const QString& device) : port(false), link(port, trace) {
+    port.set_device_override(device);
+    port.Open(1);
+    link.SetCommsDelayEnabled(false);
+    QObject::connect(&link, &LinkSession::CalibrationReceived, [this] { ++uploads; });
+    link.Start();
+    link.StartCountsPerMsTimer(status);
+  }
+  bool Connected() { return link.state().Caption == kCaptionConnected; }
+
+  QtSerialPort port;
+  StartupTrace trace;
+  QuietStatus status;
+  LinkSession link;
+  int uploads = 0;
+};
+
+sim::SimCommandLine SimWith(const std::string& link_path = {}) {
+  sim::SimCommandLine options;
+  options.link_path = link_path;
+  return options;
+}
+
+}  // namespace
+
+class LinkEndToEndTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void connectsUploadsTheImageByteForByteAndShowsLiveValues() {
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start(SimWith(), &error), error.c_str());
+    Program program(QString::fromStdString(ecu.SlavePath()));
+    QTRY_VERIFY_WITH_TIMEOUT(program.Connected(), 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 1, 8000);
+    QVERIFY(program.link.image().Bytes() == sim::EmbeddedBaseCalibration().Bytes());
+    QTRY_VERIFY_WITH_TIMEOUT(program.link.live().engine_rpm > 400, 3000);
+    QVERIFY(program.link.live().battery_volts > 12.0);
+    QVERIFY(program.link.live().map_kpa > 10.0);
+  }
+
+  void aSilentEcuIsShownAsLostAndTakesAFreshUploadWhenItComesBack() {
+    sim::SimCommandLine options = SimWith();
+    options.sim.faults.silence_after_us = 3'000'000;
+    options.sim.faults.silence_for_us = 2'500'000;
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start(options, &error), error.c_str());
+    Program program(QString::fromStdString(ecu.SlavePath()));
+    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 1, 8000);
+    QTRY_VERIFY_WITH_TIMEOUT(!program.Connected(), 6000);
+    QCOMPARE(program.link.live().engine_rpm, 0.0);
+    QTRY_VERIFY_WITH_TIMEOUT(program.Connected(), 6000);
+    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 2, 10000);
+  }
+
+  void garbageSplitFramesBurstsAndACutReplyLeaveTheLinkWorking() {
+    sim::SimCommandLine options = SimWith();
+    options.sim.faults.garbage_every = 2;
+    options.sim.faults.chunk_max_bytes = 7;
+    options.sim.faults.chunk_gap_us = 300;
+    options.sim.faults.upload_cut_bytes = 400;
+    options.sim.faults.faulty_uploads = 1;
+    options.sim.faults.burst_every_us = 1'500'000;
+    options.sim.faults.burst_bytes = 600;
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start(options, &error), error.c_str());
+    Program program(QString::fromStdString(ecu.SlavePath()));
+    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 1, 15000);
+    QVERIFY(program.link.image().Bytes() == sim::EmbeddedBaseCalibration().Bytes());
+    QTRY_VERIFY_WITH_TIMEOUT(program.link.live().engine_rpm > 400, 3000);
+    QVERIFY(program.Connected());
+  }
+
+  void anUnpluggedLineIsReopenedWithoutSpinningTheProcessor() {
+    QTemporaryDir dir;
+    const std::string link_path = (dir.path() + "/ecu").toStdString();
+    auto ecu = std::make_unique<sim::InProcessSimulator>();
+    std::string error;
+    QVERIFY2(ecu->Start(SimWith(link_path), &error), error.c_str());
+    Program program(QString::fromStdString(link_path));
+    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 1, 8000);
+
+    ecu->Stop();
+    QTRY_VERIFY_WITH_TIMEOUT(!program.Connected(), 5000);
+    const double cpu_before = CpuSeconds();
+    QTest::qWait(2000);
+    const double cpu_used = CpuSeconds() - cpu_before;
+    QVERIFY2(cpu_used < 1.0, qPrintable(QString("%1 s of processor in 2 s").arg(cpu_used)));
+
+    ecu = std::make_unique<sim::InProcessSimulator>();
+    QVERIFY2(ecu->Start(SimWith(link_path), &error), error.c_str());
+    QTRY_VERIFY_WITH_TIMEOUT(program.Connected(), 8000);
+    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 2, 10000);
+  }
+};
+
+QTEST_MAIN(LinkEndToEndTest)
+#include "link_end_to_end_test.moc"

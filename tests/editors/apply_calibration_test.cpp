@@ -1,0 +1,251 @@
+#include "editors/apply_calibration.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <tuple>
+
+#include "editor_fakes.h"
+#include "editors/setup/setup_checks.h"
+
+namespace vela {
+namespace {
+
+using editor_testing::RecordingSender;
+using editor_testing::ScriptedMessages;
+using editor_testing::SentFrame;
+using editor_testing::SoundImage;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class ApplyCalibration : public ::testing::Test {
+ protected:
+  void Apply(const CalibrationImage& image, CalibrationSource source = CalibrationSource::kUpload) {
+    ApplyUploadedCalibration(image, source, state, env);
+  }
+  static CalibrationImage With(CalibrationImage image, int position, int value) {
+    image.SetByte(position, static_cast<std::uint8_t>(value));
+    return image;
+  }
+
+  EditorState state;
+  StartupTrace status;
+  ScriptedMessages messages;
+  RecordingSender sender;
+  LinkState link;
+  bool suppress = false;
+  int timer_stops = 0;
+  int flag_clears = 0;
+  ApplyEnvironment env{status,
+                       messages,
+                       sender,
+                       link,
+                       suppress,
+                       [this] { ++timer_stops; },
+                       [this] { ++flag_clears; }};
+};
+
+TEST_F(ApplyCalibration, SoundBlockFillsTheEditorsWithoutErrorsAndTracesTheSorting) {
+  Apply(SoundImage());
+  EXPECT_THAT(state.SetupErrors, IsEmpty());
+  EXPECT_THAT(status.texts(), ElementsAre("Upload Sorting Started", "Upload Sorting Complete"));
+  EXPECT_EQ(state.setup.FuelMode, 1);
+  EXPECT_EQ(state.setup.OptionImpedance, 1);
+  EXPECT_EQ(state.idle.IdleTargetRpm, 19u * 256);
+  EXPECT_EQ(state.version.VersionLabel, "2");
+}
+
+TEST_F(ApplyCalibration, ListsEveryFailedCheckInStepOrderAndStillAppliesEveryField) {
+  CalibrationImage image = SoundImage();
+  for (auto [position, value] : std::initializer_list<std::pair<int, int>>{
+           {947, 9},   {946, 4},   {995, 0x63}, {959, 121},  {996, 2},    {871, 1},  {909, 4},
+           {900, 0},   {901, 0},   {902, 6},    {903, 0x83}, {852, 230},  {904, 5},  {905, 3},
+           {853, 230}, {906, 4},   {907, 3},    {884, 16},   {910, 16},   {926, 16}, {942, 0x18},
+           {949, 0},   {950, 0},   {952, 2},    {955, 0x81}, {956, 65},   {1022, 8}, {1023, 8},
+           {958, 128}, {972, 253}, {998, 201},  {1005, 201}, {1006, 255}, {1011, 0}, {1012, 0},
+           {1014, 5},  {1015, 4},  {1018, 128}, {867, 4}}) {
+    image.SetByte(position, static_cast<std::uint8_t>(value));
+  }
+  for (int i = 0; i < 8; ++i) image.SetByte(987 + i, static_cast<std::uint8_t>(i + 1));
+  Apply(image);
+
+  std::vector<std::string> expected;
+  expected.insert(expected.end(), {"Cylinders Setup Invalid", "RPM Sites Setup is invalid",
+                                   "Fuel Load Sites Error", "Fuel Map Selection Error"});
+  expected.insert(expected.end(), {"Trigger Offset Error", "Ignition Load Sites Error",
+                                   "Ignition Timing Lock Active", "PC Software out of date"});
+  expected.insert(expected.end(), {"Rev Limiter 2 Invalid", "Trigger Pattern Invalid",
+                                   "Trigger Hall or Magnetic Invalid", "Trigger Voltage Invalid"});
+  expected.insert(expected.end(),
+                  {"Home Position Pattern Invalid", "Home Position Hall or Magnetic Invalid",
+                   "Home Position Voltage Invalid", "Ignition Spark Mode Invalid"});
+  expected.insert(expected.end(),
+                  {"Fuel Injection Mode and Injector Impedance", "GPO1 Function Invalid",
+                   "GPO2 Function Invalid", "GPO3 Function Invalid"});
+  expected.insert(expected.end(), {"Rev Limiter Type Invalid", "Tacho Output Setup Invalid",
+                                   "Trigger Edges Setup Invalid", "Rev Limiter 1 Invalid"});
+  expected.insert(expected.end(), {"TPS Setup Error", "Throttle Pump Setup Error",
+                                   "Map Sensor Setup Error", "Map Sensor Scaling Invalid"});
+  expected.insert(expected.end(), {"GPI1 Function Invalid", "GPI2 Function Invalid",
+                                   "Dwell Time Invalid", "Air Temp Sensor Calibration Error"});
+  expected.insert(expected.end(), 7, "Water Temp Sensor Calibration Error");
+  expected.insert(expected.end(),
+                  {"Injector Startup Prime Invalid", "Battery Voltage Compensation Invalid",
+                   "Idle Target RPM Invalid", "Idle Minimum Larger than Maximum Error",
+                   "Idle Cold Adjuster Invalid", "Idle PWM Frequency Invalid"});
+  EXPECT_EQ(state.SetupErrors, expected);
+
+  EXPECT_EQ(state.setup.Cylinders, 9);
+  EXPECT_EQ(state.setup.ComboTrigger, 6);
+  EXPECT_EQ(state.maps.FuelLoadSites, 17);
+  EXPECT_EQ(state.maps.IgnLoadSites, 6);
+}
+
+TEST_F(ApplyCalibration, InvalidRpmSitesStillFillBothFuelMaps) {
+  CalibrationImage image = With(SoundImage(), 946, 4);
+  image.Write16(1, 0x1234);  // block row 1, column 1
+  image.Write16(197, 2500);  // block row 11, column 9
+  image.Write16(375, 1000);  // fuel map 2, block row 1, column 1
+  Apply(image);
+  EXPECT_THAT(state.SetupErrors, ElementsAre("RPM Sites Setup is invalid"));
+  EXPECT_EQ(state.setup.ComboSiteRPM, 4);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 1), 4.66);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(1, 9), 2.5);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap2.At(11, 1), 1.0);
+}
+
+TEST_F(ApplyCalibration, FuelSitesByteSizesTheFuelMapsAndChoosesTheMapFromBitSevenDown) {
+  CalibrationImage image = With(SoundImage(), 995, 2);
+  image.Write16(35, 700);   // 17 sites: block row 2, column 1
+  image.Write16(373, 900);  // 17 sites: block row 11, column 17
+  Apply(image);
+  EXPECT_EQ(state.maps.FuelMap1.Columns(), 17);
+  EXPECT_EQ(state.setup.ComboSiteFuel, 2);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(10, 1), 0.7);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(1, 17), 0.9);
+
+  Apply(With(image, 995, 0));
+  EXPECT_EQ(state.maps.FuelMap1.Columns(), 9);
+  EXPECT_EQ(state.maps.FuelMap2.Columns(), 9);
+  EXPECT_EQ(state.setup.MapSelection, kMapSelectionCombine);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(10, 9), 0.7);  // position 35: block row 2, column 9
+
+  for (auto [bits, selection] : {std::pair{0x20, 0}, {0x40, 1}, {0x80, 2}, {0xC0, 1}}) {
+    Apply(With(SoundImage(), 995, bits));
+    EXPECT_EQ(state.setup.MapSelection, selection) << bits;
+  }
+  EXPECT_THAT(state.SetupErrors, ElementsAre("Fuel Map Selection Error"));  // 0xC0 only
+}
+
+TEST_F(ApplyCalibration, IgnitionSitesAndLockFillTheIgnitionMap) {
+  CalibrationImage image = With(With(SoundImage(), 996, 1), 871, 1);
+  image.SetByte(757, 20);  // 6 sites: block row 2, column 1
+  Apply(image);
+  EXPECT_EQ(state.maps.IgnMap.Columns(), 6);
+  EXPECT_DOUBLE_EQ(state.maps.IgnMap.At(10, 1), 89.0);
+  EXPECT_TRUE(state.setup.IgnitionLock);
+  EXPECT_THAT(state.SetupErrors, ElementsAre("Ignition Timing Lock Active"));
+}
+
+TEST_F(ApplyCalibration, NewerFirmwareOpensTheUpdateBoxOncePerVersionText) {
+  const std::string line = std::string(kSoftwareUpdateLine1);
+  Apply(With(SoundImage(), 909, 4));
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].title, "PC Software Update");
+  EXPECT_THAT(messages.shown[0].lines, ElementsAre(line + "  ", std::string(kSoftwareUpdateLine2)));
+  EXPECT_FALSE(state.version.ShowVersionMessage);
+
+  Apply(With(SoundImage(), 909, 4));
+  EXPECT_EQ(messages.shown.size(), 1u);
+  EXPECT_THAT(state.SetupErrors, ElementsAre("PC Software out of date", "PC Software out of date"));
+
+  state.version.ShowVersionMessage = true;
+  Apply(With(SoundImage(), 909, 4));
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_EQ(messages.shown[1].lines[0], line);
+
+  Apply(With(SoundImage(), 909, 5));
+  ASSERT_EQ(messages.shown.size(), 3u);
+  EXPECT_EQ(messages.shown[2].lines[0], line + "  ");
+  EXPECT_TRUE(state.version.Check7);
+}
+
+TEST_F(ApplyCalibration, VersionsUpToThreePassAndZeroSkipsTheChecks) {
+  for (int version : {0, 1, 2, 3}) Apply(With(SoundImage(), 909, version));
+  EXPECT_THAT(messages.shown, IsEmpty());
+  EXPECT_THAT(state.SetupErrors, IsEmpty());
+  EXPECT_TRUE(state.version.Check7);  // version 3
+  Apply(With(SoundImage(), 909, 0));
+  EXPECT_FALSE(state.version.Check7);
+  for (int version = 0; version <= 255; ++version) {
+    EXPECT_FALSE(FirmwareOlderThanSoftware(static_cast<std::uint8_t>(version))) << version;
+  }
+}
+
+TEST_F(ApplyCalibration, EditorsSendNothingWhileFillingAndAnUploadEndsWithTheLiveRateCommand) {
+  link.CommsSpeedValue = 27;
+  suppress = false;
+  std::vector<bool> suppressed_when;
+  sender.on_send = [&] { suppressed_when.push_back(suppress); };
+  messages.on_show = [&] { suppressed_when.push_back(suppress); };
+  Apply(With(SoundImage(), 909, 4));
+  EXPECT_THAT(suppressed_when, ElementsAre(true, true));
+  EXPECT_FALSE(suppress);
+  EXPECT_THAT(sender.sent, ElementsAre(SentFrame{4, 864, 27}));
+  EXPECT_EQ(timer_stops, 1);
+  EXPECT_EQ(flag_clears, 1);
+
+  Apply(SoundImage(), CalibrationSource::kMapFile);
+  EXPECT_EQ(sender.sent.size(), 1u);
+  EXPECT_EQ(timer_stops, 2);
+}
+
+TEST_F(ApplyCalibration, ScalingCodeSelectsTheScaleEntryOfTheChosenSensorType) {
+  state.sensors.ComboMAP = 4;
+  Apply(With(SoundImage(), 956, 250));
+  EXPECT_EQ(state.sensors.ComboMAPScale, 11);
+  Apply(With(SoundImage(), 956, 113));
+  EXPECT_EQ(state.sensors.ComboMAPScale, 7);
+  EXPECT_THAT(state.SetupErrors, IsEmpty());
+
+  state.sensors.ComboMAP = 2;
+  Apply(With(SoundImage(), 956, 72));  // a type 3 code
+  EXPECT_EQ(state.sensors.ComboMAPScale, 7);
+  EXPECT_EQ(state.sensors.MapSensorScaling, 72);
+  EXPECT_THAT(state.SetupErrors, ElementsAre("Map Sensor Scaling Invalid"));
+}
+
+TEST_F(ApplyCalibration, LeftOpenChecksFollowTheDocumentedBounds) {
+  const std::tuple<int, int, const char*> failing[] = {
+      {955, 229, "Map Sensor Setup Invalid"},
+      {907, 0xC0, "Fuel Injection Mode and Injector Impedance"},
+      {907, 0x04, "Fuel Injection Mode and Injector Impedance"},
+      {971, 0, "Air Temp Sensor Calibration Error"}};
+  for (auto [position, value, message] : failing) {
+    state.SetupErrors.clear();
+    Apply(With(SoundImage(), position, value));
+    EXPECT_THAT(state.SetupErrors, ::testing::Contains(message)) << position;
+  }
+  const std::pair<int, int> passing[] = {{955, 0xE0}, {955, 0xA0}, {907, 2 | 128}, {999, 255},
+                                         {972, 252},  {1014, 200}, {852, 229}};
+  for (auto [position, value] : passing) {
+    state.SetupErrors.clear();
+    Apply(With(SoundImage(), position, value));
+    EXPECT_THAT(state.SetupErrors, IsEmpty()) << position << " " << value;
+  }
+  // The tooth offset names a tooth of the selected wheel; a single trigger has none to check.
+  for (auto [pattern, offset, passes] : {std::tuple{0, 200, true},
+                                         {1, 11, true},
+                                         {1, 12, false},
+                                         {3, 35, true},
+                                         {5, 59, true},
+                                         {5, 60, false}}) {
+    state.SetupErrors.clear();
+    Apply(With(With(SoundImage(), 902, pattern), 908, offset));
+    EXPECT_EQ(state.SetupErrors.empty(), passes) << pattern << " " << offset;
+  }
+}
+
+}  // namespace
+}  // namespace vela

@@ -1,0 +1,220 @@
+#include "editors/map_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "editor_fakes.h"
+#include "editors/build_calibration.h"
+
+namespace vela {
+namespace {
+
+using editor_testing::MemoryFiles;
+using editor_testing::RecordingSender;
+using editor_testing::ScriptedDialogs;
+using editor_testing::ScriptedMessages;
+using editor_testing::SentFrame;
+using editor_testing::SoundImage;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const ProgramFolders kFolders{"/d/M/", "/d/M/V/", "/d/M/V/Maps/", "/d/M/V/Datalogs/"};
+constexpr char kConnected[] = "MORVANE Engine Management System  -  Connected";
+constexpr char kNotConnected[] = "MORVANE Engine Management System  - Not  Connected";
+
+std::string FileOf(const CalibrationImage& image) {
+  return {image.Bytes().begin(), image.Bytes().end()};
+}
+
+class MapFileTest : public ::testing::Test {
+ protected:
+  MapFileTest() { files.folders[kFolders.maps] = true; }
+
+  MapFileResult Load() { return map_files.LoadAndDownloadMap(target); }
+
+  MemoryFiles files;
+  ScriptedDialogs dialogs;
+  ScriptedMessages messages;
+  FileDialogMemory memory;
+  MapFiles map_files{files, dialogs, messages, kFolders, memory};
+
+  LinkState link;
+  ProgramMode mode;
+  std::string version_text = std::string(18, '-') + "3.1";
+  CalibrationImage program_image;
+  EditorState state;
+  StartupTrace status;
+  RecordingSender sender;
+  bool suppress = false;
+  ApplyEnvironment apply{status, messages, sender, link, suppress, {}, {}};
+  Download download{sender, link, {}};
+  MapDownloadTarget target{link, mode, version_text, program_image, state, apply, download};
+};
+
+TEST_F(MapFileTest, SaveWritesTheBuiltBlockThroughTheSaveDialog) {
+  EditorState saved;
+  saved.setup.RevLimit1 = saved.setup.RevLimit2 = 100;
+  saved.idle.IdleTargetRpm = 900;
+  dialogs.path = "/d/M/V/Maps/a.b.c.d.sm1";
+  EXPECT_EQ(map_files.SaveMap(saved), MapFileResult::kDone);
+  EXPECT_THAT(messages.shown, IsEmpty());
+  ASSERT_EQ(dialogs.saved.size(), 1u);
+  EXPECT_EQ(dialogs.saved[0].filter, "MORVANE Map (*.sm1)|*.sm1|\"MORVANE Map (*.sm1)|*.sm1|");
+  EXPECT_EQ(dialogs.saved[0].title, "Save MORVANE ECU Map to Hard Disk");
+  EXPECT_EQ(dialogs.saved[0].initial_folder, kFolders.maps);
+  EXPECT_EQ(files.files.at("/d/M/V/Maps/a.b.c.d.sm1"),
+            FileOf(BuildCalibrationFromEditors(saved).image));
+}
+
+TEST_F(MapFileTest, SaveShowsTheValidationInOneWarningAndStillSaves) {
+  dialogs.path = "/d/M/V/Maps/blank";
+  EXPECT_EQ(map_files.SaveMap(EditorState{}), MapFileResult::kDone);
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
+  EXPECT_EQ(messages.shown[0].lines.front(),
+            "Rev Limiter 2 Invalid, There was an error in your Map");
+  EXPECT_EQ(files.files.at("/d/M/V/Maps/blank.sm1").size(), 1023u);
+}
+
+TEST_F(MapFileTest, FiveDotsAreRefusedOnSaveAndLoad) {
+  dialogs.path = "/d/M/V/Maps/a.b.c.d.e.sm1";
+  EXPECT_EQ(map_files.SaveMap(EditorState{}), MapFileResult::kRefused);
+  EXPECT_EQ(messages.shown.back().lines,
+            std::vector<std::string>{"Invalid File Name. This datalog will NOT be loaded."});
+  link.Caption = kConnected;
+  EXPECT_EQ(Load(), MapFileResult::kRefused);
+  EXPECT_EQ(messages.shown.back().lines,
+            std::vector<std::string>{"Invalid File Name. This map will NOT be loaded."});
+  EXPECT_EQ(files.writes, 0);
+  EXPECT_THAT(status.texts(), IsEmpty());
+  EXPECT_EQ(DotsInFileName("/x.y.z.w.v/map.sm1"), 1);
+}
+
+TEST_F(MapFileTest, OverwriteNeedsAYesAndAFailedWriteKeepsTheOldFile) {
+  dialogs.path = "/d/M/V/Maps/m.sm1";
+  files.files["/d/M/V/Maps/m.sm1"] = "old";
+  const EditorState blank;
+  messages.answers = {MessageAnswer::kOk, MessageAnswer::kNo};  // validation warning, question
+  EXPECT_EQ(map_files.SaveMap(blank), MapFileResult::kCancelled);
+  EXPECT_EQ(messages.shown.back().title, "Overwrite file");
+  EXPECT_THAT(messages.shown.back().lines, ElementsAre("Do you want to overwrite the file?"));
+  EXPECT_EQ(messages.shown.back().buttons, MessageButtons::kYesNo);
+
+  files.write_error = kFileErrorDiskFull;
+  EXPECT_EQ(map_files.SaveMap(blank), MapFileResult::kFailed);
+  EXPECT_EQ(messages.shown.back().lines.front(), " Error Saving Program Settings, 61  ");
+  EXPECT_EQ(files.files.at("/d/M/V/Maps/m.sm1"), "old");
+
+  files.write_error = kFileErrorNone;
+  EXPECT_EQ(map_files.SaveMap(blank), MapFileResult::kDone);
+  EXPECT_EQ(files.files.at("/d/M/V/Maps/m.sm1").size(), 1023u);
+}
+
+TEST_F(MapFileTest, InitialFolderLeavesTheDatalogsAndReportsAMissingMapsFolder) {
+  memory.folder = "/d/M/V/Datalogs/2024/";
+  dialogs.path = std::nullopt;
+  EXPECT_EQ(map_files.SaveMap(EditorState{}), MapFileResult::kCancelled);
+  EXPECT_EQ(dialogs.saved.back().initial_folder, kFolders.maps);
+
+  memory.folder = "/elsewhere/";
+  files.folders.clear();
+  messages.shown.clear();
+  link.Caption = kConnected;
+  EXPECT_EQ(Load(), MapFileResult::kCancelled);
+  EXPECT_EQ(dialogs.opened.back().initial_folder, "/elsewhere/");
+  EXPECT_EQ(dialogs.opened.back().filter, "MORVANE Maps (*.sm1)|*.sm1|\"All Maps (*.sm*)|*.sm*|");
+  EXPECT_EQ(dialogs.opened.back().title, "Download MORVANE VELA Map to the ECU");
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].title, "Folder not Found");
+  EXPECT_THAT(messages.shown[0].lines,
+              ElementsAre("Folder not found. Please select the correct Maps folder where your "
+                          "maps are saved."));
+}
+
+TEST_F(MapFileTest, LoadWithoutTheEcuSwitchesToOfflineModeFirst) {
+  link.Caption = kNotConnected;
+  EXPECT_EQ(Load(), MapFileResult::kRefused);
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].title, "DownLoad Error");
+  EXPECT_THAT(messages.shown[0].lines,
+              ElementsAre("You cannot download a map to the ECU while it is          ",
+                          "not connected and the power is not turned on.",
+                          "The laptop software will now be swapped into Offline Mode."));
+  EXPECT_TRUE(mode.Offline);
+  EXPECT_THAT(dialogs.opened, IsEmpty());
+
+  dialogs.path = std::nullopt;
+  EXPECT_EQ(Load(), MapFileResult::kCancelled);  // off-line: the dialog opens
+  EXPECT_EQ(dialogs.opened.size(), 1u);
+}
+
+TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDownload) {
+  link.Caption = kConnected;
+  CalibrationImage file = SoundImage();
+  file.SetByte(909, 9);
+  file.SetByte(1, 0x34);
+  file.SetByte(2, 0x12);
+  files.files["/d/M/V/Maps/a.b.c.d.sm1"] = FileOf(file);
+  dialogs.path = "/d/M/V/Maps/a.b.c.d.sm1";
+  state.SetupErrors = {"from before"};
+
+  messages.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(Load(), MapFileResult::kCancelled);
+  EXPECT_EQ(messages.shown[0].title, " Download Check");
+  EXPECT_THAT(
+      messages.shown[0].lines,
+      ElementsAre("This operation will change ALL info currently in the ECU.",
+                  "Are you REALLY sure you want to download a new map into the ECU?       "));
+  EXPECT_FALSE(download.running());
+
+  EXPECT_EQ(Load(), MapFileResult::kDone);
+  EXPECT_EQ(program_image.Byte(909), 3);
+  EXPECT_EQ(state.version.FirmwareVersion, 3);
+  EXPECT_THAT(state.SetupErrors, IsEmpty());
+  EXPECT_THAT(status.texts(),
+              ElementsAre("Upload Sorting Started", "Upload Sorting Complete", "DownLoad"));
+  ASSERT_TRUE(download.running());
+  EXPECT_TRUE(link.TLock);
+  download.Tick();
+  EXPECT_THAT(sender.sent, ElementsAre(SentFrame{2, 1, 0x1234}));
+}
+
+TEST_F(MapFileTest, AShortFileIsReadAsFarAsItReachesAndDownloadedWhole) {
+  mode.Offline = true;
+  version_text = std::string(18, '-');
+  CalibrationImage file = SoundImage();
+  file.Write16(3, 1500);
+  files.files["/d/M/V/Maps/short.sm1"] = FileOf(file).substr(0, 500);
+  dialogs.path = "/d/M/V/Maps/short.sm1";
+  EXPECT_EQ(Load(), MapFileResult::kDone);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 2), 1.5);
+  EXPECT_EQ(state.setup.Cylinders, 0);
+  EXPECT_EQ(program_image.Byte(909), 0);
+  int ticks = 0;
+  while (download.running() && ticks < 1000) {
+    download.Tick();
+    ++ticks;
+  }
+  EXPECT_EQ(ticks, 513);
+}
+
+TEST_F(MapFileTest, AFileThatCannotBeReadChangesNothing) {
+  link.Caption = kConnected;
+  dialogs.path = "/d/M/V/Maps/gone.sm1";
+  EXPECT_EQ(Load(), MapFileResult::kFailed);
+  EXPECT_THAT(status.texts(), IsEmpty());
+  EXPECT_FALSE(download.running());
+}
+
+TEST(FirmwareVersionFromText, TakesTheNumberFromThe19thCharacter) {
+  const std::string head(18, 'v');
+  EXPECT_EQ(FirmwareVersionFromText(""), 0);
+  EXPECT_EQ(FirmwareVersionFromText(head), 0);
+  EXPECT_EQ(FirmwareVersionFromText(head + "12"), 12);
+  EXPECT_EQ(FirmwareVersionFromText(head + " 4x"), 4);
+  EXPECT_EQ(FirmwareVersionFromText(head + "300"), 0);
+  EXPECT_EQ(FirmwareVersionFromText(head + "beta"), 0);
+}
+
+}  // namespace
+}  // namespace vela

@@ -1,0 +1,252 @@
+// Widget tests of the map editors. They need a display: run under xvfb-run -a. Set
+// MAPGRID_SCREENSHOT to a file path to keep a picture of a filled fuel page.
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QSignalSpy>
+#include <QtTest>
+#include <cmath>
+
+#include "editors/mapgrid/cell_transmission.h"
+#include "editors/mapgrid/qt/cross_hair.h"
+#include "editors/mapgrid/qt/map_graph.h"
+#include "editors/mapgrid/qt/map_grid.h"
+#include "editors/mapgrid/qt/map_readout.h"
+
+namespace vela {
+namespace {
+
+class RecordingSender : public CommandSender {
+ public:
+  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int, int, std::int32_t,
+                 bool&) override {
+    frames.append({command, address, static_cast<int>(value)});
+  }
+  QList<QList<int>> frames;
+};
+
+// A fuel map as an engine would want it: more fuel with load, a torque bump in mid range.
+MapValues RealisticFuelMap(int sites) {
+  MapValues values(sites);
+  for (int row = 1; row <= kMapRows; ++row) {
+    const double rpm = kRpmSites[BlockRowOfGridRow(row) - 1];
+    const double efficiency = 0.72 + 0.28 * std::exp(-std::pow((rpm - 4500.0) / 2600.0, 2));
+    for (int column = 1; column <= sites; ++column) {
+      const double load = static_cast<double>(column - 1) / (sites - 1);
+      values.Set(row, column, std::round((1.1 + 10.5 * load * efficiency) * 1000.0) / 1000.0);
+    }
+  }
+  return values;
+}
+
+void PutFuelMap(MapGrid& grid) {
+  grid.SetUp(QStringLiteral("Fuel 1"), 9);
+  grid.LoadValues(RealisticFuelMap(9));
+}
+
+}  // namespace
+
+class MapGridQtTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void AKeyPressChangesTheCellAndAnnouncesIt();
+  void KeysActOnEveryCellOfAMouseSelection();
+  void TheTransmissionCapIsShownBeforeTheGridRedraws();
+  void ForcedFlatGraphFollowsTheGridWithoutOpenGl();
+  void SurfaceGraphIsCreatedWhereOpenGlWorks();
+  void CrossHairMarksOnlyTheSelectedMap();
+  void ReadoutShowsEachLiveQuantity();
+  void CellsAreColouredByValue();
+};
+
+void MapGridQtTest::AKeyPressChangesTheCellAndAnnouncesIt() {
+  MapGrid grid(MapKind::kFuel);
+  grid.setObjectName(QStringLiteral("FuelMap1"));
+  PutFuelMap(grid);
+  grid.SetCurrentCell(5, 3);
+  const QString before = grid.CellText(5, 3);
+  QSignalSpy spy(&grid, &MapGrid::CellsChanged);
+  QTest::keyClick(&grid, Qt::Key_PageUp, Qt::ShiftModifier);
+  QCOMPARE(spy.count(), 1);
+  QCOMPARE(spy.at(0).at(0).value<QList<QPoint>>(), QList<QPoint>{QPoint(3, 5)});
+  QCOMPARE(grid.CellText(5, 3).toDouble(), before.toDouble() + 1.0);
+  QCOMPARE(grid.model()->data(grid.model()->index(5, 3)).toString(), grid.CellText(5, 3));
+
+  QTest::keyClick(&grid, Qt::Key_Right);
+  QCOMPARE(grid.CurrentColumn(), 4);
+  QCOMPARE(grid.currentIndex().column(), 4);
+  QCOMPARE(spy.count(), 1);
+}
+
+void MapGridQtTest::KeysActOnEveryCellOfAMouseSelection() {
+  MapGrid grid(MapKind::kIgnition);
+  grid.SetUp(QStringLiteral("Ignition"), 5);
+  grid.show();
+  QVERIFY(QTest::qWaitForWindowExposed(&grid));
+  const QRect first = grid.visualRect(grid.model()->index(2, 2));
+  const QRect last = grid.visualRect(grid.model()->index(3, 4));
+  QTest::mousePress(grid.viewport(), Qt::LeftButton, {}, first.center());
+  QTest::mouseMove(grid.viewport(), last.center());
+  QTest::mouseRelease(grid.viewport(), Qt::LeftButton, {}, last.center());
+  QSignalSpy spy(&grid, &MapGrid::CellsChanged);
+  QTest::keyClick(&grid, Qt::Key_Down);
+  QCOMPARE(spy.count(), 1);
+  QCOMPARE(spy.at(0).at(0).value<QList<QPoint>>().size(), 6);
+  QCOMPARE(grid.CellText(2, 2), QStringLiteral("-1.0"));
+  QCOMPARE(grid.CellText(3, 4), QStringLiteral("-1.0"));
+  QCOMPARE(grid.CellText(4, 4), QStringLiteral("0.0"));
+  QCOMPARE(grid.CellText(3, 5), QStringLiteral("0.0"));
+}
+
+void MapGridQtTest::TheTransmissionCapIsShownBeforeTheGridRedraws() {
+  CalibrationImage image;
+  RecordingSender sender;
+  CellTransmission transmission(image, sender);
+  MapGrid grid(MapKind::kFuel);
+  grid.SetUp(QStringLiteral("Fuel 1"), 9);
+  connect(&grid, &MapGrid::CellsChanged, &grid, [&](const QList<QPoint>& cells) {
+    std::vector<MapCell> changed;
+    for (const QPoint& cell : cells) changed.push_back({cell.y(), cell.x()});
+    transmission.OnCellsChanged(grid.Model(), changed, {kFuelMap1Start});
+  });
+  grid.SetCurrentCell(1, 9);  // 8000 rpm: at most 15.0 ms
+  for (int i = 0; i < 9; ++i) QTest::keyClick(&grid, Qt::Key_PageUp, Qt::AltModifier);
+  const QModelIndex cell = grid.model()->index(1, 9);
+  QCOMPARE(grid.model()->data(cell).toString(), QStringLiteral("15.000"));
+  QCOMPARE(image.Read16(1 + 16 + 180), 15000u);
+  QCOMPARE(sender.frames.last(), (QList<int>{kWritePairCommand, 197, 15000}));
+}
+
+void MapGridQtTest::ForcedFlatGraphFollowsTheGridWithoutOpenGl() {
+  MapGrid grid(MapKind::kFuel);
+  PutFuelMap(grid);
+  MapGraph graph(MapKind::kFuel, nullptr, GraphMode::kForce2D);
+  QVERIFY(!graph.Is3D());
+  graph.Follow(&grid);
+  graph.resize(400, 300);
+  graph.show();
+  QVERIFY(QTest::qWaitForWindowExposed(&graph));
+  QCOMPARE(graph.Data().sites, 9);
+  grid.SetCurrentCell(11, 1);
+  QTest::keyClick(&grid, Qt::Key_PageUp, Qt::ShiftModifier);
+  QCOMPARE(graph.Data().At(11, 1), grid.Model().Value(11, 1));
+  graph.SetNumOfLoadSites(5);
+  QCOMPARE(graph.Data().sites, 5);
+  QVERIFY(!graph.grab().isNull());
+}
+
+void MapGridQtTest::SurfaceGraphIsCreatedWhereOpenGlWorks() {
+  if (QGuiApplication::platformName() != QLatin1String("xcb")) {
+    QSKIP("needs a display with OpenGL (xvfb-run -a)");
+  }
+  QVERIFY(MapGraph::OpenGlUsable());
+  MapGrid grid(MapKind::kIgnition);
+  grid.SetUp(QStringLiteral("Ignition"), 6);
+  MapGraph graph(MapKind::kIgnition);
+  QVERIFY(graph.Is3D());
+  graph.Follow(&grid);
+  graph.resize(400, 300);
+  graph.show();
+  QVERIFY(QTest::qWaitForWindowExposed(&graph));
+  grid.SetCurrentCell(6, 6);
+  QTest::keyClick(&grid, Qt::Key_PageDown);
+  QCOMPARE(graph.Data().At(6, 6), -5.0);
+  graph.SetMarker(OperatingPoint{6.0, 6.0});
+  QCoreApplication::processEvents();
+}
+
+void MapGridQtTest::CrossHairMarksOnlyTheSelectedMap() {
+  MapGrid fuel1(MapKind::kFuel);
+  MapGrid fuel2(MapKind::kFuel);
+  MapGrid ign(MapKind::kIgnition);
+  fuel1.SetUp(QStringLiteral("Fuel 1"), 9);
+  fuel2.SetUp(QStringLiteral("Fuel 2"), 9);
+  ign.SetUp(QStringLiteral("Ignition"), 5);
+  MapGraph graph2(MapKind::kFuel, nullptr, GraphMode::kForce2D);
+  CrossHair cross_hair;
+  cross_hair.Attach(1, &fuel1, nullptr);
+  cross_hair.Attach(2, &fuel2, &graph2);
+  cross_hair.Attach(3, &ign, nullptr);
+  cross_hair.setProperty("motormap", 2);
+  live::Frame frame{};
+  frame[live::kRpmSite - 1] = 3 * 16 + 8;  // RPM site 3.5
+  frame[live::kLoadSite - 1] = 4 * 16;     // load site 4
+  cross_hair.SetLiveFrame(frame);
+  QVERIFY(!fuel1.Marker().has_value());
+  QCOMPARE(fuel2.Marker(), std::optional<OperatingPoint>(OperatingPoint{7.5, 5.0}));
+  QCOMPARE(graph2.Marker(), fuel2.Marker());
+  cross_hair.SetMotorMap(3);
+  QVERIFY(!fuel2.Marker().has_value());
+  QCOMPARE(ign.Marker(), std::optional<OperatingPoint>(OperatingPoint{7.5, 3.0}));
+}
+
+void MapGridQtTest::ReadoutShowsEachLiveQuantity() {
+  MapReadout readout;
+  readout.setObjectName(QStringLiteral("FuelMap1A"));
+  readout.SetDecimalSeparator(QLatin1Char(','));
+  readout.SetRpm(3456.4);
+  readout.SetMs(4.25);
+  readout.SetWat(QStringLiteral(">120"));
+  readout.SetBatt(13.8);
+  QCOMPARE(readout.item(0, 0)->text(), QStringLiteral("RPM"));
+  QCOMPARE(readout.item(8, 0)->text(), QStringLiteral("AFR"));
+  QCOMPARE(readout.Value(Readout::kRpm), QStringLiteral("3456"));
+  QCOMPARE(readout.Value(Readout::kMs), QStringLiteral("4,250"));
+  QCOMPARE(readout.Value(Readout::kWat), QStringLiteral(">120"));
+  QCOMPARE(readout.Value(Readout::kBatt), QStringLiteral("13,80"));
+}
+
+void MapGridQtTest::CellsAreColouredByValue() {
+  QWidget page;
+  auto* layout = new QHBoxLayout(&page);
+  auto* grid = new MapGrid(MapKind::kFuel);
+  PutFuelMap(*grid);
+  auto* graph = new MapGraph(MapKind::kFuel);
+  graph->Follow(grid);
+  auto* readout = new MapReadout;
+  readout->setFixedWidth(110);
+  layout->addWidget(readout);
+  layout->addWidget(grid, 3);
+  layout->addWidget(graph, 2);
+  page.resize(1200, 420);
+  page.show();
+  QVERIFY(QTest::qWaitForWindowExposed(&page));
+  grid->SetCurrentCell(6, 5);
+  grid->SetMarker(OperatingPoint{6.4, 5.3});
+  graph->SetMarker(OperatingPoint{6.4, 5.3});
+  readout->SetRpm(3720);
+  readout->SetMs(6.512);
+  QTest::qWait(50);  // let the surface render once for the picture
+  const QImage picture = grid->grab().toImage();
+  const QColor low =
+      picture.pixelColor(grid->visualRect(grid->model()->index(11, 1)).topLeft() + QPoint(3, 3));
+  const QColor high =
+      picture.pixelColor(grid->visualRect(grid->model()->index(5, 9)).topLeft() + QPoint(3, 3));
+  QVERIFY2(low.blue() > low.red(), qPrintable(low.name()));
+  QVERIFY2(high.red() > high.blue(), qPrintable(high.name()));
+  const QString path = qEnvironmentVariable("MAPGRID_SCREENSHOT");
+  if (!path.isEmpty()) {
+    QImage whole(page.size(), QImage::Format_RGB32);
+    whole.fill(Qt::white);
+    QPainter painter(&whole);
+    page.render(&painter);
+    if (graph->Is3D()) {
+      // The surface draws into its own window; take its picture from the screen.
+      const QPoint at = graph->mapTo(&page, QPoint(0, 0));
+      painter.drawPixmap(at, graph->screen()->grabWindow(graph->winId()));
+    }
+    painter.end();
+    QVERIFY(whole.save(path));
+    MapGraph flat(MapKind::kFuel, nullptr, GraphMode::kForce2D);
+    flat.Follow(grid);
+    flat.SetMarker(OperatingPoint{6.4, 5.3});
+    flat.resize(480, 360);
+    QVERIFY(flat.grab().save(path + QStringLiteral(".flat.png")));
+  }
+}
+
+}  // namespace vela
+
+QTEST_MAIN(vela::MapGridQtTest)
+#include "mapgrid_qt_test.moc"

@@ -1,0 +1,127 @@
+#include "link/download.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vela {
+namespace {
+
+using ::testing::ElementsAre;
+
+struct Frame {
+  int command;
+  int address;
+  std::int32_t value;
+  bool operator==(const Frame&) const = default;
+};
+
+// Records every frame, as a closed port would drop them or an open one write them.
+struct RecordingSender : CommandSender {
+  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int command2, int,
+                 std::int32_t, bool&) override {
+    frames.push_back({command, address, value});
+    second_frames += command2 > 0 ? 1 : 0;
+  }
+  std::vector<Frame> frames;
+  int second_frames = 0;
+};
+
+class DownloadTest : public ::testing::Test {
+ protected:
+  DownloadCallbacks Callbacks() {
+    return {[this] { log.push_back("show"); }, [this](double width) { widths.push_back(width); },
+            [this] { log.push_back("close"); },
+            [this](bool on) { log.push_back(on ? "timer on" : "timer off"); },
+            [this] { log.push_back("status cleared"); }};
+  }
+  int RunToEnd() {
+    int ticks = 0;
+    while (download.running() && ticks < 2000) {
+      download.Tick();
+      ++ticks;
+    }
+    return ticks;
+  }
+  static std::vector<std::uint8_t> Image(std::size_t length) {
+    std::vector<std::uint8_t> image(length);
+    for (std::size_t i = 0; i < length; ++i) image[i] = static_cast<std::uint8_t>(i * 5 + 1);
+    return image;
+  }
+
+  RecordingSender sender;
+  LinkState link;
+  std::vector<std::string> log;
+  std::vector<double> widths;
+  Download download{sender, link, Callbacks()};
+};
+
+TEST_F(DownloadTest, AWholeImageTravelsAsPairsThenTheOddByteThenTheClosingFrame) {
+  std::vector<std::uint8_t> image = Image(1023);
+  image[0] = 0x34;
+  image[1] = 0x12;
+  image[1022] = 0xAB;
+  download.Start(image);
+  EXPECT_EQ(RunToEnd(), 513);
+  ASSERT_EQ(sender.frames.size(), 513u);
+  for (int i = 0; i < 511; ++i) {
+    EXPECT_EQ(sender.frames[i].command, 2);
+    EXPECT_EQ(sender.frames[i].address, 2 * i + 1);
+  }
+  EXPECT_EQ(sender.frames[0].value, 0x1234);
+  EXPECT_EQ(sender.frames[510].value, image[1020] + 256 * image[1021]);
+  EXPECT_EQ(sender.frames[511], (Frame{4, 1023, 0xAB}));
+  EXPECT_EQ(sender.frames[512], (Frame{6, 1025, 0}));
+  EXPECT_EQ(sender.second_frames, 0);
+}
+
+TEST_F(DownloadTest, ProgressGrowsWithThePositionAndPassesFullWidthOnTheClosingTick) {
+  download.Start(Image(1023));
+  RunToEnd();
+  ASSERT_EQ(widths.size(), 513u);
+  EXPECT_DOUBLE_EQ(widths[0], 6450.0 / 1023);
+  EXPECT_DOUBLE_EQ(widths[511], 6450.0);
+  EXPECT_DOUBLE_EQ(widths[512], 6450.0 / 1023 * 1025);
+}
+
+TEST_F(DownloadTest, HoldsTheLinkWhileRunningAndFinishesCleanly) {
+  download.Start(Image(1023));
+  EXPECT_TRUE(link.TLock);
+  EXPECT_THAT(log, ElementsAre("show", "timer on"));
+  for (int i = 0; i < 512; ++i) download.Tick();
+  EXPECT_TRUE(download.running());
+  EXPECT_EQ(download.DownloadPos(), 1025);
+  download.Tick();
+  EXPECT_FALSE(download.running());
+  EXPECT_FALSE(link.TLock);
+  EXPECT_EQ(download.DownloadPos(), 1);
+  EXPECT_THAT(log, ElementsAre("show", "timer on", "close", "timer off", "status cleared"));
+
+  download.Tick();  // a late tick after the timer stopped
+  EXPECT_EQ(sender.frames.size(), 513u);
+}
+
+TEST_F(DownloadTest, StartingAgainRestartsFromTheFirstPosition) {
+  download.Start(Image(1023));
+  for (int i = 0; i < 10; ++i) download.Tick();
+  download.Start(Image(3));
+  EXPECT_EQ(download.DownloadPos(), 1);
+  RunToEnd();
+  EXPECT_THAT(std::vector<Frame>(sender.frames.begin() + 10, sender.frames.end()),
+              ElementsAre(Frame{2, 1, 1 + 256 * 6}, Frame{4, 3, 11}, Frame{6, 5, 0}));
+}
+
+TEST_F(DownloadTest, AnEvenOrEmptyImageHasNoSingleByteFrame) {
+  download.Start(Image(4));
+  EXPECT_EQ(RunToEnd(), 3);
+  download.Start({});
+  EXPECT_EQ(RunToEnd(), 1);
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{2, 1, 1 + 256 * 6}, Frame{2, 3, 11 + 256 * 16},
+                                         Frame{6, 5, 0}, Frame{6, 1, 0}));
+  EXPECT_EQ(widths.back(), 0.0);
+}
+
+}  // namespace
+}  // namespace vela

@@ -1,0 +1,72 @@
+// The receive event: what is kept of each chunk the port delivers.
+#include <gtest/gtest.h>
+
+#include "receive_fakes.h"
+
+namespace vela::receive_testing {
+namespace {
+
+TEST(ReceiveEvent, AppendsWhileConnectedAndTopsUpTheWatchdog) {
+  ReceiveRig rig;
+  rig.state.RxPending = 0;
+  rig.Receive("abc");
+  rig.Receive("de");
+  EXPECT_EQ(rig.Buffer(), "abcde");
+  EXPECT_EQ(rig.state.RxPending, kDefaultRxLevel);
+  EXPECT_EQ(rig.display.last_chunk_length, 2u);
+}
+
+TEST(ReceiveEvent, DropsDataWhileNotConnectedUnlessTheDebugViewCaptures) {
+  ReceiveRig rig;
+  rig.state.Caption = std::string(kCaptionNotConnected);
+  rig.Buffer() = "old";
+  rig.Receive("new");
+  EXPECT_EQ(rig.Buffer(), "");
+  EXPECT_EQ(rig.display.overflow_count, 1);
+  rig.state.RxDebug = true;
+  rig.Receive("kept");
+  EXPECT_EQ(rig.Buffer(), "kept");
+}
+
+TEST(ReceiveEvent, AppendsBelowAThousandCharactersAndEmptiesTheBufferFromThere) {
+  ReceiveRig rig;
+  rig.Buffer() = std::string(999, 'x');
+  rig.Receive(std::string(100, 'y'));
+  EXPECT_EQ(rig.Buffer().size(), 1099u);
+  rig.Buffer() = std::string(1000, 'x');
+  rig.Receive(std::string(100, 'y'));
+  EXPECT_EQ(rig.Buffer(), "");
+  EXPECT_EQ(rig.display.overflow_count, 1);
+}
+
+TEST(ReceiveEvent, CutsBurstsToFiveHundredCharactersAndKeepsFiveOfAnOverflow) {
+  ReceiveRig rig;
+  rig.Receive(std::string(499, 'a'));
+  EXPECT_EQ(rig.display.overflow_count, 0);
+  rig.Buffer().clear();
+  rig.Receive(std::string(500, 'b') + "tail");
+  EXPECT_EQ(rig.Buffer(), std::string(500, 'b'));
+  EXPECT_EQ(rig.display.overflow_count, 1);
+  rig.port.input = "STARTxyz";
+  rig.buffer.OnCommEvent(kReceiveOverflow);
+  EXPECT_EQ(rig.display.last_overflow_text, "START");
+}
+
+TEST(ReceiveEvent, DoesNothingOnAClosedPortOrWhenReentered) {
+  ReceiveRig rig;
+  rig.port.open = false;
+  rig.Receive("abc");
+  EXPECT_EQ(rig.Buffer(), "");
+  rig.port.open = true;
+  int reads = 0;
+  rig.port.on_read = [&] {
+    ++reads;
+    rig.buffer.OnCommEvent(kDataReceived);  // a read that lets events run
+  };
+  rig.buffer.OnCommEvent(kDataReceived);
+  EXPECT_EQ(reads, 1);
+  EXPECT_EQ(rig.Buffer(), "abc");
+}
+
+}  // namespace
+}  // namespace vela::receive_testing

@@ -1,0 +1,134 @@
+// The receive timer and the dispatcher: the frame search, the buffer limits and the guards.
+#include <gtest/gtest.h>
+
+#include "receive_fakes.h"
+
+namespace vela::receive_testing {
+namespace {
+
+using Periods = std::vector<std::uint32_t>;
+
+TEST(FrameSearch, TakesTheFrameAfterStrayCharactersAndEmptiesTheBuffer) {
+  ReceiveRig rig;
+  rig.Buffer() = "xS" + Frames(1, 20'000);
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, Periods{20'000});
+  EXPECT_EQ(rig.live.engine_rpm, 3000.0);
+  EXPECT_EQ(rig.Buffer(), "");
+}
+
+TEST(FrameSearch, TakesTwoFramesOnePerDispatchAndWaitsForAPartialOne) {
+  ReceiveRig rig;
+  const std::string third = Frames(1, 3);
+  rig.Buffer() = Frames(2) + third.substr(0, 30);
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, Periods{1});
+  rig.Dispatch();
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, (Periods{1, 2}));
+  EXPECT_EQ(rig.refreshes, 2);  // no handlers without a whole frame
+  rig.Buffer() += third.substr(30);
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, (Periods{1, 2, 3}));
+}
+
+TEST(FrameSearch, ThirtySixDataBytesAreADamagedFrameDroppedOnlyBeyond20500) {
+  ReceiveRig rig;
+  rig.Buffer() = Frames(1, 7);
+  rig.Dispatch();
+  const std::string damaged = "START" + std::string(36, '\1') + "END";
+  rig.Buffer() = damaged + std::string(20'500 - damaged.size(), 'y');
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, Periods{7});
+  EXPECT_EQ(rig.refreshes, 2);  // again on the previous frame
+  EXPECT_EQ(rig.live.engine_period_us, 7u);
+  EXPECT_EQ(rig.Buffer().size(), 20'500u);
+  rig.Buffer() += "y";
+  rig.Dispatch();
+  EXPECT_EQ(rig.Buffer(), "");
+}
+
+TEST(FrameSearch, TrimsABacklogBeyond147600CharactersToTheLastFrameStart) {
+  ReceiveRig rig;
+  const std::string tail = std::string(38, 'b') + "START" + std::string(10, 'c');
+  rig.Buffer() = Frames(1) + std::string(147'600 - tail.size(), 'a') + tail;
+  rig.Dispatch();
+  EXPECT_EQ(rig.Buffer().size(), 147'600u);
+  rig.Buffer() = Frames(1) + std::string(147'601 - tail.size(), 'a') + tail;
+  rig.Dispatch();
+  EXPECT_EQ(rig.Buffer(), tail);
+  // The first frame start of the last 61 characters counts; the last 71 characters stay.
+  const std::string starts = "bbbbbSTART" + std::string(30, 'c') + "START" + std::string(15, 'd');
+  const std::string backlog = std::string(147'601 - starts.size(), 'a') + starts;
+  rig.Buffer() = Frames(1) + backlog;
+  rig.Dispatch();
+  EXPECT_EQ(rig.Buffer(), backlog.substr(backlog.size() - 71));
+}
+
+TEST(FrameSearch, AFrameCounterLimitOfTwoTakesTheFrameOnTheSecondDispatch) {
+  ReceiveRig rig;
+  rig.dispatcher.SetFrameCounterLimit(2);
+  rig.Buffer() = Frames(1);
+  rig.Dispatch();
+  EXPECT_TRUE(rig.periods.empty());
+  EXPECT_EQ(rig.refreshes, 1);
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, Periods{1});
+}
+
+TEST(Dispatcher, WithNothingPendingEmptiesTheBufferAndGreysTheIndicator) {
+  ReceiveRig rig;
+  rig.state.RxPending = 0;
+  rig.Buffer() = Frames(1);
+  rig.Dispatch();
+  EXPECT_EQ(rig.Buffer(), "");
+  EXPECT_EQ(rig.display.receive_indicator, (LabelLook{"0", kIndicatorGrey}));
+}
+
+TEST(Dispatcher, IgnoresACallMadeWhileItRuns) {
+  ReceiveRig rig;
+  rig.on_refreshed = [&] { rig.Dispatch(); };  // a handler that lets events run
+  rig.Buffer() = Frames(2);
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, Periods{1});
+}
+
+TEST(TimerCommProcess, RunsOneToSixDispatchesByDispatchPerTickWhileDataArrives) {
+  for (auto [per_tick, dispatches] : {std::pair{1.0f, 1u},
+                                      {1.7f, 2u},
+                                      {2.49f, 2u},
+                                      {2.5f, 3u},
+                                      {3.5f, 4u},
+                                      {4.5f, 5u},
+                                      {5.5f, 6u},
+                                      {9.0f, 6u}}) {
+    ReceiveRig rig;
+    rig.state.DispatchPerTick = per_tick;
+    rig.Buffer() = Frames(8);
+    rig.dispatcher.TimerCommProcess();
+    EXPECT_EQ(rig.periods.size(), dispatches) << per_tick;
+  }
+  ReceiveRig rig;
+  rig.state.RxThreshold = rig.state.RxPending;
+  rig.Buffer() = Frames(1);
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_TRUE(rig.periods.empty());
+  EXPECT_EQ(rig.display.tick_count, 0);
+}
+
+TEST(TimerCommProcess, ReopensAClosedPortWithThePinkIndicator) {
+  ReceiveRig rig;
+  rig.dispatcher.SetPortNumber(4);
+  rig.port.open = false;
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_EQ(rig.clock.events_run, 1);
+  EXPECT_EQ(rig.port.opened, std::vector<int>{4});
+  EXPECT_EQ(rig.display.receive_indicator.colour, kIndicatorPink);
+  rig.port.open = rig.port.opens_succeed = false;
+  rig.Buffer() = Frames(1);
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_TRUE(rig.periods.empty());
+}
+
+}  // namespace
+}  // namespace vela::receive_testing

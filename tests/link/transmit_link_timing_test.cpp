@@ -1,0 +1,59 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "link/link_timing.h"
+#include "transmit_fakes.h"
+
+namespace vela {
+namespace {
+
+using ::testing::ElementsAre;
+
+class LinkTimingTest : public ::testing::Test {
+ protected:
+  transmit_testing::FakeClock clock_;
+  LinkState link_;
+  DelayLoop loop_{clock_, link_};
+  transmit_testing::RecordingSender sender_;
+  LinkTiming timing_{loop_, link_, sender_};
+  StartupTrace trace_;
+  transmit_testing::RecordingLabel label_;
+};
+
+TEST_F(LinkTimingTest, FastPcMeasuresQuicklyFourTimesThenEnablesUpload) {
+  clock_.script = {0, 10, 10, 20, 20, 30, 30, 41};
+  timing_.CountsPerMSTimer(trace_, label_, [&] { trace_.Show("upload on"); });
+  EXPECT_THAT(trace_.texts(),
+              ElementsAre("Entered CountsPerMSTimer", "Confirm1MSDelay1 Started",
+                          "Confirm1MSDelay2 Started", "Confirm1MSDelay3 Started",
+                          "Confirm1MSDelay Full Final Started", "Confirm1MSDelay Complete",
+                          "upload on", "UploadTimer Enabled"));
+  EXPECT_THAT(label_.log,
+              ElementsAre("Testing...", "255,50,30", "11  45590", "128,128,128", "128,255,128"));
+  EXPECT_EQ(loop_.iterations_run(), 4 * 500'000);
+  EXPECT_EQ(clock_.events_run, 4);
+}
+
+TEST_F(LinkTimingTest, SlowPcSwitchesToFullNonResponsiveMeasurements) {
+  clock_.script = {0, 400, 400, 2000, 2000, 3600, 3600, 5200};
+  timing_.CountsPerMSTimer(trace_, label_, {});
+  EXPECT_EQ(loop_.iterations_run(), 500'000 + 3 * 2'000'000);
+  EXPECT_EQ(clock_.events_run, 1);
+}
+
+TEST_F(LinkTimingTest, RateValueIsConstantOverDispatchPowerAndIsSentTo864) {
+  timing_.ComputeCommsSpeed(10);
+  EXPECT_EQ(link_.CommsSpeedValue, 66);
+  link_.DispatchPerTick = 2.0f;
+  timing_.ComputeCommsSpeed(7);  // 27 / 2^1.033 = 13.19
+  EXPECT_EQ(link_.CommsSpeedValue, 13);
+  timing_.ComputeCommsSpeed(11);
+  link_.CommsSuspended = true;
+  timing_.ComputeCommsSpeed(0);
+  EXPECT_EQ(link_.CommsSpeedValue, 13);
+  timing_.TimerCommsSpeed();
+  EXPECT_THAT(sender_.sent, ElementsAre(ElementsAre(4, 864, 13, 1)));
+}
+
+}  // namespace
+}  // namespace vela

@@ -1,0 +1,172 @@
+#include "sim/core/ecu_simulator.h"
+
+#include <gtest/gtest.h>
+
+#include "sim/core/base_calibration.h"
+#include "sim/core/frame_rate.h"
+#include "sim_test_support.h"
+
+namespace vela::sim {
+namespace {
+
+using testing::RunUntil;
+using testing::Send;
+using testing::Split;
+
+CalibrationImage PatternImage() {
+  CalibrationImage image;
+  for (int p = 1; p <= kImageLength; ++p) image.SetByte(p, static_cast<std::uint8_t>(p * 7 + 3));
+  return image;
+}
+
+SimOptions Options(std::uint64_t seed = 1) {
+  SimOptions options;
+  options.seed = seed;
+  return options;
+}
+
+TEST(EcuWritesTest, ByteWriteLandsAtItsImagePositionAndKeepsTheLowByteOnly) {
+  EcuSimulator sim(Options(), CalibrationImage{});
+  Send(sim, kCodeWriteByte, 1, 0x1234);
+  Send(sim, kCodeWriteByte, 1023, 0x00AB);
+  Send(sim, kCodeWriteByte, 500, 0x0077);
+  CalibrationImage expected;
+  expected.SetByte(1, 0x34);
+  expected.SetByte(500, 0x77);
+  expected.SetByte(1023, 0xAB);
+  EXPECT_EQ(sim.Image().Bytes(), expected.Bytes());
+  EXPECT_EQ(sim.Counters().byte_writes, 3u);
+}
+
+TEST(EcuWritesTest, WritesOutsideTheImageAndTheRateRegisterLeaveTheImageAlone) {
+  const CalibrationImage start = PatternImage();
+  EcuSimulator sim(Options(), start);
+  Send(sim, kCodeWriteByte, 0, 9);
+  Send(sim, kCodeWriteByte, 1024, 9);
+  Send(sim, kCodeWriteByte, kRateAddress, 8);
+  Send(sim, 7, 309, 1);
+  EXPECT_EQ(sim.Image().Bytes(), start.Bytes());
+  EXPECT_EQ(sim.Counters().ignored, 3u);
+  EXPECT_EQ(sim.RateValue(), 8);
+}
+
+TEST(EcuWritesTest, DownloadFramePutsTheValueLowByteAtTheLowerPosition) {
+  EcuSimulator sim(Options(), CalibrationImage{});
+  Send(sim, kCodeWritePair, 1, 0x1234);
+  EXPECT_EQ(sim.Image().Byte(1), 0x34);
+  EXPECT_EQ(sim.Image().Byte(2), 0x12);
+  EXPECT_TRUE(sim.TransferOpen());
+}
+
+TEST(EcuWritesTest, WholeDownloadReplacesTheImageAndTheClosingFrameEndsIt) {
+  EcuSimulator sim(Options(), CalibrationImage{});
+  const CalibrationImage image = PatternImage();
+  // As the program's download sends it: pairs from position 1, the odd last byte alone, close.
+  for (int p = 1; p <= kImageLength + 2; p += 2) {
+    const int code = p > kImageLength    ? kCodeClose
+                     : p == kImageLength ? kCodeWriteByte
+                                         : kCodeWritePair;
+    const int value = image.Byte(p) | (p < kImageLength ? image.Byte(p + 1) << 8 : 0);
+    Send(sim, static_cast<std::uint8_t>(code), static_cast<std::uint16_t>(p),
+         static_cast<std::uint16_t>(code == kCodeClose ? 0 : value));
+  }
+  EXPECT_EQ(sim.Image().Bytes(), image.Bytes());
+  EXPECT_EQ(sim.Counters().pair_writes, 511u);
+  EXPECT_EQ(sim.Counters().transfers_closed, 1u);
+  EXPECT_FALSE(sim.TransferOpen());
+}
+
+TEST(EcuUploadTest, EveryRequestCodeIsAnsweredWithAllTheImageAndDone) {
+  for (std::uint8_t k = 1; k <= 5; ++k) {
+    EcuSimulator sim(Options(), PatternImage());
+    sim.Advance(50'000);
+    Send(sim, kCodeWriteByte, 42, 0x99);  // a write before the request shows in the reply
+    Send(sim, k, kUploadRequestAddress, kUploadRequestValue);
+    const auto stream = Split(RunUntil(sim, 400'000));
+    ASSERT_EQ(stream.replies.size(), 1u) << "code " << int{k};
+    EXPECT_TRUE(stream.replies[0].has_done);
+    EXPECT_EQ(stream.replies[0].length, 3u + 1023u + 4u);
+    CalibrationImage expected = PatternImage();
+    expected.SetByte(42, 0x99);
+    EXPECT_EQ(stream.replies[0].body, expected.ToVector());
+    EXPECT_EQ(stream.stray, 0u);
+  }
+}
+
+TEST(EcuUploadTest, AByteWriteOfAddress770IsAWriteNotARequest) {
+  EcuSimulator sim(Options(), CalibrationImage{});
+  Send(sim, kCodeWriteByte, kUploadRequestAddress, 5);
+  EXPECT_EQ(sim.Image().Byte(770), 5);
+  EXPECT_TRUE(Split(RunUntil(sim, 300'000)).replies.empty());
+}
+
+TEST(EcuRateTest, EachOfTheProgramsRateValuesSelectsItsOwnRate) {
+  const int values[] = {3, 5, 8, 10, 13, 17, 21, 27, 33, 44, 66};
+  const int rates[] = {60, 40, 30, 25, 20, 15, 12, 10, 8, 6, 4};
+  for (int i = 0; i < 11; ++i) EXPECT_EQ(FramesPerSecondForValue(values[i]), rates[i]);
+  // Between two constants the nearer wins; exactly halfway, the faster.
+  EXPECT_EQ(FramesPerSecondForValue(0), 60);
+  EXPECT_EQ(FramesPerSecondForValue(4), 60);
+  EXPECT_EQ(FramesPerSecondForValue(7), 40);
+  EXPECT_EQ(FramesPerSecondForValue(15), 20);  // also sent while the link is being prepared
+  EXPECT_EQ(FramesPerSecondForValue(55), 6);
+  EXPECT_EQ(FramesPerSecondForValue(56), 4);
+  EXPECT_EQ(FramesPerSecondForValue(65535), 4);
+  for (int v = 1; v < 200; ++v)
+    EXPECT_LE(FramesPerSecondForValue(v), FramesPerSecondForValue(v - 1));
+}
+
+TEST(EcuLiveFrameTest, StreamsWellFormedFramesAtTheRateSetOverSimulatedTime) {
+  for (const auto& [value, fps] : {std::pair{3, 60}, {8, 30}, {27, 10}, {66, 4}}) {
+    EcuSimulator sim(Options(), EmbeddedBaseCalibration());
+    Send(sim, kCodeWriteByte, kRateAddress, static_cast<std::uint16_t>(value));
+    const auto stream = Split(RunUntil(sim, 10'000'000));
+    EXPECT_NEAR(static_cast<double>(stream.frames.size()), fps * 10.0, 1.0) << "value " << value;
+    EXPECT_EQ(stream.stray, 0u);
+    for (const live::Frame& f : stream.frames) {
+      EXPECT_EQ(live::At(f, live::kFramesPerSecond), fps);
+      EXPECT_EQ(live::At(f, live::kFirmwareVersion), 3);
+      EXPECT_GT(live::U24(f, live::kEnginePeriod), 0u);
+    }
+  }
+}
+
+TEST(EcuLiveFrameTest, StartsAtTenFramesASecondAndBytesLeaveAtLineSpeed) {
+  EcuSimulator sim(Options(), EmbeddedBaseCalibration());
+  EXPECT_EQ(sim.FramesPerSecond(), 10);
+  EXPECT_TRUE(sim.Advance(99'999).empty());
+  // The first frame falls due at 100 ms; one millisecond later 12 of its bytes are out.
+  EXPECT_EQ(sim.Advance(101'000).size(), 12u);
+  EXPECT_EQ(sim.Advance(110'000).size(), 33u);
+}
+
+TEST(EcuLiveFrameTest, FuelAndIgnitionWrittenDuringRunningShowInTheNextFrames) {
+  CalibrationImage image = EmbeddedBaseCalibration();
+  for (int p = 979; p <= 986; ++p) image.SetByte(p, 0);  // no warm-up enrichment
+  EcuSimulator sim(Options(), image);
+  RunUntil(sim, 2'000'000);
+  for (int p = 1; p <= 374; p += 2) Send(sim, kCodeWritePair, static_cast<std::uint16_t>(p), 5000);
+  for (int p = 751; p <= 816; ++p)
+    Send(sim, kCodeWriteByte, static_cast<std::uint16_t>(p), 2 * (99 - 20));
+  const auto stream = Split(RunUntil(sim, 4'000'000));
+  ASSERT_FALSE(stream.frames.empty());
+  for (const live::Frame& f : stream.frames) {
+    EXPECT_EQ(live::U16(f, live::kInjectionTime), 5000u);
+    EXPECT_EQ(live::S16(f, live::kIgnitionAdvance), 200);
+  }
+}
+
+TEST(EcuDeterminismTest, SameSeedGivesTheSameBytesHoweverTheCallsAreSpaced) {
+  auto run = [](std::uint64_t seed, std::int64_t step_us) {
+    EcuSimulator sim(Options(seed), EmbeddedBaseCalibration());
+    Send(sim, kCodeWriteByte, kRateAddress, 3);
+    return RunUntil(sim, 3'000'000, step_us);
+  };
+  const auto reference = run(5, 1000);
+  EXPECT_EQ(run(5, 137), reference);
+  EXPECT_EQ(run(5, 3'000'000), reference);
+  EXPECT_NE(run(6, 1000), reference);
+}
+
+}  // namespace
+}  // namespace vela::sim

@@ -1,0 +1,140 @@
+#include "sim/core/engine_model.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "sim/core/base_calibration.h"
+#include "sim/core/live_encoder.h"
+
+namespace vela::sim {
+namespace {
+
+struct Extremes {
+  double low = 1e9;
+  double high = -1e9;
+  void Add(double v) {
+    low = std::min(low, v);
+    high = std::max(high, v);
+  }
+};
+
+// Ten simulated minutes of the base engine.
+class EngineRunTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    EngineModel engine(3);
+    double lambda_sum = 0;
+    for (int i = 0; i < 60'000; ++i) {
+      engine.Step(image_);
+      const EngineState& s = engine.State();
+      rpm_.Add(s.rpm);
+      map_.Add(s.map_kpa);
+      battery_.Add(s.battery_v);
+      lambda_.Add(s.lambda);
+      injection_.Add(s.injection_us);
+      advance_.Add(s.advance_deg);
+      lambda_sum += s.lambda;
+      if (s.throttle_pct < 0.5 && s.throttle_pump_us == 0) idle_map_.Add(s.map_kpa);
+      if (s.throttle_pump_us > 0) ++pump_steps_;
+      if (i == 0) first_water_ = s.water_c;
+      water_.Add(s.water_c);
+    }
+    lambda_mean_ = lambda_sum / 60'000;
+    last_ = engine.State();
+  }
+
+  CalibrationImage image_ = EmbeddedBaseCalibration();
+  Extremes rpm_, map_, battery_, lambda_, injection_, advance_, water_, idle_map_;
+  double lambda_mean_ = 0;
+  double first_water_ = 0;
+  int pump_steps_ = 0;
+  EngineState last_;
+};
+
+TEST_F(EngineRunTest, SpeedWandersBetweenIdleAndAFewThousand) {
+  EXPECT_LT(rpm_.low, 1000);
+  EXPECT_GT(rpm_.low, 600);
+  EXPECT_GT(rpm_.high, 4000);
+  EXPECT_LT(rpm_.high, 6800);  // below the rev limiter
+}
+
+TEST_F(EngineRunTest, ManifoldPressureFollowsTheThrottle) {
+  EXPECT_LT(idle_map_.high, 45);
+  EXPECT_GT(map_.high, 90);
+  EXPECT_LE(map_.high, 101.3);
+}
+
+TEST_F(EngineRunTest, ElectricsMixtureAndTimingStayInTheirBands) {
+  EXPECT_GE(battery_.low, 13.8);
+  EXPECT_LE(battery_.high, 14.2);
+  EXPECT_GT(battery_.high - battery_.low, 0.2);  // ripple
+  EXPECT_GE(lambda_.low, 0.8);
+  EXPECT_LE(lambda_.high, 1.2);
+  EXPECT_NEAR(lambda_mean_, 0.99, 0.03);
+  EXPECT_GE(advance_.low, 10);
+  EXPECT_LE(advance_.high, 35);
+  EXPECT_GT(injection_.low, 1000);
+  EXPECT_LT(injection_.high, 12'000);
+  EXPECT_GT(pump_steps_, 0);
+}
+
+TEST_F(EngineRunTest, WaterWarmsUpAndHoldsAtTheThermostat) {
+  EXPECT_LT(first_water_, 25);
+  EXPECT_GT(last_.water_c, 80);
+  EXPECT_LT(water_.high, 95);
+}
+
+TEST(EngineLookupTest, FuelAndIgnitionBlendNeighbouringSites) {
+  const CalibrationImage image = EmbeddedBaseCalibration();
+  const double cell = image.Read16(image.FuelCellPosition(1, 3, 5));
+  const double right = image.Read16(image.FuelCellPosition(1, 3, 6));
+  const double up = image.Read16(image.FuelCellPosition(1, 4, 5));
+  EXPECT_DOUBLE_EQ(FuelMapUs(image, 1, 2.0, 4.0), cell);
+  EXPECT_DOUBLE_EQ(FuelMapUs(image, 1, 2.0, 4.5), (cell + right) / 2);
+  EXPECT_DOUBLE_EQ(FuelMapUs(image, 1, 2.5, 4.0), (cell + up) / 2);
+  EXPECT_DOUBLE_EQ(IgnMapDegrees(image, 10.0, 1.0), image.IgnDegrees(11, 6));
+  EXPECT_DOUBLE_EQ(RpmSitePosition(image, 1500), 2.0);    // 750 RPM spacing
+  EXPECT_DOUBLE_EQ(LoadFraction(image, 60.0, 0.0), 0.5);  // MAP load sensing, 20 to 100 kPa
+}
+
+TEST(EngineLookupTest, SensorReadingFollowsTheCalibrationPoints) {
+  const CalibrationImage image = EmbeddedBaseCalibration();
+  EXPECT_EQ(SensorReading(image, 987, -20), image.Byte(987));
+  EXPECT_EQ(SensorReading(image, 987, 120), image.Byte(994));
+  EXPECT_EQ(SensorReading(image, 987, 30), (image.Byte(989) + image.Byte(990) + 1) / 2);
+}
+
+TEST(LiveEncoderTest, FieldsDecodeWithTheSharedLayout) {
+  EngineState s;
+  s.rpm = 3000;
+  s.map_kpa = 55.5;
+  s.throttle_pct = 12.3;
+  s.injection_us = 4321;
+  s.advance_deg = -2.5;
+  s.battery_v = 13.95;
+  s.lambda = 0.98;
+  s.idle_duty_pct = 31.4;
+  s.idle_target_rpm = 950;
+  s.throttle_pump_us = 777;
+  s.rpm_site = 4.0;
+  s.load_site = 8.5;
+  const live::Frame f = EncodeLiveFrame(s, EmbeddedBaseCalibration(), 25);
+  EXPECT_DOUBLE_EQ(live::RpmFromPeriod(live::U24(f, live::kEnginePeriod)), 3000.0);
+  EXPECT_EQ(live::U16(f, live::kMap), 555u);
+  EXPECT_EQ(live::U16(f, live::kTps), 123u);
+  EXPECT_EQ(live::U16(f, live::kInjectionTime), 4321u);
+  EXPECT_EQ(live::S16(f, live::kIgnitionAdvance), -25);
+  EXPECT_EQ(live::U16(f, live::kBattery), 1395u);
+  EXPECT_EQ(live::At(f, live::kLambda), 98);
+  EXPECT_EQ(live::U16(f, live::kIdleValve), 314u);
+  EXPECT_EQ(live::U16(f, live::kIdleTarget), 950u);
+  EXPECT_EQ(live::U16(f, live::kThrottlePump), 777u);
+  EXPECT_EQ(live::At(f, live::kRpmSite), 64);
+  EXPECT_EQ(live::At(f, live::kLoadSite), 136);
+  EXPECT_EQ(live::At(f, live::kFramesPerSecond), 25);
+  EXPECT_EQ(live::At(f, live::kStatus) & live::kStatusThrottlePump, live::kStatusThrottlePump);
+}
+
+}  // namespace
+}  // namespace vela::sim

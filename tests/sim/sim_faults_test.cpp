@@ -1,0 +1,130 @@
+#include <gtest/gtest.h>
+
+#include "sim/core/base_calibration.h"
+#include "sim/core/ecu_simulator.h"
+#include "sim/core/live_encoder.h"
+#include "sim_test_support.h"
+
+namespace vela::sim {
+namespace {
+
+using testing::At;
+using testing::RunUntil;
+using testing::Send;
+using testing::Split;
+
+EcuSimulator MakeSim(const FaultOptions& faults) {
+  SimOptions options;
+  options.faults = faults;
+  return EcuSimulator(options, EmbeddedBaseCalibration());
+}
+
+void RequestUpload(EcuSimulator& sim) { Send(sim, 1, kUploadRequestAddress, kUploadRequestValue); }
+
+TEST(SimFaultsTest, StrayBytesGoBetweenFramesAndSpellNoMarker) {
+  FaultOptions faults;
+  faults.garbage_every = 1;
+  faults.garbage_max_bytes = 5;
+  EcuSimulator sim = MakeSim(faults);
+  const auto bytes = RunUntil(sim, 5'000'000);
+  const auto stream = Split(bytes);
+  EXPECT_EQ(stream.frames.size(), 49u);  // every frame arrives whole; the 50th is on its way
+  EXPECT_GE(stream.stray, 50u);
+  EXPECT_LE(stream.stray, 250u);
+  EXPECT_FALSE(At(bytes, 0, "START"));  // the first frame, too, has stray bytes before it
+}
+
+TEST(SimFaultsTest, SmallChunksLeaveWithPausesAndStillMakeWholeFrames) {
+  FaultOptions faults;
+  faults.chunk_max_bytes = 3;
+  faults.chunk_gap_us = 2000;
+  EcuSimulator sim = MakeSim(faults);
+  std::vector<std::uint8_t> all;
+  for (std::int64_t t = 1000; t <= 3'000'000; t += 1000) {
+    const auto bytes = sim.Advance(t);
+    EXPECT_LE(bytes.size(), 3u) << "at " << t;
+    all.insert(all.end(), bytes.begin(), bytes.end());
+  }
+  const auto stream = Split(all);
+  EXPECT_GE(stream.frames.size(), 29u);
+  EXPECT_EQ(stream.stray, 0u);
+}
+
+TEST(SimFaultsTest, SilenceSendsNothingAndLeavesUploadRequestsUnanswered) {
+  FaultOptions faults;
+  faults.silence_after_us = 1'000'000;
+  faults.silence_for_us = 2'000'000;
+  EcuSimulator sim = MakeSim(faults);
+  EXPECT_EQ(Split(RunUntil(sim, 1'000'000)).frames.size(), 9u);
+  RunUntil(sim, 1'000'001);  // a frame cut off by the silence may end here
+  EXPECT_TRUE(sim.Silent());
+  RequestUpload(sim);
+  EXPECT_TRUE(RunUntil(sim, 2'999'999).empty());
+  const auto after = Split(RunUntil(sim, 5'000'000));
+  EXPECT_FALSE(sim.Silent());
+  EXPECT_NEAR(static_cast<double>(after.frames.size()), 20.0, 1.0);
+  EXPECT_TRUE(after.replies.empty());
+}
+
+TEST(SimFaultsTest, CutReplyEndsEarlyWithoutDoneAndTheNextReplyIsWhole) {
+  FaultOptions faults;
+  faults.upload_cut_bytes = 600;
+  EcuSimulator sim = MakeSim(faults);
+  RequestUpload(sim);
+  auto stream = Split(RunUntil(sim, 500'000));
+  ASSERT_EQ(stream.replies.size(), 1u);
+  EXPECT_FALSE(stream.replies[0].has_done);
+  EXPECT_EQ(stream.replies[0].body.size(), 600u);
+  RequestUpload(sim);
+  stream = Split(RunUntil(sim, 1'000'000));
+  ASSERT_EQ(stream.replies.size(), 1u);
+  EXPECT_TRUE(stream.replies[0].has_done);
+  EXPECT_EQ(stream.replies[0].body, sim.Image().ToVector());
+}
+
+TEST(SimFaultsTest, DoneShiftMovesDoneAwayFromItsDistanceOf1026) {
+  for (int shift : {-1, 2}) {
+    FaultOptions faults;
+    faults.done_shift = shift;
+    faults.faulty_uploads = 0;  // every reply
+    EcuSimulator sim = MakeSim(faults);
+    for (int i = 0; i < 2; ++i) {
+      RequestUpload(sim);
+      const auto stream = Split(RunUntil(sim, sim.NowUs() + 400'000));
+      ASSERT_EQ(stream.replies.size(), 1u);
+      ASSERT_TRUE(stream.replies[0].has_done);
+      EXPECT_EQ(static_cast<int>(stream.replies[0].body.size()) + 3, 1026 + shift);
+    }
+  }
+}
+
+TEST(SimFaultsTest, BurstArrivesAllAtOnceAsWholeFrames) {
+  FaultOptions faults;
+  faults.burst_every_us = 1'000'000;
+  faults.burst_bytes = 500;
+  EcuSimulator sim = MakeSim(faults);
+  std::size_t largest = 0;
+  std::vector<std::uint8_t> all;
+  for (std::int64_t t = 1000; t <= 2'500'000; t += 1000) {
+    const auto bytes = sim.Advance(t);
+    largest = std::max(largest, bytes.size());
+    all.insert(all.end(), bytes.begin(), bytes.end());
+  }
+  EXPECT_GE(largest, 500u);
+  EXPECT_EQ(sim.Counters().bursts, 2u);
+  EXPECT_EQ(Split(all).stray, 0u);
+}
+
+TEST(SimFaultsTest, LiveDataNeverSpellsAMarker) {
+  live::Frame f{};
+  const std::string_view data = "xxENDxALLxDONExxSTARTxxxxxxxxxxxxxDON";  // 37 bytes
+  std::copy(data.begin(), data.end(), f.begin() + 5);
+  KeepMarkersOut(f);
+  std::vector<std::uint8_t> tail(f.begin() + 5, f.begin() + 42);
+  tail.push_back('E');
+  EXPECT_EQ(FindMarker(tail), std::string_view::npos);
+  EXPECT_EQ(f[5], 'x');  // bytes that spell nothing stay as they were
+}
+
+}  // namespace
+}  // namespace vela::sim
