@@ -1,7 +1,7 @@
 # The two commands a newcomer needs: `make run` and `make test`.
 BUILD ?= build
 JOBS ?= $(shell nproc)
-ARGS ?=
+ARGS ?= --simulate
 
 .PHONY: deps configure build run test bench clean
 
@@ -22,6 +22,7 @@ test: build
 
 bench: build
 	$(BUILD)/bench/vela-bench
+	$(BUILD)/bench/vela-link-cpu 10
 
 clean:
 	rm -rf $(BUILD)

@@ -15,16 +15,22 @@ AppOptions ParseAppOptions(const QStringList& arguments, const QString& env_data
     if (arg == "-h" || arg == "--help") {
       options.show_help = true;
     } else if (arg.startsWith("--data-dir")) {
-      if (auto v = value("--data-dir")) options.data_root = *v;
-      else options.error = "--data-dir needs a folder";
+      if (auto v = value("--data-dir"))
+        options.data_root = *v;
+      else
+        options.error = "--data-dir needs a folder";
     } else if (arg == "--simulate") {
       options.simulate = true;
     } else if (arg.startsWith("--sim-args")) {
-      if (auto v = value("--sim-args")) options.sim_args = v->split(' ', Qt::SkipEmptyParts);
-      else options.error = "--sim-args needs the simulator's options";
+      if (auto v = value("--sim-args"))
+        options.sim_args = v->split(' ', Qt::SkipEmptyParts);
+      else
+        options.error = "--sim-args needs the simulator's options";
     } else if (arg.startsWith("--port")) {
-      if (auto v = value("--port")) options.port_device = *v;
-      else options.error = "--port needs a device";
+      if (auto v = value("--port"))
+        options.port_device = *v;
+      else
+        options.error = "--port needs a device";
     } else {
       options.error = "unknown option: " + arg;
     }

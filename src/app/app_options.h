@@ -13,7 +13,7 @@ struct AppOptions {
   bool simulate = false;  // --simulate: run the simulated ECU in-process and connect to it
   QStringList sim_args;   // --sim-args "...": options for the simulated ECU (its fault options)
   bool show_help = false;
-  QString error;          // not empty when the command line could not be read
+  QString error;  // not empty when the command line could not be read
 };
 
 // Reads the arguments (without the program name); `env_data_root` is the value of

@@ -45,8 +45,8 @@ FormSpare::FormSpare(ProgramSetup& setup, QtSerialPort& link_port, FileSystem& f
 
 void FormSpare::Complete() {
   const FirstRunChoice choice{port_list_->currentIndex() + 1, port2_list_->currentIndex()};
-  const bool already_open = link_port_.IsOpen() &&
-                            link_port_.device() == link_port_.DeviceFor(choice.port);
+  const bool already_open =
+      link_port_.IsOpen() && link_port_.device() == link_port_.DeviceFor(choice.port);
   QtSerialPort test_port(false);  // told its device below, so the naming rule is not used
   test_port.set_device_override(link_port_.DeviceFor(choice.port));
   if (CompleteFirstRunSetup(choice, already_open, test_port, files_, setup_.ConfigFilePath(),

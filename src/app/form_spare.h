@@ -15,8 +15,8 @@ class FormSpare : public QDialog {
   Q_OBJECT
 
  public:
-  FormSpare(ProgramSetup& setup, QtSerialPort& link_port, FileSystem& files,
-            MessageSink& messages, QWidget* parent = nullptr);
+  FormSpare(ProgramSetup& setup, QtSerialPort& link_port, FileSystem& files, MessageSink& messages,
+            QWidget* parent = nullptr);
 
   QComboBox* port_list() const { return port_list_; }
   QComboBox* port2_list() const { return port2_list_; }

@@ -17,18 +17,29 @@ namespace vela {
 
 namespace {
 
-constexpr const char* kTabTexts[] = {
-    "&Fuel Map 1", "&Fuel Map 2",    "&Ignition Maps", "Ou&tputs",  "Inpu&ts",     "&Compensation",
-    "&Main Setup", "&Sensor Setup",  "&Help",          "&Data Page", "File &Options", "DataLo&gging"};
-constexpr const char* kPageNames[] = {
-    "PageFuelMap1", "PageFuelMap2",    "PageIgnitionMaps", "PageOutputs",   "PageInputs",
-    "PageCompensation", "PageMainSetup", "PageSensorSetup", "PageHelp",     "PageDataPage",
-    "PageFileOptions", "PageDataLogging"};
+constexpr const char* kTabTexts[] = {"&Fuel Map 1", "&Fuel Map 2",   "&Ignition Maps",
+                                     "Ou&tputs",    "Inpu&ts",       "&Compensation",
+                                     "&Main Setup", "&Sensor Setup", "&Help",
+                                     "&Data Page",  "File &Options", "DataLo&gging"};
+constexpr const char* kPageNames[] = {"PageFuelMap1",  "PageFuelMap2",    "PageIgnitionMaps",
+                                      "PageOutputs",   "PageInputs",      "PageCompensation",
+                                      "PageMainSetup", "PageSensorSetup", "PageHelp",
+                                      "PageDataPage",  "PageFileOptions", "PageDataLogging"};
 constexpr int kTabCount = 12;
 
 enum Tab {
-  kFuelMap1 = 0, kFuelMap2, kIgnitionMaps, kOutputs, kInputs, kCompensation,
-  kMainSetup, kSensorSetup, kHelp, kDataPage, kFileOptions, kDataLogging
+  kFuelMap1 = 0,
+  kFuelMap2,
+  kIgnitionMaps,
+  kOutputs,
+  kInputs,
+  kCompensation,
+  kMainSetup,
+  kSensorSetup,
+  kHelp,
+  kDataPage,
+  kFileOptions,
+  kDataLogging
 };
 
 QString StyleFor(const LabelColour& colour) {
@@ -82,9 +93,8 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   connect(settings_controls_, &SettingsControls::ScaleChanged, this, &MainWindow::ApplyScale);
   connect(settings_controls_->first_run_button(), &QPushButton::clicked, this,
           &MainWindow::OpenFirstRunSetup);
-  parts_.trace.set_on_show([this](const std::string& text) {
-    startup_label_->setText(QString::fromStdString(text));
-  });
+  parts_.trace.set_on_show(
+      [this](const std::string& text) { startup_label_->setText(QString::fromStdString(text)); });
   parts_.setup.set_on_settings_read([this] { settings_controls_->ShowSettings(); });
   status_adapter_ = std::make_unique<StatusLabelAdapter>(status_label_);
   WireLink();
@@ -102,16 +112,19 @@ QWidget* MainWindow::BuildPage(int index) {
   switch (index) {
     case kFuelMap1:
       layout->addWidget(settings_controls_->BuildFuelDisplay(page));
-      layout->addWidget(PageNote(page, "Fuel 1: the map appears here once a calibration has been "
-                                       "uploaded from the ECU or loaded from a map file."));
+      layout->addWidget(PageNote(page,
+                                 "Fuel 1: the map appears here once a calibration has been "
+                                 "uploaded from the ECU or loaded from a map file."));
       break;
     case kFuelMap2:
-      layout->addWidget(PageNote(page, "Fuel 2: the map appears here once a calibration has been "
-                                       "uploaded from the ECU or loaded from a map file."));
+      layout->addWidget(PageNote(page,
+                                 "Fuel 2: the map appears here once a calibration has been "
+                                 "uploaded from the ECU or loaded from a map file."));
       break;
     case kIgnitionMaps:
-      layout->addWidget(PageNote(page, "Ignition: the map appears here once a calibration has "
-                                       "been uploaded from the ECU or loaded from a map file."));
+      layout->addWidget(PageNote(page,
+                                 "Ignition: the map appears here once a calibration has "
+                                 "been uploaded from the ECU or loaded from a map file."));
       break;
     case kOutputs:
       layout->addWidget(settings_controls_->BuildOutputsDisplay(page));
@@ -161,8 +174,8 @@ void MainWindow::BuildStatusStrip(QWidget* parent) {
   startup_label_->setStyleSheet("background-color: rgb(255, 160, 40); padding: 1px 6px;");
   notice_label_ = new QLabel(strip);
   notice_label_->setObjectName("NoticeLabel");
-  for (QLabel* label : {status_label_, rx_indicator_, link_indicator_, overflow_label_,
-                        tick_label_, chunk_label_, port_label_}) {
+  for (QLabel* label : {status_label_, rx_indicator_, link_indicator_, overflow_label_, tick_label_,
+                        chunk_label_, port_label_}) {
     row->addWidget(label);
   }
   row->addWidget(notice_label_, 1);

@@ -88,11 +88,11 @@ class MainWindow : public QMainWindow, public StartupSteps {
   MainWindowParts parts_;
   SettingsControls* settings_controls_;
   QTabWidget* tabs_ = nullptr;
-  QLabel* startup_label_ = nullptr;   // `LabelOrangeBlock`
-  QLabel* status_label_ = nullptr;    // the link status label
+  QLabel* startup_label_ = nullptr;  // `LabelOrangeBlock`
+  QLabel* status_label_ = nullptr;   // the link status label
   QLabel* notice_label_ = nullptr;
   QLabel* port_label_ = nullptr;
-  QLabel* rx_indicator_ = nullptr;     // the receive indicator
+  QLabel* rx_indicator_ = nullptr;  // the receive indicator
   QLabel* link_indicator_ = nullptr;
   QLabel* overflow_label_ = nullptr;
   QLabel* tick_label_ = nullptr;

@@ -119,9 +119,9 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
   form->addRow("Upload check:", MakePair(box, "MapIntegrity", "Map Upload &Integrity On",
                                          "Integrity Off", &ProgramSettings::map_integrity)
                                     .first->parentWidget());
-  form->addRow("Language:", MakePair(box, "Language", "&English", "&Deutsch",
-                                     &ProgramSettings::language_first)
-                                .first->parentWidget());
+  form->addRow("Language:",
+               MakePair(box, "Language", "&English", "&Deutsch", &ProgramSettings::language_first)
+                   .first->parentWidget());
 
   scale_ = new QScrollBar(Qt::Horizontal, box);
   scale_->setObjectName("HScroll6");
@@ -168,8 +168,8 @@ QWidget* SettingsControls::BuildOutputsDisplay(QWidget* page) {
   layout->addWidget(MakePair(box, "GPONameEnable", "Show Function &Names", "Show Function Numbers",
                              &ProgramSettings::gpo_name_enable)
                         .first->parentWidget());
-  layout->addWidget(MakePair(box, "GPOChange", "&Confirm Output Change",
-                             "Change Without Asking", &ProgramSettings::gpo_change_confirm)
+  layout->addWidget(MakePair(box, "GPOChange", "&Confirm Output Change", "Change Without Asking",
+                             &ProgramSettings::gpo_change_confirm)
                         .first->parentWidget());
   return box;
 }

@@ -6,8 +6,8 @@
 namespace vela {
 
 std::string ConfigFileText(const FirstRunChoice& choice) {
-  return "Port =" + FilePrintNumber(choice.port) + "\r\n" + "Port2 =" +
-         FilePrintNumber(choice.port2) + "\r\n";
+  return "Port =" + FilePrintNumber(choice.port) + "\r\n" +
+         "Port2 =" + FilePrintNumber(choice.port2) + "\r\n";
 }
 
 bool CompleteFirstRunSetup(const FirstRunChoice& choice, bool already_open, SerialPort& test_port,

@@ -143,25 +143,51 @@ void ApplySetupLine(int line_number, const std::string& setup_line, ProgramSetti
         comm_port_number = *port;
       }
       break;
-    case 2: SetIfInRange(v, 0, kFramesPerSecondChoices - 1, s.frames_per_second_index); break;
-    case 3: SetIfInRange(v, kDatalogTimeScaleMin, kDatalogTimeScaleMax, s.datalog_time_scale); break;
-    case 4: SetIfInRange(v, 0, kAfrDisplayModes - 1, s.afr_display_mode); break;
-    case 5: SetTruth(v, s.fuel_map_numerical); break;
-    case 6: SetTruth(v, s.gpo_name_enable); break;
-    case 7: SetTruth(v, s.gpo_change_confirm); break;
-    case 8: SetTruth(v, s.map_integrity); break;
-    case 9: SetTruth(v, s.instant_help); break;
+    case 2:
+      SetIfInRange(v, 0, kFramesPerSecondChoices - 1, s.frames_per_second_index);
+      break;
+    case 3:
+      SetIfInRange(v, kDatalogTimeScaleMin, kDatalogTimeScaleMax, s.datalog_time_scale);
+      break;
+    case 4:
+      SetIfInRange(v, 0, kAfrDisplayModes - 1, s.afr_display_mode);
+      break;
+    case 5:
+      SetTruth(v, s.fuel_map_numerical);
+      break;
+    case 6:
+      SetTruth(v, s.gpo_name_enable);
+      break;
+    case 7:
+      SetTruth(v, s.gpo_change_confirm);
+      break;
+    case 8:
+      SetTruth(v, s.map_integrity);
+      break;
+    case 9:
+      SetTruth(v, s.instant_help);
+      break;
     case 10: {
       int choice = s.comms_packet_speed + 1;
       SetIfInRange(v, 1, kPacketSpeedChoices, choice);
       s.comms_packet_speed = choice - 1;
       break;
     }
-    case 11: SetIfInRange(v, 0, 1, s.reduce_comms_sending); break;
-    case 12: SetIfInRange(v, 0, 1, s.rpm_smoothing); break;
-    case 13: SetIfInRange(v, 0, 1, s.map_smoothing); break;
-    case 14: SetIfInRange(v, 0, 1, s.afr_smoothing); break;
-    case 15: SetTruth(v, s.language_first); break;
+    case 11:
+      SetIfInRange(v, 0, 1, s.reduce_comms_sending);
+      break;
+    case 12:
+      SetIfInRange(v, 0, 1, s.rpm_smoothing);
+      break;
+    case 13:
+      SetIfInRange(v, 0, 1, s.map_smoothing);
+      break;
+    case 14:
+      SetIfInRange(v, 0, 1, s.afr_smoothing);
+      break;
+    case 15:
+      SetTruth(v, s.language_first);
+      break;
     case 16: {
       int saved = s.scale + 50;
       SetIfInRange(v, kScaleMin + 50, kScaleMax + 50, saved);

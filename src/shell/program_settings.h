@@ -10,22 +10,22 @@ namespace vela {
 
 // The state of the controls that `Setup.txt` stands for, as the controls hold it.
 struct ProgramSettings {
-  int port_index = 3;                // port list position; "CommPort N" is N - 1
-  int frames_per_second_index = 4;   // list position of the live-frame rate choice
-  int datalog_time_scale = 20;       // `DatalogTimeScale`, seconds
-  int afr_display_mode = 0;          // list position of the air-fuel ratio display mode
-  bool fuel_map_numerical = true;    // `Numerical`: first choice of the fuel map display type
-  bool gpo_name_enable = false;      // `GPONameEnable`: first choice of the output display type
-  bool gpo_change_confirm = true;    // `GPOChange`
-  bool map_integrity = true;         // `MapIntegrity`
-  bool instant_help = true;          // `InstantHelp`
-  int comms_packet_speed = 0;        // `CommsPacketSpeedOption`: 0..5 stands for 1..6
-  int reduce_comms_sending = 0;      // `CheckSlowSend`: 0 or 1
-  int rpm_smoothing = 0;             // `RPMSmoothing`: 0 or 1
-  int map_smoothing = 0;             // `MAPSmoothing`: 0 or 1
-  int afr_smoothing = 0;             // `AFRSmoothing`: 0 or 1
-  bool language_first = true;        // the first choice of the language pair
-  int scale = 0;                     // `HScroll6`, saved plus 50
+  int port_index = 3;               // port list position; "CommPort N" is N - 1
+  int frames_per_second_index = 4;  // list position of the live-frame rate choice
+  int datalog_time_scale = 20;      // `DatalogTimeScale`, seconds
+  int afr_display_mode = 0;         // list position of the air-fuel ratio display mode
+  bool fuel_map_numerical = true;   // `Numerical`: first choice of the fuel map display type
+  bool gpo_name_enable = false;     // `GPONameEnable`: first choice of the output display type
+  bool gpo_change_confirm = true;   // `GPOChange`
+  bool map_integrity = true;        // `MapIntegrity`
+  bool instant_help = true;         // `InstantHelp`
+  int comms_packet_speed = 0;       // `CommsPacketSpeedOption`: 0..5 stands for 1..6
+  int reduce_comms_sending = 0;     // `CheckSlowSend`: 0 or 1
+  int rpm_smoothing = 0;            // `RPMSmoothing`: 0 or 1
+  int map_smoothing = 0;            // `MAPSmoothing`: 0 or 1
+  int afr_smoothing = 0;            // `AFRSmoothing`: 0 or 1
+  bool language_first = true;       // the first choice of the language pair
+  int scale = 0;                    // `HScroll6`, saved plus 50
 
   bool operator==(const ProgramSettings&) const = default;
 };

@@ -16,7 +16,7 @@ void ShowCommportError(MessageSink& messages) {
 
 void ShowSettingsSaveError(MessageSink& messages, int error_number) {
   messages.Show(MessageIcon::kInformation, "Save Program Settings",
-                 {" Error Saving Program Settings, " + std::to_string(error_number) + "  "});
+                {" Error Saving Program Settings, " + std::to_string(error_number) + "  "});
 }
 
 void ProgramSetup::MakeDefaultSetup() {

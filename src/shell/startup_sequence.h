@@ -45,8 +45,8 @@ class StartupSteps {
 
 // The grids set up at start, in their order.
 inline constexpr const char* kStartupGrids[] = {
-    "Fuel",   "Ign",          "Water",    "Air",    "IdleMod0", "IdleMod1", "IdleMod2",
-    "Other",  "ThrottlePump", "WaterMap", "AirMap", "BattMap",  "DataLog"};
+    "Fuel",  "Ign",          "Water",    "Air",    "IdleMod0", "IdleMod1", "IdleMod2",
+    "Other", "ThrottlePump", "WaterMap", "AirMap", "BattMap",  "DataLog"};
 
 // Runs the load sequence. Returns false when another instance runs: the sequence stops there and
 // the program must end without touching a file or the port.

@@ -1,8 +1,9 @@
 // The link against the simulated ECU over a real pseudo-terminal: connection, link preparation,
 // upload byte for byte, live values, loss and return, and the ECU's misbehaviour.
+#include <sys/resource.h>
+
 #include <QTemporaryDir>
 #include <QtTest>
-#include <sys/resource.h>
 
 #include "app/link_session.h"
 #include "link/connection_supervisor.h"

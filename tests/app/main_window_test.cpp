@@ -1,5 +1,11 @@
 // The main window as a tuner meets it at start: tabs, captions, the start-up label, settings
 // read into the controls and saved on change, the port, and the single-instance rule.
+#include "app/main_window.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -8,13 +14,9 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtTest>
-#include <fcntl.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include "../shell/fakes.h"
 #include "app/link_session.h"
-#include "app/main_window.h"
 #include "link/qt/qt_serial_port.h"
 #include "shell/qt/single_instance.h"
 
@@ -64,9 +66,9 @@ class MainWindowTest : public QObject {
     QVERIFY(program.window->Load());
     auto* tabs = program.window->findChild<QTabWidget*>("SSTab1");
     QVERIFY(tabs);
-    const QStringList expected = {"&Fuel Map 1", "&Fuel Map 2", "&Ignition Maps", "Ou&tputs",
-                                  "Inpu&ts", "&Compensation", "&Main Setup", "&Sensor Setup",
-                                  "&Help", "&Data Page", "File &Options", "DataLo&gging"};
+    const QStringList expected = {"&Fuel Map 1", "&Fuel Map 2",   "&Ignition Maps", "Ou&tputs",
+                                  "Inpu&ts",     "&Compensation", "&Main Setup",    "&Sensor Setup",
+                                  "&Help",       "&Data Page",    "File &Options",  "DataLo&gging"};
     QCOMPARE(tabs->count(), expected.size());
     for (int i = 0; i < tabs->count(); ++i) QCOMPARE(tabs->tabText(i), expected[i]);
     QCOMPARE(tabs->currentIndex(), 0);
@@ -110,8 +112,8 @@ class MainWindowTest : public QObject {
     saved.frames_per_second_index = 8;
     saved.map_integrity = false;
     saved.scale = 0;
-    QFile file(QString::fromStdString(
-        ProgramFoldersUnder(root_.toStdString()).program + "Setup.txt"));
+    QFile file(
+        QString::fromStdString(ProgramFoldersUnder(root_.toStdString()).program + "Setup.txt"));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(SetupFileText(saved).c_str());
     file.close();
@@ -157,7 +159,8 @@ class MainWindowTest : public QObject {
     QVERIFY(!program.window->Load());
     QCOMPARE(program.messages.shown.size(), size_t(1));
     QCOMPARE(program.messages.shown[0].title, std::string("MORVANE-ECU"));
-    QCOMPARE(program.messages.shown[0].lines[0], std::string("MORVANE-ECU is already running         "));
+    QCOMPARE(program.messages.shown[0].lines[0],
+             std::string("MORVANE-ECU is already running         "));
     QVERIFY(!QDir(root).exists());
     QVERIFY(!program.port.IsOpen());
   }

@@ -29,18 +29,21 @@ class ProgramSetupTest : public ::testing::Test {
 
 TEST_F(ProgramSetupTest, FirstStartCreatesTheFourFoldersInOrderAndTheDefaultFile) {
   setup.ReadProgramSettings(port);
-  EXPECT_THAT(files.log, ElementsAre("mkdir /home/tuner/MORVANE Programs Info/",
-                                     "mkdir /home/tuner/MORVANE Programs Info/MORVANE VELA/",
-                                     "mkdir /home/tuner/MORVANE Programs Info/MORVANE VELA/Maps/",
-                                     "mkdir /home/tuner/MORVANE Programs Info/MORVANE VELA/Datalogs/",
-                                     "write " + setup.SetupFilePath()));
+  EXPECT_THAT(files.log,
+              ElementsAre("mkdir /home/tuner/MORVANE Programs Info/",
+                          "mkdir /home/tuner/MORVANE Programs Info/MORVANE VELA/",
+                          "mkdir /home/tuner/MORVANE Programs Info/MORVANE VELA/Maps/",
+                          "mkdir /home/tuner/MORVANE Programs Info/MORVANE VELA/Datalogs/",
+                          "write " + setup.SetupFilePath()));
   EXPECT_EQ(files.files[setup.SetupFilePath()], DefaultSetupFileText());
   EXPECT_THAT(port.opened, ElementsAre(4));
   EXPECT_TRUE(messages.shown.empty());
 }
 
 TEST_F(ProgramSetupTest, AnExistingFileIsReadNotReplaced) {
-  files.folders = {{folders.maker, true}, {folders.program, true}, {folders.maps, true},
+  files.folders = {{folders.maker, true},
+                   {folders.program, true},
+                   {folders.maps, true},
                    {folders.datalogs, true}};
   files.files[setup.SetupFilePath()] = "Port = 2 \r\nFrames per Second = 0 \r\n";
   setup.ReadProgramSettings(port);

@@ -74,27 +74,36 @@ class StartupSequenceTest : public ::testing::Test {
 
 TEST_F(StartupSequenceTest, TracesEveryStepInOrder) {
   ASSERT_TRUE(RunStartupSequence(steps, setup, trace));
-  std::vector<std::string> expected = {
-      "Entered Form1.Load", "HideComponentsBeforeStartup ...........", "SetColours Started",
-      "SetColours Complete", "Setup LogLiveChannel1 Complete", "Setup SSTab1 Complete",
-      "Setup Defaults Complete", "Setup Formsize Complete", "Setup RPM Points Complete"};
+  std::vector<std::string> expected = {"Entered Form1.Load",
+                                       "HideComponentsBeforeStartup ...........",
+                                       "SetColours Started",
+                                       "SetColours Complete",
+                                       "Setup LogLiveChannel1 Complete",
+                                       "Setup SSTab1 Complete",
+                                       "Setup Defaults Complete",
+                                       "Setup Formsize Complete",
+                                       "Setup RPM Points Complete"};
   for (const char* grid : {"Fuel", "Ign", "Water", "Air", "IdleMod0", "IdleMod1", "IdleMod2",
                            "Other", "ThrottlePump", "WaterMap", "AirMap", "BattMap", "DataLog"}) {
     expected.push_back(std::string("Setup Grid ") + grid + " Complete");
   }
-  for (const char* text :
-       {"Setup GridSetup Complete", "CheckSingleInstance Started", "CheckSingleInstance Complete",
-        "SetupNoticeLabel Started", "SetupNoticeLabel Complete", "SetupPortLists Started",
-        "SetupPortLists Complete", "SetupInfoGrids Started", "SetupInfoGrids Complete",
-        "SetupSensorLists Started", "SetupSensorLists Complete", "SetupOutputPositions Started",
-        "SetupOutputPositions Complete", "SetupEditorControls Started",
-        "SetupEditorControls Complete", "SetupHiddenFocuses Started", "SetupHiddenFocuses Complete",
-        "Read Setup.txt Started", "Read Setup.txt Complete", "Read Config.txt Started",
-        "Read Config.txt Complete", "Setup GetGPIName Started", "Setup GetGPIName Complete",
-        "Setup GetGPOName Complete", "Setup TChart1 Startup", "Setup TChart1 Complete",
-        "Setup Charts Started", "Setup Charts Complete", "LoadDatalogSettings Started",
-        "LoadDatalogSettings Complete", "SSTab1_Click Started", "SSTab1_Click Complete",
-        "CountsPerMSTimer Enabled"}) {
+  for (const char* text : {"Setup GridSetup Complete",      "CheckSingleInstance Started",
+                           "CheckSingleInstance Complete",  "SetupNoticeLabel Started",
+                           "SetupNoticeLabel Complete",     "SetupPortLists Started",
+                           "SetupPortLists Complete",       "SetupInfoGrids Started",
+                           "SetupInfoGrids Complete",       "SetupSensorLists Started",
+                           "SetupSensorLists Complete",     "SetupOutputPositions Started",
+                           "SetupOutputPositions Complete", "SetupEditorControls Started",
+                           "SetupEditorControls Complete",  "SetupHiddenFocuses Started",
+                           "SetupHiddenFocuses Complete",   "Read Setup.txt Started",
+                           "Read Setup.txt Complete",       "Read Config.txt Started",
+                           "Read Config.txt Complete",      "Setup GetGPIName Started",
+                           "Setup GetGPIName Complete",     "Setup GetGPOName Complete",
+                           "Setup TChart1 Startup",         "Setup TChart1 Complete",
+                           "Setup Charts Started",          "Setup Charts Complete",
+                           "LoadDatalogSettings Started",   "LoadDatalogSettings Complete",
+                           "SSTab1_Click Started",          "SSTab1_Click Complete",
+                           "CountsPerMSTimer Enabled"}) {
     expected.push_back(text);
   }
   EXPECT_EQ(trace.texts(), expected);

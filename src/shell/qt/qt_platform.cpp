@@ -12,19 +12,26 @@ namespace {
 
 QMessageBox::Icon BoxIcon(MessageIcon icon) {
   switch (icon) {
-    case MessageIcon::kInformation: return QMessageBox::Information;
-    case MessageIcon::kExclamation: return QMessageBox::Warning;
-    case MessageIcon::kQuestion: return QMessageBox::Question;
-    case MessageIcon::kCritical: return QMessageBox::Critical;
+    case MessageIcon::kInformation:
+      return QMessageBox::Information;
+    case MessageIcon::kExclamation:
+      return QMessageBox::Warning;
+    case MessageIcon::kQuestion:
+      return QMessageBox::Question;
+    case MessageIcon::kCritical:
+      return QMessageBox::Critical;
   }
   return QMessageBox::NoIcon;
 }
 
 QMessageBox::StandardButtons BoxButtons(MessageButtons buttons) {
   switch (buttons) {
-    case MessageButtons::kOk: return QMessageBox::Ok;
-    case MessageButtons::kOkCancel: return QMessageBox::Ok | QMessageBox::Cancel;
-    case MessageButtons::kYesNo: return QMessageBox::Yes | QMessageBox::No;
+    case MessageButtons::kOk:
+      return QMessageBox::Ok;
+    case MessageButtons::kOkCancel:
+      return QMessageBox::Ok | QMessageBox::Cancel;
+    case MessageButtons::kYesNo:
+      return QMessageBox::Yes | QMessageBox::No;
     case MessageButtons::kYesNoCancel:
       return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
   }
@@ -33,18 +40,21 @@ QMessageBox::StandardButtons BoxButtons(MessageButtons buttons) {
 
 MessageAnswer AnswerFrom(int button) {
   switch (button) {
-    case QMessageBox::Cancel: return MessageAnswer::kCancel;
-    case QMessageBox::Yes: return MessageAnswer::kYes;
-    case QMessageBox::No: return MessageAnswer::kNo;
-    default: return MessageAnswer::kOk;
+    case QMessageBox::Cancel:
+      return MessageAnswer::kCancel;
+    case QMessageBox::Yes:
+      return MessageAnswer::kYes;
+    case QMessageBox::No:
+      return MessageAnswer::kNo;
+    default:
+      return MessageAnswer::kOk;
   }
 }
 
 }  // namespace
 
 MessageAnswer QtMessageSink::Show(MessageIcon icon, const std::string& title,
-                                  const std::vector<std::string>& lines,
-                                  MessageButtons buttons) {
+                                  const std::vector<std::string>& lines, MessageButtons buttons) {
   QStringList text;
   for (const auto& line : lines) text << QString::fromStdString(line);
   QMessageBox box(BoxIcon(icon), QString::fromStdString(title), text.join('\n'),

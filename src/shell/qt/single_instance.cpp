@@ -9,8 +9,8 @@ namespace vela {
 SingleInstanceLock::SingleInstanceLock(const QString& program_folder) {
   const QByteArray key = QCryptographicHash::hash(
       QFileInfo(program_folder).absoluteFilePath().toUtf8(), QCryptographicHash::Sha1);
-  path_ = QDir::temp().filePath("morvane-vela-" + QString::fromLatin1(key.toHex().left(16)) +
-                                ".lock");
+  path_ =
+      QDir::temp().filePath("morvane-vela-" + QString::fromLatin1(key.toHex().left(16)) + ".lock");
 }
 
 bool SingleInstanceLock::Acquire() {
