@@ -13,6 +13,7 @@
 #include <cstring>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "sim/core/base_calibration.h"
@@ -115,7 +116,9 @@ class Runner {
       : options_(options), sim_(options.sim, image), pty_(pty), hooks_(hooks) {}
 
   void Run(const std::atomic<bool>& stop) {
+    if (hooks_.on_image) hooks_.on_image(sim_.Image());
     while (!stop.load()) {
+      FeedLocalInput();
       const bool open = pty_.SlaveOpen();
       if (open != connected_) Reconnect(open);
       if (!connected_) {
@@ -158,12 +161,22 @@ class Runner {
     for (;;) {
       const ssize_t n = ::read(pty_.fd(), buffer, sizeof buffer);
       if (n <= 0) return;  // EAGAIN: all taken; EIO: the other end left (seen next round)
-      const std::vector<CommandFrame> frames =
-          sim_.Feed(std::span<const std::uint8_t>(buffer, static_cast<std::size_t>(n)));
-      if (options_.verbose) {
-        for (const CommandFrame& f : frames) Log(Describe(f));
-      }
+      Feed(std::span<const std::uint8_t>(buffer, static_cast<std::size_t>(n)));
     }
+  }
+
+  void FeedLocalInput() {
+    if (!hooks_.take_local_input) return;
+    const std::vector<std::uint8_t> bytes = hooks_.take_local_input();
+    if (!bytes.empty()) Feed(bytes);
+  }
+
+  void Feed(std::span<const std::uint8_t> bytes) {
+    const std::vector<CommandFrame> frames = sim_.Feed(bytes);
+    if (options_.verbose) {
+      for (const CommandFrame& f : frames) Log(Describe(f));
+    }
+    if (!frames.empty() && hooks_.on_image) hooks_.on_image(sim_.Image());
   }
 
   void Send(const std::vector<std::uint8_t>& out) {
@@ -216,6 +229,8 @@ struct InProcessSimulator::Shared {
   bool finished = false;
   std::string slave_path;
   std::string error;
+  CalibrationImage image;
+  std::vector<std::uint8_t> local_input;
 };
 
 InProcessSimulator::InProcessSimulator() = default;
@@ -233,6 +248,14 @@ bool InProcessSimulator::Start(const SimCommandLine& options, std::string* error
   thread_ = std::thread([shared, options, log = std::move(log)] {
     PtyRunnerHooks hooks;
     hooks.on_log = log;
+    hooks.on_image = [&shared](const CalibrationImage& image) {
+      std::lock_guard lock(shared->mutex);
+      shared->image = image;
+    };
+    hooks.take_local_input = [&shared] {
+      std::lock_guard lock(shared->mutex);
+      return std::exchange(shared->local_input, {});
+    };
     hooks.on_ready = [&shared](const std::string& path) {
       std::lock_guard lock(shared->mutex);
       shared->slave_path = path;
@@ -265,6 +288,20 @@ bool InProcessSimulator::Running() const {
   if (!thread_.joinable() || !shared_) return false;
   std::lock_guard lock(shared_->mutex);
   return shared_->ready && !shared_->finished;
+}
+
+CalibrationImage InProcessSimulator::ImageSnapshot() const {
+  if (!shared_) return {};
+  std::lock_guard lock(shared_->mutex);
+  return shared_->image;
+}
+
+void InProcessSimulator::WriteImageByte(int position, std::uint8_t value) {
+  if (!shared_) return;
+  const auto frame = EncodeCommandFrame(
+      {4, static_cast<std::uint16_t>(position), static_cast<std::uint16_t>(value)});
+  std::lock_guard lock(shared_->mutex);
+  shared_->local_input.insert(shared_->local_input.end(), frame.begin(), frame.end());
 }
 
 std::string InProcessSimulator::SlavePath() const {

@@ -11,7 +11,9 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "calibration/calibration_image.h"
 #include "sim/core/sim_options.h"
 
 namespace vela::sim {
@@ -22,6 +24,12 @@ struct PtyRunnerHooks {
   // Called on the runner's thread with log lines: each command frame received when `verbose` is
   // set, and the other end opening and closing.
   std::function<void(const std::string&)> on_log;
+  // Called on the runner's thread with the ECU's image at start and after every input that
+  // carried a command (so that a watcher sees each write the program made).
+  std::function<void(const CalibrationImage&)> on_image;
+  // Polled on the runner's thread: bytes to feed the ECU as if they had come down the line, for
+  // a local console or a test that changes the ECU's image behind the program's back.
+  std::function<std::vector<std::uint8_t>()> take_local_input;
 };
 
 // Runs until `stop` turns true (checked at least every 20 ms). Returns 0, or 1 with the reason
@@ -49,6 +57,11 @@ class InProcessSimulator {
   bool Running() const;
   // The slave's device path, for the serial port to open; empty when not started.
   std::string SlavePath() const;
+  // The ECU's image as it stood after the last command it took.
+  CalibrationImage ImageSnapshot() const;
+  // Writes one byte of the ECU's image with the ECU's own single-byte write (command 4), as if
+  // it had come down the line; it takes effect on the runner's next round.
+  void WriteImageByte(int position, std::uint8_t value);
 
  private:
   struct Shared;

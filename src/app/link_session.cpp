@@ -46,6 +46,7 @@ void LinkSession::WireCallbacks() {
   });
   connect(&comms_speed_timer_, &QTimer::timeout, this, [this] { timing_.TimerCommsSpeed(); });
 
+  dispatcher_.SetFrameHook([this](const live::Frame& frame) { emit FrameTaken(frame); });
   handlers_.SetHooks({[this](std::uint32_t count) { engine_rate_.AddCount(count); },
                       [this](const LiveData&) { emit LiveDataChanged(); }});
   supervisor_.SetCallbacks({

@@ -43,6 +43,9 @@ class LinkSession : public QObject {
   void SetCommsDelayEnabled(bool on) { state_.CommsDelayEnabled = on; }
   // Forces a fresh upload from the ECU (the U key).
   void ForceUpload();
+  void StopUploadTimer() { upload_timer_.stop(); }
+  // The calibration whose sensor points the temperature read-outs use.
+  void UseCalibration(const CalibrationImage* image) { handlers_.SetCalibration(image); }
   // Shutdown: the closing command unless a transfer holds the link.
   void Close();
 
@@ -62,6 +65,8 @@ class LinkSession : public QObject {
   void LiveDataChanged();
   void DisplaysReset();
   void CalibrationReceived();
+  // Every new live frame the dispatcher takes, after the handlers have run.
+  void FrameTaken(const live::Frame& frame);
 
  private:
   void WireCallbacks();

@@ -1,16 +1,27 @@
 #include "app/main_window.h"
 
+#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QFrame>
+#include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QScreen>
 #include <QVBoxLayout>
 
 #include "app/data_page.h"
+#include "app/editor_session.h"
 #include "app/form_spare.h"
 #include "app/link_session.h"
+#include "app/map_pages.h"
 #include "app/settings_controls.h"
+#include "editors/mapgrid/key_routing.h"
+#include "editors/mapgrid/keystroke_table.h"
+#include "editors/mapgrid/qt/map_key_press.h"
 #include "link/qt/qt_serial_port.h"
 
 namespace vela {
@@ -26,6 +37,7 @@ constexpr const char* kPageNames[] = {"PageFuelMap1",  "PageFuelMap2",    "PageI
                                       "PageMainSetup", "PageSensorSetup", "PageHelp",
                                       "PageDataPage",  "PageFileOptions", "PageDataLogging"};
 constexpr int kTabCount = 12;
+constexpr int kOrangeBlockClearMs = 3000;
 
 enum Tab {
   kFuelMap1 = 0,
@@ -49,13 +61,6 @@ QString StyleFor(const LabelColour& colour) {
       .arg(colour.blue);
 }
 
-QLabel* PageNote(QWidget* parent, const QString& text) {
-  auto* note = new QLabel(text, parent);
-  note->setWordWrap(true);
-  note->setStyleSheet("color: #606060;");
-  return note;
-}
-
 }  // namespace
 
 // The status label as the link's start-up measurement writes to it.
@@ -75,7 +80,13 @@ class StatusLabelAdapter : public StatusLabel {
 MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
     : QMainWindow(parent),
       parts_(std::move(parts)),
-      settings_controls_(new SettingsControls(parts_.setup, this)) {
+      settings_controls_(new SettingsControls(parts_.setup, this)),
+      dialogs_(this),
+      editors_(new EditorSession(
+          {parts_.link, parts_.trace, parts_.messages, parts_.dialogs ? *parts_.dialogs : dialogs_,
+           parts_.files, parts_.setup.folders(), parts_.setup.SuppressChangeEvents},
+          this)),
+      map_pages_(new MapPages(*editors_, parts_.link, this)) {
   setWindowTitle(QString::fromStdString(parts_.link.state().Caption));
   auto* central = new QWidget(this);
   central->setObjectName("Form1");
@@ -84,6 +95,12 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   tabs_->setObjectName("SSTab1");
   for (int i = 0; i < kTabCount; ++i) tabs_->addTab(BuildPage(i), kTabTexts[i]);
   layout->addWidget(tabs_, 1);
+  setup_errors_ = new QListWidget(central);
+  setup_errors_->setObjectName("SetupErrorList");
+  setup_errors_->setMaximumHeight(70);
+  setup_errors_->setStyleSheet("color: rgb(200, 30, 20);");
+  setup_errors_->hide();
+  layout->addWidget(setup_errors_);
   BuildStatusStrip(central);
   setCentralWidget(central);
   base_font_points_ = central->font().pointSize();
@@ -98,6 +115,17 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   parts_.setup.set_on_settings_read([this] { settings_controls_->ShowSettings(); });
   status_adapter_ = std::make_unique<StatusLabelAdapter>(status_label_);
   WireLink();
+  connect(editors_, &EditorSession::EditorsFilled, this, [this] {
+    map_pages_->ShowEditors();
+    ShowSetupErrors();
+  });
+  connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
+  connect(editors_, &EditorSession::DownloadStatus, status_label_, &QLabel::setText);
+  connect(tabs_, &QTabWidget::currentChanged, map_pages_, &MapPages::TabShown);
+  if (auto* english = findChild<QRadioButton*>("Language0")) {
+    connect(english, &QRadioButton::toggled, this, &MainWindow::ShowKeystrokeTable);
+  }
+  qApp->installEventFilter(this);
 }
 
 MainWindow::~MainWindow() {
@@ -111,33 +139,28 @@ QWidget* MainWindow::BuildPage(int index) {
   auto* layout = new QVBoxLayout(page);
   switch (index) {
     case kFuelMap1:
-      layout->addWidget(settings_controls_->BuildFuelDisplay(page));
-      layout->addWidget(PageNote(page,
-                                 "Fuel 1: the map appears here once a calibration has been "
-                                 "uploaded from the ECU or loaded from a map file."));
-      break;
     case kFuelMap2:
-      layout->addWidget(PageNote(page,
-                                 "Fuel 2: the map appears here once a calibration has been "
-                                 "uploaded from the ECU or loaded from a map file."));
-      break;
-    case kIgnitionMaps:
-      layout->addWidget(PageNote(page,
-                                 "Ignition: the map appears here once a calibration has "
-                                 "been uploaded from the ECU or loaded from a map file."));
-      break;
+    case kIgnitionMaps: {
+      MapPage* map_page = map_pages_->BuildPage(index, page);
+      layout->addWidget(map_page, 1);
+      if (index == kFuelMap1) {
+        map_page->options_area()->layout()->addWidget(settings_controls_->BuildFuelDisplay(page));
+      }
+      return page;
+    }
     case kOutputs:
       layout->addWidget(settings_controls_->BuildOutputsDisplay(page));
       break;
     case kHelp:
       layout->addWidget(settings_controls_->BuildHelpOptions(page));
-      break;
+      layout->addWidget(BuildKeystrokeTable(page), 1);
+      return page;
     case kDataPage: {
       data_page_ = new DataPage(page);
       layout->addWidget(data_page_);
       QLayout* options = data_page_->options_area()->layout();
       options->addWidget(settings_controls_->BuildDataPageOptions(page));
-      auto* reset = new QPushButton("&Reset Displays", page);
+      auto* reset = new QPushButton("Reset Displays", page);
       reset->setObjectName("Command16");
       connect(reset, &QPushButton::clicked, this, &MainWindow::RunCommand16);
       options->addWidget(reset);
@@ -145,6 +168,7 @@ QWidget* MainWindow::BuildPage(int index) {
       break;
     }
     case kFileOptions:
+      layout->addWidget(BuildMapFileButtons(page));
       layout->addWidget(settings_controls_->BuildFileOptions(page));
       break;
     case kDataLogging:
@@ -169,6 +193,7 @@ void MainWindow::BuildStatusStrip(QWidget* parent) {
   tick_label_ = AddStripLabel(strip, "TickCount", 90);
   chunk_label_ = AddStripLabel(strip, "ChunkLength", 60);
   port_label_ = AddStripLabel(strip, "PortLabel", 60);
+  mode_label_ = AddStripLabel(strip, "ModeLabel", 0);
   startup_label_ = new QLabel(strip);
   startup_label_->setObjectName("LabelOrangeBlock");
   startup_label_->setStyleSheet("background-color: rgb(255, 160, 40); padding: 1px 6px;");
@@ -195,6 +220,15 @@ void MainWindow::WireLink() {
   connect(&link, &LinkSession::CaptionChanged, this, &QWidget::setWindowTitle);
   connect(&link, &LinkSession::DisplayChanged, this, &MainWindow::RefreshLinkDisplay);
   connect(&link, &LinkSession::LiveDataChanged, this, &MainWindow::ShowLiveData);
+  connect(&link, &LinkSession::CalibrationReceived, this, [this] {
+    // The upload's own texts end here; the sorting shows its texts next.
+    last_orange_block_ = parts_.link.display().orange_block;
+    editors_->ApplyUpload(parts_.link.image());
+    // `TimerOrangeBlock`: the label clears a moment after "Upload Sorting Complete".
+    QTimer::singleShot(kOrangeBlockClearMs, this, [this] {
+      if (startup_label_->text() == "Upload Sorting Complete") startup_label_->clear();
+    });
+  });
   connect(&link, &LinkSession::DisplaysReset, this, &MainWindow::ShowLiveData);
   connect(settings_controls_, &SettingsControls::FramesPerSecondChosen, &link,
           &LinkSession::RateChosen);
@@ -232,6 +266,7 @@ void MainWindow::RefreshLinkDisplay() {
 
 void MainWindow::ShowLiveData() {
   data_page_->Show(parts_.link.live(), parts_.setup.settings.afr_display_mode);
+  map_pages_->ShowLive(parts_.link.live());
 }
 
 bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.trace); }
@@ -257,7 +292,9 @@ void MainWindow::SetupLogLiveChannel1() { datalog_channel_enabled_.fill(0); }
 void MainWindow::SetupTabs() { tabs_->setCurrentIndex(kFuelMap1); }
 void MainWindow::SetupFormSize() { setMinimumSize(900, 600); }
 void MainWindow::SetupRpmPoints() {}
-void MainWindow::SetupGrid(const std::string&) {}
+void MainWindow::SetupGrid(const std::string& name) {
+  if (name == "Fuel") map_pages_->SetUpGrids();
+}
 
 bool MainWindow::CheckSingleInstance() {
   if (parts_.claim_single_instance()) return true;
@@ -324,6 +361,132 @@ void MainWindow::ApplyScale(int value) {
 void MainWindow::OpenFirstRunSetup() {
   FormSpare dialog(parts_.setup, parts_.port, parts_.files, parts_.messages, this);
   dialog.exec();
+}
+
+QWidget* MainWindow::BuildMapFileButtons(QWidget* parent) {
+  auto* box = new QGroupBox("Maps", parent);
+  box->setObjectName("MapFileOptions");
+  box->setMaximumWidth(760);
+  auto* row = new QHBoxLayout(box);
+  auto* save = new QPushButton("Save Map to Disk...", box);
+  save->setObjectName("SaveMapButton");
+  auto* load = new QPushButton("Load and Download Map...", box);
+  load->setObjectName("LoadMapButton");
+  offline_button_ = new QPushButton("Work Off-line", box);
+  offline_button_->setObjectName("OfflineButton");
+  offline_button_->setCheckable(true);
+  row->addWidget(save);
+  row->addWidget(load);
+  row->addWidget(offline_button_);
+  row->addStretch(1);
+  connect(save, &QPushButton::clicked, editors_, &EditorSession::SaveMap);
+  connect(load, &QPushButton::clicked, editors_, &EditorSession::LoadAndDownloadMap);
+  connect(offline_button_, &QPushButton::toggled, editors_, &EditorSession::SetOffline);
+  return box;
+}
+
+QWidget* MainWindow::BuildKeystrokeTable(QWidget* parent) {
+  keystrokes_ = new QTableWidget(parent);
+  keystrokes_->setObjectName("KeystrokeTable");
+  keystrokes_->setColumnCount(2);
+  keystrokes_->verticalHeader()->hide();
+  keystrokes_->horizontalHeader()->setStretchLastSection(true);
+  keystrokes_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  keystrokes_->setFocusPolicy(Qt::NoFocus);
+  keystrokes_->verticalHeader()->setDefaultSectionSize(22);
+  ShowKeystrokeTable(true);
+  return keystrokes_;
+}
+
+void MainWindow::ShowKeystrokeTable(bool english) {
+  const KeystrokeRow& headings = english ? kKeystrokeHeadings : kKeystrokeHeadingsGerman;
+  auto show = [this, &headings](const auto& rows) {
+    keystrokes_->setRowCount(static_cast<int>(rows.size()));
+    keystrokes_->setHorizontalHeaderLabels(
+        {QString::fromUtf8(headings.keystroke.data(), headings.keystroke.size()),
+         QString::fromUtf8(headings.function.data(), headings.function.size())});
+    for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
+      const KeystrokeRow& row = rows[i];
+      keystrokes_->setItem(
+          i, 0,
+          new QTableWidgetItem(QString::fromUtf8(row.keystroke.data(), row.keystroke.size())));
+      keystrokes_->setItem(
+          i, 1, new QTableWidgetItem(QString::fromUtf8(row.function.data(), row.function.size())));
+    }
+  };
+  if (english) {
+    show(kKeystrokeRows);
+  } else {
+    show(kKeystrokeRowsGerman);
+  }
+  keystrokes_->resizeColumnToContents(0);
+}
+
+void MainWindow::ShowSetupErrors() {
+  setup_errors_->clear();
+  for (const std::string& line : editors_->state().SetupErrors) {
+    setup_errors_->addItem(QString::fromStdString(line));
+  }
+  setup_errors_->setVisible(setup_errors_->count() > 0);
+}
+
+void MainWindow::ShowOffline(bool offline) {
+  {
+    const QSignalBlocker block(offline_button_);
+    offline_button_->setChecked(offline);
+  }
+  offline_button_->setText(offline ? "Go On-line" : "Work Off-line");
+  mode_label_->setText(offline ? "Off-line" : QString());
+  mode_label_->setStyleSheet(offline ? "background-color: rgb(255, 220, 80); padding: 1px 6px;"
+                                     : QString());
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress && isActiveWindow() &&
+      QApplication::activeModalWidget() == nullptr) {
+    if (HandleWindowKey(static_cast<QKeyEvent*>(event))) return true;
+  }
+  return QMainWindow::eventFilter(watched, event);
+}
+
+// The main window sees every key first. Keys typed into a text or number field stay there.
+bool MainWindow::HandleWindowKey(QKeyEvent* event) {
+  QWidget* focus = QApplication::focusWidget();
+  if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QAbstractSpinBox*>(focus)) return false;
+  const KeyContext context{tabs_->currentIndex(), previous_key_was_space_};
+  const KeyRoute route = RouteMainWindowKey(MapKeyPressOf(*event), context);
+  previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;
+  const int tab = tabs_->currentIndex();
+  switch (route.action) {
+    case KeyAction::kPassToGrid:
+      return false;
+    case KeyAction::kToggleAllRanges:
+      map_pages_->ToggleAllRanges();
+      return true;
+    case KeyAction::kToggleLiveTuning:
+      map_pages_->ToggleLiveTuning();
+      return true;
+    case KeyAction::kRebuildGrids:
+      map_pages_->ShowEditors();
+      return true;
+    case KeyAction::kForceUpload:
+      parts_.link.ForceUpload();
+      return true;
+    case KeyAction::kToggleDatalogging:
+      return true;
+    case KeyAction::kSelectPage:
+      tabs_->setCurrentIndex(route.page);
+      return true;
+    case KeyAction::kInsertLiveValue:
+      map_pages_->InsertLiveValue(tab);
+      return true;
+    case KeyAction::kMovePointerToLoadSite:
+      map_pages_->MovePointerToLoadSite(tab);
+      return true;
+    case KeyAction::kDiscard:
+      return true;
+  }
+  return false;
 }
 
 }  // namespace vela

@@ -3,20 +3,26 @@
 #pragma once
 
 #include <QLabel>
+#include <QListWidget>
 #include <QMainWindow>
+#include <QPushButton>
 #include <QTabWidget>
+#include <QTableWidget>
 #include <QTimer>
 #include <array>
 #include <functional>
 #include <memory>
 
 #include "shell/program_setup.h"
+#include "shell/qt/qt_platform.h"
 #include "shell/startup_sequence.h"
 
 namespace vela {
 
 class DataPage;
+class EditorSession;
 class LinkSession;
+class MapPages;
 class QtSerialPort;
 class SettingsControls;
 class StatusLabelAdapter;
@@ -30,6 +36,8 @@ struct MainWindowParts {
   LinkSession& link;
   // True when no other instance runs (and from then on holds this one's claim).
   std::function<bool()> claim_single_instance;
+  // The file dialogs; null: the window's own Qt dialogs.
+  FileDialogs* dialogs = nullptr;
 };
 
 class MainWindow : public QMainWindow, public StartupSteps {
@@ -43,6 +51,8 @@ class MainWindow : public QMainWindow, public StartupSteps {
   bool Load();
 
   QTabWidget* tabs() const { return tabs_; }
+  EditorSession& editors() { return *editors_; }
+  MapPages& map_pages() { return *map_pages_; }
   SettingsControls& settings_controls() { return *settings_controls_; }
 
   // StartupSteps
@@ -74,7 +84,15 @@ class MainWindow : public QMainWindow, public StartupSteps {
   void RunCommand16() override;
 
  private:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
   QWidget* BuildPage(int index);
+  QWidget* BuildMapFileButtons(QWidget* parent);
+  QWidget* BuildKeystrokeTable(QWidget* parent);
+  void ShowKeystrokeTable(bool english);
+  void ShowSetupErrors();
+  void ShowOffline(bool offline);
+  bool HandleWindowKey(QKeyEvent* event);
   void BuildStatusStrip(QWidget* parent);
   void OpenFirstRunSetup();
   void ReopenPort(int port_number);
@@ -87,6 +105,14 @@ class MainWindow : public QMainWindow, public StartupSteps {
 
   MainWindowParts parts_;
   SettingsControls* settings_controls_;
+  QtFileDialogs dialogs_;
+  EditorSession* editors_;
+  MapPages* map_pages_;
+  QListWidget* setup_errors_ = nullptr;  // the setup error list
+  QTableWidget* keystrokes_ = nullptr;
+  QPushButton* offline_button_ = nullptr;
+  QLabel* mode_label_ = nullptr;
+  bool previous_key_was_space_ = false;
   QTabWidget* tabs_ = nullptr;
   QLabel* startup_label_ = nullptr;  // `LabelOrangeBlock`
   QLabel* status_label_ = nullptr;   // the link status label

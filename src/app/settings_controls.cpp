@@ -112,15 +112,15 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
     });
   }
   form->addRow("Comms multiply:", speed_box);
-  QCheckBox* slow_send = MakeTick(box, "CheckSlowSend", "&Reduce Comms Sending",
+  QCheckBox* slow_send = MakeTick(box, "CheckSlowSend", "Reduce Comms Sending",
                                   &ProgramSettings::reduce_comms_sending);
   connect(slow_send, &QCheckBox::toggled, this, &SettingsControls::SlowSendChosen);
   form->addRow(slow_send);
-  form->addRow("Upload check:", MakePair(box, "MapIntegrity", "Map Upload &Integrity On",
+  form->addRow("Upload check:", MakePair(box, "MapIntegrity", "Map Upload Integrity On",
                                          "Integrity Off", &ProgramSettings::map_integrity)
                                     .first->parentWidget());
   form->addRow("Language:",
-               MakePair(box, "Language", "&English", "&Deutsch", &ProgramSettings::language_first)
+               MakePair(box, "Language", "English", "Deutsch", &ProgramSettings::language_first)
                    .first->parentWidget());
 
   scale_ = new QScrollBar(Qt::Horizontal, box);
@@ -138,7 +138,7 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
     emit ScaleChanged(value);
   });
 
-  first_run_button_ = new QPushButton("First-Run &Port Set-up...", box);
+  first_run_button_ = new QPushButton("First-Run Port Set-up...", box);
   first_run_button_->setObjectName("FirstRunSetupButton");
   form->addRow(first_run_button_);
   return box;
@@ -146,7 +146,7 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
 
 QWidget* SettingsControls::BuildFuelDisplay(QWidget* page) {
   auto* box = MakeBox(page, "FuelDisplayOptions", "Display");
-  auto* row = new QHBoxLayout(box);
+  auto* row = new QVBoxLayout(box);
   auto* numerical = new QCheckBox("Numerical", box);
   numerical->setObjectName("Numerical");
   connect(numerical, &QCheckBox::toggled, this, [this](bool on) {
@@ -165,10 +165,10 @@ QWidget* SettingsControls::BuildFuelDisplay(QWidget* page) {
 QWidget* SettingsControls::BuildOutputsDisplay(QWidget* page) {
   auto* box = MakeBox(page, "OutputDisplayOptions", "Output Display");
   auto* layout = new QVBoxLayout(box);
-  layout->addWidget(MakePair(box, "GPONameEnable", "Show Function &Names", "Show Function Numbers",
+  layout->addWidget(MakePair(box, "GPONameEnable", "Show Function Names", "Show Function Numbers",
                              &ProgramSettings::gpo_name_enable)
                         .first->parentWidget());
-  layout->addWidget(MakePair(box, "GPOChange", "&Confirm Output Change", "Change Without Asking",
+  layout->addWidget(MakePair(box, "GPOChange", "Confirm Output Change", "Change Without Asking",
                              &ProgramSettings::gpo_change_confirm)
                         .first->parentWidget());
   return box;
@@ -177,7 +177,7 @@ QWidget* SettingsControls::BuildOutputsDisplay(QWidget* page) {
 QWidget* SettingsControls::BuildHelpOptions(QWidget* page) {
   auto* box = MakeBox(page, "HelpOptions", "Help");
   auto* layout = new QVBoxLayout(box);
-  layout->addWidget(MakePair(box, "InstantHelp", "Instant &Help On", "Instant Help Off",
+  layout->addWidget(MakePair(box, "InstantHelp", "Instant Help On", "Instant Help Off",
                              &ProgramSettings::instant_help)
                         .first->parentWidget());
   return box;
@@ -188,7 +188,7 @@ QWidget* SettingsControls::BuildDataPageOptions(QWidget* page) {
   auto* form = new QFormLayout(box);
   afr_display_mode_ = new QComboBox(box);
   afr_display_mode_->setObjectName("AFRDisplayMode");
-  form->addRow("&AFR display:", afr_display_mode_);
+  form->addRow("AFR display:", afr_display_mode_);
   connect(afr_display_mode_, &QComboBox::currentIndexChanged, this, [this](int index) {
     if (index < 0) return;
     setup_.settings.afr_display_mode = index;

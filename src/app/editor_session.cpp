@@ -1,0 +1,144 @@
+#include "app/editor_session.h"
+
+#include <QVBoxLayout>
+
+#include "app/link_session.h"
+#include "editors/mapgrid/map_grid_model.h"
+
+namespace vela {
+
+namespace {
+constexpr double kProgressFullWidth = 6450.0;
+}  // namespace
+
+void OfflineGate::CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
+                            bool& reserved, int command2, int address2, std::int32_t value2,
+                            bool& slower) {
+  if (mode_.Offline) return;
+  inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2, slower);
+}
+
+DownloadProgressWindow::DownloadProgressWindow(QWidget* parent)
+    : QDialog(parent), bar_(new QProgressBar(this)) {
+  setObjectName("Form3");
+  setWindowTitle(QString::fromStdString(std::string(kDownloadProgressTitle)));
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(new QLabel(QString::fromStdString(std::string(kDownloadProgressText)), this));
+  bar_->setRange(0, static_cast<int>(kProgressFullWidth));
+  bar_->setTextVisible(false);
+  layout->addWidget(bar_);
+  setMinimumWidth(420);
+}
+
+void DownloadProgressWindow::SetWidth(double width) {
+  bar_->setValue(static_cast<int>(std::min(width, kProgressFullWidth)));
+}
+
+EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
+    : QObject(window),
+      parts_(parts),
+      gate_(parts.link.sender(), mode_),
+      transmission_(image_, gate_),
+      progress_(window),
+      download_(gate_, parts.link.state(),
+                DownloadCallbacks{
+                    [this] {
+                      progress_.SetWidth(0);
+                      progress_.show();
+                    },
+                    [this](double width) { progress_.SetWidth(width); },
+                    [this] { progress_.hide(); },
+                    [this](bool on) { on ? download_timer_.start() : download_timer_.stop(); },
+                    [this] { emit DownloadStatus(QString()); },
+                }),
+      map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_) {
+  download_timer_.setInterval(kDownloadTimerIntervalMs);
+  connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
+}
+
+ApplyEnvironment EditorSession::Environment() {
+  LinkSession& link = parts_.link;
+  return ApplyEnvironment{parts_.status,
+                          parts_.messages,
+                          gate_,
+                          link.state(),
+                          parts_.suppress_change_events,
+                          [&link] { link.StopUploadTimer(); },
+                          [] {}};
+}
+
+void EditorSession::ApplyUpload(const CalibrationImage& image) {
+  if (mode_.Offline) {
+    parts_.status.Show("Off-line: the ECU's calibration was not applied");
+    return;
+  }
+  image_ = image;
+  has_calibration_ = true;
+  state_.SetupErrors.clear();
+  ApplyEnvironment env = Environment();
+  ApplyUploadedCalibration(image_, CalibrationSource::kUpload, state_, env);
+  parts_.link.UseCalibration(&image_);
+  emit EditorsFilled();
+}
+
+void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
+                                const std::vector<MapCell>& cells) {
+  if (parts_.suppress_change_events) return;
+  TransmissionSetup setup;
+  setup.map_start = map == EditedMap::kFuel1   ? kFuelMap1Start
+                    : map == EditedMap::kFuel2 ? kFuelMap2Start
+                                               : kIgnMapStart;
+  setup.ignition_divide = state_.setup.IgnitionDivide;
+  setup.third_injection_mode = state_.setup.FuelMode == kFuelModeSequential;
+  transmission_.OnCellsChanged(grid, cells, setup);
+  MapValues values = grid.ToMapValues();
+  switch (map) {
+    case EditedMap::kFuel1:
+      state_.maps.FuelMap1 = values;
+      break;
+    case EditedMap::kFuel2:
+      state_.maps.FuelMap2 = values;
+      break;
+    case EditedMap::kIgnition:
+      state_.maps.IgnMap = values;
+      break;
+  }
+}
+
+void EditorSession::SaveMap() { map_files_.SaveMap(state_); }
+
+void EditorSession::LoadAndDownloadMap() {
+  LinkSession& link = parts_.link;
+  ApplyEnvironment env = Environment();
+  const std::string version_text = link.live().firmware_text;
+  MapDownloadTarget target{link.state(), mode_, version_text, image_, state_, env, download_};
+  const bool was_offline = mode_.Offline;
+  const MapFileResult result = map_files_.LoadAndDownloadMap(target);
+  if (mode_.Offline != was_offline) emit OfflineChanged(mode_.Offline);
+  if (result != MapFileResult::kDone) return;
+  has_calibration_ = true;
+  link.UseCalibration(&image_);
+  emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
+  emit EditorsFilled();
+}
+
+void EditorSession::SetOffline(bool offline) {
+  if (mode_.Offline == offline) return;
+  mode_.Offline = offline;
+  if (!offline) parts_.link.ForceUpload();
+  emit OfflineChanged(offline);
+}
+
+void EditorSession::SetMapSelection(int choice) {
+  if (parts_.suppress_change_events || state_.setup.MapSelection == choice) return;
+  state_.setup.MapSelection = choice;
+  // Bits 5, 6 and 7 of the fuel sites byte stand for choices 0, 1 and 2; none set combines.
+  constexpr int kFuelSitesPosition = 995;
+  const std::uint8_t sites_bits = image_.Byte(kFuelSitesPosition) & 0x1F;
+  const std::uint8_t selection_bit = choice < 3 ? static_cast<std::uint8_t>(0x20 << choice) : 0;
+  const std::uint8_t value = sites_bits | selection_bit;
+  image_.SetByte(kFuelSitesPosition, value);
+  gate_.Send(4, kFuelSitesPosition, value);
+}
+
+}  // namespace vela

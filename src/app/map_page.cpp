@@ -1,0 +1,119 @@
+#include "app/map_page.h"
+
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+namespace vela {
+
+namespace {
+
+constexpr const char* kMapSelectionTexts[] = {" Only Map 1", " Only Map 2", "   ECU Selected",
+                                              "Combine Maps"};
+
+QLabel* Indicator(QWidget* parent, const QString& name, const QString& text) {
+  auto* label = new QLabel(text, parent);
+  label->setObjectName(name);
+  label->setAlignment(Qt::AlignCenter);
+  label->setMinimumWidth(70);
+  label->setFrameShape(QFrame::StyledPanel);
+  return label;
+}
+
+void Light(QLabel* label, bool on, const char* colour) {
+  label->setStyleSheet(on ? QString("background-color: %1; font-weight: bold;").arg(colour)
+                          : QString("color: #909090;"));
+}
+
+}  // namespace
+
+MapPage::MapPage(MapKind kind, const MapPageNames& names, QWidget* parent)
+    : QWidget(parent),
+      grid_(new MapGrid(kind, this)),
+      readout_(new MapReadout(this)),
+      graph_(new MapGraph(kind, this)) {
+  grid_->setObjectName(names.grid);
+  readout_->setObjectName(names.readout);
+  graph_->setObjectName(names.graph);
+  graph_->Follow(grid_);
+
+  // The grid and its graph on the left; the read-out, the labels and the choices on the right.
+  auto* layout = new QHBoxLayout(this);
+  auto* maps = new QVBoxLayout;
+  maps->addWidget(grid_, 3);
+  maps->addWidget(graph_, 4);
+  layout->addLayout(maps, 3);
+  auto* side = new QVBoxLayout;
+  readout_->setMaximumWidth(260);
+  side->addWidget(readout_);
+  side->addWidget(BuildLabels(kind, names.suffix));
+  if (kind == MapKind::kFuel) side->addWidget(BuildMapSelection(names.suffix));
+  options_area_ = new QWidget(this);
+  auto* options = new QVBoxLayout(options_area_);
+  options->setContentsMargins(0, 0, 0, 0);
+  side->addWidget(options_area_);
+  side->addStretch(1);
+  layout->addLayout(side, 1);
+}
+
+QWidget* MapPage::BuildLabels(MapKind kind, const QString& suffix) {
+  auto* box = new QGroupBox(this);
+  auto* column = new QVBoxLayout(box);
+  if (kind == MapKind::kFuel) {
+    auto* duty_row = new QHBoxLayout;
+    duty_row->addWidget(new QLabel("Injector Duty Cycle =", box));
+    duty_ = new QLabel("100.00", box);
+    duty_->setObjectName("Duty2" + suffix);
+    duty_row->addWidget(duty_);
+    duty_row->addStretch(1);
+    column->addLayout(duty_row);
+  }
+  all_ranges_ = new QCheckBox("All Ranges Up", box);
+  all_ranges_->setObjectName("AllRanges" + suffix);
+  column->addWidget(all_ranges_);
+  auto* lights = new QHBoxLayout;
+  live_tune_ = Indicator(box, "LiveTune" + suffix, "Live Tune");
+  lights->addWidget(live_tune_);
+  if (kind == MapKind::kFuel) {
+    map_in_use_ = Indicator(box, "LabelFuelMapInUse" + suffix, "Not in use");
+    throttle_pump_ = Indicator(box, "LabelThrottlePump" + suffix, "T.PUMP");
+    limiter_ = Indicator(box, "LabelLimiter" + suffix, "LIMIT");
+    lights->addWidget(map_in_use_);
+    lights->addWidget(throttle_pump_);
+    lights->addWidget(limiter_);
+  }
+  column->addLayout(lights);
+  ShowLiveState(false, false, false, false);
+  return box;
+}
+
+QWidget* MapPage::BuildMapSelection(const QString& suffix) {
+  auto* box = new QGroupBox("Fuel Map Selection", this);
+  box->setObjectName("MapSelection" + suffix);
+  auto* column = new QVBoxLayout(box);
+  map_selection_ = new QButtonGroup(box);
+  for (int i = 0; i < 4; ++i) {
+    auto* button = new QRadioButton(kMapSelectionTexts[i], box);
+    button->setObjectName(QString("MapSelection%1%2").arg(suffix).arg(i));
+    map_selection_->addButton(button, i);
+    column->addWidget(button);
+  }
+  return box;
+}
+
+void MapPage::ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pump, bool limiter) {
+  Light(live_tune_, live_tuning, "rgb(128, 255, 128)");
+  if (map_in_use_) {
+    map_in_use_->setText(map_in_use ? "In use" : "Not in use");
+    Light(map_in_use_, map_in_use, "rgb(128, 255, 128)");
+    Light(throttle_pump_, throttle_pump, "rgb(255, 200, 60)");
+    Light(limiter_, limiter, "rgb(255, 80, 60)");
+  }
+}
+
+void MapPage::ShowDuty(double percent) {
+  if (duty_) duty_->setText(QString::number(percent, 'f', 2));
+}
+
+}  // namespace vela

@@ -1,0 +1,160 @@
+#include "app/map_pages.h"
+
+#include <QSignalBlocker>
+#include <cstdlib>
+
+#include "app/editor_session.h"
+#include "app/link_session.h"
+#include "editors/mapgrid/grid_setup.h"
+
+namespace vela {
+
+namespace {
+
+constexpr const char* kTitles[MapPages::kPages] = {"Fuel 1", "Fuel 2", "Ignition"};
+const MapPageNames kNames[MapPages::kPages] = {
+    {"FuelMap1", "FuelMap1A", "FuelGraphVelaB1", ""},
+    {"FuelMap2", "FuelMap2A", "FuelGraphVelaB2", "Map2"},
+    {"IgnMap", "IgnMapA", "IgnitionGraphVelaB1", "Ign"},
+};
+constexpr EditedMap kEditedMaps[MapPages::kPages] = {EditedMap::kFuel1, EditedMap::kFuel2,
+                                                     EditedMap::kIgnition};
+
+const MapValues& ValuesOf(const MapEditors& maps, int index) {
+  return index == 0 ? maps.FuelMap1 : index == 1 ? maps.FuelMap2 : maps.IgnMap;
+}
+
+}  // namespace
+
+MapPages::MapPages(EditorSession& editors, LinkSession& link, QObject* parent)
+    : QObject(parent), editors_(editors), link_(link) {
+  cross_hair_.SetMotorMap(1);
+  connect(&link_, &LinkSession::FrameTaken, this,
+          [this](const live::Frame& frame) { cross_hair_.SetLiveFrame(frame); });
+  connect(&link_, &LinkSession::DisplaysReset, this, [this] { cross_hair_.Clear(); });
+}
+
+MapPage* MapPages::BuildPage(int index, QWidget* parent) {
+  const MapKind kind = index < 2 ? MapKind::kFuel : MapKind::kIgnition;
+  auto* page = new MapPage(kind, kNames[index], parent);
+  pages_[index] = page;
+  cross_hair_.Attach(index + 1, page->grid(), page->graph());
+  connect(page->grid(), &MapGrid::CellsChanged, this,
+          [this, index](const QList<QPoint>& cells) { GridEdited(index, cells); });
+  connect(page->grid(), &MapGrid::CursorMoved, this, [this, index] { ShowDuty(index); });
+  connect(page->all_ranges(), &QCheckBox::toggled, this, [this](bool on) {
+    if (on != all_ranges_) ToggleAllRanges();
+  });
+  if (page->map_selection()) {
+    connect(page->map_selection(), &QButtonGroup::idClicked, this, [this](int choice) {
+      editors_.SetMapSelection(choice);
+      ShowEditors();
+    });
+  }
+  return page;
+}
+
+void MapPages::SetUpGrids() {
+  const MapEditors& maps = editors_.state().maps;
+  const GridLoadSites sites = LoadSitesForGrids(maps.FuelLoadSites, maps.IgnLoadSites);
+  for (int i = 0; i < kPages; ++i) {
+    MapPage* page = pages_[i];
+    const int load_sites = i < 2 ? sites.fuel : sites.ignition;
+    page->grid()->SetUp(kTitles[i], load_sites);
+    if (ValuesOf(maps, i).Columns() == load_sites) page->grid()->LoadValues(ValuesOf(maps, i));
+    page->graph()->SetNumOfLoadSites(load_sites);
+    page->graph()->ShowMap(page->grid()->Model());
+  }
+  cross_hair_.SetFuelLoadSites(sites.fuel);
+}
+
+void MapPages::ShowEditors() {
+  SetUpGrids();
+  const int selection = editors_.state().setup.MapSelection;
+  for (int i = 0; i < 2; ++i) {
+    QButtonGroup* group = pages_[i]->map_selection();
+    const QSignalBlocker block(group);
+    if (QAbstractButton* button = group->button(selection)) button->setChecked(true);
+  }
+  for (int i = 0; i < kPages; ++i) ShowDuty(i);
+}
+
+void MapPages::ShowLive(const LiveData& live) {
+  const int selection = editors_.state().setup.MapSelection;
+  const bool map1_running = live.status & live::kStatusFuelMap1;
+  const bool map2_running = live.status & live::kStatusFuelMap2;
+  for (int i = 0; i < kPages; ++i) {
+    MapReadout* readout = pages_[i]->readout();
+    readout->SetRpm(live.engine_rpm);
+    readout->SetMap(live.map_kpa);
+    readout->SetTps(live.tps_percent);
+    readout->SetMs(live.injection_ms);
+    readout->SetIgn(live.ignition_advance_deg);
+    readout->SetWat(QString::fromStdString(live.water_temp_text));
+    readout->SetAir(QString::fromStdString(live.air_temp_text));
+    readout->SetBatt(live.battery_volts);
+    readout->SetAfr(live.afr);
+    const bool in_use = i == 0   ? map1_running || selection == kMapSelectionOnlyMap1
+                        : i == 1 ? map2_running || selection == kMapSelectionOnlyMap2
+                                 : true;
+    pages_[i]->ShowLiveState(pages_[0]->grid()->LiveTuning(), in_use, live.throttle_pump_active,
+                             live.limiter_active);
+  }
+}
+
+void MapPages::TabShown(int tab) {
+  if (tab >= 0 && tab < kPages) cross_hair_.SetMotorMap(tab + 1);
+}
+
+void MapPages::ToggleAllRanges() {
+  all_ranges_ = !all_ranges_;
+  for (MapPage* page : pages_) {
+    page->grid()->SetAllRanges(all_ranges_);
+    const QSignalBlocker block(page->all_ranges());
+    page->all_ranges()->setChecked(all_ranges_);
+  }
+}
+
+void MapPages::ToggleLiveTuning() {
+  MapGrid* grid = pages_[0]->grid();
+  grid->SetLiveTuning(!grid->LiveTuning());
+  ShowLive(link_.live());
+}
+
+void MapPages::InsertLiveValue(int tab) {
+  if (tab < 0 || tab >= 2) return;
+  MapGrid* grid = pages_[tab]->grid();
+  if (!pages_[0]->grid()->LiveTuning()) return;
+  grid->Model().InsertLiveValue(link_.live().injection_ms);
+  grid->Refresh();
+}
+
+void MapPages::MovePointerToLoadSite(int tab) {
+  if (tab < 0 || tab >= kPages) return;
+  const std::optional<OperatingPoint> point = cross_hair_.Point();
+  if (!point) return;
+  MapGrid* grid = pages_[tab]->grid();
+  grid->Model().MoveCursorTo(point->row, point->column);
+  grid->SetCurrentCell(grid->Model().Current().row, grid->Model().Current().column);
+}
+
+void MapPages::GridEdited(int index, const QList<QPoint>& cells) {
+  std::vector<MapCell> changed;
+  changed.reserve(cells.size());
+  for (const QPoint& cell : cells) changed.push_back({cell.y(), cell.x()});
+  editors_.CellsEdited(kEditedMaps[index], pages_[index]->grid()->Model(), changed);
+  pages_[index]->graph()->ShowMap(pages_[index]->grid()->Model());
+  ShowDuty(index);
+}
+
+void MapPages::ShowDuty(int index) {
+  if (index >= 2) return;
+  const MapGridModel& model = pages_[index]->grid()->Model();
+  const MapCell cell = model.Current();
+  const double rpm = std::atof(model.RpmLabel(cell.row).c_str());
+  const double base = DutyLimitBase(editors_.state().setup);
+  pages_[index]->ShowDuty(
+      rpm > 0 && base > 0 ? 100.0 * model.Value(cell.row, cell.column) * rpm / base : 0.0);
+}
+
+}  // namespace vela

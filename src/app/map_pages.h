@@ -1,0 +1,54 @@
+// The three map pages (fuel map 1, fuel map 2, the ignition map) bound to the editors and the
+// link: grids filled from the editors' state, edits passed on for transmission, live read-outs,
+// the cross-hair and the page labels.
+#pragma once
+
+#include <QObject>
+#include <array>
+
+#include "app/map_page.h"
+#include "editors/mapgrid/qt/cross_hair.h"
+#include "link/live_data.h"
+
+namespace vela {
+
+class EditorSession;
+class LinkSession;
+
+class MapPages : public QObject {
+  Q_OBJECT
+
+ public:
+  static constexpr int kPages = 3;  // fuel map 1, fuel map 2, ignition: tabs 0, 1 and 2
+
+  MapPages(EditorSession& editors, LinkSession& link, QObject* parent = nullptr);
+
+  // Builds page `index` (0..2) inside `parent`.
+  MapPage* BuildPage(int index, QWidget* parent);
+  MapPage* page(int index) const { return pages_[index]; }
+
+  // The grid set-up: rows, columns by load sites, titles and header texts, then the values.
+  void SetUpGrids();
+  // After a calibration filled the editors: grids, map selection, cross-hair sites.
+  void ShowEditors();
+  void ShowLive(const LiveData& live);
+  // The tab in front: the cross-hair marks that map.
+  void TabShown(int tab);
+
+  void ToggleAllRanges();
+  void ToggleLiveTuning();
+  void InsertLiveValue(int tab);
+  void MovePointerToLoadSite(int tab);
+
+ private:
+  void GridEdited(int index, const QList<QPoint>& cells);
+  void ShowDuty(int index);
+
+  EditorSession& editors_;
+  LinkSession& link_;
+  std::array<MapPage*, kPages> pages_{};
+  CrossHair cross_hair_;
+  bool all_ranges_ = false;
+};
+
+}  // namespace vela

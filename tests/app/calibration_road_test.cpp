@@ -1,0 +1,134 @@
+// The road of a calibration against the simulated ECU over a pseudo-terminal: upload into the
+// grids, a keystroke on a fuel and an ignition cell written into the ECU at the right position,
+// the map saved, the ECU changed behind the program's back, the map loaded and downloaded.
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "app/editor_session.h"
+#include "app/link_session.h"
+#include "app/main_window.h"
+#include "app/map_pages.h"
+#include "app_fakes.h"
+#include "link/qt/qt_serial_port.h"
+#include "shell/qt/single_instance.h"
+#include "sim/pty_runner.h"
+
+using namespace vela;
+
+namespace {
+
+struct Program {
+  Program(const QString& root, const std::string& device)
+      : folders(ProgramFoldersUnder(root.toStdString())),
+        setup(folders, files, messages, trace),
+        port(false),
+        lock(QString::fromStdString(folders.program)),
+        link(port, trace) {
+    port.set_device_override(QString::fromStdString(device));
+    link.SetCommsDelayEnabled(false);
+    window = std::make_unique<MainWindow>(MainWindowParts{
+        setup, trace, port, messages, files, link, [this] { return lock.Acquire(); }, &dialogs});
+  }
+  ProgramFolders folders;
+  DiskFileSystem files;
+  testing::AnsweringMessages messages;
+  testing::ScriptedDialogs dialogs;
+  StartupTrace trace;
+  ProgramSetup setup;
+  QtSerialPort port;
+  SingleInstanceLock lock;
+  LinkSession link;
+  std::unique_ptr<MainWindow> window;
+};
+
+QByteArray FileBytes(const QString& path) {
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray ImageBytes(const CalibrationImage& image) {
+  const auto& bytes = image.Bytes();
+  return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
+}
+
+// A key on a grid cell, as the tuner gives it.
+void KeyOnCell(MapGrid* grid, int row, int column, Qt::Key key) {
+  grid->SetCurrentCell(row, column);
+  grid->setFocus();
+  QTest::keyClick(grid, key);
+}
+
+}  // namespace
+
+class CalibrationRoadTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void uploadEditSaveChangeLoadAndDownload() {
+    QTemporaryDir dir;
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start({}, &error), error.c_str());
+    Program program(dir.path(), ecu.SlavePath());
+    QVERIFY(program.window->Load());
+    program.window->show();
+    EditorSession& editors = program.window->editors();
+    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
+    QVERIFY(editors.state().SetupErrors.empty());
+
+    // The grids show the ECU's maps.
+    const CalibrationImage uploaded = ecu.ImageSnapshot();
+    QVERIFY(ImageBytes(editors.image()) == ImageBytes(uploaded));
+    MapPages& pages = program.window->map_pages();
+    MapGrid* fuel = pages.page(0)->grid();
+    MapGrid* ign = pages.page(2)->grid();
+    QVERIFY(fuel->Model().ToMapValues() == uploaded.ReadFuelMap(1));
+    QVERIFY(ign->Model().ToMapValues() == uploaded.ReadIgnMap());
+
+    // Up on fuel map 1, grid row 5 (block row 7), column 3: 0.1 ms more at that cell's bytes.
+    const int fuel_position = uploaded.FuelCellPosition(1, 7, 3);
+    const int fuel_raw = uploaded.Read16(fuel_position);
+    KeyOnCell(fuel, 5, 3, Qt::Key_Up);
+    QTRY_COMPARE_WITH_TIMEOUT(static_cast<int>(ecu.ImageSnapshot().Read16(fuel_position)),
+                              fuel_raw + 100, 3000);
+    // Up on the ignition map, grid row 2 (block row 10), column 2: one degree more advance.
+    const int ign_position = uploaded.IgnCellPosition(10, 2);
+    const int ign_raw = uploaded.Byte(ign_position);
+    KeyOnCell(ign, 2, 2, Qt::Key_Up);
+    QTRY_COMPARE_WITH_TIMEOUT(static_cast<int>(ecu.ImageSnapshot().Byte(ign_position)), ign_raw - 2,
+                              3000);
+    const QByteArray edited = ImageBytes(ecu.ImageSnapshot());
+    QCOMPARE(ImageBytes(editors.image()), edited);
+    for (int p = 1; p <= kImageLength; ++p) {
+      if (p == fuel_position || p == fuel_position + 1 || p == ign_position) continue;
+      QCOMPARE(edited[p - 1], ImageBytes(uploaded)[p - 1]);
+    }
+
+    // Save: the file holds the ECU's image.
+    const QString map_path = QString::fromStdString(program.folders.maps) + "road.sm1";
+    program.dialogs.paths.push_back(map_path.toStdString());
+    editors.SaveMap();
+    QCOMPARE(FileBytes(map_path), edited);
+
+    // The ECU's image changes; loading the map and downloading it puts the file back.
+    ecu.WriteImageByte(fuel_position, 0);
+    ecu.WriteImageByte(ign_position, 7);
+    QTRY_VERIFY_WITH_TIMEOUT(ecu.ImageSnapshot().Byte(ign_position) == 7, 3000);
+    program.dialogs.paths.push_back(map_path.toStdString());
+    program.messages.answers.push_back(MessageAnswer::kYes);
+    editors.LoadAndDownloadMap();
+    QVERIFY(editors.download().running());
+    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(ImageBytes(ecu.ImageSnapshot()).mid(0, 908) == edited.mid(0, 908),
+                             3000);
+    const QByteArray downloaded = ImageBytes(ecu.ImageSnapshot());
+    QCOMPARE(downloaded.mid(909), edited.mid(909));
+    // The firmware version byte is never taken from a file: the ECU's version text decides it.
+    QCOMPARE(static_cast<int>(downloaded[908]),
+             static_cast<int>(FirmwareVersionFromText(program.link.live().firmware_text)));
+  }
+};
+
+QTEST_MAIN(CalibrationRoadTest)
+#include "calibration_road_test.moc"
