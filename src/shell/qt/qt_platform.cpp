@@ -68,7 +68,10 @@ QString QtFilterFrom(const std::string& filter) {
   for (int i = 0; i + 1 < parts.size(); i += 2) {
     QString pattern = parts[i + 1];
     pattern.replace(';', ' ');
-    qt_filters << parts[i] + " (" + pattern + ")";
+    // A description that already names its pattern in brackets is shown as it stands.
+    const QString& description = parts[i];
+    qt_filters << (description.endsWith("(" + pattern + ")") ? description
+                                                             : description + " (" + pattern + ")");
   }
   return qt_filters.join(";;");
 }
