@@ -26,21 +26,12 @@
 #include "app/main_window.h"
 #include "app/map_pages.h"
 #include "link/live_frame.h"
-#include "link/qt/qt_serial_port.h"
-#include "shell/qt/single_instance.h"
+#include "program_fixture.h"
 #include "sim/core/base_calibration.h"
 
 namespace {
 
 using namespace vela;
-
-class Answering : public MessageSink {
- public:
-  MessageAnswer Show(MessageIcon, const std::string&, const std::vector<std::string>&,
-                     MessageButtons) override {
-    return MessageAnswer::kYes;
-  }
-};
 
 std::vector<std::uint8_t> LiveFrame() {
   std::vector<std::uint8_t> frame(live::kFrameLength, 1);
@@ -81,27 +72,7 @@ void RunStreaming(int fd, int ms) {
   }
 }
 
-struct Window {
-  Window(const QString& root, const QString& device)
-      : folders(ProgramFoldersUnder(root.toStdString())),
-        setup(folders, files, messages, trace),
-        port(false),
-        lock(QString::fromStdString(folders.program)),
-        link(port, trace) {
-    port.set_device_override(device);
-    window = std::make_unique<MainWindow>(
-        MainWindowParts{setup, trace, port, messages, files, link, [this] { return lock.Acquire(); }});
-  }
-  ProgramFolders folders;
-  DiskFileSystem files;
-  Answering messages;
-  StartupTrace trace;
-  ProgramSetup setup;
-  QtSerialPort port;
-  SingleInstanceLock lock;
-  LinkSession link;
-  std::unique_ptr<MainWindow> window;
-};
+using Window = testing::TestProgram;
 
 double UploadToSortingCompleteMs(Window& w, int fd) {
   std::vector<std::uint8_t> reply = {'A', 'L', 'L'};
@@ -115,9 +86,8 @@ double UploadToSortingCompleteMs(Window& w, int fd) {
   while (clock.elapsed() < 5000) {
     QApplication::processEvents(QEventLoop::AllEvents, 1);
     const auto& texts = w.trace.texts();
-    if (texts.size() > before &&
-        std::find(texts.begin() + static_cast<long>(before), texts.end(),
-                  "Upload Sorting Complete") != texts.end()) {
+    if (texts.size() > before && std::find(texts.begin() + static_cast<long>(before), texts.end(),
+                                           "Upload Sorting Complete") != texts.end()) {
       return clock.nsecsElapsed() / 1e6;
     }
   }

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "../shell/fakes.h"
+#include "shell/fakes.h"
 
 namespace vela::testing {
 

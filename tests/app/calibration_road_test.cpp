@@ -9,37 +9,19 @@
 #include "app/link_session.h"
 #include "app/main_window.h"
 #include "app/map_pages.h"
-#include "app_fakes.h"
-#include "link/qt/qt_serial_port.h"
-#include "shell/qt/single_instance.h"
+#include "program_fixture.h"
 #include "sim/pty_runner.h"
 
 using namespace vela;
 
 namespace {
 
-struct Program {
+// The program with its link at full speed: a pseudo-terminal needs no pacing gaps.
+struct Program : testing::TestProgram {
   Program(const QString& root, const std::string& device)
-      : folders(ProgramFoldersUnder(root.toStdString())),
-        setup(folders, files, messages, trace),
-        port(false),
-        lock(QString::fromStdString(folders.program)),
-        link(port, trace) {
-    port.set_device_override(QString::fromStdString(device));
+      : TestProgram(root, QString::fromStdString(device)) {
     link.SetCommsDelayEnabled(false);
-    window = std::make_unique<MainWindow>(MainWindowParts{
-        setup, trace, port, messages, files, link, [this] { return lock.Acquire(); }, &dialogs});
   }
-  ProgramFolders folders;
-  DiskFileSystem files;
-  testing::AnsweringMessages messages;
-  testing::ScriptedDialogs dialogs;
-  StartupTrace trace;
-  ProgramSetup setup;
-  QtSerialPort port;
-  SingleInstanceLock lock;
-  LinkSession link;
-  std::unique_ptr<MainWindow> window;
 };
 
 QByteArray FileBytes(const QString& path) {

@@ -15,9 +15,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "../shell/fakes.h"
-#include "app/link_session.h"
 #include "link/qt/qt_serial_port.h"
+#include "program_fixture.h"
 #include "shell/qt/single_instance.h"
 
 using namespace vela;
@@ -25,30 +24,12 @@ using namespace vela;
 class MainWindowTest : public QObject {
   Q_OBJECT
 
-  struct Program {
-    explicit Program(const QString& root, const QString& device)
-        : folders(ProgramFoldersUnder(root.toStdString())),
-          setup(folders, files, messages, trace),
-          port(false),
-          lock(QString::fromStdString(folders.program)),
-          link(port, trace) {
-      port.set_device_override(device);
-      window = std::make_unique<MainWindow>(MainWindowParts{
-          setup, trace, port, messages, files, link, [this] { return lock.Acquire(); }});
-    }
+  struct Program : vela::testing::TestProgram {
+    Program(const QString& root, const QString& device) : TestProgram(root, device) {}
     QString SetupText() const {
       QFile file(QString::fromStdString(setup.SetupFilePath()));
       return file.open(QIODevice::ReadOnly) ? QString::fromLatin1(file.readAll()) : QString();
     }
-    ProgramFolders folders;
-    DiskFileSystem files;
-    testing::RecordingMessages messages;
-    StartupTrace trace;
-    ProgramSetup setup;
-    QtSerialPort port;
-    SingleInstanceLock lock;
-    LinkSession link;
-    std::unique_ptr<MainWindow> window;
   };
 
   std::unique_ptr<QTemporaryDir> temp_;

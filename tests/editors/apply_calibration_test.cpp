@@ -192,12 +192,12 @@ TEST_F(ApplyCalibration, EditorsSendNothingWhileFillingAndAnUploadEndsWithTheLiv
   Apply(With(SoundImage(), 909, 4));
   EXPECT_THAT(suppressed_when, ElementsAre(true, true));
   EXPECT_FALSE(suppress);
-  EXPECT_THAT(sender.sent, ElementsAre(SentFrame{4, 864, 27}));
+  EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 864, 27}));
   EXPECT_EQ(timer_stops, 1);
   EXPECT_EQ(flag_clears, 1);
 
   Apply(SoundImage(), CalibrationSource::kMapFile);
-  EXPECT_EQ(sender.sent.size(), 1u);
+  EXPECT_EQ(sender.frames.size(), 1u);
   EXPECT_EQ(timer_stops, 2);
 }
 

@@ -13,25 +13,12 @@
 #include "link/link_state.h"
 #include "shell/file_system.h"
 #include "shell/platform.h"
+#include "support/recording_sender.h"
 
 namespace vela::editor_testing {
 
-struct SentFrame {
-  int command;
-  int address;
-  std::int32_t value;
-  bool operator==(const SentFrame&) const = default;
-};
-
-struct RecordingSender : CommandSender {
-  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int, int, std::int32_t,
-                 bool&) override {
-    sent.push_back({command, address, value});
-    if (on_send) on_send();
-  }
-  std::vector<SentFrame> sent;
-  std::function<void()> on_send;
-};
+using ::vela::testing::RecordingSender;
+using ::vela::testing::SentFrame;
 
 struct ShownMessage {
   MessageIcon icon;

@@ -176,7 +176,7 @@ TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDow
   ASSERT_TRUE(download.running());
   EXPECT_TRUE(link.TLock);
   download.Tick();
-  EXPECT_THAT(sender.sent, ElementsAre(SentFrame{2, 1, 0x1234}));
+  EXPECT_THAT(sender.frames, ElementsAre(SentFrame{2, 1, 0x1234}));
 }
 
 TEST_F(MapFileTest, AShortFileIsReadAsFarAsItReachesAndDownloadedWhole) {

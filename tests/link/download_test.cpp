@@ -6,28 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "support/recording_sender.h"
+
 namespace vela {
 namespace {
 
 using ::testing::ElementsAre;
 
-struct Frame {
-  int command;
-  int address;
-  std::int32_t value;
-  bool operator==(const Frame&) const = default;
-};
-
-// Records every frame, as a closed port would drop them or an open one write them.
-struct RecordingSender : CommandSender {
-  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int command2, int,
-                 std::int32_t, bool&) override {
-    frames.push_back({command, address, value});
-    second_frames += command2 > 0 ? 1 : 0;
-  }
-  std::vector<Frame> frames;
-  int second_frames = 0;
-};
+using Frame = testing::SentFrame;
+using testing::RecordingSender;
 
 class DownloadTest : public ::testing::Test {
  protected:

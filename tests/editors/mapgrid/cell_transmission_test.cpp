@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "editors/mapgrid/grid_setup.h"
+#include "support/recording_sender.h"
 
 namespace vela {
 namespace {
@@ -13,23 +14,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-struct Frame {
-  int command;
-  int address;
-  std::int32_t value;
-  bool operator==(const Frame&) const = default;
-};
-
-class RecordingSender : public CommandSender {
- public:
-  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int, int, std::int32_t,
-                 bool&) override {
-    frames.push_back({command, address, value});
-    if (on_send) on_send();
-  }
-  std::vector<Frame> frames;
-  std::function<void()> on_send;
-};
+using Frame = testing::SentFrame;
+using testing::RecordingSender;
 
 class CellTransmissionTest : public ::testing::Test {
  protected:

@@ -12,18 +12,12 @@
 #include "editors/mapgrid/qt/map_graph.h"
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"
+#include "support/recording_sender.h"
 
 namespace vela {
 namespace {
 
-class RecordingSender : public CommandSender {
- public:
-  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int, int, std::int32_t,
-                 bool&) override {
-    frames.append({command, address, static_cast<int>(value)});
-  }
-  QList<QList<int>> frames;
-};
+using testing::RecordingSender;
 
 // A fuel map as an engine would want it: more fuel with load, a torque bump in mid range.
 MapValues RealisticFuelMap(int sites) {
@@ -115,7 +109,7 @@ void MapGridQtTest::TheTransmissionCapIsShownBeforeTheGridRedraws() {
   const QModelIndex cell = grid.model()->index(1, 9);
   QCOMPARE(grid.model()->data(cell).toString(), QStringLiteral("15.000"));
   QCOMPARE(image.Read16(1 + 16 + 180), 15000u);
-  QCOMPARE(sender.frames.last(), (QList<int>{kWritePairCommand, 197, 15000}));
+  QVERIFY((sender.frames.back() == testing::SentFrame{kWritePairCommand, 197, 15000}));
 }
 
 void MapGridQtTest::ForcedFlatGraphFollowsTheGridWithoutOpenGl() {
