@@ -82,6 +82,8 @@ void LinkSession::RateChosen(int index) {
   comms_speed_timer_.start();
 }
 
+void LinkSession::RateSet(int index) { timing_.ComputeCommsSpeed(index); }
+
 void LinkSession::PacketSpeedChosen(int choice) { state_.CommsRepeat = choice + 1; }
 
 void LinkSession::SlowSendChosen(bool on) { state_.SlowSend = on; }

@@ -38,6 +38,9 @@ class LinkSession : public QObject {
   void StartCountsPerMsTimer(StatusLabel& status_label);
   // The rate choice changed: recompute the value and send it through `TimerCommsSpeed`.
   void RateChosen(int index);
+  // The rate choice as read from the settings: the value is recomputed, and goes to the ECU
+  // with the next rate command (the one that ends an upload).
+  void RateSet(int index);
   void PacketSpeedChosen(int choice);  // 0..5: `CommsRepeat` 1..6
   void SlowSendChosen(bool on);
   void SetCommsDelayEnabled(bool on) { state_.CommsDelayEnabled = on; }

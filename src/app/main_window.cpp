@@ -240,6 +240,7 @@ void MainWindow::WireLink() {
 
 void MainWindow::ApplyLinkSettings() {
   const ProgramSettings& s = parts_.setup.settings;
+  parts_.link.RateSet(s.frames_per_second_index);
   parts_.link.PacketSpeedChosen(s.comms_packet_speed);
   parts_.link.SlowSendChosen(s.reduce_comms_sending != 0);
   parts_.link.dispatcher().SetPortNumber(parts_.setup.CommPortNumber);

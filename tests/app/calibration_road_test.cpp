@@ -58,6 +58,8 @@ class CalibrationRoadTest : public QObject {
     EditorSession& editors = program.window->editors();
     QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
     QVERIFY(editors.state().SetupErrors.empty());
+    // The upload ends by asking the ECU for the rate chosen in the settings (20 a second).
+    QTRY_COMPARE_WITH_TIMEOUT(program.link.live().frames_per_second, 20, 3000);
 
     // The grids show the ECU's maps.
     const CalibrationImage uploaded = ecu.ImageSnapshot();
