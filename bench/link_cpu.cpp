@@ -1,16 +1,19 @@
 // Processor time the program's user-interface thread spends per second while it is connected to
 // the simulated ECU at 60 live frames a second. The simulated ECU runs on its own thread in the
-// same process; only the program's thread is measured.
+// same process; only the program's thread is measured. With --window the whole main window runs
+// (map pages, graphs and read-outs refreshed as the tuner sees them; --tab N puts page N in
+// front), otherwise the link alone.
 #include <sys/resource.h>
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QElapsedTimer>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
+#include <cstring>
 
 #include "app/link_session.h"
-#include "link/connection_supervisor.h"
-#include "link/qt/qt_serial_port.h"
+#include "program_fixture.h"
 #include "sim/pty_runner.h"
 
 namespace {
@@ -31,22 +34,38 @@ class QuietStatus : public vela::StatusLabel {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  QCoreApplication app(argc, argv);
-  const int seconds = argc > 1 ? std::atoi(argv[1]) : 10;
+  QApplication app(argc, argv);
+  bool whole_window = false;
+  int tab = 0;
+  int seconds = 10;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--window") == 0) {
+      whole_window = true;
+    } else if (std::strcmp(argv[i], "--tab") == 0 && i + 1 < argc) {
+      tab = std::atoi(argv[++i]);
+    } else {
+      seconds = std::atoi(argv[i]);
+    }
+  }
   vela::sim::InProcessSimulator ecu;
   std::string error;
   if (!ecu.Start({}, &error)) {
     std::fprintf(stderr, "simulated ECU: %s\n", error.c_str());
     return 1;
   }
-  vela::QtSerialPort port(false);
-  port.set_device_override(QString::fromStdString(ecu.SlavePath()));
-  port.Open(1);
-  vela::StartupTrace trace;
-  QuietStatus status;
-  vela::LinkSession link(port, trace);
-  link.Start();
-  link.StartCountsPerMsTimer(status);
+  QTemporaryDir dir;
+  vela::testing::TestProgram program(dir.path(), QString::fromStdString(ecu.SlavePath()));
+  vela::LinkSession& link = program.link;
+  if (whole_window) {
+    if (!program.window->Load()) return 1;
+    program.window->show();
+    program.window->tabs()->setCurrentIndex(tab);
+  } else {
+    program.port.Open(1);
+    link.Start();
+    static QuietStatus status;
+    link.StartCountsPerMsTimer(status);
+  }
   int frames = 0;
   QObject::connect(&link, &vela::LinkSession::LiveDataChanged, [&] { ++frames; });
 
@@ -70,8 +89,10 @@ int main(int argc, char* argv[]) {
   if (app.exec() != 0) return 1;
   const double elapsed = wall.elapsed() / 1000.0;
   const double cpu = ThreadCpuSeconds() - cpu_start;
-  std::printf("connected at %.1f live frames/s: %.1f ms of processor time per second (%.2f %%)\n",
-              (frames - frames_start) / elapsed, 1000.0 * cpu / elapsed, 100.0 * cpu / elapsed);
+  std::printf(
+      "%s connected at %.1f live frames/s: %.1f ms of processor time per second (%.2f %%)\n",
+      whole_window ? "whole program" : "link alone", (frames - frames_start) / elapsed,
+      1000.0 * cpu / elapsed, 100.0 * cpu / elapsed);
   link.Close();
   return 0;
 }

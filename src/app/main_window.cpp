@@ -38,6 +38,7 @@ constexpr const char* kPageNames[] = {"PageFuelMap1",  "PageFuelMap2",    "PageI
                                       "PageDataPage",  "PageFileOptions", "PageDataLogging"};
 constexpr int kTabCount = 12;
 constexpr int kOrangeBlockClearMs = 3000;
+constexpr int kLiveRefreshMs = 50;
 
 enum Tab {
   kFuelMap1 = 0,
@@ -218,8 +219,16 @@ QLabel* MainWindow::AddStripLabel(QWidget* strip, const QString& name, int min_w
 void MainWindow::WireLink() {
   LinkSession& link = parts_.link;
   connect(&link, &LinkSession::CaptionChanged, this, &QWidget::setWindowTitle);
-  connect(&link, &LinkSession::DisplayChanged, this, &MainWindow::RefreshLinkDisplay);
-  connect(&link, &LinkSession::LiveDataChanged, this, &MainWindow::ShowLiveData);
+  connect(&link, &LinkSession::DisplayChanged, this, [this] { link_display_new_ = true; });
+  connect(&link, &LinkSession::LiveDataChanged, this, [this] { live_data_new_ = true; });
+  live_refresh_.setInterval(kLiveRefreshMs);
+  connect(&live_refresh_, &QTimer::timeout, this, [this] {
+    if (link_display_new_) RefreshLinkDisplay();
+    link_display_new_ = false;
+    if (live_data_new_) ShowLiveData();
+    live_data_new_ = false;
+  });
+  live_refresh_.start();
   connect(&link, &LinkSession::CalibrationReceived, this, [this] {
     // The upload's own texts end here; the sorting shows its texts next.
     last_orange_block_ = parts_.link.display().orange_block;
@@ -248,10 +257,13 @@ void MainWindow::ApplyLinkSettings() {
 
 void MainWindow::RefreshLinkDisplay() {
   const LinkDisplay& d = parts_.link.display();
+  // Texts and colours change rarely; the refresh runs on every receive event and tick.
   auto show = [](QLabel* label, const LabelLook& look) {
     if (look.text.empty() && look.colour == LabelColour{}) return;
-    label->setText(QString::fromStdString(look.text));
-    label->setStyleSheet(StyleFor(look.colour));
+    const QString text = QString::fromStdString(look.text);
+    const QString style = StyleFor(look.colour);
+    if (label->text() != text) label->setText(text);
+    if (label->styleSheet() != style) label->setStyleSheet(style);
   };
   show(rx_indicator_, d.receive_indicator);
   show(link_indicator_, d.link_indicator);

@@ -113,6 +113,11 @@ class MainWindow : public QMainWindow, public StartupSteps {
   QPushButton* offline_button_ = nullptr;
   QLabel* mode_label_ = nullptr;
   bool previous_key_was_space_ = false;
+  // Live read-outs and the link's counters are redrawn at a steady pace when they changed (see
+  // docs/editing.md).
+  QTimer live_refresh_;
+  bool live_data_new_ = false;
+  bool link_display_new_ = false;
   QTabWidget* tabs_ = nullptr;
   QLabel* startup_label_ = nullptr;  // `LabelOrangeBlock`
   QLabel* status_label_ = nullptr;   // the link status label

@@ -21,9 +21,11 @@ QLabel* Indicator(QWidget* parent, const QString& name, const QString& text) {
   return label;
 }
 
+// Restyles only on a change: the labels are refreshed with every live frame.
 void Light(QLabel* label, bool on, const char* colour) {
-  label->setStyleSheet(on ? QString("background-color: %1; font-weight: bold;").arg(colour)
-                          : QString("color: #909090;"));
+  const QString style = on ? QString("background-color: %1; font-weight: bold;").arg(colour)
+                           : QString("color: #909090;");
+  if (label->styleSheet() != style) label->setStyleSheet(style);
 }
 
 }  // namespace
@@ -105,7 +107,8 @@ QWidget* MapPage::BuildMapSelection(const QString& suffix) {
 void MapPage::ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pump, bool limiter) {
   Light(live_tune_, live_tuning, "rgb(128, 255, 128)");
   if (map_in_use_) {
-    map_in_use_->setText(map_in_use ? "In use" : "Not in use");
+    const QString in_use_text = map_in_use ? "In use" : "Not in use";
+    if (map_in_use_->text() != in_use_text) map_in_use_->setText(in_use_text);
     Light(map_in_use_, map_in_use, "rgb(128, 255, 128)");
     Light(throttle_pump_, throttle_pump, "rgb(255, 200, 60)");
     Light(limiter_, limiter, "rgb(255, 80, 60)");

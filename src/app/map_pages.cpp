@@ -17,6 +17,7 @@ const MapPageNames kNames[MapPages::kPages] = {
     {"FuelMap2", "FuelMap2A", "FuelGraphVelaB2", "Map2"},
     {"IgnMap", "IgnMapA", "IgnitionGraphVelaB1", "Ign"},
 };
+constexpr int kCrossHairIntervalMs = 100;
 constexpr EditedMap kEditedMaps[MapPages::kPages] = {EditedMap::kFuel1, EditedMap::kFuel2,
                                                      EditedMap::kIgnition};
 
@@ -30,8 +31,18 @@ MapPages::MapPages(EditorSession& editors, LinkSession& link, QObject* parent)
     : QObject(parent), editors_(editors), link_(link) {
   cross_hair_.SetMotorMap(1);
   connect(&link_, &LinkSession::FrameTaken, this,
-          [this](const live::Frame& frame) { cross_hair_.SetLiveFrame(frame); });
-  connect(&link_, &LinkSession::DisplaysReset, this, [this] { cross_hair_.Clear(); });
+          [this](const live::Frame& frame) { latest_frame_ = frame; });
+  connect(&link_, &LinkSession::DisplaysReset, this, [this] {
+    latest_frame_.reset();
+    cross_hair_.Clear();
+  });
+  cross_hair_timer_.setInterval(kCrossHairIntervalMs);
+  connect(&cross_hair_timer_, &QTimer::timeout, this, [this] {
+    if (!latest_frame_) return;
+    cross_hair_.SetLiveFrame(*latest_frame_);
+    latest_frame_.reset();
+  });
+  cross_hair_timer_.start();
 }
 
 MapPage* MapPages::BuildPage(int index, QWidget* parent) {

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 #include <array>
+#include <optional>
 
 #include "app/map_page.h"
 #include "editors/mapgrid/qt/cross_hair.h"
@@ -48,6 +50,10 @@ class MapPages : public QObject {
   LinkSession& link_;
   std::array<MapPage*, kPages> pages_{};
   CrossHair cross_hair_;
+  // The cross-hair follows the live point at a steady pace, not with every frame: redrawing the
+  // graph 60 times a second costs far more than the eye gains.
+  QTimer cross_hair_timer_;
+  std::optional<live::Frame> latest_frame_;
   bool all_ranges_ = false;
 };
 
