@@ -22,7 +22,7 @@ test: build
 
 bench: build
 	$(BUILD)/bench/vela-bench
-	$(BUILD)/bench/vela-link-cpu 10
+	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu 10
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window 10
 	bash scripts/run.sh $(BUILD)/bench/vela-editing-latency
 
