@@ -90,9 +90,20 @@ void EcuSimulator::Act(const CommandFrame& frame) {
   }
 }
 
+// A fuel map cell is a 16-bit injector time starting at an odd position of the two fuel map
+// areas; a single write there takes the whole cell, so the engine never runs on half a value.
+bool IsFuelCellStart(int position) {
+  constexpr int kFuelAreasEnd = kFuelMap2Start + kFuelMapAreaLength - 1;
+  return position >= kFuelMap1Start && position < kFuelAreasEnd &&
+         (position - kFuelMap1Start) % 2 == 0;
+}
+
 void EcuSimulator::WriteByte(const CommandFrame& frame) {
   if (frame.address == kRateAddress) {
     SetRate(frame.value);
+  } else if (IsFuelCellStart(frame.address)) {
+    image_.Write16(frame.address, frame.value);
+    ++counters_.byte_writes;
   } else if (image_.SetByte(frame.address, static_cast<std::uint8_t>(frame.value & 0xFF))) {
     ++counters_.byte_writes;
   } else {

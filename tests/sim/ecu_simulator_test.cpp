@@ -25,17 +25,26 @@ SimOptions Options(std::uint64_t seed = 1) {
   return options;
 }
 
-TEST(EcuWritesTest, ByteWriteLandsAtItsImagePositionAndKeepsTheLowByteOnly) {
+TEST(EcuWritesTest, SingleWriteTakesAWholeFuelCellAndOneByteElsewhere) {
   EcuSimulator sim(Options(), CalibrationImage{});
-  Send(sim, kCodeWriteByte, 1, 0x1234);
+  Send(sim, kCodeWriteByte, 1, 0x1234);    // fuel map 1, first cell
+  Send(sim, kCodeWriteByte, 747, 0x00C8);  // fuel map 2, last cell: the high byte 0 goes too
+  Send(sim, kCodeWriteByte, 500, 0x0077);  // even position inside a fuel map: one byte
+  Send(sim, kCodeWriteByte, 751, 0x1299);  // ignition cell: the low byte only
   Send(sim, kCodeWriteByte, 1023, 0x00AB);
-  Send(sim, kCodeWriteByte, 500, 0x0077);
   CalibrationImage expected;
   expected.SetByte(1, 0x34);
+  expected.SetByte(2, 0x12);
+  expected.SetByte(747, 0xC8);
   expected.SetByte(500, 0x77);
+  expected.SetByte(751, 0x99);
   expected.SetByte(1023, 0xAB);
+  CalibrationImage before_cell = expected;
   EXPECT_EQ(sim.Image().Bytes(), expected.Bytes());
-  EXPECT_EQ(sim.Counters().byte_writes, 3u);
+  EXPECT_EQ(sim.Counters().byte_writes, 5u);
+  Send(sim, kCodeWriteByte, 747 + 1, 0x55);  // the next byte is written alone
+  before_cell.SetByte(748, 0x55);
+  EXPECT_EQ(sim.Image().Bytes(), before_cell.Bytes());
 }
 
 TEST(EcuWritesTest, WritesOutsideTheImageAndTheRateRegisterLeaveTheImageAlone) {

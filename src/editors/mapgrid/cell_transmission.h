@@ -2,9 +2,10 @@
 // injector's duty limit (fuel maps), written into the calibration image and sent to the ECU at
 // once, one command frame per cell.
 //
-// On the wire a fuel cell travels as one frame of command 2 (a 16-bit pair: the low byte at the
-// cell's position, the high byte at position + 1), so the ECU never runs on a cell of which only
-// one byte has changed; an ignition cell travels as one frame of command 4 (one byte).
+// On the wire every cell travels as one frame of command 4, the single-value write, at the cell's
+// image position: a fuel cell with its 16-bit injector time as the value (the ECU takes the low
+// byte at the position and the high byte at position + 1 in one go, so it never runs on a cell
+// of which only one byte has changed), an ignition cell with its byte.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +18,9 @@
 
 namespace vela {
 
-inline constexpr int kWriteByteCommand = 4;  // one byte at an image position
-inline constexpr int kWritePairCommand = 2;  // low byte at the position, high byte at position + 1
+// The single-value write: the value at an image position. For a fuel cell the value is the
+// cell's 16-bit injector time, which the ECU stores low byte at the position, high byte after it.
+inline constexpr int kWriteCellCommand = 4;
 inline constexpr double kNoRpmLimitMs = 20.0;
 
 // Which map a grid holds and the setup the duty limit depends on.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "calibration/rounding.h"
+
 namespace vela {
 
 GridLoadSites LoadSitesForGrids(int fuel_load_sites, int ign_load_sites) {
@@ -24,7 +26,9 @@ int ReservedWidth(int load_sites) {
 ColumnWidths ColumnWidthsFor(int grid_width, int load_sites) {
   const int width = std::max(grid_width, 0);
   if (load_sites <= 0) return {width, 0};
-  const int site = std::max(width - ReservedWidth(load_sites), 0) / load_sites;
+  const double share = static_cast<double>(std::max(width - ReservedWidth(load_sites), 0)) /
+                       static_cast<double>(load_sites);
+  const int site = std::min(static_cast<int>(RoundHalfEven(share)), width / load_sites);
   return {width - site * load_sites, site};
 }
 

@@ -24,8 +24,9 @@ GridLoadSites LoadSitesForGrids(int fuel_load_sites, int ign_load_sites);
 int ReservedWidth(int load_sites);
 
 struct ColumnWidths {
-  int label;  // the RPM label column: the reserved width plus what the division leaves over
-  int site;   // each load-site column: (grid width - reserved) / load sites, made whole
+  int label;  // the RPM label column: the rest of the width
+  int site;   // each load-site column: (grid width - reserved) / load sites, made whole (to
+              // the nearest, a half to the even neighbour)
   bool operator==(const ColumnWidths&) const = default;
 };
 // Neither width is ever negative; a grid narrower than the reserved width gives all its width to

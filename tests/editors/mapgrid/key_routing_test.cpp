@@ -99,10 +99,13 @@ TEST(KeystrokeTable, HoldsTheEnglishAndGermanRowsInOrder) {
 }
 
 TEST(GridGeometry, LoadSiteColumnsShareTheWidthLeftAfterTheReservedWidth) {
-  EXPECT_EQ(ColumnWidthsFor(9000, 9), (ColumnWidths{1305, 855}));   // 7700 / 9
-  EXPECT_EQ(ColumnWidthsFor(9000, 13), (ColumnWidths{1005, 615}));  // 8000 / 13
-  EXPECT_EQ(ColumnWidthsFor(9000, 17), (ColumnWidths{908, 476}));   // 8100 / 17
+  // Made whole: to the nearest, a half to the even neighbour.
+  EXPECT_EQ(ColumnWidthsFor(9000, 9), (ColumnWidths{1296, 856}));   // 7700 / 9 = 855.6
+  EXPECT_EQ(ColumnWidthsFor(9000, 13), (ColumnWidths{1005, 615}));  // 8000 / 13 = 615.4
+  EXPECT_EQ(ColumnWidthsFor(9000, 17), (ColumnWidths{908, 476}));   // 8100 / 17 = 476.47
   EXPECT_EQ(ColumnWidthsFor(6000, 5), (ColumnWidths{1300, 940}));
+  EXPECT_EQ(ColumnWidthsFor(4303, 6), (ColumnWidths{1303, 500}));  // 3003 / 6 = 500.5
+  EXPECT_EQ(ColumnWidthsFor(4309, 6), (ColumnWidths{1297, 502}));  // 3009 / 6 = 501.5
   EXPECT_EQ(ColumnWidthsFor(1000, 9), (ColumnWidths{1000, 0}));
   EXPECT_EQ(ColumnWidthsFor(9000, 0), (ColumnWidths{9000, 0}));
 }

@@ -109,7 +109,7 @@ void MapGridQtTest::TheTransmissionCapIsShownBeforeTheGridRedraws() {
   const QModelIndex cell = grid.model()->index(1, 9);
   QCOMPARE(grid.model()->data(cell).toString(), QStringLiteral("15.000"));
   QCOMPARE(image.Read16(1 + 16 + 180), 15000u);
-  QVERIFY((sender.frames.back() == testing::SentFrame{kWritePairCommand, 197, 15000}));
+  QVERIFY((sender.frames.back() == testing::SentFrame{kWriteCellCommand, 197, 15000}));
 }
 
 void MapGridQtTest::ForcedFlatGraphFollowsTheGridWithoutOpenGl() {
