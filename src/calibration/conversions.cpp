@@ -41,6 +41,7 @@ std::uint8_t ClampedByte(double value) {
 
 // The temperature of the first calibration segment that holds `reading`, if any.
 std::optional<double> Interpolated(double reading, const std::array<double, 8>& points) {
+  if (std::isnan(reading)) return std::nullopt;  // lies between no two points
   for (std::size_t i = 0; i + 1 < points.size(); ++i) {
     const double from = points[i];
     const double to = points[i + 1];

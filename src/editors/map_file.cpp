@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 #include <vector>
 
 #include "editors/build_calibration.h"
@@ -147,14 +148,22 @@ MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
                    LinesOf(kUnreadableMapLines));
     return MapFileResult::kFailed;
   }
+  // The file's first 1023 bytes are the image. A shorter file gives a shorter image: the editors
+  // read it as far as it reaches, and the download sends only the bytes it holds, so the ECU
+  // keeps its own values beyond them. Byte 909 is replaced where the image reaches it.
   const auto* first = reinterpret_cast<const std::uint8_t*>(content->data());
-  CalibrationImage image = ImageReadAsFarAsItReaches({first, content->size()});
-  image.SetByte(SetupFieldNamed("FirmwareVersion").position,
-                FirmwareVersionFromText(target.ecu_version_text));
+  std::vector<std::uint8_t> bytes(first,
+                                  first + std::min<std::size_t>(content->size(), kImageLength));
+  constexpr int kVersionPosition = SetupFieldNamed("FirmwareVersion").position;
+  if (bytes.size() >= static_cast<std::size_t>(kVersionPosition)) {
+    bytes[static_cast<std::size_t>(kVersionPosition - 1)] =
+        FirmwareVersionFromText(target.ecu_version_text);
+  }
+  const CalibrationImage image = ImageReadAsFarAsItReaches(bytes);
   target.program_image = image;
   target.state.SetupErrors.clear();
   ApplyUploadedCalibration(image, CalibrationSource::kMapFile, target.state, target.apply);
-  target.download.Start(image.ToVector());
+  target.download.Start(std::move(bytes));
   target.apply.status.Show(std::string(kDownloadStatus));
   return MapFileResult::kDone;
 }

@@ -100,7 +100,8 @@ class MapFiles {
 
   // The download-map-from-disk action: refuses when the ECU is neither connected nor off-line
   // (and switches to off-line mode), asks for a name, refuses five dots, asks for confirmation,
-  // reads the file, replaces byte 909, applies the image and starts its download.
+  // reads the file, replaces byte 909, applies the image and starts its download. A file shorter
+  // than 1023 bytes is applied as far as it reaches and only its own bytes are downloaded.
   MapFileResult LoadAndDownloadMap(MapDownloadTarget& target);
 
  private:

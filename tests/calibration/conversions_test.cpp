@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -130,6 +131,7 @@ TEST(TemperatureText, InterpolatesBetweenPointsInWholeDegrees) {
 TEST(TemperatureText, ShowsSentinelsBeyondTheCurve) {
   EXPECT_EQ(TemperatureText(201, kFalling), "<-20");
   EXPECT_EQ(TemperatureText(59, kFalling), ">120");
+  EXPECT_EQ(TemperatureText(std::nan(""), kFalling), ">120");
   const std::array<double, 8> flat = {0, 0, 0, 0, 0, 0, 0, 0};
   EXPECT_EQ(TemperatureText(0, flat), "-20");
   EXPECT_EQ(TemperatureText(5, flat), ">120");

@@ -216,7 +216,7 @@ TEST_F(ApplyCalibration, ScalingCodeSelectsTheScaleEntryOfTheChosenSensorType) {
   EXPECT_THAT(state.SetupErrors, ElementsAre("Map Sensor Scaling Invalid"));
 }
 
-TEST_F(ApplyCalibration, LeftOpenChecksFollowTheDocumentedBounds) {
+TEST_F(ApplyCalibration, ChecksHoldTheirBoundsAndTheLeftOpenOnesFollowTheDocs) {
   const std::tuple<int, int, const char*> failing[] = {
       {955, 229, "Map Sensor Setup Invalid"},
       {907, 0xC0, "Fuel Injection Mode and Injector Impedance"},
@@ -227,8 +227,13 @@ TEST_F(ApplyCalibration, LeftOpenChecksFollowTheDocumentedBounds) {
     Apply(With(SoundImage(), position, value));
     EXPECT_THAT(state.SetupErrors, ::testing::Contains(message)) << position;
   }
-  const std::pair<int, int> passing[] = {{955, 0xE0}, {955, 0xA0}, {907, 2 | 128}, {999, 255},
-                                         {972, 252},  {1014, 200}, {852, 229}};
+  // The last value each stated bound lets through ("above" passes the bound, "or more" stops at
+  // it), then values the documented choices let through.
+  const std::pair<int, int> passing[] = {
+      {946, 3},       {959, 120},  {996, 1},    {902, 5},   {903, 0x82}, {852, 229},
+      {904, 4},       {905, 0x82}, {853, 229},  {906, 3},   {952, 1},    {958, 127},
+      {998, 200},     {1010, 200}, {1018, 127}, {867, 3},   {955, 0xE0}, {955, 0xA0},
+      {907, 2 | 128}, {999, 255},  {972, 252},  {1014, 200}};
   for (auto [position, value] : passing) {
     state.SetupErrors.clear();
     Apply(With(SoundImage(), position, value));

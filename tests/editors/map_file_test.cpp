@@ -179,23 +179,26 @@ TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDow
   EXPECT_THAT(sender.frames, ElementsAre(SentFrame{2, 1, 0x1234}));
 }
 
-TEST_F(MapFileTest, AShortFileIsReadAsFarAsItReachesAndDownloadedWhole) {
+TEST_F(MapFileTest, AShortFileIsReadAsFarAsItReachesAndOnlyItsOwnBytesAreDownloaded) {
   mode.Offline = true;
-  version_text = std::string(18, '-');
   CalibrationImage file = SoundImage();
   file.Write16(3, 1500);
-  files.files["/d/M/V/Maps/short.sm1"] = FileOf(file).substr(0, 500);
+  file.SetByte(909, 9);
+  file.SetByte(910, 0x77);
+  files.files["/d/M/V/Maps/short.sm1"] = FileOf(file).substr(0, 940);
   dialogs.path = "/d/M/V/Maps/short.sm1";
   EXPECT_EQ(Load(), MapFileResult::kDone);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 2), 1.5);
-  EXPECT_EQ(state.setup.Cylinders, 0);
-  EXPECT_EQ(program_image.Byte(909), 0);
+  EXPECT_EQ(state.setup.Cylinders, 0);  // byte 947 lies past the end
+  EXPECT_EQ(program_image.Byte(909), 3);
   int ticks = 0;
   while (download.running() && ticks < 1000) {
     download.Tick();
     ++ticks;
   }
-  EXPECT_EQ(ticks, 513);
+  EXPECT_EQ(ticks, 471);  // 470 pairs for 940 bytes, then the closing frame
+  EXPECT_EQ(sender.frames[454], (SentFrame{2, 909, 3 + 256 * 0x77}));
+  EXPECT_EQ(sender.frames.back(), (SentFrame{6, 941, 0}));
 }
 
 TEST_F(MapFileTest, AFileThatCannotBeReadChangesNothing) {
