@@ -34,8 +34,10 @@ TEST_F(SupervisionTest, ShowsTheLossOnTheTickAfterRxLevelTicks) {
 
 TEST_F(SupervisionTest, ALostLinkResetsTheDisplaysUnlessHeld) {
   rig.live.map_text = "101.3";
+  rig.display.status = {"ERR", kLabelRed};
   rig.supervisor.CommsTimer();
   EXPECT_EQ(rig.live.map_text, "0.0");
+  EXPECT_EQ(rig.display.status, (LabelLook{"ERR", kLabelGreen}));
   EXPECT_EQ(resets, 1);
   EXPECT_EQ(refills, 1);
   EXPECT_EQ(rig.display.datalog_button_text, "Start DataLogging");

@@ -27,6 +27,10 @@ struct UploadTest : ::testing::Test {
 
 TEST_F(UploadTest, PreparesTheLinkThenRequestsWithTheSelectedCodeUnlessASendAborted) {
   rig.state.Caption = std::string(kCaptionNotConnected);
+  rig.port.open = false;
+  rig.upload.UploadTimer();  // a closed port leaves the preparation for later
+  EXPECT_EQ(rig.upload.UploadStep(), 0);
+  rig.port.open = true;
   rig.upload.UploadTimer();
   rig.upload.UploadTimer();
   rig.state.Caption = std::string(kCaptionConnected);
@@ -46,7 +50,7 @@ TEST_F(UploadTest, BacksOffTo1600And2200Milliseconds) {
   std::int64_t now = 0;
   std::vector<std::int64_t> request_times;
   rig.upload.UploadTimer();  // prepares the link
-  while (request_times.size() < 25) {
+  while (request_times.size() < 105) {
     now += rig.upload.TimerIntervalMs();
     const std::size_t before = rig.sender.sent.size();
     rig.upload.UploadTimer();
@@ -55,6 +59,7 @@ TEST_F(UploadTest, BacksOffTo1600And2200Milliseconds) {
   for (std::size_t n = 1; n < request_times.size(); ++n) {  // the gap before request n + 1
     EXPECT_EQ(request_times[n] - request_times[n - 1], n < 10 ? 800 : n < 20 ? 1600 : 2200) << n;
   }
+  EXPECT_EQ(rig.display.orange_block, "Upload Requested 100");  // the count stops at 100
 }
 
 TEST_F(UploadTest, TakesACompleteBlockByteForByteAndStopsTheTimer) {
@@ -65,6 +70,17 @@ TEST_F(UploadTest, TakesACompleteBlockByteForByteAndStopsTheTimer) {
   EXPECT_FALSE(rig.upload.TimerEnabled());
   EXPECT_EQ(rig.Buffer(), Frames(1));
   Reply("ALL" + Block() + "DONE");  // no longer expected
+  EXPECT_EQ(blocks.size(), 1u);
+}
+
+TEST_F(UploadTest, ABlockedReplyIsPassedOverOnceWithItsMarkersRemoved) {
+  rig.upload.SetUploadBlocked(true);
+  Reply("ALL" + Block() + "DONE" + Frames(1));
+  EXPECT_TRUE(blocks.empty());
+  EXPECT_FALSE(rig.upload.UploadBlocked());
+  EXPECT_TRUE(rig.upload.TimerEnabled());
+  EXPECT_EQ(rig.Buffer(), Frames(1));
+  Reply("ALL" + Block() + "DONE");
   EXPECT_EQ(blocks.size(), 1u);
 }
 
