@@ -1,5 +1,6 @@
 #include "app/map_pages.h"
 
+#include <QLayout>
 #include <QSignalBlocker>
 #include <cstdlib>
 
@@ -56,6 +57,14 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
   connect(page->all_ranges(), &QCheckBox::toggled, this, [this](bool on) {
     if (on != all_ranges_) ToggleAllRanges();
   });
+  if (index == 2) {
+    // "Lock Timing" holds the link lock: while it is ticked, closing the program sends the ECU
+    // no closing command.
+    auto* lock = new QCheckBox("Lock Timing", page);
+    lock->setObjectName("TLock");
+    page->options_area()->layout()->addWidget(lock);
+    connect(lock, &QCheckBox::toggled, this, [this](bool on) { link_.state().TLock = on; });
+  }
   if (page->map_selection()) {
     connect(page->map_selection(), &QButtonGroup::idClicked, this, [this](int choice) {
       editors_.SetMapSelection(choice);

@@ -10,6 +10,7 @@ void Download::Start(std::vector<std::uint8_t> image) {
   download_base_ = 1;
   progress_width_ = 0.0;
   running_ = true;
+  lock_before_ = link_.TLock;
   link_.TLock = true;
   if (callbacks_.show_progress) callbacks_.show_progress();
   if (callbacks_.set_timer_enabled) callbacks_.set_timer_enabled(true);
@@ -39,7 +40,7 @@ void Download::Finish() {
   if (callbacks_.set_timer_enabled) callbacks_.set_timer_enabled(false);
   download_pos_ = 1;
   running_ = false;
-  link_.TLock = false;
+  link_.TLock = lock_before_;
   if (callbacks_.clear_status) callbacks_.clear_status();
 }
 

@@ -62,6 +62,7 @@ class Download {
   LinkState& link_;
   DownloadCallbacks callbacks_;
   std::vector<std::uint8_t> download_image_;
+  bool lock_before_ = false;  // `TLock` as the tuner left it, restored at the end
   int download_pos_ = 1;
   int download_base_ = 1;
   double progress_width_ = 0.0;

@@ -88,6 +88,11 @@ TEST_F(DownloadTest, HoldsTheLinkWhileRunningAndFinishesCleanly) {
 
   download.Tick();  // a late tick after the timer stopped
   EXPECT_EQ(sender.frames.size(), 513u);
+
+  link.TLock = true;  // the tuner's Lock Timing stays as it was after a download
+  download.Start(Image(1023));
+  RunToEnd();
+  EXPECT_TRUE(link.TLock);
 }
 
 TEST_F(DownloadTest, StartingAgainRestartsFromTheFirstPosition) {
