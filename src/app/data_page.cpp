@@ -4,6 +4,8 @@
 #include <QGroupBox>
 #include <QVBoxLayout>
 
+#include "shell/qt/qt_platform.h"
+
 namespace vela {
 
 namespace {
@@ -22,7 +24,8 @@ QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
   if (unit) *unit = mode.unit;
   if (lambda <= 0.0) return "-";
   const double value = lambda * mode.stoichiometric;
-  return QString::number(value, 'f', mode.stoichiometric == 1.0 ? 2 : 1);
+  return QString::number(value, 'f', mode.stoichiometric == 1.0 ? 2 : 1)
+      .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
 }
 
 DataPage::DataPage(QWidget* parent) : QWidget(parent) {

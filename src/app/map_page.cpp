@@ -116,7 +116,7 @@ void MapPage::ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pum
 }
 
 void MapPage::ShowDuty(double percent) {
-  if (duty_) duty_->setText(QString::number(percent, 'f', 2));
+  if (duty_) duty_->setText(QString::number(percent, 'f', 2).replace(QLatin1Char('.'), separator_));
 }
 
 }  // namespace vela

@@ -40,6 +40,7 @@ class MapPage : public QWidget {
   void ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pump, bool limiter);
   // "Injector Duty Cycle =" for the selected cell at its RPM.
   void ShowDuty(double percent);
+  void set_decimal_separator(QChar separator) { separator_ = separator; }
 
  private:
   QWidget* BuildLabels(MapKind kind, const QString& suffix);
@@ -56,6 +57,7 @@ class MapPage : public QWidget {
   QLabel* limiter_ = nullptr;
   QButtonGroup* map_selection_ = nullptr;
   QWidget* options_area_ = nullptr;
+  QChar separator_ = QLatin1Char('.');
 };
 
 }  // namespace vela

@@ -7,6 +7,7 @@
 #include "app/editor_session.h"
 #include "app/link_session.h"
 #include "editors/mapgrid/grid_setup.h"
+#include "shell/qt/qt_platform.h"
 
 namespace vela {
 
@@ -50,6 +51,11 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
   const MapKind kind = index < 2 ? MapKind::kFuel : MapKind::kIgnition;
   auto* page = new MapPage(kind, kNames[index], parent);
   pages_[index] = page;
+  // Cells and read-outs show numbers with the computer's decimal separator.
+  const char separator = SystemDecimalSeparator();
+  page->grid()->Model().SetDecimalSeparator(separator);
+  page->readout()->SetDecimalSeparator(QLatin1Char(separator));
+  page->set_decimal_separator(QLatin1Char(separator));
   cross_hair_.Attach(index + 1, page->grid(), page->graph());
   connect(page->grid(), &MapGrid::CellsChanged, this,
           [this, index](const QList<QPoint>& cells) { GridEdited(index, cells); });
