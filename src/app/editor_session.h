@@ -43,7 +43,6 @@ class DownloadProgressWindow : public QDialog {
  public:
   explicit DownloadProgressWindow(QWidget* parent = nullptr);
   void SetWidth(double width);
-  QProgressBar* bar() const { return bar_; }
 
  private:
   QProgressBar* bar_;
@@ -71,9 +70,7 @@ class EditorSession : public QObject {
   EditorState& state() { return state_; }
   const CalibrationImage& image() const { return image_; }
   bool has_calibration() const { return has_calibration_; }
-  bool offline() const { return mode_.Offline; }
   Download& download() { return download_; }
-  DownloadProgressWindow& progress_window() { return progress_; }
 
   // A complete block from the ECU. Ignored while off-line, so a tuner's off-line edits are never
   // replaced behind their back.

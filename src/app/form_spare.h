@@ -18,8 +18,6 @@ class FormSpare : public QDialog {
   FormSpare(ProgramSetup& setup, QtSerialPort& link_port, FileSystem& files, MessageSink& messages,
             QWidget* parent = nullptr);
 
-  QComboBox* port_list() const { return port_list_; }
-  QComboBox* port2_list() const { return port2_list_; }
   // Tries the chosen port and writes `Config.txt`; closes the window on success.
   void Complete();
 

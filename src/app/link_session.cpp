@@ -102,7 +102,6 @@ void LinkSession::Close() {
 
 void LinkSession::OnBlock(const CalibrationImage& image) {
   image_ = image;
-  has_image_ = true;
   handlers_.SetCalibration(&image_);
   emit CalibrationReceived();
 }

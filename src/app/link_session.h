@@ -57,7 +57,6 @@ class LinkSession : public QObject {
   LiveData& live() { return live_; }
   CommandSender& sender() { return sender_; }
   const CalibrationImage& image() const { return image_; }
-  bool has_image() const { return has_image_; }
   ReceiveDispatcher& dispatcher() { return dispatcher_; }
   CalibrationUpload& upload() { return upload_; }
 
@@ -91,7 +90,6 @@ class LinkSession : public QObject {
   ReceiveDispatcher dispatcher_;
   ConnectionSupervisor supervisor_;
   CalibrationImage image_;
-  bool has_image_ = false;
 
   QTimer timer_comm_process_;
   QTimer comms_timer_;

@@ -53,7 +53,6 @@ class MainWindow : public QMainWindow, public StartupSteps {
   QTabWidget* tabs() const { return tabs_; }
   EditorSession& editors() { return *editors_; }
   MapPages& map_pages() { return *map_pages_; }
-  SettingsControls& settings_controls() { return *settings_controls_; }
 
   // StartupSteps
   void SizeWindow() override;

@@ -31,7 +31,6 @@ class MapPage : public QWidget {
   MapReadout* readout() const { return readout_; }
   MapGraph* graph() const { return graph_; }
   QCheckBox* all_ranges() const { return all_ranges_; }
-  QLabel* duty() const { return duty_; }
   // The fuel map selection (fuel pages only; null on the ignition page).
   QButtonGroup* map_selection() const { return map_selection_; }
   QWidget* options_area() const { return options_area_; }

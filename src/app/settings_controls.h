@@ -41,7 +41,6 @@ class SettingsControls : public QObject {
   // Puts the settings' values into the controls (their change handlers see the guards).
   void ShowSettings();
 
-  QComboBox* port_list() const { return port_list_; }
   QPushButton* first_run_button() const { return first_run_button_; }
 
  signals:
