@@ -8,6 +8,11 @@
 namespace vela {
 
 namespace {
+
+constexpr std::string_view kEditsWhileDownTitle = "MORVANE Warning";
+constexpr std::string_view kEditsWhileDownLines[] = {
+    "The map was changed while the ECU was not connected, and the ECU holds a different map.",
+    "Send the changed map to the ECU now? (No takes the ECU's map; the changes are lost.)"};
 constexpr double kProgressFullWidth = 6450.0;
 }  // namespace
 
@@ -67,11 +72,30 @@ ApplyEnvironment EditorSession::Environment() {
                           [] {}};
 }
 
+bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
+  if (!edited_while_down_ || !has_calibration_ || ecu_image.Bytes() == image_.Bytes()) {
+    return false;
+  }
+  const MessageAnswer answer = parts_.messages.Show(
+      MessageIcon::kQuestion, std::string(kEditsWhileDownTitle),
+      {std::string(kEditsWhileDownLines[0]), std::string(kEditsWhileDownLines[1])},
+      MessageButtons::kYesNo);
+  return answer == MessageAnswer::kYes;
+}
+
 void EditorSession::ApplyUpload(const CalibrationImage& image) {
   if (mode_.Offline) {
     parts_.status.Show("Off-line: the ECU's calibration was not applied");
     return;
   }
+  if (KeepEditsOver(image)) {
+    edited_while_down_ = false;
+    parts_.link.StopUploadTimer();
+    download_.Start(std::vector<std::uint8_t>(image_.Bytes().begin(), image_.Bytes().end()));
+    emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
+    return;
+  }
+  edited_while_down_ = false;
   image_ = image;
   has_calibration_ = true;
   state_.SetupErrors.clear();
@@ -84,6 +108,7 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
 void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
                                 const std::vector<MapCell>& cells) {
   if (parts_.suppress_change_events) return;
+  if (!LinkConnected(parts_.link.state()) && !mode_.Offline) edited_while_down_ = true;
   TransmissionSetup setup;
   setup.map_start = map == EditedMap::kFuel1   ? kFuelMap1Start
                     : map == EditedMap::kFuel2 ? kFuelMap2Start

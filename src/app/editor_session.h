@@ -73,7 +73,8 @@ class EditorSession : public QObject {
   Download& download() { return download_; }
 
   // A complete block from the ECU. Ignored while off-line, so a tuner's off-line edits are never
-  // replaced behind their back.
+  // replaced behind their back. When cells were changed while the ECU was not connected and the
+  // ECU's block differs from the editors' calibration, the tuner is asked which one wins.
   void ApplyUpload(const CalibrationImage& image);
   // The tuner changed `cells` of `map`'s grid: cap, write into the image and send.
   void CellsEdited(EditedMap map, MapGridModel& grid, const std::vector<MapCell>& cells);
@@ -90,11 +91,14 @@ class EditorSession : public QObject {
 
  private:
   ApplyEnvironment Environment();
+  // True when the tuner chose to send the editors' calibration instead of taking the ECU's.
+  bool KeepEditsOver(const CalibrationImage& ecu_image);
 
   EditorSessionParts parts_;
   EditorState state_;
   CalibrationImage image_;
   bool has_calibration_ = false;
+  bool edited_while_down_ = false;  // cells changed while no ECU was listening
   ProgramMode mode_;
   OfflineGate gate_;
   CellTransmission transmission_;

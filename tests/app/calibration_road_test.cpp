@@ -112,6 +112,38 @@ class CalibrationRoadTest : public QObject {
     QCOMPARE(static_cast<int>(downloaded[908]),
              static_cast<int>(FirmwareVersionFromText(program.link.live().firmware_text)));
   }
+
+  void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {
+    QTemporaryDir dir;
+    const std::string line = (dir.path() + "/ecu").toStdString();
+    sim::SimCommandLine options;
+    options.link_path = line;
+    auto ecu = std::make_unique<sim::InProcessSimulator>();
+    std::string error;
+    QVERIFY2(ecu->Start(options, &error), error.c_str());
+    Program program(dir.path(), line);
+    QVERIFY(program.window->Load());
+    program.window->show();
+    EditorSession& editors = program.window->editors();
+    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
+
+    // The ECU goes away; the tuner changes a fuel cell meanwhile.
+    ecu->Stop();
+    QTRY_VERIFY_WITH_TIMEOUT(program.link.state().Caption.find("Not") != std::string::npos, 5000);
+    MapGrid* fuel = program.window->map_pages().page(0)->grid();
+    KeyOnCell(fuel, 5, 3, Qt::Key_PageUp);
+    const QByteArray edited = ImageBytes(editors.image());
+
+    // An ECU with its own map comes back: the tuner is asked, says Yes, and the changed map goes
+    // down to it.
+    ecu = std::make_unique<sim::InProcessSimulator>();
+    QVERIFY2(ecu->Start(options, &error), error.c_str());
+    QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
+    QCOMPARE(program.messages.shown.back().title, std::string("MORVANE Warning"));
+    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()), edited, 3000);
+    QCOMPARE(ImageBytes(editors.image()), edited);
+  }
 };
 
 QTEST_MAIN(CalibrationRoadTest)
