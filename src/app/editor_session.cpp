@@ -59,6 +59,8 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
       map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_) {
   download_timer_.setInterval(kDownloadTimerIntervalMs);
   connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
+  // The temperature read-outs convert through the sensor points of the program's calibration.
+  parts_.link.UseCalibration(&image_);
 }
 
 ApplyEnvironment EditorSession::Environment() {
@@ -101,7 +103,6 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
   state_.SetupErrors.clear();
   ApplyEnvironment env = Environment();
   ApplyUploadedCalibration(image_, CalibrationSource::kUpload, state_, env);
-  parts_.link.UseCalibration(&image_);
   emit EditorsFilled();
 }
 
@@ -142,7 +143,6 @@ void EditorSession::LoadAndDownloadMap() {
   if (mode_.Offline != was_offline) emit OfflineChanged(mode_.Offline);
   if (result != MapFileResult::kDone) return;
   has_calibration_ = true;
-  link.UseCalibration(&image_);
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
   emit EditorsFilled();
 }

@@ -100,10 +100,6 @@ void LinkSession::Close() {
   sender_.SendClosingCommand();
 }
 
-void LinkSession::OnBlock(const CalibrationImage& image) {
-  image_ = image;
-  handlers_.SetCalibration(&image_);
-  emit CalibrationReceived();
-}
+void LinkSession::OnBlock(const CalibrationImage& image) { emit CalibrationReceived(image); }
 
 }  // namespace vela

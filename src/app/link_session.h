@@ -56,7 +56,6 @@ class LinkSession : public QObject {
   const LinkDisplay& display() const { return display_; }
   LiveData& live() { return live_; }
   CommandSender& sender() { return sender_; }
-  const CalibrationImage& image() const { return image_; }
   ReceiveDispatcher& dispatcher() { return dispatcher_; }
   CalibrationUpload& upload() { return upload_; }
 
@@ -66,7 +65,8 @@ class LinkSession : public QObject {
   void DisplayChanged();
   void LiveDataChanged();
   void DisplaysReset();
-  void CalibrationReceived();
+  // A complete calibration block from the ECU.
+  void CalibrationReceived(const CalibrationImage& image);
   // Every new live frame the dispatcher takes, after the handlers have run.
   void FrameTaken(const live::Frame& frame);
 
@@ -89,7 +89,6 @@ class LinkSession : public QObject {
   ReceiveBuffer buffer_;
   ReceiveDispatcher dispatcher_;
   ConnectionSupervisor supervisor_;
-  CalibrationImage image_;
 
   QTimer timer_comm_process_;
   QTimer comms_timer_;

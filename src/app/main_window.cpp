@@ -229,10 +229,10 @@ void MainWindow::WireLink() {
     live_data_new_ = false;
   });
   live_refresh_.start();
-  connect(&link, &LinkSession::CalibrationReceived, this, [this] {
+  connect(&link, &LinkSession::CalibrationReceived, this, [this](const CalibrationImage& image) {
     // The upload's own texts end here; the sorting shows its texts next.
     last_orange_block_ = parts_.link.display().orange_block;
-    editors_->ApplyUpload(parts_.link.image());
+    editors_->ApplyUpload(image);
     // `TimerOrangeBlock`: the label clears a moment after "Upload Sorting Complete".
     QTimer::singleShot(kOrangeBlockClearMs, this, [this] {
       if (startup_label_->text() == "Upload Sorting Complete") startup_label_->clear();
