@@ -79,8 +79,9 @@ double IgnMapDegrees(const CalibrationImage& image, double rpm_site, double load
   return low * (1 - fr) + high * fr;
 }
 
-std::uint8_t SensorReading(const CalibrationImage& image, int first_position, double celsius) {
-  return static_cast<std::uint8_t>(std::lround(EightPointValue(image, first_position, celsius)));
+std::uint16_t SensorReading(const CalibrationImage& image, int first_position, double celsius) {
+  const double counts = EightPointValue(image, first_position, celsius) * 4.0;
+  return static_cast<std::uint16_t>(std::clamp(std::lround(counts), 0L, 1023L));
 }
 
 double RpmOfPeriodField(std::uint32_t period_us, double fallback) {

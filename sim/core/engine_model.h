@@ -40,9 +40,9 @@ double RpmSitePosition(const CalibrationImage& image, double rpm);
 double LoadFraction(const CalibrationImage& image, double map_kpa, double throttle_pct);
 double FuelMapUs(const CalibrationImage& image, int map, double rpm_site, double load_site);
 double IgnMapDegrees(const CalibrationImage& image, double rpm_site, double load_fraction);
-// A temperature sensor's reading (divider ratio x 256) at `celsius`, from the eight calibration
-// points starting at `first_position` (-20 to 120 C, 20 C apart).
-std::uint8_t SensorReading(const CalibrationImage& image, int first_position, double celsius);
+// A temperature sensor's reading (10-bit divider count, ratio x 1024) at `celsius`, from the
+// eight calibration points (ratio x 256) starting at `first_position` (-20 to 120 C, 20 C apart).
+std::uint16_t SensorReading(const CalibrationImage& image, int first_position, double celsius);
 // Engine speeds held as periods (microseconds per revolution); `fallback` when out of range.
 double RpmOfPeriodField(std::uint32_t period_us, double fallback);
 

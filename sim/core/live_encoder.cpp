@@ -14,6 +14,7 @@ constexpr int kWaterSensorCal = 987;
 constexpr int kAirSensorCal = 971;
 constexpr int kFirstData = 6;
 constexpr int kLastData = 42;
+constexpr std::uint8_t kFirmwareBuild = 12;
 constexpr std::array<std::string_view, 4> kMarkers = {"START", "END", "ALL", "DONE"};
 
 void Put8(live::Frame& f, int position, double value) {
@@ -48,29 +49,37 @@ std::uint8_t StatusBits(const EngineState& s) {
 }
 
 void PutEngineFields(live::Frame& f, const EngineState& s) {
-  const double period = s.rpm > 0 ? 60'000'000.0 / s.rpm : 0.0;
+  const double period = s.rpm > 0 ? live::kEngineSpeedConstant / s.rpm : 0.0;
   PutU24(f, live::kEnginePeriod, static_cast<std::uint32_t>(std::lround(period)) & 0xFFFFFF);
-  PutU16(f, live::kMap, s.map_kpa * 10);
-  PutU16(f, live::kTps, s.throttle_pct * 10);
-  PutU16(f, live::kInjectionTime, s.injection_us);
-  Put16(f, live::kIgnitionAdvance, std::clamp(std::lround(s.advance_deg * 10), -32768L, 32767L));
+  PutU16(f, live::kInjectionTime, s.injection_us / 1000.0 * live::kInjectionDivisor);
+  Put16(f, live::kIgnitionAdvance,
+        std::clamp(std::lround(s.advance_deg * live::kAdvanceDivisor), -32768L, 32767L));
+  PutU16(f, live::kMap, s.map_kpa * live::kMapDivisor);
+  PutU16(f, live::kTps, std::clamp(s.throttle_pct, 0.0, 100.0) * live::kTpsDivisor);
+  PutU16(f, live::kBattery, s.battery_v * live::kBatteryDivisor);
+  PutU16(f, live::kLambda, s.lambda * live::kLambdaDivisor);
   Put8(f, live::kLoadSite, s.load_site * 16);
-  PutU16(f, live::kBattery, s.battery_v * 100);
-  Put8(f, live::kLambda, s.lambda * 100);
-  PutU16(f, live::kThrottlePump, s.throttle_pump_us);
   Put8(f, live::kRpmSite, s.rpm_site * 16);
+  // The pump's addition as a share of the injection time it is added to.
+  const double pump_percent = s.injection_us > 0 ? 100.0 * s.throttle_pump_us / s.injection_us : 0;
+  PutU16(f, live::kThrottlePump, pump_percent * live::kThrottlePumpDivisor);
+}
+
+void PutSensors(live::Frame& f, const EngineState& s, const CalibrationImage& image) {
+  Put16(f, live::kWaterSensor, SensorReading(image, kWaterSensorCal, s.water_c));
+  Put16(f, live::kAirSensor, SensorReading(image, kAirSensorCal, s.air_c));
 }
 
 void PutIdleAndStatus(live::Frame& f, const EngineState& s) {
-  PutU16(f, live::kIdleValve, s.idle_duty_pct * 10);
+  Put8(f, live::kIdleValve, std::clamp(s.idle_duty_pct, 0.0, 100.0) * live::kIdleDivisor);
   Put8(f, live::kIdleStep, s.idle_duty_pct * 2.55);
   PutU16(f, live::kIdleTarget, s.idle_target_rpm);
-  Put8(f, live::kErrorCount, s.error_count);
-  Put8(f, live::kLastError, s.last_error);
   // Output 1 drives the fuel pump relay while the engine runs, output 2 the radiator fan.
   f[live::kGpoStates - 1] = static_cast<std::uint8_t>((s.rpm > 0 ? 1 : 0) | (s.fan_on ? 2 : 0));
   f[live::kGpiStates - 1] = 0;
   f[live::kStatus - 1] = StatusBits(s);
+  Put8(f, live::kFaultCount, s.error_count);
+  Put8(f, live::kNewestFault, s.last_error);
 }
 
 }  // namespace
@@ -81,10 +90,9 @@ live::Frame EncodeLiveFrame(const EngineState& state, const CalibrationImage& im
   PutMarkers(f);
   PutEngineFields(f, state);
   PutIdleAndStatus(f, state);
-  f[live::kWaterSensor - 1] = SensorReading(image, kWaterSensorCal, state.water_c);
-  f[live::kAirSensor - 1] = SensorReading(image, kAirSensorCal, state.air_c);
-  f[live::kSensorFlags - 1] = 0;
+  PutSensors(f, state, image);
   f[live::kFirmwareVersion - 1] = image.FirmwareVersion();
+  f[live::kFirmwareBuild - 1] = kFirmwareBuild;
   f[live::kLiveTune - 1] = 1;
   Put8(f, live::kFramesPerSecond, frames_per_second);
   KeepMarkersOut(f);

@@ -127,10 +127,18 @@ std::uint8_t RawFromBattComp(double milliseconds) { return ClampedByte(milliseco
 double SensorFractionFromRaw(int raw) { return raw / 256.0; }
 std::uint8_t RawFromSensorFraction(double fraction) { return ClampedByte(fraction * 256.0); }
 
-std::string TemperatureText(double reading, const std::array<double, 8>& calibration_points) {
+double SensorTemperature(double reading, const std::array<double, 8>& calibration_points) {
   const std::optional<double> degrees = Interpolated(reading, calibration_points);
-  if (!degrees) return ColderThanFirstPoint(reading, calibration_points) ? "<-20" : ">120";
-  return std::to_string(static_cast<int>(RoundHalfEven(*degrees)));
+  if (degrees) return *degrees;
+  return ColderThanFirstPoint(reading, calibration_points) ? kTemperatureBeyondCold
+                                                           : kTemperatureBeyondHot;
+}
+
+std::string TemperatureText(double reading, const std::array<double, 8>& calibration_points) {
+  const double degrees = SensorTemperature(reading, calibration_points);
+  if (degrees == kTemperatureBeyondHot) return ">120";
+  if (degrees == kTemperatureBeyondCold) return "<-20";
+  return std::to_string(static_cast<int>(RoundHalfEven(degrees)));
 }
 
 }  // namespace vela

@@ -59,4 +59,10 @@ inline constexpr std::array<int, 8> kSensorPointTemperatures = {-20, 0, 20, 40, 
 // "<-20" when the reading lies beyond the points. The points may fall or rise with temperature.
 std::string TemperatureText(double reading, const std::array<double, 8>& calibration_points);
 
+// The same as a number: degrees C, or kTemperatureBeyondHot (9999) beyond the hottest point and
+// kTemperatureBeyondCold (8888) beyond the coldest.
+inline constexpr double kTemperatureBeyondHot = 9999.0;
+inline constexpr double kTemperatureBeyondCold = 8888.0;
+double SensorTemperature(double reading, const std::array<double, 8>& calibration_points);
+
 }  // namespace vela

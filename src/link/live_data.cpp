@@ -1,9 +1,15 @@
 #include "link/live_data.h"
 
 #include "calibration/conversions.h"
+#include "calibration/rounding.h"
 #include "link/live_frame.h"
 
 namespace vela::live_text {
+
+namespace {
+// A divider count within this distance of either rail is a shorted or open sensor.
+constexpr std::uint16_t kSensorRailCounts = 4;
+}  // namespace
 
 std::string Fixed(double value, int decimals, char separator) {
   return FormatFixed(value, decimals, separator, nullptr);
@@ -21,12 +27,18 @@ std::string DutyText(double percent, char separator) {
   return Fixed(percent, 2, separator);
 }
 
-std::string SensorTemperatureText(std::uint8_t ratio, bool fault,
-                                  const std::array<double, 8>& points) {
+std::string SensorTemperatureText(std::uint16_t reading, bool fault, double degrees) {
   if (fault) return "Error";
-  if (ratio == 0 || ratio == 255) return "999";
-  std::string text = TemperatureText(ratio, points);
-  return text == ">120" ? "Over" : text;
+  if (reading < kSensorRailCounts || reading > live::kSensorReadingMask - kSensorRailCounts) {
+    return "999";
+  }
+  if (degrees == kTemperatureBeyondHot) return "Over";
+  if (degrees == kTemperatureBeyondCold) return "<-20";
+  return std::to_string(static_cast<int>(RoundHalfEven(degrees)));
+}
+
+double SensorTemperatureOf(std::uint16_t reading, const std::array<double, 8>& points) {
+  return SensorTemperature(reading / live::kSensorCountsPerPoint, points);
 }
 
 std::string StatusText(std::uint8_t status) {

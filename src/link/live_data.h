@@ -5,58 +5,66 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace vela {
 
 struct LiveData {
-  // Handler 1: engine speed from the revolution period.
+  // Handler 1: engine speed from the revolution period (positions 6-8).
   std::uint32_t engine_period_us = 0;
   double engine_rpm = 0.0;
   std::string engine_rpm_text = "0";
-  // Handlers 2 and 3.
-  double map_kpa = 0.0;
-  std::string map_text = "0.0";
-  double tps_percent = 0.0;
-  std::string tps_text = "0.0";
-  // Handler 4: injector open time; handler 6: its share of the revolution.
+  // Handler 2: injector open time (9-10).
   double injection_ms = 0.0;
   std::string injection_text = "0.00";
-  double injector_duty_percent = 0.0;
-  std::string injector_duty_text = "0.00";
-  // Handler 5.
+  // Handler 3: ignition advance (11-12).
   double ignition_advance_deg = 0.0;
   std::string ignition_text = "0.0";
-  // Handlers 7 and 8.
-  double idle_valve_percent = 0.0;
-  std::string idle_valve_text = "0.0";
-  double throttle_pump_ms = 0.0;
-  std::string throttle_pump_text = "0.00";
-  // Handlers 9 and 10: sensor divider ratios (x 256), fault bits and temperatures.
-  std::uint8_t water_ratio = 0;
-  bool water_fault = false;
-  std::string water_temp_text;
-  std::uint8_t air_ratio = 0;
-  bool air_fault = false;
-  std::string air_temp_text;
-  double load_site = 0.0;  // fraction of a column of the fuel map
-  // Handler 11: 0 means no sensor reading.
+  // Handler 4: manifold pressure (13-14), "Over" beyond the installed sensor's range; handler 6
+  // reads the same field as boost above the atmosphere in bar, "99.99 " beyond the range.
+  double map_kpa = 0.0;
+  std::string map_text = "0.0";
+  double boost_bar = 0.0;
+  std::string boost_text = "0.00";
+  // Handler 5: throttle position (15-16).
+  double tps_percent = 0.0;
+  std::string tps_text = "0.0";
+  // Handler 7: the oxygen sensor (24-25); 0 means no reading.
   double lambda = 0.0;
-  std::string lambda_text = "0.00";
+  std::string lambda_text = "0.000";
+  // The air-fuel ratio: lambda times the stoichiometric ratio of the fuel the display is set
+  // to (lambda itself when it shows lambda).
   double afr = 0.0;
   std::string afr_text = "0.0";
-  // Handler 12.
+  // Handlers 8 and 14: the sites the ECU runs on (26, 28), fractions of a column and a row.
+  double load_site = 0.0;
+  double rpm_site = 0.0;
+  // Handlers 9 and 10: the sensor readings (10-bit divider counts), fault bits, temperatures
+  // (degrees C, or the sentinels of SensorTemperature) and their texts.
+  std::uint16_t water_reading = 0;
+  bool water_fault = false;
+  double water_temp_c = 0.0;
+  std::string water_temp_text;
+  std::uint16_t air_reading = 0;
+  bool air_fault = false;
+  double air_temp_c = 0.0;
+  std::string air_temp_text;
+  // Handler 11: idle valve duty (23).
+  double idle_valve_percent = 0.0;
+  std::string idle_valve_text = "0.0";
+  // Handler 12: battery (21-22).
   double battery_volts = 0.0;
   std::string battery_text = "0.00";
-  // Handlers 13 to 19.
+  // Handlers 13 and 17 to 19: the idle controller (31-33).
   int idle_step = 0;
-  double rpm_site = 0.0;  // fraction of a row of the fuel map
-  int error_count = 0;
-  int last_error = 0;
   std::string idle_step_text = "0";
   bool idle_active = false;
   std::string idle_active_text = "OFF";
   int idle_target_rpm = 0;
   std::string idle_target_text = "0";
+  // Handlers 15 and 16: throttle pump addition (29, 30), percent of the fuel.
+  double throttle_pump_percent = 0.0;
+  std::string throttle_pump_text = "0.0";
   // Handlers 20 and 21: bit n = output / input n + 1.
   std::uint8_t gpo_states = 0;
   std::uint8_t gpi_states = 0;
@@ -69,12 +77,19 @@ struct LiveData {
   // Handlers 24 to 28.
   int firmware_version = 0;
   int firmware_build = 0;
-  std::string firmware_text = "0.0";
+  // The version text the link shows: "ECU Firmware Ver. " and the version, so that its 19th
+  // character begins the version number (a map file loaded into this ECU keeps its version).
+  // Empty until a frame has arrived.
+  std::string firmware_text;
   bool live_tune = false;
   std::string live_tune_text = "OFF";
   int frames_per_second = 0;
-  std::array<std::uint8_t, 2> spare = {0, 0};  // positions 41 and 42
-  // Trailing handler: how many times the displays were refreshed since the last reset.
+  int error_count = 0;  // fault codes the ECU holds
+  int last_error = 0;   // the newest of them
+  // Trailing handler: the injector duty from the injection time and engine speed, and how many
+  // times the displays were refreshed since the last reset.
+  double injector_duty_percent = 0.0;
+  std::string injector_duty_text = "0.00";
   std::uint32_t refresh_count = 0;
 
   void Clear() { *this = LiveData{}; }
@@ -92,11 +107,14 @@ std::string OnOff(bool on);
 std::string InjectionText(double milliseconds, char separator);
 // The duty cycle in percent with two decimals, "99.99 " beyond kDutyDisplayLimit.
 std::string DutyText(double percent, char separator);
-// A temperature sensor: "Error" when the ECU flags the sensor, "999" when the divider sits at a
-// rail (sensor shorted or open), "Over" beyond the hottest calibration point, otherwise the
-// temperature through the sensor's eight calibration points (ratio bytes, -20 to 120 C).
-std::string SensorTemperatureText(std::uint8_t ratio, bool fault,
-                                  const std::array<double, 8>& points);
+inline constexpr std::string_view kFirmwareTextPrefix = "ECU Firmware Ver. ";
+// A temperature sensor: "Error" when the ECU flags the sensor, "999" when the divider count sits
+// at a rail (sensor shorted or open), "Over" beyond the hottest calibration point, otherwise
+// `degrees` as whole degrees ("<-20" beyond the coldest point).
+std::string SensorTemperatureText(std::uint16_t reading, bool fault, double degrees);
+// The temperature of a 10-bit divider count through the sensor's eight calibration points
+// (ratio bytes, -20 to 120 C): degrees, or the sentinels of SensorTemperature.
+double SensorTemperatureOf(std::uint16_t reading, const std::array<double, 8>& points);
 std::string StatusText(std::uint8_t status);   // "Active" or empty
 std::string FuelMapText(std::uint8_t status);  // "Fuel Map 1", "Fuel Map 2" or empty
 

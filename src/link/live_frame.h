@@ -1,7 +1,13 @@
 // The live frame the ECU streams: "START", 37 data bytes at positions 6 to 42, "END" (45 bytes,
 // positions counted from 1 as the receive handlers count them). This header is the one place
-// where the fields' positions and scalings are fixed; the program's receive handlers decode
-// with it and the simulated ECU encodes with it. Multi-byte fields are little-endian.
+// where the fields' positions and scalings are fixed; the program's receive handlers, the
+// datalog and the simulated ECU all decode and encode with it. Multi-byte fields are
+// little-endian (the first character is the low byte).
+//
+// The positions of the engine's values are those the receive handlers and the datalog channels
+// read: injection time 9-10, advance 11-12, MAP 13-14, throttle 15-16, water 17-18, air 19-20,
+// battery 21-22, idle valve 23, throttle pump addition 29-30. The fields beside them sit where
+// no handler reads another quantity.
 #pragma once
 
 #include <array>
@@ -15,31 +21,40 @@ inline constexpr int kStartToEnd = 42;  // position of "END" minus position of "
 inline constexpr std::string_view kStartMarker = "START";
 inline constexpr std::string_view kEndMarker = "END";
 
-// Positions (1-based) of the fields, in the order of the receive handlers that read them.
-inline constexpr int kEnginePeriod = 6;     // 6-8: 24-bit, microseconds per crank revolution; 0 = stopped
-inline constexpr int kMap = 9;              // 9-10: manifold pressure, kPa x 10
-inline constexpr int kTps = 11;             // 11-12: throttle position, % x 10
-inline constexpr int kInjectionTime = 13;   // 13-14: injector open time, microseconds
-inline constexpr int kIgnitionAdvance = 15; // 15-16: advance, degrees x 10, signed 16-bit
-inline constexpr int kWaterSensor = 17;     // 17: water temperature sensor, divider ratio x 256
-inline constexpr int kSensorFlags = 18;     // 18: bit 0 water sensor fault, bit 1 air sensor fault
-inline constexpr int kAirSensor = 19;       // 19: air temperature sensor, divider ratio x 256
-inline constexpr int kLoadSite = 20;        // 20: load site in use, x 16 (fraction of a column)
-inline constexpr int kBattery = 21;         // 21-22: battery voltage, volts x 100
-inline constexpr int kLambda = 23;          // 23: lambda x 100 (0 = no sensor reading)
-inline constexpr int kIdleValve = 24;       // 24-25: idle valve duty, % x 10
-inline constexpr int kThrottlePump = 26;    // 26-27: throttle pump addition, microseconds
-inline constexpr int kRpmSite = 28;         // 28: RPM site in use, x 16 (fraction of a row)
-inline constexpr int kErrorCount = 29;      // 29: number of stored error codes
-inline constexpr int kLastError = 30;       // 30: last error code (0 = none)
-inline constexpr int kIdleStep = 31;        // 31: idle controller step; 32-33: idle target, rpm
-inline constexpr int kIdleTarget = 32;
-inline constexpr int kGpoStates = 34;       // 34: bit n = general purpose output n+1 on
-inline constexpr int kGpiStates = 35;       // 35: bit n = general purpose input n+1 active
-inline constexpr int kStatus = 36;          // 36: status bits below
-inline constexpr int kFirmwareVersion = 37; // 37: firmware version
-inline constexpr int kLiveTune = 39;        // 39: live tuning on (1) / off (0)
-inline constexpr int kFramesPerSecond = 40; // 40: live frames per second now; 41, 42: spare
+// Positions (1-based) of the fields.
+inline constexpr int kEnginePeriod = 6;      // 6-8: 24-bit, microseconds per crank revolution
+inline constexpr int kInjectionTime = 9;     // 9-10: injector open time, 10 us units (ms x 100)
+inline constexpr int kIgnitionAdvance = 11;  // 11-12: advance, degrees x 512, signed 16-bit
+inline constexpr int kMap = 13;              // 13-14: manifold pressure, kPa x 10
+inline constexpr int kTps = 15;              // 15-16: throttle position, 10-bit count (0-1023)
+inline constexpr int kWaterSensor = 17;      // 17-18: water sensor, bits 0-9 (see below)
+inline constexpr int kSensorFlags = 18;      // 18: bit 6 water sensor fault, bit 7 air sensor fault
+inline constexpr int kAirSensor = 19;        // 19-20: air sensor, bits 0-9
+inline constexpr int kBattery = 21;          // 21-22: battery voltage, volts x 100
+inline constexpr int kIdleValve = 23;        // 23: idle valve duty, % x 2.56
+inline constexpr int kLambda = 24;           // 24-25: lambda x 1000 (0 = no sensor reading)
+inline constexpr int kLoadSite = 26;         // 26: load site in use, x 16; 27 spare
+inline constexpr int kRpmSite = 28;          // 28: RPM site in use, x 16
+inline constexpr int kThrottlePump = 29;     // 29-30: throttle pump addition, % of fuel x 10
+inline constexpr int kIdleStep = 31;         // 31: idle controller step
+inline constexpr int kIdleTarget = 32;       // 32-33: idle target, RPM
+inline constexpr int kGpoStates = 34;        // 34: bit n = general purpose output n+1 on
+inline constexpr int kGpiStates = 35;        // 35: bit n = general purpose input n+1 active
+inline constexpr int kStatus = 36;           // 36: status bits below
+inline constexpr int kFirmwareVersion = 37;  // 37: firmware version (the image's byte 909)
+inline constexpr int kFirmwareBuild = 38;    // 38: firmware build
+inline constexpr int kLiveTune = 39;         // 39: live tuning on (1) / off (0)
+inline constexpr int kFramesPerSecond = 40;  // 40: live frames per second now
+inline constexpr int kFaultCount = 41;       // 41: fault codes the ECU holds
+inline constexpr int kNewestFault = 42;      // 42: the newest of them (0 = none)
+
+// Bits of the sensor flags byte (position 18, the water reading's high byte).
+inline constexpr std::uint8_t kWaterSensorFault = 0x40;
+inline constexpr std::uint8_t kAirSensorFault = 0x80;
+// The temperature sensors are read as a 10-bit count of the divider (ratio x 1024), four counts
+// to one step of the image's sensor points (ratio x 256).
+inline constexpr std::uint32_t kSensorReadingMask = 0x03FF;
+inline constexpr double kSensorCountsPerPoint = 4.0;
 
 // Bits of the status byte (position 36).
 inline constexpr std::uint8_t kStatusEngineActive = 0x01;
@@ -48,10 +63,20 @@ inline constexpr std::uint8_t kStatusFuelMap2 = 0x04;
 inline constexpr std::uint8_t kStatusThrottlePump = 0x08;
 inline constexpr std::uint8_t kStatusLimiter = 0x10;
 
-// Engine speed from the period field; 0 when the engine stands.
-inline constexpr double RpmFromPeriod(std::uint32_t period_us) {
-  return period_us == 0 ? 0.0 : 60'000'000.0 / period_us;
-}
+// Scalings.
+inline constexpr double kEngineSpeedConstant = 60'000'000.0;  // microseconds per minute
+inline constexpr double kEngineSpeedDivisor = 1.0;            // one period a revolution
+inline constexpr double kEngineSpeedFactor = 100.0;           // percent: no correction
+// A period whose high byte is this or more is an engine standing or barely turning: 0 RPM.
+inline constexpr std::uint8_t kStoppedPeriodHighByte = 40;
+inline constexpr double kInjectionDivisor = 100.0;  // reading / 100 = milliseconds
+inline constexpr double kAdvanceDivisor = 512.0;    // reading / 512 = degrees
+inline constexpr double kMapDivisor = 10.0;         // reading / 10 = kPa
+inline constexpr double kTpsDivisor = 10.23;        // 1023 counts = 100 %
+inline constexpr double kBatteryDivisor = 100.0;    // reading / 100 = volts
+inline constexpr double kIdleDivisor = 2.56;        // 256 counts = 100 %
+inline constexpr double kLambdaDivisor = 1000.0;
+inline constexpr double kThrottlePumpDivisor = 10.0;
 
 using Frame = std::array<std::uint8_t, kFrameLength>;
 
@@ -64,6 +89,54 @@ inline constexpr std::uint32_t U24(const Frame& f, int position) {
 }
 inline constexpr std::int32_t S16(const Frame& f, int position) {
   return static_cast<std::int16_t>(static_cast<std::uint16_t>(U16(f, position)));
+}
+
+// The engine's values as numbers, decoded from a frame. Every reader of a frame (the live
+// read-outs, the cross-hair, the datalog) converts through these.
+inline constexpr double RpmFromPeriod(std::uint32_t period_us) {
+  return period_us == 0 ? 0.0
+                        : kEngineSpeedConstant / kEngineSpeedDivisor / period_us *
+                              (kEngineSpeedFactor / 100.0);
+}
+inline constexpr double EngineRpm(const Frame& f) {
+  if (At(f, kEnginePeriod + 2) >= kStoppedPeriodHighByte) return 0.0;
+  return RpmFromPeriod(U24(f, kEnginePeriod));
+}
+inline constexpr double InjectionMs(const Frame& f) {
+  return U16(f, kInjectionTime) / kInjectionDivisor;
+}
+inline constexpr double AdvanceDegrees(const Frame& f) {
+  return S16(f, kIgnitionAdvance) / kAdvanceDivisor;
+}
+inline constexpr double MapKpa(const Frame& f) { return U16(f, kMap) / kMapDivisor; }
+inline constexpr double TpsPercent(const Frame& f) { return (U16(f, kTps) & 0x03FF) / kTpsDivisor; }
+inline constexpr std::uint32_t WaterReading(const Frame& f) {
+  return U16(f, kWaterSensor) & kSensorReadingMask;
+}
+inline constexpr std::uint32_t AirReading(const Frame& f) {
+  return U16(f, kAirSensor) & kSensorReadingMask;
+}
+inline constexpr bool WaterSensorFault(const Frame& f) {
+  return (At(f, kSensorFlags) & kWaterSensorFault) != 0;
+}
+inline constexpr bool AirSensorFault(const Frame& f) {
+  return (At(f, kSensorFlags) & kAirSensorFault) != 0;
+}
+inline constexpr double BatteryVolts(const Frame& f) { return U16(f, kBattery) / kBatteryDivisor; }
+inline constexpr double IdleValvePercent(const Frame& f) {
+  return At(f, kIdleValve) / kIdleDivisor;
+}
+inline constexpr double Lambda(const Frame& f) { return U16(f, kLambda) / kLambdaDivisor; }
+inline constexpr double ThrottlePumpPercent(const Frame& f) {
+  return U16(f, kThrottlePump) / kThrottlePumpDivisor;
+}
+// Injector duty in percent: the open time against the time a cylinder's cycle allows, which the
+// engine set-up gives as the duty base (milliseconds x RPM at 100 %: 120000 x B / A, see the
+// fuel duty limit of the map editors; 120000 for one injection every two revolutions).
+inline constexpr double kDefaultDutyBase = 120000.0;
+inline constexpr double InjectorDutyPercent(const Frame& f, double duty_base = kDefaultDutyBase) {
+  if (!(duty_base > 0.0)) return 0.0;
+  return 100.0 * InjectionMs(f) * EngineRpm(f) / duty_base;
 }
 
 }  // namespace vela::live

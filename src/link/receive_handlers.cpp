@@ -11,37 +11,51 @@ using live::At;
 using live::Frame;
 using live_text::Fixed;
 
-constexpr double kLambdaStoichiometricAfr = 14.7;
-constexpr int kFirmwareBuild = live::kFirmwareVersion + 1;  // position 38
+constexpr double kAtmosphereKpa = 101.3;
+constexpr double kBoostDisplayLimitBar = 99.99;
 
 }  // namespace
 
 const std::array<ReceiveHandlers::Handler, ReceiveHandlers::kHandlerCount> ReceiveHandlers::kOrder =
     {
-        &ReceiveHandlers::EngineSpeedStep,     &ReceiveHandlers::MapHandler,
-        &ReceiveHandlers::TpsHandler,          &ReceiveHandlers::InjectionTimeHandler,
-        &ReceiveHandlers::IgnitionHandler,     &ReceiveHandlers::InjectorDutyHandler,
-        &ReceiveHandlers::IdleValveHandler,    &ReceiveHandlers::ThrottlePumpHandler,
-        &ReceiveHandlers::WaterTempHandler,    &ReceiveHandlers::AirTempHandler,
-        &ReceiveHandlers::LambdaHandler,       &ReceiveHandlers::BatteryHandler,
-        &ReceiveHandlers::IdleStepHandler,     &ReceiveHandlers::RpmSiteHandler,
-        &ReceiveHandlers::ErrorCountHandler,   &ReceiveHandlers::LastErrorHandler,
-        &ReceiveHandlers::IdleStepTextHandler, &ReceiveHandlers::IdleActiveHandler,
-        &ReceiveHandlers::IdleTargetHandler,   &ReceiveHandlers::OutputsHandler,
-        &ReceiveHandlers::InputsHandler,       &ReceiveHandlers::StatusHandler,
-        &ReceiveHandlers::EmptyHandler,        &ReceiveHandlers::FirmwareHandler,
-        &ReceiveHandlers::LiveTuneHandler,     &ReceiveHandlers::FrameRateHandler,
-        &ReceiveHandlers::Spare1Handler,       &ReceiveHandlers::Spare2Handler,
+        &ReceiveHandlers::EngineSpeedStep,
+        &ReceiveHandlers::InjectionTimeHandler,
+        &ReceiveHandlers::IgnitionHandler,
+        &ReceiveHandlers::MapHandler,
+        &ReceiveHandlers::TpsHandler,
+        &ReceiveHandlers::BoostHandler,
+        &ReceiveHandlers::LambdaHandler,
+        &ReceiveHandlers::LoadSiteHandler,
+        &ReceiveHandlers::WaterTempHandler,
+        &ReceiveHandlers::AirTempHandler,
+        &ReceiveHandlers::IdleValveHandler,
+        &ReceiveHandlers::BatteryHandler,
+        &ReceiveHandlers::IdleStepHandler,
+        &ReceiveHandlers::RpmSiteHandler,
+        &ReceiveHandlers::ThrottlePumpLowHandler,
+        &ReceiveHandlers::ThrottlePumpHighHandler,
+        &ReceiveHandlers::IdleStepTextHandler,
+        &ReceiveHandlers::IdleActiveHandler,
+        &ReceiveHandlers::IdleTargetHandler,
+        &ReceiveHandlers::OutputsHandler,
+        &ReceiveHandlers::InputsHandler,
+        &ReceiveHandlers::StatusHandler,
+        &ReceiveHandlers::EmptyHandler,
+        &ReceiveHandlers::FirmwareHandler,
+        &ReceiveHandlers::LiveTuneHandler,
+        &ReceiveHandlers::FrameRateHandler,
+        &ReceiveHandlers::FaultCountHandler,
+        &ReceiveHandlers::NewestFaultHandler,
 };
 
 void ReceiveHandlers::RunAll(const Frame& frame) {
   for (Handler handler : kOrder) (this->*handler)(frame);
-  TrailingHandler();
+  TrailingHandler(frame);
 }
 
 std::uint32_t ReceiveHandlers::EngineSpeedHandler(const Frame& f) {
   live_.engine_period_us = live::U24(f, live::kEnginePeriod);
-  live_.engine_rpm = live::RpmFromPeriod(live_.engine_period_us);
+  live_.engine_rpm = live::EngineRpm(f);
   live_.engine_rpm_text = Fixed(live_.engine_rpm, 0, separator_);
   return live_.engine_period_us;
 }
@@ -51,69 +65,70 @@ void ReceiveHandlers::EngineSpeedStep(const Frame& f) {
   if (hooks_.on_engine_count) hooks_.on_engine_count(count);
 }
 
-void ReceiveHandlers::MapHandler(const Frame& f) {
-  live_.map_kpa = live::U16(f, live::kMap) / 10.0;
-  live_.map_text = Fixed(live_.map_kpa, 1, separator_);
-}
-
-void ReceiveHandlers::TpsHandler(const Frame& f) {
-  live_.tps_percent = live::U16(f, live::kTps) / 10.0;
-  live_.tps_text = Fixed(live_.tps_percent, 1, separator_);
-}
-
 void ReceiveHandlers::InjectionTimeHandler(const Frame& f) {
-  live_.injection_ms = live::U16(f, live::kInjectionTime) / 1000.0;
+  live_.injection_ms = live::InjectionMs(f);
   live_.injection_text = live_text::InjectionText(live_.injection_ms, separator_);
 }
 
 void ReceiveHandlers::IgnitionHandler(const Frame& f) {
-  live_.ignition_advance_deg = live::S16(f, live::kIgnitionAdvance) / 10.0;
+  live_.ignition_advance_deg = live::AdvanceDegrees(f);
   live_.ignition_text = Fixed(live_.ignition_advance_deg, 1, separator_);
 }
 
-// One injection per revolution: the open time as a share of the revolution period.
-void ReceiveHandlers::InjectorDutyHandler(const Frame& f) {
-  const std::uint32_t injection_us = live::U16(f, live::kInjectionTime);
-  const std::uint32_t period_us = live::U24(f, live::kEnginePeriod);
-  live_.injector_duty_percent = period_us == 0 ? 0.0 : 100.0 * injection_us / period_us;
-  live_.injector_duty_text = live_text::DutyText(live_.injector_duty_percent, separator_);
+void ReceiveHandlers::MapHandler(const Frame& f) {
+  live_.map_kpa = live::MapKpa(f);
+  live_.map_text = live_.map_kpa > map_range_kpa_ ? "Over" : Fixed(live_.map_kpa, 1, separator_);
 }
 
-void ReceiveHandlers::IdleValveHandler(const Frame& f) {
-  live_.idle_valve_percent = live::U16(f, live::kIdleValve) / 10.0;
-  live_.idle_valve_text = Fixed(live_.idle_valve_percent, 1, separator_);
+void ReceiveHandlers::TpsHandler(const Frame& f) {
+  live_.tps_percent = live::TpsPercent(f);
+  live_.tps_text = Fixed(live_.tps_percent, 1, separator_);
 }
 
-void ReceiveHandlers::ThrottlePumpHandler(const Frame& f) {
-  live_.throttle_pump_ms = live::U16(f, live::kThrottlePump) / 1000.0;
-  live_.throttle_pump_text = Fixed(live_.throttle_pump_ms, 2, separator_);
-}
-
-void ReceiveHandlers::WaterTempHandler(const Frame& f) {
-  live_.water_ratio = At(f, live::kWaterSensor);
-  live_.water_fault = (At(f, live::kSensorFlags) & 0x01) != 0;
-  live_.water_temp_text =
-      live_text::SensorTemperatureText(live_.water_ratio, live_.water_fault,
-                                       SensorPoints(SetupFieldNamed("WaterSensorCal").position));
-}
-
-void ReceiveHandlers::AirTempHandler(const Frame& f) {
-  live_.air_fault = (At(f, live::kSensorFlags) & 0x02) != 0;
-  live_.air_ratio = At(f, live::kAirSensor);
-  live_.air_temp_text = live_text::SensorTemperatureText(
-      live_.air_ratio, live_.air_fault, SensorPoints(SetupFieldNamed("AirSensorCal").position));
-  live_.load_site = At(f, live::kLoadSite) / 16.0;
+void ReceiveHandlers::BoostHandler(const Frame& f) {
+  const double kpa = live::MapKpa(f);
+  live_.boost_bar = (kpa - kAtmosphereKpa) / 100.0;
+  live_.boost_text = kpa > map_range_kpa_ || live_.boost_bar > kBoostDisplayLimitBar
+                         ? "99.99 "
+                         : Fixed(live_.boost_bar, 2, separator_);
 }
 
 void ReceiveHandlers::LambdaHandler(const Frame& f) {
-  live_.lambda = At(f, live::kLambda) / 100.0;
-  live_.afr = live_.lambda * kLambdaStoichiometricAfr;
-  live_.lambda_text = Fixed(live_.lambda, 2, separator_);
-  live_.afr_text = Fixed(live_.afr, 1, separator_);
+  live_.lambda = live::Lambda(f);
+  live_.lambda_text = Fixed(live_.lambda, 3, separator_);
+  live_.afr = live_.lambda * stoichiometric_;
+  live_.afr_text = Fixed(live_.afr, stoichiometric_ == 1.0 ? 2 : 1, separator_);
+}
+
+void ReceiveHandlers::LoadSiteHandler(const Frame& f) {
+  live_.load_site = At(f, live::kLoadSite) / 16.0;
+}
+
+void ReceiveHandlers::WaterTempHandler(const Frame& f) {
+  live_.water_reading = static_cast<std::uint16_t>(live::WaterReading(f));
+  live_.water_fault = live::WaterSensorFault(f);
+  live_.water_temp_c = live_text::SensorTemperatureOf(
+      live_.water_reading, SensorPoints(SetupFieldNamed("WaterSensorCal").position));
+  live_.water_temp_text =
+      live_text::SensorTemperatureText(live_.water_reading, live_.water_fault, live_.water_temp_c);
+}
+
+void ReceiveHandlers::AirTempHandler(const Frame& f) {
+  live_.air_fault = live::AirSensorFault(f);
+  live_.air_reading = static_cast<std::uint16_t>(live::AirReading(f));
+  live_.air_temp_c = live_text::SensorTemperatureOf(
+      live_.air_reading, SensorPoints(SetupFieldNamed("AirSensorCal").position));
+  live_.air_temp_text =
+      live_text::SensorTemperatureText(live_.air_reading, live_.air_fault, live_.air_temp_c);
+}
+
+void ReceiveHandlers::IdleValveHandler(const Frame& f) {
+  live_.idle_valve_percent = live::IdleValvePercent(f);
+  live_.idle_valve_text = Fixed(live_.idle_valve_percent, 1, separator_);
 }
 
 void ReceiveHandlers::BatteryHandler(const Frame& f) {
-  live_.battery_volts = live::U16(f, live::kBattery) / 100.0;
+  live_.battery_volts = live::BatteryVolts(f);
   live_.battery_text = Fixed(live_.battery_volts, 2, separator_);
 }
 
@@ -123,12 +138,14 @@ void ReceiveHandlers::RpmSiteHandler(const Frame& f) {
   live_.rpm_site = At(f, live::kRpmSite) / 16.0;
 }
 
-void ReceiveHandlers::ErrorCountHandler(const Frame& f) {
-  live_.error_count = At(f, live::kErrorCount);
+void ReceiveHandlers::ThrottlePumpLowHandler(const Frame& f) {
+  throttle_pump_low_ = At(f, live::kThrottlePump);
 }
 
-void ReceiveHandlers::LastErrorHandler(const Frame& f) {
-  live_.last_error = At(f, live::kLastError);
+void ReceiveHandlers::ThrottlePumpHighHandler(const Frame& f) {
+  const std::uint32_t reading = throttle_pump_low_ | (At(f, live::kThrottlePump + 1) << 8);
+  live_.throttle_pump_percent = reading / live::kThrottlePumpDivisor;
+  live_.throttle_pump_text = Fixed(live_.throttle_pump_percent, 1, separator_);
 }
 
 void ReceiveHandlers::IdleStepTextHandler(const Frame& f) {
@@ -162,8 +179,9 @@ void ReceiveHandlers::EmptyHandler(const Frame&) {}
 
 void ReceiveHandlers::FirmwareHandler(const Frame& f) {
   live_.firmware_version = At(f, live::kFirmwareVersion);
-  live_.firmware_build = At(f, kFirmwareBuild);
-  live_.firmware_text = std::to_string(live_.firmware_version) + std::string(1, separator_) +
+  live_.firmware_build = At(f, live::kFirmwareBuild);
+  live_.firmware_text = std::string(live_text::kFirmwareTextPrefix) +
+                        std::to_string(live_.firmware_version) + std::string(1, separator_) +
                         std::to_string(live_.firmware_build);
 }
 
@@ -176,15 +194,17 @@ void ReceiveHandlers::FrameRateHandler(const Frame& f) {
   live_.frames_per_second = At(f, live::kFramesPerSecond);
 }
 
-void ReceiveHandlers::Spare1Handler(const Frame& f) {
-  live_.spare[0] = At(f, live::kFramesPerSecond + 1);
+void ReceiveHandlers::FaultCountHandler(const Frame& f) {
+  live_.error_count = At(f, live::kFaultCount);
 }
 
-void ReceiveHandlers::Spare2Handler(const Frame& f) {
-  live_.spare[1] = At(f, live::kFramesPerSecond + 2);
+void ReceiveHandlers::NewestFaultHandler(const Frame& f) {
+  live_.last_error = At(f, live::kNewestFault);
 }
 
-void ReceiveHandlers::TrailingHandler() {
+void ReceiveHandlers::TrailingHandler(const Frame& f) {
+  live_.injector_duty_percent = live::InjectorDutyPercent(f, duty_base_);
+  live_.injector_duty_text = live_text::DutyText(live_.injector_duty_percent, separator_);
   ++live_.refresh_count;
   if (hooks_.on_refreshed) hooks_.on_refreshed(live_);
 }

@@ -14,6 +14,10 @@
 
 namespace vela {
 
+// The top of the pressure range the read-outs show until the MAP sensor set-up gives its own.
+inline constexpr double kDefaultMapRangeKpa = 400.0;
+inline constexpr double kGasolineStoichiometric = 14.7;
+
 class ReceiveHandlers {
  public:
   struct Hooks {
@@ -34,6 +38,12 @@ class ReceiveHandlers {
   // The calibration whose sensor points convert the temperature ratios; none: all points 0.
   void SetCalibration(const CalibrationImage* image) { calibration_ = image; }
   void SetDecimalSeparator(char separator) { separator_ = separator; }
+  // The top of the installed MAP sensor's range in kPa: beyond it the pressure reads "Over".
+  void SetMapRangeKpa(double kpa) { map_range_kpa_ = kpa; }
+  // The stoichiometric ratio of the air-fuel read-out (1 shows lambda itself).
+  void SetStoichiometricRatio(double ratio) { stoichiometric_ = ratio; }
+  // The injector duty base of the engine set-up (live::InjectorDutyPercent).
+  void SetDutyBase(double base) { duty_base_ = base; }
   void SetHooks(Hooks hooks) { hooks_ = std::move(hooks); }
 
  private:
@@ -42,34 +52,34 @@ class ReceiveHandlers {
 
   std::uint32_t EngineSpeedHandler(const live::Frame& f);  // 1: the only one with a result
   void EngineSpeedStep(const live::Frame& f);
-  void MapHandler(const live::Frame& f);
-  void TpsHandler(const live::Frame& f);
-  void InjectionTimeHandler(const live::Frame& f);
-  void IgnitionHandler(const live::Frame& f);
-  void InjectorDutyHandler(const live::Frame& f);
-  void IdleValveHandler(const live::Frame& f);
-  void ThrottlePumpHandler(const live::Frame& f);
-  void WaterTempHandler(const live::Frame& f);
-  void AirTempHandler(const live::Frame& f);
-  void LambdaHandler(const live::Frame& f);
-  void BatteryHandler(const live::Frame& f);
-  void IdleStepHandler(const live::Frame& f);
-  void RpmSiteHandler(const live::Frame& f);
-  void ErrorCountHandler(const live::Frame& f);
-  void LastErrorHandler(const live::Frame& f);
-  void IdleStepTextHandler(const live::Frame& f);
-  void IdleActiveHandler(const live::Frame& f);
-  void IdleTargetHandler(const live::Frame& f);
-  void OutputsHandler(const live::Frame& f);
-  void InputsHandler(const live::Frame& f);
-  void StatusHandler(const live::Frame& f);
-  void EmptyHandler(const live::Frame& f);
-  void FirmwareHandler(const live::Frame& f);
-  void LiveTuneHandler(const live::Frame& f);
-  void FrameRateHandler(const live::Frame& f);
-  void Spare1Handler(const live::Frame& f);
-  void Spare2Handler(const live::Frame& f);
-  void TrailingHandler();
+  void InjectionTimeHandler(const live::Frame& f);     // 2: 9, 10
+  void IgnitionHandler(const live::Frame& f);          // 3: 11, 12
+  void MapHandler(const live::Frame& f);               // 4: 13, 14
+  void TpsHandler(const live::Frame& f);               // 5: 15, 16
+  void BoostHandler(const live::Frame& f);             // 6: 13, 14
+  void LambdaHandler(const live::Frame& f);            // 7: 24, 25
+  void LoadSiteHandler(const live::Frame& f);          // 8: 26, 27
+  void WaterTempHandler(const live::Frame& f);         // 9: 17, 18
+  void AirTempHandler(const live::Frame& f);           // 10: 18, 19, 20
+  void IdleValveHandler(const live::Frame& f);         // 11: 23
+  void BatteryHandler(const live::Frame& f);           // 12: 21, 22
+  void IdleStepHandler(const live::Frame& f);          // 13: 31
+  void RpmSiteHandler(const live::Frame& f);           // 14: 28
+  void ThrottlePumpLowHandler(const live::Frame& f);   // 15: 29
+  void ThrottlePumpHighHandler(const live::Frame& f);  // 16: 30
+  void IdleStepTextHandler(const live::Frame& f);      // 17: 31
+  void IdleActiveHandler(const live::Frame& f);        // 18: 32 with 31
+  void IdleTargetHandler(const live::Frame& f);        // 19: 33 with 32
+  void OutputsHandler(const live::Frame& f);           // 20: 34
+  void InputsHandler(const live::Frame& f);            // 21: 35
+  void StatusHandler(const live::Frame& f);            // 22: 36
+  void EmptyHandler(const live::Frame& f);             // 23
+  void FirmwareHandler(const live::Frame& f);          // 24: 37, 38
+  void LiveTuneHandler(const live::Frame& f);          // 25: 39
+  void FrameRateHandler(const live::Frame& f);         // 26: 40
+  void FaultCountHandler(const live::Frame& f);        // 27: 41 with 40
+  void NewestFaultHandler(const live::Frame& f);       // 28: 42 with 40
+  void TrailingHandler(const live::Frame& f);
 
   std::array<double, 8> SensorPoints(int first_position) const;
 
@@ -77,6 +87,10 @@ class ReceiveHandlers {
   Hooks hooks_;
   const CalibrationImage* calibration_ = nullptr;
   char separator_ = '.';
+  double map_range_kpa_ = kDefaultMapRangeKpa;
+  double duty_base_ = live::kDefaultDutyBase;
+  double stoichiometric_ = kGasolineStoichiometric;
+  std::uint8_t throttle_pump_low_ = 0;
 };
 
 }  // namespace vela

@@ -22,70 +22,95 @@ struct HandlerTest : ::testing::Test {
   CalibrationImage image;
 };
 
-TEST_F(HandlerTest, DecodesEveryFieldOfARunningEngine) {
+// The frame is built at the fixed positions by number, not through the layout's constants, so
+// that a field moved in the layout fails here.
+TEST_F(HandlerTest, DecodesEveryFieldFromItsPositionInTheFrame) {
   Run(FrameBuilder()
-          .U24(live::kEnginePeriod, 20'000)
-          .U16(live::kMap, 1013)
-          .U16(live::kTps, 456)
-          .U16(live::kInjectionTime, 4322)
-          .U16(live::kIgnitionAdvance, static_cast<std::uint16_t>(-55))
-          .Byte(live::kWaterSensor, 190)
-          .Byte(live::kAirSensor, 220)
-          .Byte(live::kLoadSite, 40)
-          .U16(live::kBattery, 1385)
-          .Byte(live::kLambda, 95)
-          .U16(live::kIdleValve, 333)
-          .U16(live::kThrottlePump, 1500)
-          .Byte(live::kRpmSite, 24)
-          .Byte(live::kLastError, 77)
-          .Byte(live::kIdleStep, 5)
-          .U16(live::kIdleTarget, 950)
-          .Byte(live::kStatus, live::kStatusEngineActive | live::kStatusFuelMap2)
-          .Byte(live::kFirmwareVersion, 3)
-          .Byte(live::kFirmwareVersion + 1, 7)
-          .Byte(live::kLiveTune, 1)
-          .Byte(live::kFramesPerSecond, 25));
+          .U24(6, 20'000)                              // period: 3000 RPM
+          .U16(9, 432)                                 // injection time x 100
+          .U16(11, static_cast<std::uint16_t>(-2816))  // advance x 512: -5.5 degrees
+          .U16(13, 1013)                               // MAP x 10
+          .U16(15, 466)                                // throttle, 10-bit
+          .U16(17, 190 * 4)                            // water: 30 C on the test sensor
+          .U16(19, 220 * 4)                            // air: 0 C
+          .U16(21, 1385)                               // battery x 100
+          .Byte(23, 85)                                // idle valve x 2.56
+          .U16(24, 952)                                // lambda x 1000
+          .Byte(26, 40)                                // load site x 16
+          .Byte(28, 24)                                // RPM site x 16
+          .U16(29, 125)                                // throttle pump addition x 10
+          .Byte(31, 5)
+          .U16(32, 950)
+          .Byte(36, live::kStatusEngineActive | live::kStatusFuelMap2)
+          .Byte(37, 3)
+          .Byte(38, 7)
+          .Byte(39, 1)
+          .Byte(40, 25)
+          .Byte(41, 2)
+          .Byte(42, 77));
   EXPECT_EQ(counts, std::vector<std::uint32_t>{20'000});
   EXPECT_EQ(live.engine_rpm_text, "3000");
-  EXPECT_EQ(live.map_text, "101.3");
-  EXPECT_EQ(live.tps_text, "45.6");
   EXPECT_EQ(live.injection_text, "4.32");
-  EXPECT_EQ(live.injector_duty_text, "21.61");  // 4322 us of a 20,000 us revolution
   EXPECT_EQ(live.ignition_text, "-5.5");
+  EXPECT_EQ(live.map_text, "101.3");
+  EXPECT_EQ(live.boost_text, "0.00");
+  EXPECT_EQ(live.tps_text, "45.6");
   EXPECT_EQ(live.water_temp_text, "30");
   EXPECT_EQ(live.air_temp_text, "0");
-  EXPECT_EQ(live.load_site, 2.5);
-  EXPECT_EQ(live.afr_text, "14.0");
+  EXPECT_DOUBLE_EQ(live.water_temp_c, 30.0);
   EXPECT_EQ(live.battery_text, "13.85");
-  EXPECT_EQ(live.idle_valve_text, "33.3");
-  EXPECT_EQ(live.throttle_pump_text, "1.50");
+  EXPECT_EQ(live.idle_valve_text, "33.2");
+  EXPECT_EQ(live.lambda_text, "0.952");
+  EXPECT_EQ(live.afr_text, "14.0");
+  EXPECT_EQ(live.load_site, 2.5);
   EXPECT_EQ(live.rpm_site, 1.5);
-  EXPECT_EQ(live.last_error, 77);
+  EXPECT_EQ(live.throttle_pump_text, "12.5");
   EXPECT_EQ(live.idle_active_text, "ON");
   EXPECT_EQ(live.idle_target_rpm, 950);
   EXPECT_EQ(live.engine_status_text, "Active");
   EXPECT_EQ(live.fuel_map_text, "Fuel Map 2");
-  EXPECT_EQ(live.firmware_text, "3.7");
+  EXPECT_EQ(live.firmware_text, "ECU Firmware Ver. 3.7");
   EXPECT_EQ(live.live_tune_text, "ON");
   EXPECT_EQ(live.frames_per_second, 25);
+  EXPECT_EQ(live.error_count, 2);
+  EXPECT_EQ(live.last_error, 77);
+  // 4.32 ms at 3000 RPM of the 120000 ms x RPM a cycle allows.
+  EXPECT_EQ(live.injector_duty_text, "10.80");
+  handlers.SetDutyBase(60000.0);
+  Run(FrameBuilder().U24(6, 20'000).U16(9, 432));
+  EXPECT_EQ(live.injector_duty_text, "21.60");
 }
 
 TEST_F(HandlerTest, OutOfRangeValuesShowTheirMarkers) {
-  Run(FrameBuilder().U24(live::kEnginePeriod, 10'000).U16(live::kInjectionTime, 50'001));
+  Run(FrameBuilder().U24(6, 10'000).U16(9, 5001).U16(13, 4001));
   EXPECT_EQ(live.injection_text, "Over");
   EXPECT_EQ(live.injector_duty_text, "99.99 ");
-  Run(FrameBuilder()
-          .Byte(live::kWaterSensor, 190)
-          .Byte(live::kSensorFlags, 1)
-          .Byte(live::kAirSensor, 255));
+  EXPECT_EQ(live.map_text, "Over");
+  EXPECT_EQ(live.boost_text, "99.99 ");
+  handlers.SetMapRangeKpa(500.0);
+  Run(FrameBuilder().U16(13, 4001));
+  EXPECT_EQ(live.map_text, "400.1");
+  // Sensor faults sit in the top bits of the water reading's high byte.
+  Run(FrameBuilder().U16(17, 190 * 4).Byte(18, 0x40).U16(19, 1023));
   EXPECT_EQ(live.water_temp_text, "Error");
   EXPECT_EQ(live.air_temp_text, "999");
-  Run(FrameBuilder().Byte(live::kWaterSensor, 90).Byte(live::kAirSensor, 250));
+  Run(FrameBuilder().U16(17, 190 * 4).Byte(18, 0x80 | ((190 * 4) >> 8)).U16(19, 220 * 4));
+  EXPECT_EQ(live.water_temp_text, "30");
+  EXPECT_EQ(live.air_temp_text, "Error");
+  Run(FrameBuilder().U16(17, 90 * 4).U16(19, 250 * 4));
   EXPECT_EQ(live.water_temp_text, "Over");
   EXPECT_EQ(live.air_temp_text, "<-20");
   EXPECT_EQ(live.injector_duty_text, "0.00");  // a standing engine
   EXPECT_EQ(live.fuel_map_text, "");
   EXPECT_EQ(live.live_tune_text, "OFF");
+}
+
+TEST_F(HandlerTest, AnEngineBarelyTurningReadsNoSpeed) {
+  Run(FrameBuilder().U24(6, 39 * 65536 + 65535).U16(9, 500));
+  EXPECT_GT(live.engine_rpm, 0.0);
+  Run(FrameBuilder().U24(6, 40 * 65536).U16(9, 500));
+  EXPECT_EQ(live.engine_rpm, 0.0);
+  EXPECT_EQ(live.injector_duty_text, "0.00");
 }
 
 }  // namespace

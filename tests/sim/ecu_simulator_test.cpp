@@ -160,8 +160,8 @@ TEST(EcuLiveFrameTest, FuelAndIgnitionWrittenDuringRunningShowInTheNextFrames) {
   const auto stream = Split(RunUntil(sim, 4'000'000));
   ASSERT_FALSE(stream.frames.empty());
   for (const live::Frame& f : stream.frames) {
-    EXPECT_EQ(live::U16(f, live::kInjectionTime), 5000u);
-    EXPECT_EQ(live::S16(f, live::kIgnitionAdvance), 200);
+    EXPECT_DOUBLE_EQ(live::InjectionMs(f), 5.0);
+    EXPECT_DOUBLE_EQ(live::AdvanceDegrees(f), 20.0);
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "link/receive_handlers.h"
 #include "sim/core/base_calibration.h"
 #include "sim/core/live_encoder.h"
 
@@ -100,40 +101,59 @@ TEST(EngineLookupTest, FuelAndIgnitionBlendNeighbouringSites) {
 
 TEST(EngineLookupTest, SensorReadingFollowsTheCalibrationPoints) {
   const CalibrationImage image = EmbeddedBaseCalibration();
-  EXPECT_EQ(SensorReading(image, 987, -20), image.Byte(987));
-  EXPECT_EQ(SensorReading(image, 987, 120), image.Byte(994));
-  EXPECT_EQ(SensorReading(image, 987, 30), (image.Byte(989) + image.Byte(990) + 1) / 2);
+  // A 10-bit count: four counts to one step of the points.
+  EXPECT_EQ(SensorReading(image, 987, -20), 4 * image.Byte(987));
+  EXPECT_EQ(SensorReading(image, 987, 120), 4 * image.Byte(994));
+  EXPECT_EQ(SensorReading(image, 987, 30), 2 * (image.Byte(989) + image.Byte(990)));
 }
 
-TEST(LiveEncoderTest, FieldsDecodeWithTheSharedLayout) {
+// The simulated ECU's frame read by the program's own receive handlers gives back the engine's
+// values, and the values sit at the positions the program's readers use.
+TEST(LiveEncoderTest, TheProgramsHandlersReadBackWhatTheEcuEncoded) {
   EngineState s;
   s.rpm = 3000;
   s.map_kpa = 55.5;
   s.throttle_pct = 12.3;
-  s.injection_us = 4321;
+  s.injection_us = 4320;
   s.advance_deg = -2.5;
   s.battery_v = 13.95;
   s.lambda = 0.98;
-  s.idle_duty_pct = 31.4;
+  s.idle_duty_pct = 31.25;
   s.idle_target_rpm = 950;
-  s.throttle_pump_us = 777;
+  s.throttle_pump_us = 432;
   s.rpm_site = 4.0;
   s.load_site = 8.5;
-  const live::Frame f = EncodeLiveFrame(s, EmbeddedBaseCalibration(), 25);
-  EXPECT_DOUBLE_EQ(live::RpmFromPeriod(live::U24(f, live::kEnginePeriod)), 3000.0);
-  EXPECT_EQ(live::U16(f, live::kMap), 555u);
-  EXPECT_EQ(live::U16(f, live::kTps), 123u);
-  EXPECT_EQ(live::U16(f, live::kInjectionTime), 4321u);
-  EXPECT_EQ(live::S16(f, live::kIgnitionAdvance), -25);
-  EXPECT_EQ(live::U16(f, live::kBattery), 1395u);
-  EXPECT_EQ(live::At(f, live::kLambda), 98);
-  EXPECT_EQ(live::U16(f, live::kIdleValve), 314u);
-  EXPECT_EQ(live::U16(f, live::kIdleTarget), 950u);
-  EXPECT_EQ(live::U16(f, live::kThrottlePump), 777u);
-  EXPECT_EQ(live::At(f, live::kRpmSite), 64);
-  EXPECT_EQ(live::At(f, live::kLoadSite), 136);
-  EXPECT_EQ(live::At(f, live::kFramesPerSecond), 25);
-  EXPECT_EQ(live::At(f, live::kStatus) & live::kStatusThrottlePump, live::kStatusThrottlePump);
+  s.water_c = 40.0;
+  s.air_c = 20.0;
+  s.error_count = 1;
+  s.last_error = 3;
+  const CalibrationImage image = EmbeddedBaseCalibration();
+  const live::Frame f = EncodeLiveFrame(s, image, 25);
+  LiveData live;
+  ReceiveHandlers handlers(live);
+  handlers.SetCalibration(&image);
+  handlers.RunAll(f);
+  EXPECT_DOUBLE_EQ(live.engine_rpm, 3000.0);
+  EXPECT_DOUBLE_EQ(live.map_kpa, 55.5);
+  EXPECT_EQ(live.tps_text, "12.3");
+  EXPECT_DOUBLE_EQ(live.injection_ms, 4.32);
+  EXPECT_DOUBLE_EQ(live.ignition_advance_deg, -2.5);
+  EXPECT_DOUBLE_EQ(live.battery_volts, 13.95);
+  EXPECT_DOUBLE_EQ(live.lambda, 0.98);
+  EXPECT_DOUBLE_EQ(live.idle_valve_percent, 31.25);
+  EXPECT_EQ(live.idle_target_rpm, 950);
+  EXPECT_DOUBLE_EQ(live.throttle_pump_percent, 10.0);
+  EXPECT_EQ(live.rpm_site, 4.0);
+  EXPECT_EQ(live.load_site, 8.5);
+  EXPECT_EQ(live.water_temp_text, "40");
+  EXPECT_EQ(live.air_temp_text, "20");
+  EXPECT_EQ(live.frames_per_second, 25);
+  EXPECT_EQ(live.error_count, 1);
+  EXPECT_EQ(live.last_error, 3);
+  EXPECT_TRUE(live.throttle_pump_active);
+  EXPECT_EQ(live::U16(f, 9), 432u);   // injection time x 100
+  EXPECT_EQ(live::U16(f, 13), 555u);  // MAP x 10
+  EXPECT_EQ(live::At(f, 23), 80);     // idle valve x 2.56
 }
 
 }  // namespace
