@@ -15,14 +15,16 @@ constexpr int kRpmSitesCode = 0;   // 750 RPM spacing
 constexpr int kFuelSitesCode = 2;  // 17 load sites
 constexpr int kIgnSitesCode = 1;   // 6 load sites
 
-double RowRpm(int block_row) { return (block_row - 1) * kRpmSiteSpacing[kRpmSitesCode]; }
+constexpr std::uint8_t kMapLoadSensing = 0x40;  // bit 6 of byte 955
+constexpr std::uint8_t kFullScale = 64;         // byte 956
+
+double RowRpm(int block_row) { return RpmSites(kRpmSitesCode)[block_row - 1]; }
 
 // Injector time rises with manifold pressure and, more gently, with engine speed.
 double BaseFuelMs(int block_row, int column, int load_sites) {
-  const double load = static_cast<double>(column - 1) / (load_sites - 1);
-  const double kpa = kLoadAxisLowKpa + (kLoadAxisHighKpa - kLoadAxisLowKpa) * load;
+  const double kpa = LoadSiteValues(LoadAxisOf(true, 0, kFullScale), load_sites)[column - 1];
   const double efficiency = 0.72 + 0.26 * (1.0 - std::exp(-RowRpm(block_row) / 2500.0));
-  return 0.6 + 7.5 * (kpa / 100.0) * efficiency;
+  return 1.0 + 7.0 * (kpa / 100.0) * efficiency;
 }
 
 // Advance rises with engine speed and falls with load, within 10 to 35 degrees.
@@ -88,7 +90,7 @@ void WriteEngineSetup(CalibrationImage& image) {
 void WriteSensorsAndTables(CalibrationImage& image) {
   SetBytes(image, 868, {25, 230});     // TpsCal1: closed and open throttle counts
   SetBytes(image, 952, {0, 25, 230});  // TpsSetup, TpsCal2
-  SetBytes(image, 955, {64, 64});  // MAP load sensing; full-scale scaling code
+  SetBytes(image, 955, {64, 64});      // MAP load sensing; full-scale scaling code
   SetBytes(image, 951, {200});         // throttle pump off above 100 % throttle
   SetBytes(image, 960, {128, 51, 5});  // throttle pump: increase 50 %, decay 20 %, dead band 2 %
   // Air: +8 % at -20 C down to -10 % at 120 C, stored as tenths + 128.
@@ -114,6 +116,14 @@ void WriteIdle(CalibrationImage& image) {
 }
 
 }  // namespace
+
+int MapSensorTypeOf(const CalibrationImage&) { return 0; }
+
+LoadAxis LoadAxisOfImage(const CalibrationImage& image) {
+  const std::uint8_t setup = image.Byte(SetupFieldNamed("MapSensorSetup").position);
+  return LoadAxisOf((setup & kMapLoadSensing) != 0, MapSensorTypeOf(image),
+                    image.Byte(SetupFieldNamed("MapSensorScaling").position));
+}
 
 CalibrationImage BuildBaseCalibration() {
   CalibrationImage image;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "calibration/calibration_image.h"
+#include "calibration/map_axes.h"
 
 namespace vela::sim {
 
@@ -17,14 +18,11 @@ inline constexpr std::uint32_t PeriodUsOfRpm(double rpm) {
   return static_cast<std::uint32_t>(60'000'000.0 / rpm + 0.5);
 }
 
-// Fuel and ignition load sites spread evenly over this manifold pressure range, first site at
-// the low end.
-inline constexpr double kLoadAxisLowKpa = 20.0;
-inline constexpr double kLoadAxisHighKpa = 100.0;
-
-// RPM site spacing for RpmSitesSetup codes 0 to 3; block row r stands for (r - 1) x spacing.
-inline constexpr int kRpmSiteSpacing[4] = {750, 900, 1000, 1200};
-inline constexpr int kDefaultRpmSiteSpacing = 750;
+// The ECU reads its maps on the axes the program labels them with (calibration/map_axes.h):
+// the RPM sites of byte 946 and the load sites of byte 955's load sensing and byte 956's MAP
+// scaling, on the MAP sensor type the image names.
+int MapSensorTypeOf(const CalibrationImage& image);
+LoadAxis LoadAxisOfImage(const CalibrationImage& image);
 
 CalibrationImage BuildBaseCalibration();
 

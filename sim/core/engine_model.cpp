@@ -13,7 +13,6 @@ namespace {
 constexpr double kDt = EngineModel::kStepUs / 1e6;
 constexpr int kWaterComp = 979;
 constexpr double kPercentPerCount = 0.390625;  // 100 / 256
-constexpr std::uint8_t kMapLoadSensing = 64;   // bit of MapSensorSetup
 
 // Moves `value` toward `target` with time constant `tau_s` over one step.
 double Lag(double value, double target, double tau_s) {
@@ -36,17 +35,16 @@ double EightPointValue(const CalibrationImage& image, int first_position, double
 }  // namespace
 
 double RpmSitePosition(const CalibrationImage& image, double rpm) {
-  const std::uint8_t code = image.Byte(FindSetupField("RpmSitesSetup")->position);
-  const int spacing = code < 4 ? kRpmSiteSpacing[code] : kDefaultRpmSiteSpacing;
-  return std::clamp(rpm / spacing, 0.0, static_cast<double>(kMapRows - 1));
+  const std::array<int, kMapRows> sites =
+      RpmSites(image.Byte(SetupFieldNamed("RpmSitesSetup").position));
+  const std::vector<double> points(sites.begin(), sites.end());
+  return AxisPosition(points, rpm);
 }
 
 double LoadFraction(const CalibrationImage& image, double map_kpa, double throttle_pct) {
-  const bool map_based = (static_cast<int>(Byte(image, "MapSensorSetup")) & kMapLoadSensing) != 0;
-  const double fraction = map_based
-                              ? (map_kpa - kLoadAxisLowKpa) / (kLoadAxisHighKpa - kLoadAxisLowKpa)
-                              : throttle_pct / 100.0;
-  return std::clamp(fraction, 0.0, 1.0);
+  const LoadAxis axis = LoadAxisOfImage(image);
+  const double load = axis.basis == LoadBasis::kMap ? map_kpa : throttle_pct;
+  return axis.top > 0.0 ? std::clamp(load / axis.top, 0.0, 1.0) : 0.0;
 }
 
 double FuelMapUs(const CalibrationImage& image, int map, double rpm_site, double load_site) {

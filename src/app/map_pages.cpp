@@ -81,17 +81,22 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
 }
 
 void MapPages::SetUpGrids() {
-  const MapEditors& maps = editors_.state().maps;
+  const EditorState& state = editors_.state();
+  const MapEditors& maps = state.maps;
   const GridLoadSites sites = LoadSitesForGrids(maps.FuelLoadSites, maps.IgnLoadSites);
+  const GridAxes axes =
+      AxesFor(state.setup.ComboSiteRPM, state.sensors.LoadSensing == kLoadSensingMap,
+              state.sensors.ComboMAP, state.sensors.MapSensorScaling);
   for (int i = 0; i < kPages; ++i) {
     MapPage* page = pages_[i];
     const int load_sites = i < 2 ? sites.fuel : sites.ignition;
+    ApplyAxes(page->grid()->Model(), axes);
     page->grid()->SetUp(kTitles[i], load_sites);
     if (ValuesOf(maps, i).Columns() == load_sites) page->grid()->LoadValues(ValuesOf(maps, i));
     page->graph()->SetNumOfLoadSites(load_sites);
     page->graph()->ShowMap(page->grid()->Model());
   }
-  cross_hair_.SetFuelLoadSites(sites.fuel);
+  cross_hair_.AxesChanged();
 }
 
 void MapPages::ShowEditors() {

@@ -32,6 +32,10 @@ inline constexpr std::array<int, 2> kIgnLoadSiteChoices = {5, 6};
 // `FuelMode` choices: "Batch", "Semi-Sequential", "Sequential".
 inline constexpr int kFuelModeSequential = 2;
 
+// `LoadSensing` choices: "TPS Based", "MAP Based".
+inline constexpr int kLoadSensingTps = 0;
+inline constexpr int kLoadSensingMap = 1;
+
 // No entry chosen in a list.
 inline constexpr int kNoEntry = -1;
 
@@ -95,7 +99,7 @@ struct SensorSetup {
   // Byte 955: bit 5 altitude compensation, bit 6 load sensing ("TPS Based", "MAP Based"),
   // bit 7 throttle pump on a MAP basis.
   bool AltitudeComp = false;
-  int LoadSensing = 0;
+  int LoadSensing = 0;  // kLoadSensingTps or kLoadSensingMap
   bool TPumpBased = false;
   // Sensor type: the position in the `ComboMAP` list, kNoEntry for none. Not part of the image;
   // it decides which scaling codes byte 956 accepts.

@@ -114,20 +114,26 @@ bool CellTransmission::RunColumn(MapGridModel& grid, const ColumnRun& run,
   const int cell_bytes = fuel ? 2 : 1;
   const std::int64_t stride = static_cast<std::int64_t>(cell_bytes) * (grid.Columns() - 1);
   const double base = DutyLimitBase(setup.ignition_divide, setup.third_injection_mode);
-  for (int row = run.from_row; row >= run.to_row; --row) {
+  // A fuel column is walked up to row 1 whatever the run, so that no cell above the change is
+  // left asking for more than 100 % duty; above the run only a capped cell is sent.
+  const int top_row = fuel ? 1 : run.to_row;
+  for (int row = run.from_row; row >= top_row; --row) {
     const int rpm_site = kMapRows - row;
     const std::int64_t position = static_cast<std::int64_t>(setup.map_start) +
                                   static_cast<std::int64_t>(cell_bytes) * (run.column - 1) +
                                   stride * rpm_site;
     if (!PositionFits(position, fuel)) return false;
     const int at = static_cast<int>(position);
+    bool capped = false;
     if (fuel) {
       const int limit = DutyLimitUnits(base, grid.RpmLabel(row));
       if (grid.Units(row, run.column) > limit) {
         grid.SetUnits(row, run.column, limit);
         result.capped.push_back({row, run.column});
+        capped = true;
       }
     }
+    if (row < run.to_row && !capped) continue;
     const double value = grid.Value(row, run.column);
     const int raw = fuel ? RawFromFuelMs(value) : RawFromIgnDegrees(value);
     const int stored = fuel ? static_cast<int>(image_.Read16(at)) : image_.Byte(at);

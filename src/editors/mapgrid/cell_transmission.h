@@ -52,7 +52,9 @@ class CellTransmission {
 
   // The cell-changed steps for the grid's current cell: from the current row up to row 1 with
   // AllRanges, otherwise the current row only; in each row the cell of the current column is
-  // capped (fuel), and written and sent when it differs from the image or is the current row.
+  // written and sent when it differs from the image or is the current row. A fuel column is
+  // capped to the duty limit all the way up to row 1, and a cell the cap lowered is sent even
+  // above the rows the change covers.
   TransmissionResult OnCellChanged(MapGridModel& grid, const TransmissionSetup& setup);
 
   // The same for a change of several cells: each changed column is run from its lowest changed

@@ -38,6 +38,25 @@ void SetUpMapGrid(MapGridModel& grid, std::string_view title, int load_sites) {
   grid.WriteDefaultLabels();
 }
 
+GridAxes AxesFor(int rpm_sites_code, bool map_based, int combo_map, std::uint8_t scaling_code) {
+  GridAxes axes;
+  axes.rpm_sites = RpmSites(rpm_sites_code);
+  axes.load = LoadAxisOf(map_based, combo_map, scaling_code);
+  axes.full_span =
+      map_based ? MapSensorTypeOf(combo_map).scales.front().span_bar * 100.0 : axes.load.top;
+  return axes;
+}
+
+void ApplyAxes(MapGridModel& grid, const GridAxes& axes) {
+  grid.SetRpmSites(axes.rpm_sites);
+  MapGridSettings settings = grid.Settings();
+  settings.const1 = axes.full_span;
+  settings.const2 = 0.0;
+  settings.mapsensordiv = axes.load.top > 0.0 ? axes.full_span / axes.load.top : 1.0;
+  settings.load_unit = std::string(axes.load.unit());
+  grid.SetSettings(settings);
+}
+
 void FillFuelGrid(MapGridModel& grid, const CalibrationImage& image, int map) {
   grid.Load(image.ReadFuelMap(map));
 }

@@ -3,9 +3,12 @@
 // pixel on a 96 dpi screen); the widget converts.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string_view>
 
 #include "calibration/calibration_image.h"
+#include "calibration/map_axes.h"
 #include "editors/mapgrid/map_grid_model.h"
 
 namespace vela {
@@ -36,6 +39,18 @@ ColumnWidths ColumnWidthsFor(int grid_width, int load_sites);
 // Sets `grid` to `load_sites` value columns (12 rows), writes the title into the corner cell and
 // the header row's labels and markers.
 void SetUpMapGrid(MapGridModel& grid, std::string_view title, int load_sites);
+
+// The axes the calibration gives the maps: the RPM of each site from the RPM site spacing code
+// (byte 946) and the load axis from the load sensing, the MAP sensor type and its scaling code.
+struct GridAxes {
+  std::array<int, kMapRows> rpm_sites{};
+  LoadAxis load;
+  double full_span = 105.0;  // the sensor type's full span (kPa), or 100 % on a throttle basis
+};
+GridAxes AxesFor(int rpm_sites_code, bool map_based, int combo_map, std::uint8_t scaling_code);
+// Labels the grid's rows with the RPM sites and its columns with the load sites: const1 the full
+// span, mapsensordiv how many times the scaling narrows it, const2 0, the load unit.
+void ApplyAxes(MapGridModel& grid, const GridAxes& axes);
 
 // Fuel map 1 or 2, or the ignition map, from the image into the grid (the grid takes the map's
 // load sites from the image).

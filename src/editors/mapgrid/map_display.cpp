@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "calibration/map_axes.h"
+
 namespace vela {
 
 namespace {
@@ -66,22 +68,20 @@ AxisScale NiceScale(double low, double high, int segments) {
   return {low, high, segments};
 }
 
-OperatingPoint OperatingPointOf(double rpm_site, double fuel_load_site, int fuel_load_sites,
-                                int map_load_sites) {
-  if (std::isnan(rpm_site)) rpm_site = 0.0;
-  if (std::isnan(fuel_load_site)) fuel_load_site = 0.0;
-  const double row = std::clamp(kMapRows - rpm_site, 1.0, static_cast<double>(kMapRows));
-  double share = 0.0;
-  if (fuel_load_sites > 1) {
-    share = std::clamp(fuel_load_site / (fuel_load_sites - 1), 0.0, 1.0);
+OperatingPoint OperatingPointOn(const MapGridModel& grid, const LiveLoad& live) {
+  const std::array<int, kMapRows>& sites = grid.RpmSitesOfAxis();
+  const std::vector<double> rpm_points(sites.begin(), sites.end());
+  const double rpm_site = AxisPosition(rpm_points, live.rpm);
+  std::vector<double> load_points;
+  for (int column = 1; column <= grid.LoadSites(); ++column) {
+    load_points.push_back(grid.LoadSiteValue(column));
   }
-  const double column = 1.0 + share * std::max(map_load_sites - 1, 0);
-  return {row, column};
+  const double load = grid.LoadUnit() == "%" ? live.tps_percent : live.map_kpa;
+  return {static_cast<double>(kMapRows) - rpm_site, 1.0 + AxisPosition(load_points, load)};
 }
 
-OperatingPoint OperatingPointOf(const live::Frame& frame, int fuel_load_sites, int map_load_sites) {
-  return OperatingPointOf(live::At(frame, live::kRpmSite) / 16.0,
-                          live::At(frame, live::kLoadSite) / 16.0, fuel_load_sites, map_load_sites);
+LiveLoad LiveLoadOf(const live::Frame& frame) {
+  return {live::EngineRpm(frame), live::MapKpa(frame), live::TpsPercent(frame)};
 }
 
 }  // namespace vela

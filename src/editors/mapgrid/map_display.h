@@ -47,12 +47,16 @@ struct OperatingPoint {
   bool operator==(const OperatingPoint&) const = default;
 };
 
-// From the live frame's sites (x 16, fractions of a row and of a column): the RPM site counts
-// from the lowest site, the load site from the first fuel load site. A map with another number
-// of load sites (the ignition map) gets the same share of its load axis. Both are clamped into
-// the grid.
-OperatingPoint OperatingPointOf(double rpm_site, double fuel_load_site, int fuel_load_sites,
-                                int map_load_sites);
-OperatingPoint OperatingPointOf(const live::Frame& frame, int fuel_load_sites, int map_load_sites);
+// The live engine speed and load placed on a grid's own axes: the row between the RPM sites
+// of its labels, the column between its load sites (the MAP pressure on a kPa axis, the throttle
+// on a percent axis), both clamped into the grid. The graph's tooltip and the cross-hair use
+// this, so the mark stands where the labels say the engine runs.
+struct LiveLoad {
+  double rpm = 0.0;
+  double map_kpa = 0.0;
+  double tps_percent = 0.0;
+};
+OperatingPoint OperatingPointOn(const MapGridModel& grid, const LiveLoad& live);
+LiveLoad LiveLoadOf(const live::Frame& frame);
 
 }  // namespace vela

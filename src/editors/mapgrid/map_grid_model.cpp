@@ -6,13 +6,12 @@
 #include <optional>
 
 #include "calibration/conversions.h"
+#include "calibration/map_axes.h"
 #include "calibration/rounding.h"
 
 namespace vela {
 
 namespace {
-
-constexpr double kFullSpanScalingCode = 64.0;
 
 // Reads number text with `separator` as the decimal separator; blanks around it are allowed.
 std::optional<double> ReadNumber(std::string text, char separator) {
@@ -36,10 +35,15 @@ MapGridModel::MapGridModel(MapKind kind, int load_sites, char decimal_separator)
     : kind_(kind), load_sites_(std::max(load_sites, 1)), separator_(decimal_separator) {
   units_.assign(static_cast<std::size_t>(kMapRows * load_sites_), 0);
   rpm_labels_.resize(kMapRows);
-  for (int row = 1; row <= kMapRows; ++row) {
-    rpm_labels_[row - 1] = std::to_string(kRpmSites[BlockRowOfGridRow(row) - 1]);
-  }
+  SetRpmSites(RpmSites(0));
   WriteDefaultLabels();
+}
+
+void MapGridModel::SetRpmSites(const std::array<int, kMapRows>& rpm_of_site) {
+  rpm_sites_ = rpm_of_site;
+  for (int row = 1; row <= kMapRows; ++row) {
+    rpm_labels_[row - 1] = std::to_string(rpm_of_site[BlockRowOfGridRow(row) - 1]);
+  }
 }
 
 void MapGridModel::SetColumns(int columns) {
@@ -57,9 +61,9 @@ void MapGridModel::SetColumns(int columns) {
 }
 
 void MapGridModel::SetSettings(const MapGridSettings& settings) {
-  const bool loads_moved = settings.const1 != settings_.const1 ||
-                           settings.const2 != settings_.const2 ||
-                           settings.mapsensordiv != settings_.mapsensordiv;
+  const bool loads_moved =
+      settings.const1 != settings_.const1 || settings.const2 != settings_.const2 ||
+      settings.mapsensordiv != settings_.mapsensordiv || settings.load_unit != settings_.load_unit;
   settings_ = settings;
   if (loads_moved) WriteDefaultLabels();
 }
@@ -139,9 +143,9 @@ MapValues MapGridModel::ToMapValues() const {
   return values;
 }
 
-double MapGridModel::LoadSiteKpa(int column) const {
-  const double code = settings_.mapsensordiv > 0.0 ? settings_.mapsensordiv : kFullSpanScalingCode;
-  const double top = settings_.const1 * kFullSpanScalingCode / code;
+double MapGridModel::LoadSiteValue(int column) const {
+  const double divisor = settings_.mapsensordiv > 0.0 ? settings_.mapsensordiv : 1.0;
+  const double top = settings_.const1 / divisor;
   if (load_sites_ <= 1) return settings_.const2;
   const double share = static_cast<double>(column - 1) / (load_sites_ - 1);
   return settings_.const2 + (top - settings_.const2) * share;
@@ -149,7 +153,7 @@ double MapGridModel::LoadSiteKpa(int column) const {
 
 std::string MapGridModel::LoadLabel(int column) const {
   if (column < 1 || column > load_sites_) return "";
-  return FormatFixed(RoundHalfEven(LoadSiteKpa(column)), 0, separator_, nullptr);
+  return FormatFixed(RoundHalfEven(LoadSiteValue(column)), 0, separator_, nullptr);
 }
 
 void MapGridModel::WriteDefaultLabels() {

@@ -41,12 +41,16 @@ struct MapGridSettings {
   int visiblerows = 12;                // rows shown without scrolling
   std::uint32_t backcolor = 0xFFFFFF;  // background, 0xRRGGBB
   std::string gettext0;                // the corner cell's text: the map's title
-  double const1 = 250.0;               // full span of the MAP sensor type in kPa
-  double const2 = 0.0;                 // load at the first load site in kPa
-  double mapsensordiv = 64.0;          // MAP sensor scaling code; 64 = the full span
-  int colwidth0 = 0;                   // width of the label column (set by the geometry)
-  double maxms = 0.0;                  // largest fuel value accepted; 0 = 65.535 ms
-  int cylinders = 4;                   // kept for the program's duty read-out
+  // The load axis: const1 is the full span of the MAP sensor type (kPa; 100 on a throttle
+  // basis), mapsensordiv how many times the scaling narrows it (1 = the full span), const2 the
+  // load at the first load site. The last load site is const1 / mapsensordiv.
+  double const1 = 105.0;
+  double const2 = 0.0;
+  double mapsensordiv = 1.0;
+  std::string load_unit = "kPa";  // "kPa" on a MAP basis, "%" on a throttle basis
+  int colwidth0 = 0;              // width of the label column (set by the geometry)
+  double maxms = 0.0;             // largest fuel value accepted; 0 = 65.535 ms
+  int cylinders = 4;              // kept for the program's duty read-out
 };
 
 // Map titles, the fixed texts of the header row's last three cells, and the RPM sites.
@@ -57,9 +61,6 @@ inline constexpr std::string_view kTitleIgnition = "Ignition";
 // of 1000, 750 and 250 per mille of the map's range and carry these texts.
 inline constexpr std::array<std::string_view, 3> kHeaderMarkers = {"1000", "750", "250"};
 inline constexpr std::array<int, 3> kHeaderMarkerPerMille = {1000, 750, 250};
-// RPM of the sites 0 (lowest, grid row 11) to 10 (highest, grid row 1).
-inline constexpr std::array<int, kMapRows> kRpmSites = {500,  1000, 1500, 2000, 2500, 3000,
-                                                        4000, 5000, 6000, 7000, 8000};
 
 class MapGridModel {
  public:
@@ -103,11 +104,16 @@ class MapGridModel {
   void Load(const MapValues& values);
   MapValues ToMapValues() const;
 
-  // Labels. The load label of a column is its load in kPa (see LoadSiteKpa); the header row
-  // shows it except in the last three cells, which hold kHeaderMarkers.
+  // Labels. The RPM label of a row is the engine speed of its RPM site (SetRpmSites; until
+  // then the sites of the first RPM spacing). The load label of a column is its load in the
+  // axis unit (see LoadSiteValue); the header row shows it except in the last three cells,
+  // which hold kHeaderMarkers, so the whole load axis is LoadLabel of every column.
   std::string RpmLabel(int row) const { return Text(row, 0); }
-  double LoadSiteKpa(int column) const;
+  void SetRpmSites(const std::array<int, kMapRows>& rpm_of_site);
+  const std::array<int, kMapRows>& RpmSitesOfAxis() const { return rpm_sites_; }
+  double LoadSiteValue(int column) const;
   std::string LoadLabel(int column) const;
+  const std::string& LoadUnit() const { return settings_.load_unit; }
   // The header row from the settings: load labels, then the three markers.
   void WriteDefaultLabels();
 
@@ -148,9 +154,10 @@ class MapGridModel {
   int load_sites_;
   char separator_;
   MapGridSettings settings_;
-  std::vector<int> units_;               // rows 1..11 x columns 1..load sites
-  std::vector<std::string> header_;      // row 0, columns 1..load sites
-  std::vector<std::string> rpm_labels_;  // column 0, rows 1..11
+  std::vector<int> units_;                 // rows 1..11 x columns 1..load sites
+  std::vector<std::string> header_;        // row 0, columns 1..load sites
+  std::vector<std::string> rpm_labels_;    // column 0, rows 1..11
+  std::array<int, kMapRows> rpm_sites_{};  // RPM of sites 0 (lowest) to 10
   MapCell current_{1, 1};
   MapCellRect selection_{1, 1, 1, 1};
   bool all_ranges_ = false;

@@ -216,29 +216,6 @@ constexpr auto kStep11 = std::to_array<SetupCheck>({
 
 constexpr std::array<int, 8> kCheckedSteps = {3, 4, 5, 7, 8, 9, 10, 11};
 
-// Scaling codes by MAP sensor type, in `ComboMAPScale` order. Type 4's last entry takes every
-// code from 240 up.
-constexpr std::array<std::uint8_t, 1> kScaleSingle = {64};
-constexpr std::array<std::uint8_t, 4> kScaleType2 = {64, 78, 100, 158};
-constexpr std::array<std::uint8_t, 6> kScaleType3 = {64, 72, 80, 95, 120, 195};
-constexpr std::array<std::uint8_t, 12> kScaleType4 = {64,  68,  73,  78,  85,  93,
-                                                      102, 113, 128, 143, 163, 240};
-constexpr int kOpenEndedType = 4;
-constexpr std::uint8_t kOpenEndedFrom = 240;
-
-std::span<const std::uint8_t> ScaleCodes(int combo_map) {
-  switch (combo_map) {
-    case 2:
-      return kScaleType2;
-    case 3:
-      return kScaleType3;
-    case 4:
-      return kScaleType4;
-    default:
-      return kScaleSingle;
-  }
-}
-
 }  // namespace
 
 std::span<const SetupCheck> ChecksOfStep(int step) {
@@ -279,22 +256,6 @@ std::vector<std::string> ValidateSetup(const CalibrationImage& image, const Chec
     }
   }
   return messages;
-}
-
-std::optional<int> MapScaleEntryOfCode(int combo_map, std::uint8_t code) {
-  const std::span<const std::uint8_t> codes = ScaleCodes(combo_map);
-  if (combo_map == kOpenEndedType && code >= kOpenEndedFrom) {
-    return static_cast<int>(codes.size()) - 1;
-  }
-  const auto it = std::find(codes.begin(), codes.end(), code);
-  if (it == codes.end()) return std::nullopt;
-  return static_cast<int>(it - codes.begin());
-}
-
-std::optional<std::uint8_t> MapScaleCodeOfEntry(int combo_map, int entry) {
-  const std::span<const std::uint8_t> codes = ScaleCodes(combo_map);
-  if (entry < 0 || entry >= static_cast<int>(codes.size())) return std::nullopt;
-  return codes[static_cast<std::size_t>(entry)];
 }
 
 bool FirmwareOlderThanSoftware(std::uint8_t version) { return version != 0 && version < 1; }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "calibration/calibration_image.h"
+#include "calibration/map_axes.h"
 
 namespace vela {
 
@@ -50,13 +51,6 @@ void RunChecks(std::span<const SetupCheck> checks, const CalibrationImage& image
 // The setup validation of a save: the messages of every failed setup-error check of steps 3 to
 // 11, in the order in which applying the block would list them.
 std::vector<std::string> ValidateSetup(const CalibrationImage& image, const CheckContext& context);
-
-// `ComboMAPScale` entry that scaling code `code` selects for the MAP sensor type `combo_map`
-// (kNoEntry or an unknown type counts as type 0), or nullopt when the type does not accept it.
-std::optional<int> MapScaleEntryOfCode(int combo_map, std::uint8_t code);
-// The scaling code of a `ComboMAPScale` entry (the lowest code of an open-ended entry), or
-// nullopt when the type has no such entry.
-std::optional<std::uint8_t> MapScaleCodeOfEntry(int combo_map, int entry);
 
 // The test of the old-firmware branch: a version that is not 0 and below 1. No byte meets it,
 // so the "Firmware Update" message never shows; the test is kept as the ECU family defines it.

@@ -94,13 +94,40 @@ TEST_F(CellTransmissionTest, FuelCellsAreCappedToTheDutyLimitOfTheirRpm) {
   grid.SetAllRanges(true);
   grid.SetText(2, 0, "");  // row 2 has no RPM label
   for (int row = 1; row <= 3; ++row) grid.SetValue(row, 1, 40.0);
-  grid.SetCurrent(3, 1);  // 6000 rpm: 120000 / 6000 = 20.0 ms
+  grid.SetCurrent(3, 1);  // 5500 rpm: 120000 / 5500 = 21.8 ms
   const TransmissionResult result = transmission.OnCellChanged(grid, {kFuelMap1Start, 1, false});
-  EXPECT_EQ(grid.Text(3, 1), "20.000");
+  EXPECT_EQ(grid.Text(3, 1), "21.800");
   EXPECT_EQ(grid.Text(2, 1), "20.000");  // empty label
-  EXPECT_EQ(grid.Text(1, 1), "15.000");  // 8000 rpm
+  EXPECT_EQ(grid.Text(1, 1), "17.100");  // 7000 rpm
   EXPECT_EQ(result.capped.size(), 3u);
-  EXPECT_EQ(sender.frames.back(), (Frame{kWriteCellCommand, 1 + 18 * 10, 15000}));
+  EXPECT_EQ(sender.frames.back(), (Frame{kWriteCellCommand, 1 + 18 * 10, 17100}));
+}
+
+// A map file or an earlier set-up can leave a cell above 100 % duty; an edit anywhere below it
+// brings it down, and only it, without sending the cells in between.
+TEST_F(CellTransmissionTest, AnEditBelowAHighTopCellCapsAndSendsItWithoutAllRanges) {
+  image.Write16(1 + 18 * 10, 65000);  // row 1 (7000 rpm): 65 ms
+  image.Write16(1 + 18 * 9, 9000);    // row 2: within its limit
+  MapGridModel grid = FuelGrid(9);
+  grid.SetValue(9, 1, 3.0);
+  grid.SetValue(2, 1, 9.5);  // differs from the image but lies above the change
+  grid.SetCurrent(9, 1);
+  const TransmissionResult result = transmission.OnCellChanged(grid, {kFuelMap1Start, 1, false});
+  EXPECT_THAT(result.capped, ElementsAre(MapCell{1, 1}));
+  EXPECT_THAT(result.sent, ElementsAre(MapCell{9, 1}, MapCell{1, 1}));
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 1 + 18 * 2, 3000},
+                                         Frame{kWriteCellCommand, 1 + 18 * 10, 17100}));
+  EXPECT_EQ(image.Read16(1 + 18 * 10), 17100u);
+  EXPECT_EQ(image.Read16(1 + 18 * 9), 9000u);
+  // The ignition map has no cap: nothing above the change moves.
+  MapGridModel ign(MapKind::kIgnition, 5);
+  FillIgnGrid(ign, image);
+  ign.SetValue(1, 1, -28.5);
+  ign.SetValue(8, 1, 10.0);
+  ign.SetCurrent(8, 1);
+  sender.frames.clear();
+  transmission.OnCellChanged(ign, {kIgnMapStart});
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 751 + 5 * 3, 178}));
 }
 
 TEST_F(CellTransmissionTest, DutyLimitFollowsTheIgnitionDivideAndInjectionMode) {

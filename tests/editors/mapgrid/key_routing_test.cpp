@@ -154,13 +154,6 @@ TEST(MapDisplay, ColourRampRunsBlueGreenRedAndClampsOutsideTheRange) {
   EXPECT_EQ(RangeFraction({100, 100}, 100), 0.5);
 }
 
-TEST(MapDisplay, OperatingPointCountsRpmSitesFromTheBottomRow) {
-  EXPECT_EQ(OperatingPointOf(0.0, 0.0, 9, 9), (OperatingPoint{11.0, 1.0}));
-  EXPECT_EQ(OperatingPointOf(10.0, 8.0, 9, 9), (OperatingPoint{1.0, 9.0}));
-  EXPECT_EQ(OperatingPointOf(2.25, 4.0, 9, 5), (OperatingPoint{8.75, 3.0}));
-  EXPECT_EQ(OperatingPointOf(15.9, -1.0, 9, 9), (OperatingPoint{1.0, 1.0}));
-}
-
 TEST(MapDisplay, ValueAxisGetsRoundEndsAndSteps) {
   const AxisScale fuel = NiceScale(0.0, 11.493, 5);
   EXPECT_DOUBLE_EQ(fuel.min, 0.0);

@@ -193,8 +193,8 @@ TEST(MapGridCells, LoadAndStoreKeepEveryValueAndTakeTheMapsSites) {
 
 TEST(MapGridLabels, RpmLabelsRunFromTheHighestSiteDownAndCanBeEmptied) {
   MapGridModel grid(MapKind::kFuel, 9);
-  EXPECT_EQ(grid.RpmLabel(1), "8000");
-  EXPECT_EQ(grid.RpmLabel(11), "500");
+  EXPECT_EQ(grid.RpmLabel(1), "7000");
+  EXPECT_EQ(grid.RpmLabel(11), "0");
   EXPECT_TRUE(grid.SetText(4, 0, ""));
   EXPECT_EQ(grid.RpmLabel(4), "");
 }
@@ -204,7 +204,7 @@ TEST(MapGridLabels, HeaderShowsLoadsThenTheThreeMarkers) {
   MapGridSettings settings;
   settings.const1 = 200.0;  // a 2 bar sensor at full span
   settings.const2 = 20.0;
-  settings.mapsensordiv = 64.0;
+  settings.mapsensordiv = 1.0;
   grid.SetSettings(settings);
   EXPECT_EQ(grid.Text(0, 1), "20");
   EXPECT_EQ(grid.Text(0, 2), "42");  // 20 + 180 / 8 = 42.5, to the even neighbour
@@ -217,7 +217,7 @@ TEST(MapGridLabels, HeaderShowsLoadsThenTheThreeMarkers) {
   settings.fontsize = 12;  // not a load input: the header keeps what the program wrote
   grid.SetSettings(settings);
   EXPECT_EQ(grid.Text(0, 3), "WOT");
-  settings.mapsensordiv = 128.0;  // scaled to half the span
+  settings.mapsensordiv = 2.0;  // scaled to half the span
   grid.SetSettings(settings);
   EXPECT_EQ(grid.LoadLabel(9), "100");
   EXPECT_EQ(grid.Text(0, 3), "40");

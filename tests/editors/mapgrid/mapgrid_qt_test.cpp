@@ -7,6 +7,7 @@
 #include <QtTest>
 #include <cmath>
 
+#include "calibration/map_axes.h"
 #include "editors/mapgrid/cell_transmission.h"
 #include "editors/mapgrid/qt/cross_hair.h"
 #include "editors/mapgrid/qt/map_graph.h"
@@ -22,8 +23,9 @@ using testing::RecordingSender;
 // A fuel map as an engine would want it: more fuel with load, a torque bump in mid range.
 MapValues RealisticFuelMap(int sites) {
   MapValues values(sites);
+  const std::array<int, kMapRows> sites_rpm = RpmSites(0);
   for (int row = 1; row <= kMapRows; ++row) {
-    const double rpm = kRpmSites[BlockRowOfGridRow(row) - 1];
+    const double rpm = sites_rpm[BlockRowOfGridRow(row) - 1];
     const double efficiency = 0.72 + 0.28 * std::exp(-std::pow((rpm - 4500.0) / 2600.0, 2));
     for (int column = 1; column <= sites; ++column) {
       const double load = static_cast<double>(column - 1) / (sites - 1);
@@ -104,12 +106,12 @@ void MapGridQtTest::TheTransmissionCapIsShownBeforeTheGridRedraws() {
     for (const QPoint& cell : cells) changed.push_back({cell.y(), cell.x()});
     transmission.OnCellsChanged(grid.Model(), changed, {kFuelMap1Start});
   });
-  grid.SetCurrentCell(1, 9);  // 8000 rpm: at most 15.0 ms
+  grid.SetCurrentCell(1, 9);  // 7000 rpm: at most 17.1 ms
   for (int i = 0; i < 9; ++i) QTest::keyClick(&grid, Qt::Key_PageUp, Qt::AltModifier);
   const QModelIndex cell = grid.model()->index(1, 9);
-  QCOMPARE(grid.model()->data(cell).toString(), QStringLiteral("15.000"));
-  QCOMPARE(image.Read16(1 + 16 + 180), 15000u);
-  QVERIFY((sender.frames.back() == testing::SentFrame{kWriteCellCommand, 197, 15000}));
+  QCOMPARE(grid.model()->data(cell).toString(), QStringLiteral("17.100"));
+  QCOMPARE(image.Read16(1 + 16 + 180), 17100u);
+  QVERIFY((sender.frames.back() == testing::SentFrame{kWriteCellCommand, 197, 17100}));
 }
 
 void MapGridQtTest::ForcedFlatGraphFollowsTheGridWithoutOpenGl() {
@@ -163,16 +165,24 @@ void MapGridQtTest::CrossHairMarksOnlyTheSelectedMap() {
   cross_hair.Attach(2, &fuel2, &graph2);
   cross_hair.Attach(3, &ign, nullptr);
   cross_hair.setProperty("motormap", 2);
+  // 1375 RPM lies halfway between the sites of 1000 and 1750 RPM (sites 2 and 3 of the 750 RPM
+  // spacing); 52.5 kPa is the fifth of nine load sites over 0 to 105 kPa, the third of five.
   live::Frame frame{};
-  frame[live::kRpmSite - 1] = 3 * 16 + 8;  // RPM site 3.5
-  frame[live::kLoadSite - 1] = 4 * 16;     // load site 4
+  const auto period = static_cast<std::uint32_t>(60'000'000 / 1375.0 + 0.5);
+  frame[live::kEnginePeriod - 1] = period & 0xFF;
+  frame[live::kEnginePeriod] = (period >> 8) & 0xFF;
+  frame[live::kMap - 1] = 525 & 0xFF;
+  frame[live::kMap] = 525 >> 8;
   cross_hair.SetLiveFrame(frame);
   QVERIFY(!fuel1.Marker().has_value());
-  QCOMPARE(fuel2.Marker(), std::optional<OperatingPoint>(OperatingPoint{7.5, 5.0}));
+  QVERIFY(fuel2.Marker().has_value());
+  QVERIFY(std::abs(fuel2.Marker()->row - 8.5) < 1e-3);
+  QCOMPARE(fuel2.Marker()->column, 5.0);
   QCOMPARE(graph2.Marker(), fuel2.Marker());
   cross_hair.SetMotorMap(3);
   QVERIFY(!fuel2.Marker().has_value());
-  QCOMPARE(ign.Marker(), std::optional<OperatingPoint>(OperatingPoint{7.5, 3.0}));
+  QVERIFY(ign.Marker().has_value());
+  QCOMPARE(ign.Marker()->column, 3.0);
 }
 
 void MapGridQtTest::ReadoutShowsEachLiveQuantity() {

@@ -18,31 +18,23 @@ void CrossHair::SetMotorMap(int motormap) {
   Redraw();
 }
 
-void CrossHair::SetFuelLoadSites(int sites) {
-  fuel_load_sites_ = std::max(sites, 1);
+void CrossHair::SetLive(const LiveLoad& live) {
+  live_ = live;
   Redraw();
 }
 
-void CrossHair::SetSites(double rpm_site, double fuel_load_site) {
-  sites_ = std::make_pair(rpm_site, fuel_load_site);
-  Redraw();
-}
-
-void CrossHair::SetLiveFrame(const live::Frame& frame) {
-  SetSites(live::At(frame, live::kRpmSite) / 16.0, live::At(frame, live::kLoadSite) / 16.0);
-}
+void CrossHair::SetLiveFrame(const live::Frame& frame) { SetLive(LiveLoadOf(frame)); }
 
 void CrossHair::Clear() {
-  sites_.reset();
+  live_.reset();
   Redraw();
 }
 
 std::optional<OperatingPoint> CrossHair::Point() const {
-  if (!sites_ || motormap_ == 0) return std::nullopt;
+  if (!live_ || motormap_ == 0) return std::nullopt;
   const Target& target = targets_[motormap_ - 1];
-  int map_sites = fuel_load_sites_;
-  if (target.grid) map_sites = target.grid->Model().LoadSites();
-  return OperatingPointOf(sites_->first, sites_->second, fuel_load_sites_, map_sites);
+  if (!target.grid) return std::nullopt;
+  return OperatingPointOn(target.grid->Model(), *live_);
 }
 
 void CrossHair::Redraw() {

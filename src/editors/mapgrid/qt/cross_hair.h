@@ -1,6 +1,7 @@
-// `CrossHair`: the live operating point over the maps. It takes the RPM site and load site of
-// the live frame and marks them on the grid and the graph of the map that `motormap` selects
-// (1 = fuel map 1, 2 = fuel map 2, 3 = the ignition map, 0 = none); the other maps show no mark.
+// `CrossHair`: the live operating point over the maps. It takes the engine speed and load of the
+// live frame and marks them, on the axes the map's own labels show, on the grid and the graph of
+// the map that `motormap` selects (1 = fuel map 1, 2 = fuel map 2, 3 = the ignition map, 0 =
+// none); the other maps show no mark.
 #pragma once
 
 #include <QObject>
@@ -32,12 +33,11 @@ class CrossHair : public QObject {
   int MotorMap() const { return motormap_; }
   void SetMotorMap(int motormap);
 
-  // The fuel maps' load-site count, which the live frame's load site refers to.
-  void SetFuelLoadSites(int sites);
-
-  // The live point: RPM site (0 = lowest) and fuel load site (0 = first), both fractional.
-  void SetSites(double rpm_site, double fuel_load_site);
+  // The live point: engine speed, manifold pressure and throttle.
+  void SetLive(const LiveLoad& live);
   void SetLiveFrame(const live::Frame& frame);
+  // The axes of the grids changed: the mark moves with them.
+  void AxesChanged() { Redraw(); }
   void Clear();
 
   // The point on the marked map in its grid's coordinates, when there is one.
@@ -52,8 +52,7 @@ class CrossHair : public QObject {
 
   std::array<Target, kMaps> targets_;
   int motormap_ = 1;
-  int fuel_load_sites_ = 9;
-  std::optional<std::pair<double, double>> sites_;
+  std::optional<LiveLoad> live_;
 };
 
 }  // namespace vela

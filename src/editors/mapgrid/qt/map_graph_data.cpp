@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "calibration/map_axes.h"
+
 namespace vela {
 
 namespace {
@@ -19,13 +21,14 @@ std::vector<double> RpmAxis(const MapGridModel& grid) {
     axis.push_back(rpm);
   }
   if (!axis.empty()) return axis;
-  for (int row = 1; row <= kMapRows; ++row) axis.push_back(kRpmSites[BlockRowOfGridRow(row) - 1]);
+  const std::array<int, kMapRows> sites = RpmSites(0);
+  for (int row = 1; row <= kMapRows; ++row) axis.push_back(sites[BlockRowOfGridRow(row) - 1]);
   return axis;
 }
 
-std::vector<double> LoadAxis(const MapGridModel& grid, int sites) {
+std::vector<double> LoadPoints(const MapGridModel& grid, int sites) {
   std::vector<double> axis;
-  for (int column = 1; column <= sites; ++column) axis.push_back(grid.LoadSiteKpa(column));
+  for (int column = 1; column <= sites; ++column) axis.push_back(grid.LoadSiteValue(column));
   const bool rising =
       std::adjacent_find(axis.begin(), axis.end(), std::greater_equal<>()) == axis.end();
   if (rising) return axis;
@@ -52,7 +55,7 @@ MapGraphData GraphDataOf(const MapGridModel& grid, int max_sites) {
     data.load_labels.append(QString::fromStdString(grid.LoadLabel(column)));
   }
   data.rpm_axis = RpmAxis(grid);
-  data.load_axis = LoadAxis(grid, data.sites);
+  data.load_axis = LoadPoints(grid, data.sites);
   return data;
 }
 

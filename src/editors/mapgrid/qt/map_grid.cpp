@@ -92,7 +92,9 @@ MapGrid::MapGrid(MapKind kind, QWidget* parent)
       overlay_(new GridMarkerOverlay(this)) {
   setModel(table_);
   setItemDelegate(new CellDelegate(this));
-  horizontalHeader()->hide();
+  horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  horizontalHeader()->setHighlightSections(false);
+  horizontalHeader()->setSectionsClickable(false);
   verticalHeader()->hide();
   setSelectionMode(QAbstractItemView::ContiguousSelection);
   setSelectionBehavior(QAbstractItemView::SelectItems);
@@ -181,8 +183,9 @@ QSize MapGrid::sizeHint() const {
   const int site = metrics.horizontalAdvance(QStringLiteral("00.000")) + 10;
   const int label = ReservedWidth(model_.LoadSites()) / kUnitsPerPixel;
   const int frame = 2 * frameWidth();
-  return {label + site * model_.LoadSites() + frame,
-          (metrics.height() + 12) * model_.Rows() + frame};
+  return {
+      label + site * model_.LoadSites() + frame,
+      (metrics.height() + 12) * model_.Rows() + horizontalHeader()->sizeHint().height() + frame};
 }
 
 void MapGrid::keyPressEvent(QKeyEvent* event) {

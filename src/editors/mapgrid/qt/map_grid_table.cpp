@@ -50,9 +50,10 @@ QVariant MapGridTable::Background(int row, int column) const {
 
 QVariant MapGridTable::ToolTip(int row, int column) const {
   if (row == 0 && column >= 1) {
-    QString tip = QStringLiteral("Load site %1: %2 kPa")
+    QString tip = QStringLiteral("Load site %1: %2 %3")
                       .arg(column)
-                      .arg(QString::fromStdString(grid_.LoadLabel(column)));
+                      .arg(QString::fromStdString(grid_.LoadLabel(column)),
+                           QString::fromStdString(grid_.LoadUnit()));
     if (MarkerIndex(column) >= 0) {
       tip += QStringLiteral("\nColour of %1 per mille of the map's range")
                  .arg(QString::fromStdString(grid_.Text(0, column)));
@@ -60,9 +61,10 @@ QVariant MapGridTable::ToolTip(int row, int column) const {
     return tip;
   }
   if (grid_.IsValueCell(row, column)) {
-    return QStringLiteral("%1 rpm, %2 kPa")
+    return QStringLiteral("%1 rpm, %2 %3")
         .arg(QString::fromStdString(grid_.RpmLabel(row)),
-             QString::fromStdString(grid_.LoadLabel(column)));
+             QString::fromStdString(grid_.LoadLabel(column)),
+             QString::fromStdString(grid_.LoadUnit()));
   }
   return {};
 }
@@ -94,6 +96,24 @@ QVariant MapGridTable::data(const QModelIndex& index, int role) const {
   }
 }
 
+QVariant MapGridTable::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal) return {};
+  if (role == Qt::DisplayRole) {
+    if (section == 0) {
+      return QStringLiteral("RPM \\ %1").arg(QString::fromStdString(grid_.LoadUnit()));
+    }
+    return QString::fromStdString(grid_.LoadLabel(section));
+  }
+  if (role == Qt::ToolTipRole && section >= 1) {
+    return QStringLiteral("Load site %1: %2 %3")
+        .arg(section)
+        .arg(QString::fromStdString(grid_.LoadLabel(section)),
+             QString::fromStdString(grid_.LoadUnit()));
+  }
+  if (role == Qt::TextAlignmentRole) return Qt::AlignCenter;
+  return {};
+}
+
 Qt::ItemFlags MapGridTable::flags(const QModelIndex& index) const {
   if (!index.isValid()) return Qt::NoItemFlags;
   if (grid_.IsValueCell(index.row(), index.column())) {
@@ -116,6 +136,7 @@ void MapGridTable::Refresh() {
     return;
   }
   emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+  emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
 }
 
 }  // namespace vela

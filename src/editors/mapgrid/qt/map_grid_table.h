@@ -1,5 +1,6 @@
 // The item model through which a QTableView shows a MapGridModel: the same 12 rows and columns,
-// the header row and label column drawn as fixed cells, value cells coloured by value.
+// the header row and label column drawn as fixed cells, value cells coloured by value, and above
+// them the load axis in full.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -23,6 +24,9 @@ class MapGridTable : public QAbstractTableModel {
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
+  // The column header shows the whole load axis: the unit over the label column, then the load
+  // of every load site (row 0 keeps its own texts, which hide the last three loads).
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
   // After the grid changed: every cell again, or the whole model when the columns changed.
   void Refresh();
