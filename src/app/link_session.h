@@ -49,6 +49,8 @@ class LinkSession : public QObject {
   void StopUploadTimer() { upload_timer_.stop(); }
   // The calibration whose sensor points the temperature read-outs use.
   void UseCalibration(const CalibrationImage* image) { handlers_.SetCalibration(image); }
+  // The injector duty base of the engine set-up, for the live duty read-out.
+  void SetDutyBase(double base) { handlers_.SetDutyBase(base); }
   // Shutdown: the closing command unless a transfer holds the link.
   void Close();
 

@@ -119,6 +119,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   connect(editors_, &EditorSession::EditorsFilled, this, [this] {
     map_pages_->ShowEditors();
     ShowSetupErrors();
+    parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
   connect(editors_, &EditorSession::DownloadStatus, status_label_, &QLabel::setText);

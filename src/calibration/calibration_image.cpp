@@ -206,4 +206,38 @@ CalibrationImage BuildImage(const MapValues& fuel_map1, const MapValues& fuel_ma
   return image;
 }
 
+int DifferingMapCells(const CalibrationImage& a, const CalibrationImage& b) {
+  int differing = 0;
+  const auto count = [&](int columns, auto position_in, auto value_at) {
+    for (int row = 1; row <= kMapRows; ++row) {
+      for (int column = 1; column <= columns; ++column) {
+        const int in_a = position_in(a, row, column);
+        const int in_b = position_in(b, row, column);
+        if ((in_a == 0) != (in_b == 0) || value_at(a, in_a) != value_at(b, in_b)) ++differing;
+      }
+    }
+  };
+  const auto read16 = [](const CalibrationImage& image, int position) {
+    return position == 0 ? 0u : image.Read16(position);
+  };
+  const auto read8 = [](const CalibrationImage& image, int position) {
+    return position == 0 ? 0u : static_cast<std::uint32_t>(image.Byte(position));
+  };
+  for (int map = 1; map <= 2; ++map) {
+    count(
+        std::max(a.FuelLoadSites(), b.FuelLoadSites()),
+        [map](const CalibrationImage& image, int row, int column) {
+          return image.FuelCellPosition(map, row, column);
+        },
+        read16);
+  }
+  count(
+      std::max(a.IgnLoadSites(), b.IgnLoadSites()),
+      [](const CalibrationImage& image, int row, int column) {
+        return image.IgnCellPosition(row, column);
+      },
+      read8);
+  return differing;
+}
+
 }  // namespace vela

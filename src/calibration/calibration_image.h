@@ -110,6 +110,10 @@ class CalibrationImage {
   Block bytes_{};
 };
 
+// How many map cells (fuel cells of both maps and ignition cells, each on its image's own layout)
+// differ between two images; a cell that only one of them has counts as differing.
+int DifferingMapCells(const CalibrationImage& a, const CalibrationImage& b);
+
 // A fresh block for a download or a map file: the two fuel maps and the ignition map from the
 // editors' grids, every setup field copied from `setup_source` (whose bytes 995 and 996 decide
 // the map layouts), and zero bytes everywhere else.

@@ -234,15 +234,6 @@ void FinishSorting(CalibrationSource source, ApplyEnvironment& env) {
 
 }  // namespace
 
-CalibrationImage ImageReadAsFarAsItReaches(std::span<const std::uint8_t> block) {
-  CalibrationImage::Block bytes{};
-  const std::size_t taken = std::min(block.size(), bytes.size());
-  std::copy_n(block.begin(), taken, bytes.begin());
-  CalibrationImage image;
-  image.Assign(bytes);
-  return image;
-}
-
 void ApplyUploadedCalibration(const CalibrationImage& image, CalibrationSource source,
                               EditorState& state, ApplyEnvironment& env) {
   const ChangeEventsSuppressed suppressed(env.suppress_change_events);

@@ -60,10 +60,6 @@ struct ApplyEnvironment {
   std::function<void()> clear_upload_flags;  // clears `UploadStarted` and `UploadRequested`
 };
 
-// A block of any length taken as an image: bytes past position 1023 are not taken, positions
-// past the block's end read as 0.
-CalibrationImage ImageReadAsFarAsItReaches(std::span<const std::uint8_t> block);
-
 // Steps 1 to 12 in order: status "Upload Sorting Started"; the ECU number; cylinders and RPM
 // sites; fuel sites and map selection; the maps, trigger offset, ignition sites and lock; the
 // version checks and `Check7`; engine setup; outputs and byte 942; fuel, TPS and MAP sensor;

@@ -23,9 +23,11 @@ int IgnLoadSitesOfChoice(int combo_site_ignition) {
 }
 
 void SetupIgnitionDivide(EngineSetup& setup) {
-  if (setup.IgnitionDivide < 1 || setup.IgnitionDivide > kMaxIgnitionDivide) {
-    setup.IgnitionDivide = 1;
-  }
+  // The ECU opens the injectors on the crank trigger: every crank turn (twice a cycle) in the
+  // batch and semi-sequential modes, once a cycle in full sequential. An unknown mode takes the
+  // lower limit of the two.
+  setup.IgnitionDivide = setup.FuelMode == kFuelModeSequential ? 1 : 2;
+  static_assert(2 <= kMaxIgnitionDivide);
   setup.InjectionFactor = setup.FuelMode == kFuelModeSequential ? setup.IgnitionDivide : 1;
 }
 

@@ -174,8 +174,9 @@ struct EditorState {
 int FuelLoadSitesOfChoice(int combo_site_fuel);
 int IgnLoadSitesOfChoice(int combo_site_ignition);
 
-// Derives the injection factor from `FuelMode`: equal to the ignition divide with the
-// "Sequential" choice when the divide is 1 to 4, otherwise 1. A divide outside 1 to 4 becomes 1.
+// Takes the ignition divide A from the engine set-up, how many times each injector opens in an
+// engine cycle: 2 for "Batch" and "Semi-Sequential" (once a crank turn), 1 for "Sequential";
+// and the injection factor B: equal to the divide with "Sequential", otherwise 1.
 void SetupIgnitionDivide(EngineSetup& setup);
 
 // The fuel duty limit base 120000 x B / A (milliseconds x RPM): a fuel cell at RPM n may ask

@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "editors/build_calibration.h"
+#include "editors/setup/setup_checks.h"
 
 namespace vela {
 
 namespace {
 
 constexpr int kFirmwareTextStart = 18;  // the 19th character, counted from 0
-constexpr std::string_view kUnreadableMapLines[] = {
-    "The map file could not be read.", "Nothing was loaded and nothing was sent to the ECU."};
+constexpr std::string_view kNothingChanged = "Nothing was loaded and nothing was sent to the ECU.";
 constexpr std::string_view kSaveFailedLine2 =
     "The map was not saved. The file on disk is unchanged.";
 
@@ -138,34 +138,72 @@ MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
     Warn(kLoadMapTitle, kLoadNameRefused);
     return MapFileResult::kRefused;
   }
+  std::optional<CalibrationImage> image = ReadMapImage(*path);
+  if (!image) return MapFileResult::kRefused;
+  image->SetByte(SetupFieldNamed("FirmwareVersion").position,
+                 FirmwareVersionFromText(target.ecu_version_text));
+  if (!SetupAccepted(*path, *image, target.state)) return MapFileResult::kCancelled;
   if (messages_.Show(MessageIcon::kExclamation, std::string(kDownloadCheckTitle),
                      LinesOf(kDownloadCheckLines), MessageButtons::kYesNo) != MessageAnswer::kYes) {
     return MapFileResult::kCancelled;
   }
-  const std::optional<std::string> content = files_.ReadFile(*path);
-  if (!content) {
-    messages_.Show(MessageIcon::kExclamation, std::string(kLoadMapTitle),
-                   LinesOf(kUnreadableMapLines));
-    return MapFileResult::kFailed;
-  }
-  // The file's first 1023 bytes are the image. A shorter file gives a shorter image: the editors
-  // read it as far as it reaches, and the download sends only the bytes it holds, so the ECU
-  // keeps its own values beyond them. Byte 909 is replaced where the image reaches it.
-  const auto* first = reinterpret_cast<const std::uint8_t*>(content->data());
-  std::vector<std::uint8_t> bytes(first,
-                                  first + std::min<std::size_t>(content->size(), kImageLength));
-  constexpr int kVersionPosition = SetupFieldNamed("FirmwareVersion").position;
-  if (bytes.size() >= static_cast<std::size_t>(kVersionPosition)) {
-    bytes[static_cast<std::size_t>(kVersionPosition - 1)] =
-        FirmwareVersionFromText(target.ecu_version_text);
-  }
-  const CalibrationImage image = ImageReadAsFarAsItReaches(bytes);
-  target.program_image = image;
+  target.program_image = *image;
   target.state.SetupErrors.clear();
-  ApplyUploadedCalibration(image, CalibrationSource::kMapFile, target.state, target.apply);
-  target.download.Start(std::move(bytes));
+  ApplyUploadedCalibration(*image, CalibrationSource::kMapFile, target.state, target.apply);
+  target.download.Start(image->ToVector());
   target.apply.status.Show(std::string(kDownloadStatus));
   return MapFileResult::kDone;
+}
+
+std::optional<CalibrationImage> MapFiles::ReadMapImage(const std::string& path) {
+  // One byte more than a map holds tells a long file from a map without reading it whole.
+  const FileHead head = files_.ReadHead(path, kImageLength + 1);
+  std::vector<std::string> lines = {"\"" + path + "\""};
+  switch (head.kind) {
+    case FileHead::Kind::kFile:
+      if (head.size == static_cast<std::uint64_t>(kImageLength) &&
+          head.bytes.size() == static_cast<std::size_t>(kImageLength)) {
+        CalibrationImage image;
+        const auto* first = reinterpret_cast<const std::uint8_t*>(head.bytes.data());
+        image.Assign(std::span<const std::uint8_t>(first, head.bytes.size()));
+        return image;
+      }
+      lines.push_back("This file holds " + std::to_string(head.size) +
+                      (head.size == 1 ? " byte." : " bytes.") +
+                      " A map file holds exactly 1023 bytes, so this is not a map.");
+      break;
+    case FileHead::Kind::kFolder:
+      lines.push_back("This is a folder, not a map file.");
+      break;
+    case FileHead::Kind::kNotAFile:
+      lines.push_back("This is not a file on the disk (a pipe or a device), so it is not a map.");
+      break;
+    case FileHead::Kind::kMissing:
+    case FileHead::Kind::kUnreadable:
+      lines.push_back("The map file could not be read" +
+                      (head.reason.empty() ? std::string(".") : ": " + head.reason + "."));
+      break;
+  }
+  lines.emplace_back(kNothingChanged);
+  messages_.Show(MessageIcon::kExclamation, std::string(kLoadMapTitle), lines);
+  return std::nullopt;
+}
+
+bool MapFiles::SetupAccepted(const std::string& path, const CalibrationImage& image,
+                             const EditorState& state) {
+  const std::vector<std::string> failures = ValidateSetup(image, {state.sensors.ComboMAP});
+  if (failures.empty()) return true;
+  const int differing = DifferingMapCells(image, BuildCalibrationFromEditors(state).image);
+  std::vector<std::string> lines = {"The map file \"" + path.substr(NameStart(path)) +
+                                    "\" fails these setup checks:"};
+  for (const std::string& failure : failures) lines.push_back("    " + failure);
+  lines.push_back(differing == 0 ? std::string("Its map cells are the same as the maps shown now.")
+                                 : "It changes " + std::to_string(differing) +
+                                       (differing == 1 ? " map cell" : " map cells") +
+                                       " of the maps shown now.");
+  lines.emplace_back("Download it into the ECU all the same?");
+  return messages_.Show(MessageIcon::kExclamation, std::string(kMapWarningTitle), lines,
+                        MessageButtons::kYesNoDefaultNo) == MessageAnswer::kYes;
 }
 
 }  // namespace vela

@@ -99,13 +99,21 @@ class MapFiles {
   MapFileResult SaveMap(const EditorState& state);
 
   // The download-map-from-disk action: refuses when the ECU is neither connected nor off-line
-  // (and switches to off-line mode), asks for a name, refuses five dots, asks for confirmation,
-  // reads the file, replaces byte 909, applies the image and starts its download. A file shorter
-  // than 1023 bytes is applied as far as it reaches and only its own bytes are downloaded.
+  // (and switches to off-line mode), asks for a name, refuses five dots, then checks the file
+  // before anything is asked or sent: a file that is not exactly 1023 bytes (or is a folder, a
+  // pipe, a device, or cannot be read) is refused with its name and size; an image that fails
+  // setup checks is shown with its failures and the number of map cells it would change, and
+  // goes on only on Yes (No is the default). Then it asks for confirmation, replaces byte 909,
+  // applies the image and starts its download, all 1023 bytes.
   MapFileResult LoadAndDownloadMap(MapDownloadTarget& target);
 
  private:
   std::string InitialFolder();
+  // The file's image, or nothing after the refusal has been shown.
+  std::optional<CalibrationImage> ReadMapImage(const std::string& path);
+  // True when the image passes the setup checks or the tuner chooses to go on.
+  bool SetupAccepted(const std::string& path, const CalibrationImage& image,
+                     const EditorState& state);
   void Remember(const std::string& path);
   void Warn(std::string_view title, std::string_view line);
 

@@ -7,6 +7,8 @@
 #include <iterator>
 #include <system_error>
 
+#include "shell/disk_sync.h"
+
 namespace vela {
 namespace fs = std::filesystem;
 
@@ -21,6 +23,44 @@ int ErrorNumberFor(const std::error_code& ec) {
 }
 
 }  // namespace
+
+FileHead DiskFileSystem::ReadHead(const std::string& path, std::size_t max_bytes) {
+  FileHead head;
+  std::error_code ec;
+  const fs::file_status status = fs::status(path, ec);
+  if (ec || !fs::exists(status)) {
+    head.kind = ec && ec != std::errc::no_such_file_or_directory ? FileHead::Kind::kUnreadable
+                                                                 : FileHead::Kind::kMissing;
+    head.reason = ec ? ec.message() : std::string();
+    return head;
+  }
+  if (fs::is_directory(status)) {
+    head.kind = FileHead::Kind::kFolder;
+    return head;
+  }
+  if (!fs::is_regular_file(status)) {
+    head.kind = FileHead::Kind::kNotAFile;  // a pipe, a device or a socket: never opened
+    return head;
+  }
+  head.size = fs::file_size(path, ec);
+  std::ifstream in(path, std::ios::binary);
+  if (ec || !in) {
+    head.kind = FileHead::Kind::kUnreadable;
+    head.reason = ec ? ec.message() : std::generic_category().message(errno);
+    return head;
+  }
+  head.bytes.resize(max_bytes);
+  in.read(head.bytes.data(), static_cast<std::streamsize>(max_bytes));
+  if (in.bad()) {
+    head.kind = FileHead::Kind::kUnreadable;
+    head.reason = std::generic_category().message(errno);
+    head.bytes.clear();
+    return head;
+  }
+  head.bytes.resize(static_cast<std::size_t>(in.gcount()));
+  head.kind = FileHead::Kind::kFile;
+  return head;
+}
 
 bool DiskFileSystem::IsDirectory(const std::string& path) {
   std::error_code ec;
@@ -56,9 +96,9 @@ int DiskFileSystem::WriteFile(const std::string& path, const std::string& conten
     if (!out) return errno == ENOSPC ? kFileErrorDiskFull : kFileErrorAccess;
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
     out.flush();
-    if (!out) {
+    out.close();
+    if (!out || !FlushFileToDisk(temp.string())) {
       const int error = errno == ENOSPC ? kFileErrorDiskFull : kFileErrorAccess;
-      out.close();
       fs::remove(temp, ec);
       return error;
     }
@@ -69,6 +109,7 @@ int DiskFileSystem::WriteFile(const std::string& path, const std::string& conten
     fs::remove(temp, ec);
     return error;
   }
+  FlushFolderToDisk(target.parent_path().string());
   return kFileErrorNone;
 }
 

@@ -2,6 +2,8 @@
 // a temporary file in the same folder, so a crash or a full disk never leaves half a file.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -14,6 +16,17 @@ inline constexpr int kFileErrorDiskFull = 61;
 inline constexpr int kFileErrorAccess = 75;
 inline constexpr int kFileErrorPathNotFound = 76;
 
+// The beginning of a file and what it is, read without reading the rest: a file that has to be
+// exactly some size is judged from its first bytes and its size, however large it is, and a
+// pipe or a device is never opened.
+struct FileHead {
+  enum class Kind { kFile, kMissing, kFolder, kNotAFile, kUnreadable };
+  Kind kind = Kind::kMissing;
+  std::uint64_t size = 0;  // the whole file's size in bytes (kFile)
+  std::string bytes;       // its first bytes, at most as many as asked for (kFile)
+  std::string reason;      // the system's words for a file that could not be read
+};
+
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
@@ -21,6 +34,21 @@ class FileSystem {
   virtual bool CreateDirectory(const std::string& path) = 0;
   // The whole content, or nothing when the file cannot be read.
   virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
+  // At most `max_bytes` of the file's beginning, its size and kind. The default reads the
+  // whole file, for stores that hold their files in memory.
+  virtual FileHead ReadHead(const std::string& path, std::size_t max_bytes) {
+    FileHead head;
+    if (IsDirectory(path)) {
+      head.kind = FileHead::Kind::kFolder;
+      return head;
+    }
+    const std::optional<std::string> content = ReadFile(path);
+    if (!content) return head;
+    head.kind = FileHead::Kind::kFile;
+    head.size = content->size();
+    head.bytes = content->substr(0, max_bytes);
+    return head;
+  }
   // Replaces the file's content; returns kFileErrorNone or one of the error numbers above.
   virtual int WriteFile(const std::string& path, const std::string& content) = 0;
 };
@@ -31,6 +59,9 @@ class DiskFileSystem : public FileSystem {
   bool IsDirectory(const std::string& path) override;
   bool CreateDirectory(const std::string& path) override;
   std::optional<std::string> ReadFile(const std::string& path) override;
+  FileHead ReadHead(const std::string& path, std::size_t max_bytes) override;
+  // Written to "<name>.saving" in the same folder, flushed to the disk, renamed over the old
+  // file, and the folder flushed too, so that a power cut leaves the old file or the new one.
   int WriteFile(const std::string& path, const std::string& content) override;
 };
 

@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <atomic>
+#include <memory>
 
 #include "app/editor_session.h"
 #include "app/link_session.h"
@@ -111,6 +113,50 @@ class CalibrationRoadTest : public QObject {
     // The firmware version byte is never taken from a file: the ECU's version text decides it.
     QCOMPARE(static_cast<int>(downloaded[908]),
              static_cast<int>(FirmwareVersionFromText(program.link.live().firmware_text)));
+  }
+
+  // A file that is no map is refused before a question is asked: not one frame reaches the ECU.
+  void mapFilesThatAreNoMapsPutNothingOnTheWire() {
+    QTemporaryDir dir;
+    sim::InProcessSimulator ecu;
+    sim::SimCommandLine options;
+    options.verbose = true;
+    auto frames = std::make_shared<std::atomic<int>>(0);
+    std::string error;
+    QVERIFY2(ecu.Start(options, &error, [frames](const std::string&) { ++*frames; }),
+             error.c_str());
+    Program program(dir.path(), ecu.SlavePath());
+    QVERIFY(program.window->Load());
+    program.window->show();
+    EditorSession& editors = program.window->editors();
+    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(program.link.live().frames_per_second, 20, 3000);
+    const QByteArray before = ImageBytes(ecu.ImageSnapshot());
+    QTest::qWait(300);
+    const int frames_before = frames->load();
+    QVERIFY(frames_before > 0);  // the upload's requests and rate commands were seen
+
+    QByteArray random(5000, '\0');
+    for (int i = 0; i < random.size(); ++i) random[i] = static_cast<char>((i * 7919 + 13) % 251);
+    for (const QByteArray& content : {QByteArray("0123456789"), random}) {
+      const QString path = QString::fromStdString(program.folders.maps) +
+                           QString("no-map-%1.sm1").arg(content.size());
+      QFile file(path);
+      QVERIFY(file.open(QIODevice::WriteOnly));
+      file.write(content);
+      file.close();
+      program.dialogs.paths.push_back(path.toStdString());
+      program.messages.shown.clear();
+      editors.LoadAndDownloadMap();
+      QCOMPARE(program.messages.shown.size(), std::size_t{1});
+      QVERIFY(program.messages.shown[0].lines[1].find(std::to_string(content.size()) + " bytes") !=
+              std::string::npos);
+      QVERIFY(!editors.download().running());
+    }
+    QTest::qWait(500);
+    QCOMPARE(frames->load(), frames_before);
+    QCOMPARE(ImageBytes(ecu.ImageSnapshot()), before);
+    QCOMPARE(ImageBytes(editors.image()), before);
   }
 
   void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {

@@ -56,6 +56,20 @@ TEST_F(ApplyCalibration, SoundBlockFillsTheEditorsWithoutErrorsAndTracesTheSorti
   EXPECT_EQ(state.version.VersionLabel, "2");
 }
 
+// Byte 907's low bits choose the injection mode; the fuel duty limit follows how often each
+// injector opens in a cycle.
+TEST_F(ApplyCalibration, TheInjectionModeSetsTheIgnitionDivideOfTheDutyLimit) {
+  Apply(With(SoundImage(), 907, 64 + 0));  // batch: once a crank turn
+  EXPECT_EQ(state.setup.IgnitionDivide, 2);
+  EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 60000.0);
+  Apply(With(SoundImage(), 907, 64 + 1));  // semi-sequential pairs: also once a turn
+  EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 60000.0);
+  Apply(With(SoundImage(), 907, 64 + 2));  // sequential: once a cycle
+  EXPECT_EQ(state.setup.IgnitionDivide, 1);
+  EXPECT_EQ(state.setup.InjectionFactor, 1);
+  EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 120000.0);
+}
+
 TEST_F(ApplyCalibration, ListsEveryFailedCheckInStepOrderAndStillAppliesEveryField) {
   CalibrationImage image = SoundImage();
   for (auto [position, value] : std::initializer_list<std::pair<int, int>>{

@@ -179,34 +179,88 @@ TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDow
   EXPECT_THAT(sender.frames, ElementsAre(SentFrame{2, 1, 0x1234}));
 }
 
-TEST_F(MapFileTest, AShortFileIsReadAsFarAsItReachesAndOnlyItsOwnBytesAreDownloaded) {
-  mode.Offline = true;
+// Only a file of exactly 1023 bytes is a map. Anything else is refused before a question is
+// asked or a byte is sent, with the file's name and size, and the editors stay as they were.
+TEST_F(MapFileTest, EveryFileThatIsNotExactlyAMapIsRefusedBeforeAnythingIsSent) {
+  link.Caption = kConnected;
+  const std::string map = FileOf(SoundImage());
+  const std::pair<std::string, std::string> cases[] = {
+      {"empty.sm1", ""},
+      {"ten.sm1", map.substr(0, 10)},
+      {"short.sm1", map.substr(0, 1022)},
+      {"long.sm1", map + "x"},
+      {"random.sm1", std::string(5000, '\x7f')},
+  };
+  state.setup.Cylinders = 5;
+  for (const auto& [name, content] : cases) {
+    SCOPED_TRACE(name);
+    files.files["/d/M/V/Maps/" + name] = content;
+    dialogs.path = "/d/M/V/Maps/" + name;
+    messages.shown.clear();
+    EXPECT_EQ(Load(), MapFileResult::kRefused);
+    ASSERT_EQ(messages.shown.size(), 1u);
+    EXPECT_EQ(messages.shown[0].title, "Download MORVANE VELA Map to the ECU");
+    EXPECT_THAT(messages.shown[0].lines,
+                ElementsAre("\"/d/M/V/Maps/" + name + "\"",
+                            "This file holds " + std::to_string(content.size()) + " bytes." +
+                                " A map file holds exactly 1023 bytes, so this is not a map.",
+                            "Nothing was loaded and nothing was sent to the ECU."));
+  }
+  files.folders["/d/M/V/Maps/folder.sm1"] = true;
+  dialogs.path = "/d/M/V/Maps/folder.sm1";
+  EXPECT_EQ(Load(), MapFileResult::kRefused);
+  EXPECT_EQ(messages.shown.back().lines[1], "This is a folder, not a map file.");
+  dialogs.path = "/d/M/V/Maps/gone.sm1";
+  EXPECT_EQ(Load(), MapFileResult::kRefused);
+  EXPECT_EQ(messages.shown.back().lines[1], "The map file could not be read.");
+  EXPECT_FALSE(download.running());
+  EXPECT_THAT(sender.frames, IsEmpty());
+  EXPECT_THAT(status.texts(), IsEmpty());
+  EXPECT_EQ(state.setup.Cylinders, 5);
+  EXPECT_EQ(program_image.Bytes(), CalibrationImage().Bytes());
+}
+
+TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
+  link.Caption = kConnected;
   CalibrationImage file = SoundImage();
-  file.Write16(3, 1500);
-  file.SetByte(909, 9);
-  file.SetByte(910, 0x77);
-  files.files["/d/M/V/Maps/short.sm1"] = FileOf(file).substr(0, 940);
-  dialogs.path = "/d/M/V/Maps/short.sm1";
+  file.SetByte(902, 9);    // trigger pattern
+  file.SetByte(958, 200);  // dwell time
+  file.Write16(1, 1500);   // two fuel cells and an ignition cell differ from the editors
+  file.Write16(3, 1600);
+  file.SetByte(751, 40);
+  files.files["/d/M/V/Maps/odd.sm1"] = FileOf(file);
+  dialogs.path = "/d/M/V/Maps/odd.sm1";
+  ApplyUploadedCalibration(SoundImage(), CalibrationSource::kUpload, state, apply);
+  status = StartupTrace();
+  sender.frames.clear();
+
+  messages.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(Load(), MapFileResult::kCancelled);
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
+  EXPECT_EQ(messages.shown[0].buttons, MessageButtons::kYesNoDefaultNo);
+  EXPECT_THAT(messages.shown[0].lines,
+              ElementsAre("The map file \"odd.sm1\" fails these setup checks:",
+                          "    Trigger Pattern Invalid", "    Dwell Time Invalid",
+                          "It changes 3 map cells of the maps shown now.",
+                          "Download it into the ECU all the same?"));
+  EXPECT_FALSE(download.running());
+  EXPECT_THAT(sender.frames, IsEmpty());
+
+  // Yes goes on to the download question, whose lines stay as they are, and then downloads.
+  messages.shown.clear();
+  messages.answers = {MessageAnswer::kYes, MessageAnswer::kYes};
   EXPECT_EQ(Load(), MapFileResult::kDone);
-  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 2), 1.5);
-  EXPECT_EQ(state.setup.Cylinders, 0);  // byte 947 lies past the end
-  EXPECT_EQ(program_image.Byte(909), 3);
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_EQ(messages.shown[1].title, " Download Check");
+  ASSERT_TRUE(download.running());
   int ticks = 0;
   while (download.running() && ticks < 1000) {
     download.Tick();
     ++ticks;
   }
-  EXPECT_EQ(ticks, 471);  // 470 pairs for 940 bytes, then the closing frame
-  EXPECT_EQ(sender.frames[454], (SentFrame{2, 909, 3 + 256 * 0x77}));
-  EXPECT_EQ(sender.frames.back(), (SentFrame{6, 941, 0}));
-}
-
-TEST_F(MapFileTest, AFileThatCannotBeReadChangesNothing) {
-  link.Caption = kConnected;
-  dialogs.path = "/d/M/V/Maps/gone.sm1";
-  EXPECT_EQ(Load(), MapFileResult::kFailed);
-  EXPECT_THAT(status.texts(), IsEmpty());
-  EXPECT_FALSE(download.running());
+  EXPECT_EQ(ticks, 513);  // the whole image, then the closing frame
+  EXPECT_EQ(sender.frames.front(), (SentFrame{2, 1, 1500}));
 }
 
 TEST(FirmwareVersionFromText, TakesTheNumberFromThe19thCharacter) {

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -162,6 +163,28 @@ TEST_F(DiskFileSystemTest, AFailedRenameKeepsTheOldFile) {
   EXPECT_NE(disk.WriteFile(target.string(), "new"), kFileErrorNone);
   EXPECT_TRUE(std::filesystem::is_directory(target));
   EXPECT_FALSE(std::filesystem::exists(dir / "Maps.saving"));
+}
+
+// A map is judged from its first bytes and its size: a huge file is not read whole, and a pipe
+// (which would block a reader until something writes to it) is never opened.
+TEST_F(DiskFileSystemTest, ReadHeadReadsOnlyTheBeginningAndNeverOpensAPipe) {
+  const auto big = dir / "huge.sm1";
+  std::ofstream(big) << "MAP";
+  std::filesystem::resize_file(big, 400ull << 20);  // 400 MiB, sparse
+  const FileHead head = disk.ReadHead(big.string(), 1024);
+  EXPECT_EQ(head.kind, FileHead::Kind::kFile);
+  EXPECT_EQ(head.size, 400ull << 20);
+  ASSERT_EQ(head.bytes.size(), 1024u);
+  EXPECT_EQ(head.bytes.substr(0, 3), "MAP");
+  const auto pipe = dir / "pipe.sm1";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(disk.ReadHead(pipe.string(), 1024).kind, FileHead::Kind::kNotAFile);
+  EXPECT_EQ(disk.ReadHead(dir.string(), 1024).kind, FileHead::Kind::kFolder);
+  EXPECT_EQ(disk.ReadHead((dir / "gone").string(), 1024).kind, FileHead::Kind::kMissing);
+  std::ofstream(dir / "short.sm1") << "abc";
+  const FileHead short_head = disk.ReadHead((dir / "short.sm1").string(), 1024);
+  EXPECT_EQ(short_head.size, 3u);
+  EXPECT_EQ(short_head.bytes, "abc");
 }
 
 }  // namespace

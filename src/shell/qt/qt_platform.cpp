@@ -31,6 +31,7 @@ QMessageBox::StandardButtons BoxButtons(MessageButtons buttons) {
     case MessageButtons::kOkCancel:
       return QMessageBox::Ok | QMessageBox::Cancel;
     case MessageButtons::kYesNo:
+    case MessageButtons::kYesNoDefaultNo:
       return QMessageBox::Yes | QMessageBox::No;
     case MessageButtons::kYesNoCancel:
       return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
@@ -59,6 +60,7 @@ MessageAnswer QtMessageSink::Show(MessageIcon icon, const std::string& title,
   for (const auto& line : lines) text << QString::fromStdString(line);
   QMessageBox box(BoxIcon(icon), QString::fromStdString(title), text.join('\n'),
                   BoxButtons(buttons), parent_);
+  if (buttons == MessageButtons::kYesNoDefaultNo) box.setDefaultButton(QMessageBox::No);
   return AnswerFrom(box.exec());
 }
 
