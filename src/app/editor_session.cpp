@@ -13,6 +13,10 @@ constexpr std::string_view kEditsWhileDownTitle = "MORVANE Warning";
 constexpr std::string_view kEditsWhileDownLines[] = {
     "The map was changed while the ECU was not connected, and the ECU holds a different map.",
     "Send the changed map to the ECU now? (No takes the ECU's map; the changes are lost.)"};
+constexpr std::string_view kInterruptedLines[] = {
+    "The download did not complete: the link to the ECU failed while the map was being sent.",
+    "The ECU may now run on part of the new map and part of the old one.",
+    "Send the whole map again as soon as the ECU is back?"};
 constexpr double kProgressFullWidth = 6450.0;
 }  // namespace
 
@@ -54,7 +58,12 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
                     [this](double width) { progress_.SetWidth(width); },
                     [this] { progress_.hide(); },
                     [this](bool on) { on ? download_timer_.start() : download_timer_.stop(); },
-                    [this] { emit DownloadStatus(QString()); },
+                    [this] {
+                      if (!download_.broken()) SetOutOfStep(false);
+                      emit DownloadStatus(QString());
+                    },
+                    [this] { return mode_.Offline || parts_.link.LineReady(); },
+                    [this] { DownloadInterrupted(); },
                 }),
       map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_) {
   download_timer_.setInterval(kDownloadTimerIntervalMs);
@@ -85,19 +94,52 @@ bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
   return answer == MessageAnswer::kYes;
 }
 
+void EditorSession::DownloadWhole() {
+  parts_.link.StopUploadTimer();
+  download_.Start(image_.ToVector());
+  emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
+}
+
+void EditorSession::SetOutOfStep(bool out_of_step) {
+  if (ecu_out_of_step_ == out_of_step) return;
+  ecu_out_of_step_ = out_of_step;
+  emit EcuOutOfStepChanged(out_of_step);
+}
+
+void EditorSession::DownloadInterrupted() {
+  SetOutOfStep(true);
+  std::vector<std::string> lines(std::begin(kInterruptedLines), std::end(kInterruptedLines));
+  const bool again = parts_.messages.Show(MessageIcon::kExclamation,
+                                          std::string(kEditsWhileDownTitle), lines,
+                                          MessageButtons::kYesNo) == MessageAnswer::kYes;
+  resend_when_back_ = again;
+  // Still connected (a send was aborted): the ECU is here, so the image goes again at once.
+  if (again && parts_.link.LineReady()) {
+    resend_when_back_ = false;
+    DownloadWhole();
+  }
+}
+
 void EditorSession::ApplyUpload(const CalibrationImage& image) {
   if (mode_.Offline) {
     parts_.status.Show("Off-line: the ECU's calibration was not applied");
     return;
   }
+  if (resend_when_back_) {
+    resend_when_back_ = false;
+    edited_while_down_ = false;
+    if (image.Bytes() != image_.Bytes()) {
+      DownloadWhole();
+      return;
+    }
+  }
   if (KeepEditsOver(image)) {
     edited_while_down_ = false;
-    parts_.link.StopUploadTimer();
-    download_.Start(std::vector<std::uint8_t>(image_.Bytes().begin(), image_.Bytes().end()));
-    emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
+    DownloadWhole();
     return;
   }
   edited_while_down_ = false;
+  SetOutOfStep(false);
   image_ = image;
   has_calibration_ = true;
   state_.SetupErrors.clear();
@@ -109,7 +151,7 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
 void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
                                 const std::vector<MapCell>& cells) {
   if (parts_.suppress_change_events) return;
-  if (!LinkConnected(parts_.link.state()) && !mode_.Offline) edited_while_down_ = true;
+  NoteChangeWithoutEcu();
   TransmissionSetup setup;
   setup.map_start = map == EditedMap::kFuel1   ? kFuelMap1Start
                     : map == EditedMap::kFuel2 ? kFuelMap2Start
@@ -131,6 +173,10 @@ void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
   }
 }
 
+void EditorSession::NoteChangeWithoutEcu() {
+  if (mode_.Offline || !LinkConnected(parts_.link.state())) edited_while_down_ = true;
+}
+
 void EditorSession::SaveMap() { map_files_.SaveMap(state_); }
 
 void EditorSession::LoadAndDownloadMap() {
@@ -142,6 +188,7 @@ void EditorSession::LoadAndDownloadMap() {
   const MapFileResult result = map_files_.LoadAndDownloadMap(target);
   if (mode_.Offline != was_offline) emit OfflineChanged(mode_.Offline);
   if (result != MapFileResult::kDone) return;
+  NoteChangeWithoutEcu();
   has_calibration_ = true;
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
   emit EditorsFilled();
@@ -156,6 +203,7 @@ void EditorSession::SetOffline(bool offline) {
 
 void EditorSession::SetMapSelection(int choice) {
   if (parts_.suppress_change_events || state_.setup.MapSelection == choice) return;
+  NoteChangeWithoutEcu();
   state_.setup.MapSelection = choice;
   // Bits 5, 6 and 7 of the fuel sites byte stand for choices 0, 1 and 2; none set combines.
   constexpr int kFuelSitesPosition = 995;

@@ -73,8 +73,9 @@ class EditorSession : public QObject {
   Download& download() { return download_; }
 
   // A complete block from the ECU. Ignored while off-line, so a tuner's off-line edits are never
-  // replaced behind their back. When cells were changed while the ECU was not connected and the
-  // ECU's block differs from the editors' calibration, the tuner is asked which one wins.
+  // replaced behind their back. When changes were made while the ECU was not connected or the
+  // program was off-line, and the ECU's block differs from the editors' calibration, the tuner is
+  // asked which one wins.
   void ApplyUpload(const CalibrationImage& image);
   // The tuner changed `cells` of `map`'s grid: cap, write into the image and send.
   void CellsEdited(EditedMap map, MapGridModel& grid, const std::vector<MapCell>& cells);
@@ -82,23 +83,36 @@ class EditorSession : public QObject {
   void LoadAndDownloadMap();
   void SetOffline(bool offline);
   void SetMapSelection(int choice);
+  // True while the ECU may hold another calibration than the one shown: a download did not
+  // complete and the whole image has not been sent again since.
+  bool EcuOutOfStep() const { return ecu_out_of_step_; }
 
  signals:
   // The editors' state was filled from a calibration: grids and lists must be shown again.
   void EditorsFilled();
   void OfflineChanged(bool offline);
   void DownloadStatus(const QString& text);
+  void EcuOutOfStepChanged(bool out_of_step);
 
  private:
   ApplyEnvironment Environment();
   // True when the tuner chose to send the editors' calibration instead of taking the ECU's.
   bool KeepEditsOver(const CalibrationImage& ecu_image);
+  // A download ended after its line failed: says so, and offers to send the image again.
+  void DownloadInterrupted();
+  void DownloadWhole();
+  // A change made while no ECU listens (not connected, or off-line): when an ECU's calibration
+  // arrives next and differs, the tuner is asked which one wins.
+  void NoteChangeWithoutEcu();
+  void SetOutOfStep(bool out_of_step);
 
   EditorSessionParts parts_;
   EditorState state_;
   CalibrationImage image_;
   bool has_calibration_ = false;
-  bool edited_while_down_ = false;  // cells changed while no ECU was listening
+  bool edited_while_down_ = false;  // changes made while no ECU was listening
+  bool ecu_out_of_step_ = false;
+  bool resend_when_back_ = false;   // the tuner asked for the whole image once the ECU is back
   ProgramMode mode_;
   OfflineGate gate_;
   CellTransmission transmission_;

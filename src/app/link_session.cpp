@@ -102,4 +102,8 @@ void LinkSession::Close() {
 
 void LinkSession::OnBlock(const CalibrationImage& image) { emit CalibrationReceived(image); }
 
+bool LinkSession::LineReady() const {
+  return port_.IsOpen() && !state_.Caption.empty() && state_.Caption.find("Not") == std::string::npos;
+}
+
 }  // namespace vela

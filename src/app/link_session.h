@@ -58,6 +58,8 @@ class LinkSession : public QObject {
   const LinkDisplay& display() const { return display_; }
   LiveData& live() { return live_; }
   CommandSender& sender() { return sender_; }
+  // True while the port is open and the ECU connected: the line can carry a download.
+  bool LineReady() const;
   ReceiveDispatcher& dispatcher() { return dispatcher_; }
   CalibrationUpload& upload() { return upload_; }
 

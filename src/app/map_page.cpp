@@ -43,6 +43,13 @@ MapPage::MapPage(MapKind kind, const MapPageNames& names, QWidget* parent)
   // The grid and its graph on the left; the read-out, the labels and the choices on the right.
   auto* layout = new QHBoxLayout(this);
   auto* maps = new QVBoxLayout;
+  out_of_step_ = new QLabel(
+      "The ECU's calibration is not the one shown here: the last download did not complete.",
+      this);
+  out_of_step_->setObjectName("EcuOutOfStep" + names.suffix);
+  out_of_step_->setStyleSheet("color: white; background-color: rgb(200, 30, 20); padding: 3px;");
+  out_of_step_->hide();
+  maps->addWidget(out_of_step_);
   maps->addWidget(grid_, 3);
   maps->addWidget(graph_, 4);
   layout->addLayout(maps, 3);
@@ -58,6 +65,8 @@ MapPage::MapPage(MapKind kind, const MapPageNames& names, QWidget* parent)
   side->addStretch(1);
   layout->addLayout(side, 1);
 }
+
+void MapPage::ShowOutOfStep(bool out_of_step) { out_of_step_->setVisible(out_of_step); }
 
 QWidget* MapPage::BuildLabels(MapKind kind, const QString& suffix) {
   auto* box = new QGroupBox(this);

@@ -39,6 +39,8 @@ class MapPage : public QWidget {
   void ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pump, bool limiter);
   // "Injector Duty Cycle =" for the selected cell at its RPM.
   void ShowDuty(double percent);
+  // A red line over the grid while the ECU may hold another calibration than the one shown.
+  void ShowOutOfStep(bool out_of_step);
   void set_decimal_separator(QChar separator) { separator_ = separator; }
 
  private:
@@ -50,6 +52,7 @@ class MapPage : public QWidget {
   MapGraph* graph_;
   QCheckBox* all_ranges_ = nullptr;
   QLabel* duty_ = nullptr;
+  QLabel* out_of_step_ = nullptr;
   QLabel* live_tune_ = nullptr;
   QLabel* map_in_use_ = nullptr;
   QLabel* throttle_pump_ = nullptr;

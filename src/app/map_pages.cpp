@@ -45,6 +45,11 @@ MapPages::MapPages(EditorSession& editors, LinkSession& link, QObject* parent)
     latest_frame_.reset();
   });
   cross_hair_timer_.start();
+  connect(&editors_, &EditorSession::EcuOutOfStepChanged, this, [this](bool out_of_step) {
+    for (MapPage* page : pages_) {
+      if (page) page->ShowOutOfStep(out_of_step);
+    }
+  });
 }
 
 MapPage* MapPages::BuildPage(int index, QWidget* parent) {

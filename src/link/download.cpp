@@ -10,6 +10,7 @@ void Download::Start(std::vector<std::uint8_t> image) {
   download_base_ = 1;
   progress_width_ = 0.0;
   running_ = true;
+  broken_ = false;
   lock_before_ = link_.TLock;
   link_.TLock = true;
   if (callbacks_.show_progress) callbacks_.show_progress();
@@ -27,6 +28,8 @@ void Download::Tick() {
   const int low = p <= length ? download_image_[static_cast<std::size_t>(p - 1)] : 0;
   const int high = p <= length - 1 ? download_image_[static_cast<std::size_t>(p)] : 0;
   sender_.Send(command, download_base_ - 1 + p, high * 256 + low);
+  const bool line_ready = !callbacks_.line_ready || callbacks_.line_ready();
+  if (!line_ready || link_.CommsSendAborted > 0) broken_ = true;
 
   progress_width_ = length > 0 ? kDownloadProgressFullWidth / length * p : 0.0;
   if (callbacks_.set_progress) callbacks_.set_progress(progress_width_);
@@ -42,6 +45,7 @@ void Download::Finish() {
   running_ = false;
   link_.TLock = lock_before_;
   if (callbacks_.clear_status) callbacks_.clear_status();
+  if (broken_ && callbacks_.interrupted) callbacks_.interrupted();
 }
 
 }  // namespace vela

@@ -1,7 +1,8 @@
 // The calibration download: writes a whole calibration image into the ECU, two bytes per command
 // frame, one frame per tick of the main form's `DownloadTimer`, while the progress window
 // `Form3` shows how far it has come. There is no acknowledgement: a frame that could not be
-// written is not repeated.
+// written is not repeated, but a download during which the line failed is reported when it ends,
+// so that it is never passed off as done.
 #pragma once
 
 #include <cstdint>
@@ -33,6 +34,12 @@ struct DownloadCallbacks {
   std::function<void()> close_progress;
   std::function<void(bool enabled)> set_timer_enabled;
   std::function<void()> clear_status;
+  // True while the line can carry the download: the port open and the ECU connected (or
+  // nothing meant to be sent, off-line). Asked after every frame; empty counts as true.
+  std::function<bool()> line_ready;
+  // After the progress window closed, when the port closed, the link was lost or a send was
+  // aborted while the download ran: the ECU may hold part of the image.
+  std::function<void()> interrupted;
 };
 
 class Download {
@@ -51,6 +58,8 @@ class Download {
   void Tick();
 
   bool running() const { return running_; }
+  // True from a download's start when one of its frames met a line that could not carry it.
+  bool broken() const { return broken_; }
   int DownloadPos() const { return download_pos_; }
   int DownloadBase() const { return download_base_; }
   double progress_width() const { return progress_width_; }
@@ -67,6 +76,7 @@ class Download {
   int download_base_ = 1;
   double progress_width_ = 0.0;
   bool running_ = false;
+  bool broken_ = false;
 };
 
 }  // namespace vela

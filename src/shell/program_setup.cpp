@@ -51,7 +51,10 @@ void ProgramSetup::ReadProgramSettings(SerialPort& port) {
 
 void ProgramSetup::SaveProgramSettings() {
   const int error = files_.WriteFile(SetupFilePath(), SetupFileText(settings));
-  if (error != kFileErrorNone) ShowSettingsSaveError(messages_, error);
+  if (error == kFileErrorNone || save_error_open_) return;
+  save_error_open_ = true;
+  ShowSettingsSaveError(messages_, error);
+  save_error_open_ = false;
 }
 
 void ProgramSetup::SettingChanged() {

@@ -50,6 +50,9 @@ class ProgramSetup {
   MessageSink& messages_;
   StartupTrace& trace_;
   std::function<void()> on_settings_read_;
+  // True while a failed save's message is open: a change made meanwhile (a control that repeats
+  // under the open box) is saved without a second message.
+  bool save_error_open_ = false;
 };
 
 // The "Commport Error" message shown when the port cannot be opened.

@@ -2,6 +2,7 @@
 // grids, a keystroke on a fuel and an ignition cell written into the ECU at the right position,
 // the map saved, the ECU changed behind the program's back, the map loaded and downloaded.
 #include <QFile>
+#include <QLabel>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <atomic>
@@ -113,6 +114,9 @@ class CalibrationRoadTest : public QObject {
     // The firmware version byte is never taken from a file: the ECU's version text decides it.
     QCOMPARE(static_cast<int>(downloaded[908]),
              static_cast<int>(FirmwareVersionFromText(program.link.live().firmware_text)));
+    // The link's version text is formed so that this is the connected ECU's own version.
+    QVERIFY(uploaded.FirmwareVersion() != 0);
+    QCOMPARE(static_cast<int>(downloaded[908]), static_cast<int>(uploaded.FirmwareVersion()));
   }
 
   // A file that is no map is refused before a question is asked: not one frame reaches the ECU.
@@ -159,6 +163,55 @@ class CalibrationRoadTest : public QObject {
     QCOMPARE(ImageBytes(editors.image()), before);
   }
 
+  // Closing the ECU's terminal halfway through a download: the program says the download did not
+  // complete, marks the map pages, and on the tuner's Yes sends the whole map when the ECU is
+  // back.
+  void aDownloadCutShortIsReportedAndSentAgainWhenTheEcuReturns() {
+    QTemporaryDir dir;
+    const std::string line = (dir.path() + "/ecu").toStdString();
+    sim::SimCommandLine options;
+    options.link_path = line;
+    auto ecu = std::make_unique<sim::InProcessSimulator>();
+    std::string error;
+    QVERIFY2(ecu->Start(options, &error), error.c_str());
+    Program program(dir.path(), line);
+    QVERIFY(program.window->Load());
+    program.window->show();
+    EditorSession& editors = program.window->editors();
+    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
+
+    CalibrationImage changed = ecu->ImageSnapshot();
+    changed.Write16(changed.FuelCellPosition(1, 6, 4), 7777);
+    changed.Write16(changed.FuelCellPosition(2, 11, 17), 8888);
+    const QString map_path = QString::fromStdString(program.folders.maps) + "changed.sm1";
+    QFile file(map_path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(ImageBytes(changed));
+    file.close();
+    program.dialogs.paths.push_back(map_path.toStdString());
+    editors.LoadAndDownloadMap();
+    QVERIFY(editors.download().running());
+    QTest::qWait(800);
+    ecu->Stop();
+    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QCOMPARE(program.messages.shown.back().title, std::string("MORVANE Warning"));
+    QCOMPARE(program.messages.shown.back().lines.front(),
+             std::string("The download did not complete: the link to the ECU failed while the "
+                         "map was being sent."));
+    QVERIFY(editors.EcuOutOfStep());
+    auto* banner = program.window->findChild<QLabel*>("EcuOutOfStep");
+    QVERIFY(banner != nullptr && banner->isVisible());
+
+    ecu = std::make_unique<sim::InProcessSimulator>();
+    QVERIFY2(ecu->Start(options, &error), error.c_str());
+    QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()).mid(0, 908),
+                              ImageBytes(editors.image()).mid(0, 908), 3000);
+    QVERIFY(!editors.EcuOutOfStep());
+    QVERIFY(!banner->isVisible());
+  }
+
   void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {
     QTemporaryDir dir;
     const std::string line = (dir.path() + "/ecu").toStdString();
@@ -189,6 +242,23 @@ class CalibrationRoadTest : public QObject {
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
     QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()), edited, 3000);
     QCOMPARE(ImageBytes(editors.image()), edited);
+
+    // Off-line work is never dropped by going on-line: the same question, and No takes the
+    // ECU's map.
+    editors.SetOffline(true);
+    KeyOnCell(fuel, 6, 4, Qt::Key_PageUp);
+    const QByteArray offline_edit = ImageBytes(editors.image());
+    QVERIFY(offline_edit != edited);
+    QTest::qWait(300);
+    QCOMPARE(ImageBytes(ecu->ImageSnapshot()), edited);  // nothing went down off-line
+    const std::size_t asked = program.messages.shown.size();
+    program.messages.answers.push_back(MessageAnswer::kNo);
+    editors.SetOffline(false);
+    QTRY_COMPARE_WITH_TIMEOUT(program.messages.shown.size(), asked + 1, 10000);
+    QCOMPARE(program.messages.shown.back().lines.front(),
+             std::string("The map was changed while the ECU was not connected, and the ECU "
+                         "holds a different map."));
+    QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(editors.image()), edited, 5000);
   }
 };
 

@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "app/settings_controls.h"
 #include "link/qt/qt_serial_port.h"
 #include "program_fixture.h"
 #include "shell/qt/single_instance.h"
@@ -144,6 +145,44 @@ class MainWindowTest : public QObject {
              std::string("MORVANE-ECU is already running         "));
     QVERIFY(!QDir(root).exists());
     QVERIFY(!program.port.IsOpen());
+  }
+
+  // A full disk: one press on the display scale's arrow is one change and one message, and the
+  // scale does not walk on under the open box.
+  void aSaveThatFailsShowsOneMessageAndTheArrowStops() {
+    struct FullDisk : DiskFileSystem {
+      int WriteFile(const std::string&, const std::string&) override { return kFileErrorDiskFull; }
+    } files;
+    QWidget page;
+    QtMessageSink messages(&page);
+    StartupTrace trace;
+    ProgramSetup setup(ProgramFoldersUnder(root_.toStdString()), files, messages, trace);
+    SettingsControls controls(setup);
+    controls.BuildFileOptions(&page);
+    page.resize(900, 700);
+    page.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&page));
+    auto* scale = page.findChild<QScrollBar*>("HScroll6");
+    QVERIFY(scale);
+    const int before = scale->value();
+    int boxes = 0;
+    QTimer closer;
+    closer.setInterval(700);
+    connect(&closer, &QTimer::timeout, [&] {
+      if (QWidget* box = QApplication::activeModalWidget()) {
+        ++boxes;
+        box->close();
+      }
+    });
+    closer.start();
+    // Press on the right arrow and keep it pressed: the box opens under the pressed arrow.
+    const QPoint arrow(scale->width() - 4, scale->height() / 2);
+    QTest::mousePress(scale, Qt::LeftButton, Qt::NoModifier, arrow);
+    QTest::qWait(2500);
+    QTest::mouseRelease(scale, Qt::LeftButton, Qt::NoModifier, arrow);
+    QTest::qWait(800);
+    QCOMPARE(boxes, 1);
+    QCOMPARE(scale->value(), before + 1);
   }
 };
 

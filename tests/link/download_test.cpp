@@ -19,10 +19,13 @@ using testing::RecordingSender;
 class DownloadTest : public ::testing::Test {
  protected:
   DownloadCallbacks Callbacks() {
-    return {[this] { log.push_back("show"); }, [this](double width) { widths.push_back(width); },
+    return {[this] { log.push_back("show"); },
+            [this](double width) { widths.push_back(width); },
             [this] { log.push_back("close"); },
             [this](bool on) { log.push_back(on ? "timer on" : "timer off"); },
-            [this] { log.push_back("status cleared"); }};
+            [this] { log.push_back("status cleared"); },
+            [this] { return line_ready; },
+            [this] { log.push_back("interrupted"); }};
   }
   int RunToEnd() {
     int ticks = 0;
@@ -42,6 +45,7 @@ class DownloadTest : public ::testing::Test {
   LinkState link;
   std::vector<std::string> log;
   std::vector<double> widths;
+  bool line_ready = true;
   Download download{sender, link, Callbacks()};
 };
 
@@ -113,6 +117,35 @@ TEST_F(DownloadTest, AnEvenOrEmptyImageHasNoSingleByteFrame) {
   EXPECT_THAT(sender.frames, ElementsAre(Frame{2, 1, 1 + 256 * 6}, Frame{2, 3, 11 + 256 * 16},
                                          Frame{6, 5, 0}, Frame{6, 1, 0}));
   EXPECT_EQ(widths.back(), 0.0);
+}
+
+// The download goes on to its end as it always did, but one that lost its line on the way is
+// reported after the progress window closed; a clean one afterwards is not.
+TEST_F(DownloadTest, ALineLostOrASendAbortedOnTheWayIsReportedWhenTheDownloadEnds) {
+  download.Start(Image(1023));
+  for (int i = 0; i < 100; ++i) download.Tick();
+  line_ready = false;  // the port closed or the ECU stopped answering
+  download.Tick();
+  line_ready = true;
+  EXPECT_EQ(RunToEnd(), 412);
+  EXPECT_EQ(sender.frames.size(), 513u);
+  EXPECT_TRUE(download.broken());
+  EXPECT_THAT(std::vector<std::string>(log.end() - 3, log.end()),
+              ElementsAre("timer off", "status cleared", "interrupted"));
+
+  log.clear();
+  download.Start(Image(1023));
+  EXPECT_FALSE(download.broken());
+  RunToEnd();
+  EXPECT_THAT(log, ElementsAre("show", "timer on", "close", "timer off", "status cleared"));
+
+  download.Start(Image(1023));
+  download.Tick();
+  link.CommsSendAborted = 1;  // a byte the port did not take within 350 ms
+  download.Tick();
+  link.CommsSendAborted = 0;
+  RunToEnd();
+  EXPECT_EQ(log.back(), "interrupted");
 }
 
 }  // namespace

@@ -102,6 +102,32 @@ TEST_F(ProgramSetupTest, AFailedWriteShowsTheErrorNumberAndKeepsTheSettings) {
   EXPECT_EQ(setup.settings.scale, 9);
 }
 
+// A control that goes on changing while the message box is open (its repeat running under the
+// box) saves each change, but the tuner sees one message for the change that failed.
+TEST_F(ProgramSetupTest, ChangesWhileASaveErrorIsOpenShowNoFurtherMessage) {
+  files.write_error = kFileErrorDiskFull;
+  struct RepeatingControl : MessageSink {
+    MessageAnswer Show(MessageIcon, const std::string&, const std::vector<std::string>&,
+                       MessageButtons) override {
+      ++shown;
+      for (int i = 0; i < 5 && setup != nullptr; ++i) {
+        ++setup->settings.scale;
+        setup->SettingChanged();
+      }
+      return MessageAnswer::kOk;
+    }
+    ProgramSetup* setup = nullptr;
+    int shown = 0;
+  } control;
+  ProgramSetup repeating(setup.folders(), files, control, trace);
+  control.setup = &repeating;
+  repeating.SettingChanged();
+  EXPECT_EQ(control.shown, 1);
+  control.setup = nullptr;
+  repeating.SettingChanged();  // the next change of its own shows its own message
+  EXPECT_EQ(control.shown, 2);
+}
+
 TEST_F(ProgramSetupTest, FirstRunSetupWritesConfigOnlyWhenThePortOpens) {
   const std::string config = setup.ConfigFilePath();
   port.opens_succeed = false;

@@ -1,6 +1,10 @@
 #include "shell/qt/qt_platform.h"
 
+#include <QAbstractSlider>
+#include <QAbstractSpinBox>
+#include <QApplication>
 #include <QCoreApplication>
+#include <QMouseEvent>
 #include <QFileDialog>
 #include <QLocale>
 #include <QMessageBox>
@@ -54,8 +58,23 @@ MessageAnswer AnswerFrom(int button) {
 
 }  // namespace
 
+// A box that opens while the tuner holds a scroll arrow or a spin button down would take the
+// mouse's release, and the control would go on stepping under the box, one change (and one box)
+// after another. The controls are let go first.
+static void ReleaseRepeatingControls() {
+  for (QWidget* widget : QApplication::allWidgets()) {
+    if (!qobject_cast<QAbstractSlider*>(widget) && !qobject_cast<QAbstractSpinBox*>(widget)) {
+      continue;
+    }
+    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(-1, -1), QPointF(-1, -1),
+                        Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(widget, &release);
+  }
+}
+
 MessageAnswer QtMessageSink::Show(MessageIcon icon, const std::string& title,
                                   const std::vector<std::string>& lines, MessageButtons buttons) {
+  ReleaseRepeatingControls();
   QStringList text;
   for (const auto& line : lines) text << QString::fromStdString(line);
   QMessageBox box(BoxIcon(icon), QString::fromStdString(title), text.join('\n'),
