@@ -131,6 +131,11 @@ void MapGraph::SetMarker(std::optional<OperatingPoint> point) {
 }
 
 void MapGraph::UpdateSurface() {
+  const QString unit = data_.load_unit;
+  if (surface_->axisX()->title() != QStringLiteral("Load (%1)").arg(unit)) {
+    surface_->axisX()->setTitle(QStringLiteral("Load (%1)").arg(unit));
+    series_->setItemLabelFormat(QStringLiteral("@zLabel rpm, @xLabel %1: @yLabel").arg(unit));
+  }
   // The surface wants its rows in rising RPM: grid row 11 first.
   auto* array = new QSurfaceDataArray;
   array->reserve(kMapRows);

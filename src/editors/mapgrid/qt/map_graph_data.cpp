@@ -54,6 +54,7 @@ MapGraphData GraphDataOf(const MapGridModel& grid, int max_sites) {
   for (int column = 1; column <= data.sites; ++column) {
     data.load_labels.append(QString::fromStdString(grid.LoadLabel(column)));
   }
+  data.load_unit = QString::fromStdString(grid.LoadUnit());
   data.rpm_axis = RpmAxis(grid);
   data.load_axis = LoadPoints(grid, data.sites);
   return data;

@@ -17,9 +17,10 @@ struct MapGraphData {
   std::vector<double> values;     // grid rows 1..11 (highest RPM first) x columns 1..sites
   std::vector<double> fractions;  // each value's share of the map's range, for its colour
   QStringList rpm_labels;         // grid rows 1..11
-  QStringList load_labels;        // columns 1..sites, kPa
-  std::vector<double> rpm_axis;   // RPM of grid rows 1..11, strictly falling
-  std::vector<double> load_axis;  // load of columns 1..sites, strictly rising
+  QStringList load_labels;        // columns 1..sites, in load_unit
+  QString load_unit = QStringLiteral("kPa");  // "kPa" or "%"
+  std::vector<double> rpm_axis;               // RPM of grid rows 1..11, strictly falling
+  std::vector<double> load_axis;              // load of columns 1..sites, strictly rising
 
   double At(int row, int column) const {
     return values[static_cast<std::size_t>((row - 1) * sites + column - 1)];

@@ -99,7 +99,8 @@ void MapHeatView::PaintAxes(QPainter& painter, const QRectF& area) const {
   const QString units = data_.kind == MapKind::kFuel ? QStringLiteral("ms") : QStringLiteral("deg");
   painter.drawText(
       QRectF(area.left(), area.bottom() + metrics.height() + 2, area.width(), metrics.height()),
-      Qt::AlignCenter, QStringLiteral("RPM down, load (kPa) across; %1").arg(units));
+      Qt::AlignCenter,
+      QStringLiteral("RPM down, load (%1) across; %2").arg(data_.load_unit, units));
 }
 
 void MapHeatView::PaintMarker(QPainter& painter, const QRectF& area) const {
