@@ -30,6 +30,13 @@ LinkSession::LinkSession(QtSerialPort& port, StartupTrace& trace, QObject* paren
 void LinkSession::WireCallbacks() {
   connect(&port_, &QtSerialPort::DataReceived, this, [this] {
     buffer_.OnCommEvent(kDataReceived);
+    // While a calibration reply is awaited, bytes are taken as they come and a reply is handed
+    // on the moment it is complete, without waiting for the dispatcher's next tick.
+    if (upload_.UploadExpected()) {
+      bool first_call = true;
+      dispatcher_.CommsReceiveDispatch(first_call);
+    }
+    port_.set_receive_window_ms(upload_.UploadExpected() ? 0 : QtSerialPort::kReceiveWindowMs);
     emit DisplayChanged();
   });
   connect(&timer_comm_process_, &QTimer::timeout, this, [this] {
@@ -41,11 +48,13 @@ void LinkSession::WireCallbacks() {
     emit DisplayChanged();
   });
   connect(&upload_timer_, &QTimer::timeout, this, [this] {
+    port_.set_receive_window_ms(upload_.UploadExpected() ? 0 : QtSerialPort::kReceiveWindowMs);
     upload_.UploadTimer();
     emit DisplayChanged();
   });
   connect(&comms_speed_timer_, &QTimer::timeout, this, [this] { timing_.TimerCommsSpeed(); });
 
+  buffer_.SetReplyExpected([this] { return upload_.UploadExpected(); });
   dispatcher_.SetFrameHook([this](const live::Frame& frame) { emit FrameTaken(frame); });
   handlers_.SetHooks({[this](std::uint32_t count) { engine_rate_.AddCount(count); },
                       [this](const LiveData&) { emit LiveDataChanged(); }});
@@ -103,7 +112,8 @@ void LinkSession::Close() {
 void LinkSession::OnBlock(const CalibrationImage& image) { emit CalibrationReceived(image); }
 
 bool LinkSession::LineReady() const {
-  return port_.IsOpen() && !state_.Caption.empty() && state_.Caption.find("Not") == std::string::npos;
+  return port_.IsOpen() && !state_.Caption.empty() &&
+         state_.Caption.find("Not") == std::string::npos;
 }
 
 }  // namespace vela

@@ -71,7 +71,7 @@ double FrameTimeMs(int command, float byte_delay) {
 void CommsSender::CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
                             bool& /*reserved*/, int command2, int address2, std::int32_t value2,
                             bool& slower) {
-  if (!port_.IsOpen()) return;
+  if (!port_.IsOpen() || !link_.PacingReady) return;
   ChoosePacing();
   double frame_time = FrameTimeMs(command, comms_byte_delay_);
   double frame_time2 = FrameTimeMs(command2, comms_byte_delay_);
@@ -110,8 +110,8 @@ bool CommsSender::SendFrame(const CommandFrame& frame, double frame_time, bool p
   const std::int64_t wait = ByteWaitIterations(frame_time, pre_wait, slower);
   for (const std::uint8_t byte : frame) {
     const std::int64_t before = clock_.NowMs();
-    port_.WriteByte(byte);
-    if (clock_.NowMs() - before > kWriteTimeoutMs) {
+    const bool taken = port_.WriteByte(byte);
+    if (!taken || clock_.NowMs() - before > kWriteTimeoutMs) {
       link_.CommsSendAborted = 1;
       link_.StallCounter = 100;
       clock_.LetEventsRun();

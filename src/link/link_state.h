@@ -15,9 +15,12 @@ struct LinkState {
   float DispatchPerTick = 1.0f;
   std::int16_t CommsSpeedValue = 27;
   bool CommsSuspended = false;
-  bool SlowSend = false;           // the reduce-sending option (`CheckSlowSend`)
-  bool CommsDelayEnabled = true;   // off: frame times shrink to 0.015 ms (see docs/link.md)
+  bool SlowSend = false;          // the reduce-sending option (`CheckSlowSend`)
+  bool CommsDelayEnabled = true;  // off: frame times shrink to 0.015 ms (see docs/link.md)
   bool ForcedDelay = false;
+  // Set once `CountsPerMS` has been measured at start: nothing is sent before, since the pacing
+  // gaps between bytes are counted in delay-loop iterations of this PC.
+  bool PacingReady = false;
 
   // Transmit results.
   std::int16_t CommsSendAborted = 0;

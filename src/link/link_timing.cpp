@@ -35,6 +35,10 @@ void LinkTiming::CountsPerMSTimer(StartupTrace& trace, StatusLabel& label,
   label.SetText(std::to_string(elapsed) + "  " + std::to_string(link_.CountsPerMS));
   label.SetColour(kMeasuredGrey);
 
+  // The first frame of the run: the live-frame rate, paced like every frame after it. The
+  // upload timer's link preparation (8, then 15, to the same address) follows on its ticks.
+  link_.PacingReady = true;
+  TimerCommsSpeed();
   if (enable_upload_timer) enable_upload_timer();
   trace.Show("UploadTimer Enabled");
   label.SetColour(kReadyGreen);

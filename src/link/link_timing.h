@@ -40,7 +40,6 @@ inline constexpr std::array<LiveFrameRate, 11> kLiveFrameRates = {{
 // The ECU address that takes the live-frame rate value (command 4).
 inline constexpr int kCommsSpeedAddress = 864;
 
-
 inline constexpr LabelColour kTestingRed{255, 50, 30};
 inline constexpr LabelColour kMeasuredGrey{128, 128, 128};
 inline constexpr LabelColour kReadyGreen{128, 255, 128};
@@ -59,7 +58,8 @@ class LinkTiming {
       : delay_(delay), link_(link), sender_(sender) {}
 
   // Measures `CountsPerMS` four times, tracing each step, shows "elapsed  CountsPerMS" in the
-  // status label, then calls `enable_upload_timer`.
+  // status label, opens the link for sending (`PacingReady`), sends the live-frame rate, then
+  // calls `enable_upload_timer`. Nothing goes out before: the rate is the run's first frame.
   void CountsPerMSTimer(StartupTrace& trace, StatusLabel& label,
                         const std::function<void()>& enable_upload_timer);
 

@@ -25,22 +25,45 @@ void ReceiveBuffer::OnCommEvent(int event_code) {
 
 void ReceiveBuffer::TakeChunk() {
   state_.RxPending = static_cast<std::uint8_t>(std::clamp<int>(state_.RxLevel, 0, 255));
-  const std::string chunk = ReadChunk();
+  const bool burst = port_.BytesWaiting() >= kChunkLimit;
+  std::string chunk = AsText(port_.ReadAll());
+  const bool reply = ReplyUnderWay(chunk);
+  if (!reply && (burst || chunk.size() >= kChunkLimit) && !state_.RxDebug) CutBurst(chunk);
   display_.last_chunk_length = chunk.size();
-  Keep(chunk);
+  if (reply) {
+    KeepReply(chunk);
+  } else {
+    Keep(chunk);
+  }
+}
+
+bool ReceiveBuffer::ReplyUnderWay(const std::string& chunk) const {
+  if (!reply_expected_ || !reply_expected_() || state_.RxDebug) return false;
+  if (state_.Caption.find("Not") != std::string::npos) return false;
+  constexpr std::string_view kAll = "ALL";
+  if (rx_buffer_.find(kAll) != std::string::npos || chunk.find(kAll) != std::string::npos) {
+    return true;
+  }
+  // "ALL" split between the buffer's end and the chunk's start.
+  const std::size_t tail = std::min<std::size_t>(rx_buffer_.size(), kAll.size() - 1);
+  const std::string seam = rx_buffer_.substr(rx_buffer_.size() - tail) + chunk.substr(0, 2);
+  return seam.find(kAll) != std::string::npos;
 }
 
 // A burst of kChunkLimit bytes or more is cut to its first kChunkLimit characters and the rest
-// of the port's input is thrown away, unless the debug view wants everything.
-std::string ReceiveBuffer::ReadChunk() {
-  const bool burst = port_.BytesWaiting() >= kChunkLimit;
-  std::string chunk = AsText(port_.ReadAll());
-  if ((burst || chunk.size() >= kChunkLimit) && !state_.RxDebug) {
-    chunk.resize(std::min(chunk.size(), kChunkLimit));
-    port_.ClearInput();
-    ++display_.overflow_count;
-  }
-  return chunk;
+// of the port's input is thrown away.
+void ReceiveBuffer::CutBurst(std::string& chunk) {
+  chunk.resize(std::min(chunk.size(), kChunkLimit));
+  port_.ClearInput();
+  ++display_.overflow_count;
+}
+
+// The reply is held from "ALL" on, whatever the chunk sizes, up to a reply and what follows it.
+void ReceiveBuffer::KeepReply(const std::string& chunk) {
+  rx_buffer_ += chunk;
+  const std::size_t all = rx_buffer_.find("ALL");
+  if (all != std::string::npos) rx_buffer_.erase(0, all);
+  if (rx_buffer_.size() > kReplyHoldLimit) rx_buffer_.resize(kReplyHoldLimit);
 }
 
 void ReceiveBuffer::Keep(const std::string& chunk) {

@@ -1,9 +1,18 @@
 // The receive event: bytes the serial port delivers are gathered into `RxBuffer`, one character
 // per byte, within fixed limits so that the dispatcher always works on fresh data.
+//
+// A calibration reply is the one exception. Once a reply has started (the program waits for
+// one, the link is connected and "ALL" stands in the buffer or in the chunk just read), neither
+// the 1000-character limit nor the cut of a 500-byte read may drop it before it is complete:
+// the chunk is kept whole, the port's input is not emptied, and the buffer is held from "ALL" on,
+// at most a reply and 1000 characters long. Without a reply under way every rule stands as
+// written.
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "link/link_state.h"
 #include "link/receive_display.h"
@@ -30,20 +39,28 @@ class ReceiveBuffer {
   // here, through the port.
   void OnCommEvent(int event_code);
 
+  // Tells whether the program waits for a calibration reply (the upload's `UploadExpected`).
+  void SetReplyExpected(std::function<bool()> expected) { reply_expected_ = std::move(expected); }
+  // The longest the buffer grows while a reply is under way: the reply and what may follow it.
+  static constexpr std::size_t kReplyHoldLimit = 1030 + kBufferLimit;
+
   std::string& RxBuffer() { return rx_buffer_; }
   const std::string& RxBuffer() const { return rx_buffer_; }
   bool InReceive() const { return in_receive_; }
 
  private:
   void TakeChunk();
-  std::string ReadChunk();
+  void CutBurst(std::string& chunk);
   void Keep(const std::string& chunk);
+  void KeepReply(const std::string& chunk);
+  bool ReplyUnderWay(const std::string& chunk) const;
 
   SerialPort& port_;
   LinkState& state_;
   LinkDisplay& display_;
   std::string rx_buffer_;
   bool in_receive_ = false;
+  std::function<bool()> reply_expected_;
 };
 
 }  // namespace vela

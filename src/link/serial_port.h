@@ -18,6 +18,8 @@ class SerialPort {
   virtual std::size_t BytesWaiting() const = 0;
   virtual std::vector<std::uint8_t> ReadAll() = 0;
   virtual void ClearInput() = 0;
+  // True once the byte has left the program for the line; false when the port is closed or could
+  // not take it within the link's write timeout (350 ms), the byte then dropped.
   virtual bool WriteByte(std::uint8_t byte) = 0;
 };
 

@@ -69,9 +69,10 @@ void CalibrationUpload::UploadReplyHandler(std::string& RxBuffer) {
   display_.orange_block = "Upload Started";
   display_.status = {"UPLOAD", kLabelGreen};
 
-  // "DONE" at its exact place ends the reply even when the block's own bytes spell "DONE".
-  if (RxBuffer.size() >= kReplyLength &&
-      RxBuffer.compare(kDoneDistance, kDoneMarker.size(), kDoneMarker) == 0) {
+  // Nothing is decided before the whole reply could be there: a block whose own bytes spell
+  // "DONE", or whose tail could begin one, is no reason to drop it.
+  if (RxBuffer.size() < kReplyLength) return;
+  if (RxBuffer.compare(kDoneDistance, kDoneMarker.size(), kDoneMarker) == 0) {
     TakeReply(RxBuffer);
     return;
   }
@@ -81,10 +82,9 @@ void CalibrationUpload::UploadReplyHandler(std::string& RxBuffer) {
     RxBuffer.erase(0, done);
     return;
   }
-  if (RxBuffer.size() >= kDoneDistance + 1) {  // cut short: the block should have ended
-    RxBuffer.erase(0, kDoneDistance + 1);
-    display_.status = {"ERR", kLabelRed};
-  }
+  // Cut short: no "DONE" where the block should have ended.
+  RxBuffer.erase(0, kDoneDistance + 1);
+  display_.status = {"ERR", kLabelRed};
 }
 
 void CalibrationUpload::TakeReply(std::string& rx_buffer) {

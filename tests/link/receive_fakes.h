@@ -93,6 +93,7 @@ struct ReceiveRig {
                        }});
     dispatcher.SetFrameHook(
         [this](const live::Frame& f) { periods.push_back(live::U24(f, live::kEnginePeriod)); });
+    buffer.SetReplyExpected([this] { return upload.UploadExpected(); });
   }
   void Dispatch() {
     bool first_call = true;

@@ -89,27 +89,81 @@ TEST_F(UploadTest, TakesABlockWhoseOwnBytesSpellTheEndMarker) {
   EXPECT_EQ(blocks.size(), 1u);
 }
 
-TEST_F(UploadTest, DropsADamagedReplyAndShowsErrForOneCutShort) {
-  Reply("ALL" + std::string(1022, 'a') + "DONE");
-  EXPECT_EQ(rig.Buffer(), "DONE");
+TEST_F(UploadTest, DecidesOnlyOnceAWholeReplyCouldBeThere) {
+  Reply("ALL" + std::string(1022, 'a') + "DONE");  // 1029 characters: it may go on
+  EXPECT_EQ(rig.Buffer().size(), 1029u);
+  EXPECT_TRUE(blocks.empty());
+  Reply("ALL" + std::string(1022, 'a') + "DONE" + "START");  // "DONE" one short: damaged
+  EXPECT_EQ(rig.Buffer(), "DONESTART");
   Reply("ALL" + std::string(1023, 'a'));  // waits for more
   EXPECT_EQ(rig.display.status, (LabelLook{"UPLOAD", kLabelGreen}));
   rig.upload.UploadTimer();  // sends nothing while a reply is arriving
   EXPECT_TRUE(rig.sender.sent.empty());
-  Reply("ALL" + std::string(1024, 'a'));
+  Reply("ALL" + std::string(1027, 'a'));  // no "DONE" where the block should end
   EXPECT_EQ(rig.display.status, (LabelLook{"ERR", kLabelRed}));
-  EXPECT_EQ(rig.Buffer(), "");
+  EXPECT_EQ(rig.Buffer(), "aaa");
   EXPECT_TRUE(blocks.empty());
 }
 
-TEST_F(UploadTest, AReplyInChunksThroughTheReceivePathArrivesWhole) {
-  const std::string reply = "ALL" + Block() + "DONE";
-  for (std::size_t at = 0; at < reply.size(); at += 400) {
-    rig.Receive(reply.substr(at, 400));
-    rig.dispatcher.TimerCommProcess();
+// Two fuel cells of 20.292 ms and 17.742 ms spell "DONE" inside the block.
+std::string BlockSpellingDone(int at) {
+  std::string block = Block();
+  block.replace(static_cast<std::size_t>(at), 4, "DONE");
+  return block;
+}
+
+// The reply arrives in equal chunks of every size from 1 byte to the whole reply at once,
+// after live frames and followed by more, with dispatcher ticks and watchdog ticks between
+// the chunks: it is taken every time, whole, and the frames around it still get through.
+TEST(UploadChunking, EveryChunkSizeTakesTheReplyEvenWithDoneInsideTheBlock) {
+  for (const std::string& block : {Block(), BlockSpellingDone(0), BlockSpellingDone(1018)}) {
+    const std::string stream = Frames(2, 100) + "ALL" + block + "DONE" + Frames(3, 200);
+    for (std::size_t size = 1; size <= 1030; ++size) {
+      SCOPED_TRACE(size);
+      ReceiveRig rig;
+      std::vector<CalibrationImage> blocks;
+      rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+      for (std::size_t at = 0; at < stream.size(); at += size) {
+        rig.Receive(stream.substr(at, size));
+        rig.dispatcher.TimerCommProcess();
+        if (at % (7 * size) == 0) {  // a pause: the dispatcher and the watchdog tick on
+          rig.dispatcher.TimerCommProcess();
+          rig.supervisor.CommsTimer();
+        }
+      }
+      for (int i = 0; i < 5; ++i) rig.dispatcher.TimerCommProcess();
+      ASSERT_EQ(blocks.size(), 1u);
+      const auto& bytes = blocks[0].Bytes();
+      ASSERT_EQ(std::string(bytes.begin(), bytes.end()), block);
+      ASSERT_FALSE(rig.periods.empty());
+      EXPECT_EQ(rig.periods.back(), 202u);
+      EXPECT_LE(rig.Buffer().size(), ReceiveBuffer::kReplyHoldLimit);
+    }
   }
-  ASSERT_EQ(blocks.size(), 1u);
-  EXPECT_EQ(rig.display.upload_progress, 100);
+}
+
+// While a reply is expected, "ALL" (even split across two chunks) starts it: the long chunk is
+// kept whole from "ALL" on. Without a reply expected the receive limits stand as they are: the
+// buffer is emptied from 1000 characters and a burst is cut to 500.
+TEST(UploadChunking, OnlyAReplyUnderWayLiftsTheLimits) {
+  ReceiveRig rig;
+  rig.Buffer() = std::string(990, 'x') + "AL";
+  rig.Receive("L" + std::string(600, 'y'));
+  EXPECT_EQ(rig.Buffer(), "ALL" + std::string(600, 'y'));
+  EXPECT_EQ(rig.display.overflow_count, 0);
+
+  ReceiveRig idle;
+  idle.upload.SetCallbacks({[](const CalibrationImage&) {}, nullptr});
+  idle.Receive("ALL" + Block() + "DONE");
+  idle.dispatcher.TimerCommProcess();
+  EXPECT_FALSE(idle.upload.UploadExpected());
+  idle.Buffer() = std::string(999, 'x');
+  idle.Receive("ALL" + std::string(100, 'z'));
+  EXPECT_EQ(idle.Buffer().size(), 1102u);  // appended below 1000
+  idle.Receive("ALL");
+  EXPECT_EQ(idle.Buffer(), "");  // emptied from 1000 on
+  idle.Receive("ALL" + std::string(600, 'z'));
+  EXPECT_EQ(idle.Buffer().size(), 500u);  // a burst cut to 500
 }
 
 }  // namespace

@@ -19,6 +19,7 @@ class CommsSenderTest : public ::testing::Test {
  protected:
   CommsSenderTest() {
     link_.CountsPerMS = 2000;
+    link_.PacingReady = true;
     link_.EngineRate = 3000.0f;
     port_.on_write = [this] { marks_.push_back(loop_.iterations_run()); };
   }
@@ -109,6 +110,26 @@ TEST_F(CommsSenderTest, WriteOver350MsAbortsTheRestOfTheCall) {
   EXPECT_EQ(link_.CommsSendAborted, 1);
   EXPECT_EQ(link_.StallCounter, 100);
   EXPECT_EQ(clock_.events_run, 1);
+}
+
+// A port that does not take a byte (the write reports failure after its own timeout) stalls the
+// link just as a slow write does.
+TEST_F(CommsSenderTest, APortThatRefusesAByteAbortsTheCallAndMarksTheStall) {
+  port_.refuse_from = 2;
+  Send(5, false, false, 2);
+  EXPECT_EQ(port_.written.size(), 2u);
+  EXPECT_EQ(link_.CommsSendAborted, 1);
+  EXPECT_EQ(link_.StallCounter, 100);
+  port_.refuse_from = -1;
+  Send(5);
+  EXPECT_EQ(link_.CommsSendAborted, 0);
+}
+
+TEST_F(CommsSenderTest, NothingIsSentBeforeThePcHasBeenMeasured) {
+  link_.PacingReady = false;
+  Send(5);
+  sender_.SendClosingCommand();
+  EXPECT_TRUE(port_.written.empty());
 }
 
 TEST_F(CommsSenderTest, ClosingCommandIsCodeSixThenTheShortDelayUnlessLocked) {

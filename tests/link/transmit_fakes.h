@@ -35,11 +35,13 @@ struct ScriptedPort : SerialPort {
   std::vector<std::uint8_t> ReadAll() override { return {}; }
   void ClearInput() override {}
   bool WriteByte(std::uint8_t byte) override {
+    if (refuse_from >= 0 && static_cast<int>(written.size()) >= refuse_from) return false;
     written.push_back(byte);
     if (on_write) on_write();
     return true;
   }
   bool open = true;
+  int refuse_from = -1;  // the port takes no byte from this count on (-1: every byte)
   std::vector<std::uint8_t> written;
   std::function<void()> on_write;
 };

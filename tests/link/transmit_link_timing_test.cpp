@@ -34,6 +34,19 @@ TEST_F(LinkTimingTest, FastPcMeasuresQuicklyFourTimesThenEnablesUpload) {
   EXPECT_EQ(clock_.events_run, 4);
 }
 
+// The live-frame rate is the run's first frame, sent once the PC has been measured and before
+// the upload timer can prepare the link.
+TEST_F(LinkTimingTest, TheRateGoesOutOnceMeasuredAndBeforeTheUploadTimerStarts) {
+  EXPECT_FALSE(link_.PacingReady);
+  clock_.script = {0, 10, 10, 20, 20, 30, 30, 41};
+  timing_.ComputeCommsSpeed(4);
+  std::size_t sent_when_enabled = 99;
+  timing_.CountsPerMSTimer(trace_, label_, [&] { sent_when_enabled = sender_.sent.size(); });
+  EXPECT_TRUE(link_.PacingReady);
+  EXPECT_THAT(sender_.sent, ElementsAre(ElementsAre(4, 864, 13, 1)));
+  EXPECT_EQ(sent_when_enabled, 1u);
+}
+
 TEST_F(LinkTimingTest, SlowPcSwitchesToFullNonResponsiveMeasurements) {
   clock_.script = {0, 400, 400, 2000, 2000, 3600, 3600, 5200};
   timing_.CountsPerMSTimer(trace_, label_, {});

@@ -1,5 +1,8 @@
 #include "link/qt/qt_serial_port.h"
 
+#include <QElapsedTimer>
+
+#include "link/comms_sender.h"
 #include "shell/program_folders.h"
 
 namespace vela {
@@ -34,7 +37,7 @@ bool QtSerialPort::Open(int port_number) {
   port_.setParity(QSerialPort::NoParity);
   port_.setStopBits(QSerialPort::OneStop);
   port_.setFlowControl(QSerialPort::NoFlowControl);
-  port_.setReadBufferSize(kReadBufferBytes);
+  port_.setReadBufferSize(0);
   return port_.open(QIODevice::ReadWrite);
 }
 
@@ -64,7 +67,20 @@ bool QtSerialPort::WriteByte(std::uint8_t byte) {
   if (!port_.isOpen()) return false;
   const char c = static_cast<char>(byte);
   if (port_.write(&c, 1) != 1) return false;
-  port_.flush();  // on the wire now: the link paces its bytes itself
+  // On the wire now: the link paces its bytes itself. A line that does not take the byte within
+  // the write timeout has stalled; the byte is dropped so that no half frame trickles out later.
+  QElapsedTimer waited;
+  waited.start();
+  port_.flush();
+  while (port_.isOpen() && port_.bytesToWrite() > 0) {
+    const qint64 left = kWriteTimeoutMs - waited.elapsed();
+    if (left <= 0 || !port_.waitForBytesWritten(static_cast<int>(left))) break;
+  }
+  if (!port_.isOpen()) return false;
+  if (port_.bytesToWrite() > 0) {
+    port_.clear(QSerialPort::Output);
+    return false;
+  }
   return true;
 }
 

@@ -5,10 +5,11 @@
 //
 // The data-received event is raised at most once per receive window (kReceiveWindowMs) after the
 // first byte arrives, the way a serial driver with a receive threshold gathers bytes: at 115,200
-// baud a window holds about 290 bytes, and a 1030-byte upload reply arrives in four or five
-// chunks instead of a hundred. The port never holds more than kReadBufferBytes for the program
-// (the rest waits in the system's buffer), so a chunk stays under the receive event's 500-byte
-// limit even when the program was busy for a while.
+// baud a window holds about 290 bytes, so live frames cost a few events a second instead of one
+// per byte. A window of 0 raises it on every arrival (the link uses that while it waits for a
+// calibration reply, so the reply is taken the moment its last byte is in). Everything waiting is
+// read at once: a backlog of 500 bytes or more reaches the receive event whole, which cuts it.
+// A byte written is waited for until it has left (at most the link's write timeout).
 #pragma once
 
 #include <QObject>
@@ -44,9 +45,10 @@ class QtSerialPort : public QObject, public SerialPort {
   void SetBaudRate() {}
 
   static constexpr int kReceiveWindowMs = 25;
-  static constexpr int kReadBufferBytes = 400;
   // 0 raises the event on every arrival.
-  void set_receive_window_ms(int ms) { receive_window_.setInterval(ms); }
+  void set_receive_window_ms(int ms) {
+    if (receive_window_.interval() != ms) receive_window_.setInterval(ms);
+  }
 
  signals:
   void DataReceived();
