@@ -140,7 +140,7 @@ void EcuSimulator::AnswerUploadRequest() {
       f.DamagesUploads() && (f.faulty_uploads == 0 ||
                              counters_.uploads_sent < static_cast<std::uint64_t>(f.faulty_uploads));
   wire_.Queue(damaged ? UploadReply(image_, f.upload_cut_bytes, f.done_shift) : UploadReply(image_),
-              now_us_);
+              now_us_, false, f.reply_chunk_bytes);
   ++counters_.uploads_sent;
 }
 

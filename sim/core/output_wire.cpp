@@ -11,11 +11,12 @@ OutputWire::OutputWire(double byte_time_us, int chunk_max_bytes, std::int64_t ch
       chunk_gap_us_(std::max<std::int64_t>(chunk_gap_us, 0)),
       rng_(seed) {}
 
-void OutputWire::Queue(std::vector<std::uint8_t> bytes, std::int64_t at_us, bool burst) {
+void OutputWire::Queue(std::vector<std::uint8_t> bytes, std::int64_t at_us, bool burst,
+                       int piece_bytes) {
   if (bytes.empty()) return;
   if (queue_.empty()) free_at_us_ = std::max(free_at_us_, static_cast<double>(at_us));
   backlog_ += bytes.size();
-  queue_.push_back(Message{std::move(bytes), 0, burst});
+  queue_.push_back(Message{std::move(bytes), 0, burst, std::max(piece_bytes, 0)});
 }
 
 void OutputWire::SendUntil(std::int64_t until_us, std::vector<std::uint8_t>& out) {
@@ -30,6 +31,10 @@ void OutputWire::SendUntil(std::int64_t until_us, std::vector<std::uint8_t>& out
     out.push_back(message.bytes[message.sent++]);
     --backlog_;
     ByteSent();
+    if (message.piece_bytes > 0 &&
+        message.sent % static_cast<std::size_t>(message.piece_bytes) == 0) {
+      free_at_us_ += static_cast<double>(chunk_gap_us_);
+    }
     if (message.sent == message.bytes.size()) queue_.pop_front();
   }
 }

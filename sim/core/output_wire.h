@@ -21,8 +21,10 @@ class OutputWire {
              std::uint64_t seed);
 
   // Queues `bytes` to leave from `at_us` on, after everything queued before. A burst ignores
-  // the byte time and leaves as soon as it reaches the front of the queue.
-  void Queue(std::vector<std::uint8_t> bytes, std::int64_t at_us, bool burst = false);
+  // the byte time and leaves as soon as it reaches the front of the queue. `piece_bytes` > 0
+  // sends the message in pieces of that many bytes with the chunk gap after each.
+  void Queue(std::vector<std::uint8_t> bytes, std::int64_t at_us, bool burst = false,
+             int piece_bytes = 0);
 
   // Appends to `out` every byte whose time to leave has come by `until_us`.
   void SendUntil(std::int64_t until_us, std::vector<std::uint8_t>& out);
@@ -37,6 +39,7 @@ class OutputWire {
     std::vector<std::uint8_t> bytes;
     std::size_t sent = 0;
     bool burst = false;
+    int piece_bytes = 0;
   };
 
   void ByteSent();

@@ -53,6 +53,8 @@ std::vector<ValueOption> ValueOptions() {
        int_option(1, 1000, [](auto& c) -> int& { return c.sim.faults.garbage_max_bytes; })},
       {"--chunks",
        int_option(0, 1000, [](auto& c) -> int& { return c.sim.faults.chunk_max_bytes; })},
+      {"--reply-chunks",
+       int_option(0, 1030, [](auto& c) -> int& { return c.sim.faults.reply_chunk_bytes; })},
       {"--chunk-gap-ms",
        [](std::string_view v, SimCommandLine& c) {
          int ms = 0;
@@ -141,6 +143,7 @@ Faults:
   --garbage-every N     stray bytes before every N-th live frame
   --garbage-max N       at most N stray bytes at a time (default 8)
   --chunks N            send everything in pieces of 1 to N bytes
+  --reply-chunks N      send the upload reply in pieces of exactly N bytes
   --chunk-gap-ms MS     pause after each piece (default 2)
   --silence-after SEC   go silent SEC seconds after start ...
   --silence-for SEC     ... for SEC seconds, then carry on

@@ -23,6 +23,9 @@ struct FaultOptions {
   // pause of `chunk_gap_us` after each piece.
   int chunk_max_bytes = 0;
   std::int64_t chunk_gap_us = 2000;
+  // The upload reply in pieces of exactly `reply_chunk_bytes` bytes (0 = off), each followed by
+  // `chunk_gap_us` of quiet: an ECU behind a USB adapter, or one reading its memory in blocks.
+  int reply_chunk_bytes = 0;
 
   // Silence: from `silence_after_us` (negative = never) for `silence_for_us` nothing at all is
   // sent and upload requests go unanswered; then the ECU carries on.

@@ -77,6 +77,28 @@ class LinkEndToEndTest : public QObject {
     QVERIFY(program.link.live().map_kpa > 10.0);
   }
 
+  // An ECU that sends its reply in 250-byte pieces with pauses between them (as one behind a USB
+  // adapter does) is read every time: fifty uploads asked for, fifty taken, byte for byte.
+  void fiftyUploadsOfAReplyIn250BytePiecesAllArrive() {
+    sim::SimCommandLine options = SimWith();
+    options.sim.faults.reply_chunk_bytes = 250;
+    options.sim.faults.chunk_gap_us = 3000;
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start(options, &error), error.c_str());
+    Program program(QString::fromStdString(ecu.SlavePath()));
+    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 1, 8000);
+    int taken = 0;
+    for (int i = 0; i < 50; ++i) {
+      const int before = program.uploads;
+      program.link.ForceUpload();
+      program.link.upload().RequestUpload();
+      QTRY_VERIFY_WITH_TIMEOUT(program.uploads > before, 3000);
+      if (program.last_block.Bytes() == sim::EmbeddedBaseCalibration().Bytes()) ++taken;
+    }
+    QCOMPARE(taken, 50);
+  }
+
   void aSilentEcuIsShownAsLostAndTakesAFreshUploadWhenItComesBack() {
     sim::SimCommandLine options = SimWith();
     options.sim.faults.silence_after_us = 3'000'000;
