@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "calibration/conversions.h"
+#include "editors/setup/map_sensor.h"
 #include "editors/setup/setup_checks.h"
 
 namespace vela {
@@ -175,6 +176,7 @@ void ApplyFuelTpsAndMapSensor(const CalibrationImage& image, EditorState& state)
   sensors.AltitudeComp = Bit(map_setup, 5);
   sensors.LoadSensing = Bit(map_setup, 6) ? 1 : 0;
   sensors.TPumpBased = Bit(map_setup, 7);
+  sensors.ComboMAP = map_setup & kMapSensorTypeBits;
   sensors.MapSensorScaling = image.Byte(Pos("MapSensorScaling"));
   const std::optional<int> entry = MapScaleEntryOfCode(sensors.ComboMAP, sensors.MapSensorScaling);
   if (entry) sensors.ComboMAPScale = *entry;
