@@ -43,6 +43,11 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
     : QObject(window),
       parts_(parts),
       gate_(parts.link.sender(), mode_),
+      edit_sender_(gate_, [this] { NoteEdit(); }),
+      setup_editor_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
+      compensation_editor_(
+          {state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
+      sensor_tables_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       transmission_(image_, gate_),
       progress_(window),
       download_(gate_, parts.link.state(),
@@ -109,7 +114,7 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
 void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
                                 const std::vector<MapCell>& cells) {
   if (parts_.suppress_change_events) return;
-  if (!LinkConnected(parts_.link.state()) && !mode_.Offline) edited_while_down_ = true;
+  NoteEdit();
   TransmissionSetup setup;
   setup.map_start = map == EditedMap::kFuel1   ? kFuelMap1Start
                     : map == EditedMap::kFuel2 ? kFuelMap2Start
@@ -129,6 +134,10 @@ void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
       state_.maps.IgnMap = values;
       break;
   }
+}
+
+void EditorSession::NoteEdit() {
+  if (!LinkConnected(parts_.link.state()) && !mode_.Offline) edited_while_down_ = true;
 }
 
 void EditorSession::SaveMap() { map_files_.SaveMap(state_); }

@@ -8,12 +8,16 @@
 #include <QObject>
 #include <QProgressBar>
 #include <QTimer>
+#include <functional>
 
 #include "calibration/calibration_image.h"
 #include "editors/apply_calibration.h"
+#include "editors/compensation/compensation_tables.h"
+#include "editors/compensation/temperature_sensors.h"
 #include "editors/editor_state.h"
 #include "editors/map_file.h"
 #include "editors/mapgrid/cell_transmission.h"
+#include "editors/setup/setup_editor.h"
 #include "link/download.h"
 #include "link/link_state.h"
 #include "shell/platform.h"
@@ -34,6 +38,23 @@ class OfflineGate : public CommandSender {
  private:
   CommandSender& inner_;
   const ProgramMode& mode_;
+};
+
+// Passes commands on and notes each edit made while no ECU listens.
+class EditSender : public CommandSender {
+ public:
+  EditSender(CommandSender& inner, std::function<void()> on_send)
+      : inner_(inner), on_send_(std::move(on_send)) {}
+  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
+                 int command2, int address2, std::int32_t value2, bool& slower) override {
+    on_send_();
+    inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2,
+                     slower);
+  }
+
+ private:
+  CommandSender& inner_;
+  std::function<void()> on_send_;
 };
 
 // `Form3`: the download progress window.
@@ -83,6 +104,13 @@ class EditorSession : public QObject {
   void SetOffline(bool offline);
   void SetMapSelection(int choice);
 
+  // The set-up, compensation and sensor table editors: each change goes into the state and the
+  // image and is sent at once.
+  SetupEditor& setup_editor() { return setup_editor_; }
+  CompensationEditor& compensation_editor() { return compensation_editor_; }
+  SensorTableSender& sensor_tables() { return sensor_tables_; }
+  bool& suppress_change_events() { return parts_.suppress_change_events; }
+
  signals:
   // The editors' state was filled from a calibration: grids and lists must be shown again.
   void EditorsFilled();
@@ -93,6 +121,8 @@ class EditorSession : public QObject {
   ApplyEnvironment Environment();
   // True when the tuner chose to send the editors' calibration instead of taking the ECU's.
   bool KeepEditsOver(const CalibrationImage& ecu_image);
+  // An edit is about to be sent: remembered when no ECU is connected (and not off-line).
+  void NoteEdit();
 
   EditorSessionParts parts_;
   EditorState state_;
@@ -101,6 +131,10 @@ class EditorSession : public QObject {
   bool edited_while_down_ = false;  // cells changed while no ECU was listening
   ProgramMode mode_;
   OfflineGate gate_;
+  EditSender edit_sender_;
+  SetupEditor setup_editor_;
+  CompensationEditor compensation_editor_;
+  SensorTableSender sensor_tables_;
   CellTransmission transmission_;
   DownloadProgressWindow progress_;
   QTimer download_timer_;

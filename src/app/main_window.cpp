@@ -19,6 +19,7 @@
 #include "app/link_session.h"
 #include "app/map_pages.h"
 #include "app/settings_controls.h"
+#include "app/setup_pages.h"
 #include "editors/mapgrid/key_routing.h"
 #include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
@@ -94,8 +95,11 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   auto* layout = new QVBoxLayout(central);
   tabs_ = new QTabWidget(central);
   tabs_->setObjectName("SSTab1");
+  setup_pages_ = new SetupPages(*editors_, parts_.link, parts_.setup, *settings_controls_, tabs_,
+                                [this] { map_pages_->ShowEditors(); }, this);
   for (int i = 0; i < kTabCount; ++i) tabs_->addTab(BuildPage(i), kTabTexts[i]);
   layout->addWidget(tabs_, 1);
+  layout->addWidget(setup_pages_->help_box());
   setup_errors_ = new QListWidget(central);
   setup_errors_->setObjectName("SetupErrorList");
   setup_errors_->setMaximumHeight(70);
@@ -118,6 +122,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   WireLink();
   connect(editors_, &EditorSession::EditorsFilled, this, [this] {
     map_pages_->ShowEditors();
+    setup_pages_->ShowEditors();
     ShowSetupErrors();
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
@@ -125,6 +130,10 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   connect(tabs_, &QTabWidget::currentChanged, map_pages_, &MapPages::TabShown);
   if (auto* english = findChild<QRadioButton*>("Language0")) {
     connect(english, &QRadioButton::toggled, this, &MainWindow::ShowKeystrokeTable);
+    connect(english, &QRadioButton::toggled, setup_pages_, &SetupPages::LanguageChanged);
+  }
+  if (auto* instant_help = findChild<QRadioButton*>("InstantHelp0")) {
+    connect(instant_help, &QRadioButton::toggled, setup_pages_, &SetupPages::InstantHelpChanged);
   }
   qApp->installEventFilter(this);
 }
@@ -138,6 +147,7 @@ QWidget* MainWindow::BuildPage(int index) {
   auto* page = new QWidget;
   page->setObjectName(kPageNames[index]);
   auto* layout = new QVBoxLayout(page);
+  if (setup_pages_->BuildPage(index, page)) return page;
   switch (index) {
     case kFuelMap1:
     case kFuelMap2:
@@ -149,9 +159,6 @@ QWidget* MainWindow::BuildPage(int index) {
       }
       return page;
     }
-    case kOutputs:
-      layout->addWidget(settings_controls_->BuildOutputsDisplay(page));
-      break;
     case kHelp:
       layout->addWidget(settings_controls_->BuildHelpOptions(page));
       layout->addWidget(BuildKeystrokeTable(page), 1);
@@ -160,7 +167,6 @@ QWidget* MainWindow::BuildPage(int index) {
       data_page_ = new DataPage(page);
       layout->addWidget(data_page_);
       QLayout* options = data_page_->options_area()->layout();
-      options->addWidget(settings_controls_->BuildDataPageOptions(page));
       auto* reset = new QPushButton("Reset Displays", page);
       reset->setObjectName("Command16");
       connect(reset, &QPushButton::clicked, this, &MainWindow::RunCommand16);
@@ -280,6 +286,7 @@ void MainWindow::RefreshLinkDisplay() {
 void MainWindow::ShowLiveData() {
   data_page_->Show(parts_.link.live(), parts_.setup.settings.afr_display_mode);
   map_pages_->ShowLive(parts_.link.live());
+  setup_pages_->ShowLive(parts_.link.live(), parts_.setup.settings.afr_display_mode);
 }
 
 bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.trace); }

@@ -23,18 +23,6 @@ std::array<std::uint8_t, N> BytesAt(const CalibrationImage& image, int first) {
 
 bool Bit(std::uint8_t value, int bit) { return ((value >> bit) & 1) != 0; }
 
-class ChangeEventsSuppressed {
- public:
-  explicit ChangeEventsSuppressed(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
-  ~ChangeEventsSuppressed() { flag_ = before_; }
-  ChangeEventsSuppressed(const ChangeEventsSuppressed&) = delete;
-  ChangeEventsSuppressed& operator=(const ChangeEventsSuppressed&) = delete;
-
- private:
-  bool& flag_;
-  bool before_;
-};
-
 void RunStepChecks(int step, const CalibrationImage& image, EditorState& state) {
   RunChecks(ChecksOfStep(step), image, CheckContext{state.sensors.ComboMAP}, state.SetupErrors);
 }

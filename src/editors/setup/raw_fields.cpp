@@ -45,9 +45,10 @@ bool Speaks(std::string_view message, int position) {
   });
 }
 
+// "Gpi1Setup byte 2 (873)"; with no field name, "byte 2 (873)".
 std::string Named(std::string_view field, int index, int position) {
-  return std::string(field) + " byte " + std::to_string(index) + " (" + std::to_string(position) +
-         ")";
+  const std::string name = field.empty() ? "byte" : std::string(field) + " byte";
+  return name + " " + std::to_string(index) + " (" + std::to_string(position) + ")";
 }
 
 RawField Byte(std::string_view label, int position, RawShow show = RawShow::kByte) {
@@ -67,10 +68,11 @@ std::vector<RawGroup> OutputGroups() {
   std::vector<RawGroup> groups;
   for (int output = 1; output <= 3; ++output) {
     const int start = kGpoStarts[static_cast<std::size_t>(output - 1)];
-    const std::string field = "Gpo" + std::to_string(output) + "Setup";
-    RawGroup group{"General Purpose Output " + std::to_string(output), {}};
-    group.fields.push_back(Byte(field + " byte 1: function code", start));
-    AddBytes(group.fields, field, start + 1, 15, 2);
+    RawGroup group{"Output " + std::to_string(output) + ": Gpo" + std::to_string(output) +
+                       "Setup, " + std::to_string(start) + " to " + std::to_string(start + 15),
+                   {}};
+    group.fields.push_back(Byte("function", start));
+    AddBytes(group.fields, "", start + 1, 15, 2);
     groups.push_back(std::move(group));
   }
   return groups;
@@ -90,19 +92,19 @@ std::vector<RawGroup> InputGroups() {
 
 std::vector<RawGroup> IdleGroups() {
   RawGroup target{"Idle Speed", {}};
-  target.fields.push_back(Byte("IdleTargetRpm: idle target", Pos("IdleTargetRpm"), RawShow::kRpm24));
-  target.fields.push_back(Byte("IdleMinMax: valve minimum", Pos("IdleMinMax")));
-  target.fields.push_back(Byte("IdleMinMax: valve maximum", Pos("IdleMinMax") + 1));
-  target.fields.push_back(Byte("IdlePwmFrequency: valve PWM frequency code", Pos("IdlePwmFrequency")));
+  target.fields.push_back({"IdleTargetRpm (1011 to 1013)", Pos("IdleTargetRpm"), RawShow::kRpm24});
+  target.fields.push_back(Byte("IdleMinMax, minimum", Pos("IdleMinMax")));
+  target.fields.push_back(Byte("IdleMinMax, maximum", Pos("IdleMinMax") + 1));
+  target.fields.push_back(Byte("IdlePwmFrequency", Pos("IdlePwmFrequency")));
   target.fields.push_back(Byte("IdleSetting858", Pos("IdleSetting858")));
   RawGroup cold{"Idle Cold Adjuster and Further Values", {}};
   AddBytes(cold.fields, "IdleCold", Pos("IdleCold"), 2);
-  cold.fields.push_back(Byte("IdleCold byte 3, shown halved", Pos("IdleCold") + 2, RawShow::kHalved));
+  cold.fields.push_back(Byte("IdleCold byte 3, halved", Pos("IdleCold") + 2, RawShow::kHalved));
   AddBytes(cold.fields, "IdleMod0", Pos("IdleMod0Values"), 3, 3);
   AddBytes(cold.fields, "IdleMod2", Pos("IdleMod2Values"), 4);
-  RawGroup flags{"Idle Options (CheckIdle)", {}};
-  flags.fields.push_back(Byte("IdleFlags1: CheckIdle 0 to 7", Pos("IdleFlags1"), RawShow::kBits));
-  flags.fields.push_back(Byte("IdleFlags2: CheckIdle 8 to 15", Pos("IdleFlags2"), RawShow::kBits));
+  RawGroup flags{"Idle Options: CheckIdle 0 to 15, bit 0 first", {}};
+  flags.fields.push_back(Byte("IdleFlags1", Pos("IdleFlags1"), RawShow::kBits));
+  flags.fields.push_back(Byte("IdleFlags2", Pos("IdleFlags2"), RawShow::kBits));
   return {target, cold, flags};
 }
 
