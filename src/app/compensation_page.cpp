@@ -71,16 +71,15 @@ QWidget* CompensationPage::BuildTable(CompTable table) {
   auto* box = new QWidget(this);
   auto* row = new QHBoxLayout(box);
   row->setContentsMargins(0, 0, 0, 0);
-  auto* grid = new SmallMapGrid(layout.row_labels, layout.positions,
-                                QString::fromStdString(layout.corner),
-                                QString::fromStdString(layout.heading), box);
+  auto* grid =
+      new SmallMapGrid(layout.row_labels, layout.positions, QString::fromStdString(layout.corner),
+                       QString::fromStdString(layout.heading), box);
   grid->setObjectName(QString::fromUtf8(layout.name.data(), layout.name.size()));
   grid->setToolTip(kToolTips[index]);
   grid->Model().SetDecimalSeparator(SystemDecimalSeparator());
-  connect(grid, &SmallMapGrid::CellsChanged, this,
-          [this, table](const std::vector<SmallGridChange>& changes) {
-            CellsChanged(table, changes);
-          });
+  connect(
+      grid, &SmallMapGrid::CellsChanged, this,
+      [this, table](const std::vector<SmallGridChange>& changes) { CellsChanged(table, changes); });
   connect(grid, &SmallMapGrid::TextTyped, this,
           [this, table](int r, const QString& text) { TextTyped(table, r, text); });
   auto* curve = new CurveView(box);

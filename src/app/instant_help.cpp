@@ -1,6 +1,8 @@
 #include "app/instant_help.h"
 
 #include <QEvent>
+#include <QFontDatabase>
+#include <QMouseEvent>
 
 namespace vela {
 
@@ -11,8 +13,7 @@ constexpr const char* kHoverStyle = "background-color: rgb(255, 230, 120);";
 
 }  // namespace
 
-InstantHelp::InstantHelp(QTabWidget* tabs, std::function<bool()> instant_help_on,
-                         QWidget* parent)
+InstantHelp::InstantHelp(QTabWidget* tabs, std::function<bool()> instant_help_on, QWidget* parent)
     : QObject(parent),
       tabs_(tabs),
       instant_help_on_(std::move(instant_help_on)),
@@ -21,6 +22,8 @@ InstantHelp::InstantHelp(QTabWidget* tabs, std::function<bool()> instant_help_on
   box_->setReadOnly(true);
   box_->setFocusPolicy(Qt::NoFocus);
   box_->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+  // The topics line their explanations up with blanks.
+  box_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   box_->setFixedHeight(box_->fontMetrics().lineSpacing() * 4 + 10);
   box_->setPlaceholderText(
       "Instant help: click a caption (it lights up under the mouse) to read what it does.");
@@ -76,9 +79,18 @@ void InstantHelp::Click(int index) {
 bool InstantHelp::eventFilter(QObject* watched, QEvent* event) {
   const QVariant index = watched->property(kIndexProperty);
   switch (event->type()) {
-    case QEvent::Enter:
     case QEvent::MouseMove:
+      if (!index.isValid()) {
+        // A label passes the mouse moves it does not take on to its frame: only a move over the
+        // frame itself ends a highlight.
+        const auto* move = static_cast<QMouseEvent*>(event);
+        const QWidget* under = static_cast<QWidget*>(watched)->childAt(move->position().toPoint());
+        if (under != nullptr && under->property(kIndexProperty).isValid()) break;
+      }
       Hover(index.isValid() ? std::optional<int>(index.toInt()) : std::nullopt);
+      break;
+    case QEvent::Enter:
+      if (index.isValid()) Hover(index.toInt());
       break;
     case QEvent::Leave:
       if (index.isValid()) Hover(std::nullopt);

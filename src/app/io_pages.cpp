@@ -72,11 +72,11 @@ OutputsPage::OutputsPage(SetupPageParts parts, SettingsControls& settings, QWidg
   auto* outputs_row = new QHBoxLayout;
   const std::vector<RawGroup> outputs = OutputGroups();
   for (int n = 0; n < static_cast<int>(outputs.size()); ++n) {
-    outputs_row->addWidget(RawBox(
-                               this, help, *fields_, outputs[static_cast<std::size_t>(n)],
-                               QString("Gpo%1Setup").arg(n + 1),
-                               [n](int i) { return l::kGpoFirst + 16 * n + i; }, 2),
-                           1, Qt::AlignTop);
+    outputs_row->addWidget(
+        RawBox(
+            this, help, *fields_, outputs[static_cast<std::size_t>(n)],
+            QString("Gpo%1Setup").arg(n + 1), [n](int i) { return l::kGpoFirst + 16 * n + i; }, 2),
+        1, Qt::AlignTop);
   }
   left->addLayout(outputs_row);
   auto* guides = new QHBoxLayout;
@@ -98,9 +98,9 @@ OutputsPage::OutputsPage(SetupPageParts parts, SettingsControls& settings, QWidg
   columns->addLayout(left, 3);
   auto* right = new QVBoxLayout;
   const std::vector<RawGroup> idle = IdleGroups();
-  const std::function<int(int)> idle_indexes[] = {
-      [](int i) { return l::kIdleTarget + i; }, [](int i) { return l::kIdleColdFirst + i; },
-      [](int i) { return l::kIdleFlagsFirst + i; }};
+  const std::function<int(int)> idle_indexes[] = {[](int i) { return l::kIdleTarget + i; },
+                                                  [](int i) { return l::kIdleColdFirst + i; },
+                                                  [](int i) { return l::kIdleFlagsFirst + i; }};
   const char* idle_names[] = {"IdleSpeed", "IdleValues", "CheckIdle"};
   for (int g = 0; g < static_cast<int>(idle.size()); ++g) {
     right->addWidget(RawBox(this, help, *fields_, idle[static_cast<std::size_t>(g)], idle_names[g],

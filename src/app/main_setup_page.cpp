@@ -51,6 +51,15 @@ bool MovesTheMaps(SetupChoice choice) {
 
 QWidget* Container(QButtonGroup* group) { return static_cast<QWidget*>(group->parent()); }
 
+QWidget* SideBySide(QWidget* parent, QWidget* left, QWidget* right) {
+  auto* row = new QWidget(parent);
+  auto* layout = new QHBoxLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(left);
+  layout->addWidget(right);
+  return row;
+}
+
 QGridLayout* Grid(QGroupBox* box) {
   auto* grid = new QGridLayout(box);
   grid->setContentsMargins(6, 4, 6, 4);
@@ -141,14 +150,13 @@ QWidget* MainSetupPage::BuildEngine() {
   AddNote(grid, note_injection_);
   impedance_ =
       Group(box, "OptionImpedance", Views(kImpedanceTexts), 3, SetupChoice::kOptionImpedance);
-  AddRow(grid, Caption(box, l::kInjectorImpedance, "Injector Impedance"),
-         Container(impedance_));
+  AddRow(grid, Caption(box, l::kInjectorImpedance, "Injector Impedance"), Container(impedance_));
   note_impedance_ = MakeNote(box, "NoteImpedance");
   AddNote(grid, note_impedance_);
   auto* selection = new QWidget(box);
-  map_selection_ = MakeOptionGroup(
-      selection, "MapSelectionSetup",
-      {" Only Map 1", " Only Map 2", "   ECU Selected", "Combine Maps"}, 2);
+  map_selection_ =
+      MakeOptionGroup(selection, "MapSelectionSetup",
+                      {" Only Map 1", " Only Map 2", "   ECU Selected", "Combine Maps"}, 2);
   connect(map_selection_, &QButtonGroup::idToggled, this, [this](int id, bool on) {
     if (!on || parts_.editors.suppress_change_events()) return;
     parts_.editors.SetMapSelection(id);
@@ -191,8 +199,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   AddRow(grid, Caption(box, l::kRevLimiter2, "Rev Limiter 2"), rev_limit2_);
   note_rev_ = MakeNote(box, "NoteRevLimiter");
   AddNote(grid, note_rev_);
-  limiter_mode_ =
-      Group(box, "LimiterMode", Views(kLimiterModeTexts), 3, SetupChoice::kLimiterMode);
+  limiter_mode_ = Group(box, "LimiterMode", Views(kLimiterModeTexts), 3, SetupChoice::kLimiterMode);
   AddRow(grid, Caption(box, l::kLimiterType, "Limiter Type"), Container(limiter_mode_));
   spark_ = List(box, "ComboSpark", Strings(kSparkModeTexts), SetupChoice::kComboSpark);
   AddRow(grid, Caption(box, l::kSparkMode, "Spark Mode"), spark_);
@@ -214,8 +221,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   AddNote(grid, note_dwell_);
   edge_spark_ = Group(box, "TriggerEdgeSpark", Views(kTriggerEdgeSparkTexts), 2,
                       SetupChoice::kTriggerEdgeSpark);
-  AddRow(grid, Caption(box, l::kSparkOutputEdge, "Spark Output Edge"),
-         Container(edge_spark_));
+  AddRow(grid, Caption(box, l::kSparkOutputEdge, "Spark Output Edge"), Container(edge_spark_));
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }
@@ -228,16 +234,11 @@ QWidget* MainSetupPage::BuildTrigger() {
   AddRow(grid, Caption(box, l::kTriggerPattern, "Trigger Pattern"), trigger_);
   trigger_type_ = Group(box, "TriggerHallMagnetic", Views(kSensorTypeTexts), 3,
                         SetupChoice::kTriggerHallMagnetic);
-  AddRow(grid, Caption(box, l::kTriggerSensorType, "Trigger Sensor"),
-         Container(trigger_type_));
+  AddRow(grid, Caption(box, l::kTriggerSensorType, "Trigger Sensor"), Container(trigger_type_));
   trigger_flag_ = Flag(box, "TriggerSensorFlag", SetupChoice::kTriggerSensorFlag);
   trigger_voltage_ = RawSpin(box, "TriggerVoltage", SetupFieldNamed("TriggerVoltage").position);
-  auto* voltage_row = new QWidget(box);
-  auto* voltage_layout = new QHBoxLayout(voltage_row);
-  voltage_layout->setContentsMargins(0, 0, 0, 0);
-  voltage_layout->addWidget(trigger_voltage_);
-  voltage_layout->addWidget(trigger_flag_);
-  AddRow(grid, Caption(box, l::kTriggerVoltage, "Trigger Voltage"), voltage_row);
+  AddRow(grid, Caption(box, l::kTriggerVoltage, "Trigger Voltage"),
+         SideBySide(box, trigger_voltage_, trigger_flag_));
   edge_input_ = Group(box, "TriggerEdgeInput", Views(kTriggerEdgeInputTexts), 2,
                       SetupChoice::kTriggerEdgeInput);
   AddRow(grid, Caption(box, l::kTriggerInputEdge, "Trigger Edge"), Container(edge_input_));
@@ -260,19 +261,15 @@ QWidget* MainSetupPage::BuildTrigger() {
   AddNote(grid, check_trigger_);
   home_ = List(box, "ComboHome", Strings(kHomePatternTexts), SetupChoice::kComboHome);
   AddRow(grid, Caption(box, l::kHomePosition, "Home Position"), home_);
-  home_type_ = Group(box, "HomeHallMagnetic", Views(kSensorTypeTexts), 3,
-                     SetupChoice::kHomeHallMagnetic);
+  home_type_ =
+      Group(box, "HomeHallMagnetic", Views(kSensorTypeTexts), 3, SetupChoice::kHomeHallMagnetic);
   AddRow(grid, Caption(box, l::kHomeSensorType, "Home Sensor"), Container(home_type_));
   home_flag_ = Flag(box, "HomeSensorFlag", SetupChoice::kHomeSensorFlag);
   home_voltage_ = RawSpin(box, "HomeVoltage", SetupFieldNamed("HomeVoltage").position);
-  auto* home_row = new QWidget(box);
-  auto* home_layout = new QHBoxLayout(home_row);
-  home_layout->setContentsMargins(0, 0, 0, 0);
-  home_layout->addWidget(home_voltage_);
-  home_layout->addWidget(home_flag_);
-  AddRow(grid, Caption(box, l::kHomeVoltage, "Home Voltage"), home_row);
-  edge_home_ = Group(box, "TriggerEdgeHome", Views(kTriggerEdgeHomeTexts), 2,
-                     SetupChoice::kTriggerEdgeHome);
+  AddRow(grid, Caption(box, l::kHomeVoltage, "Home Voltage"),
+         SideBySide(box, home_voltage_, home_flag_));
+  edge_home_ =
+      Group(box, "TriggerEdgeHome", Views(kTriggerEdgeHomeTexts), 2, SetupChoice::kTriggerEdgeHome);
   AddRow(grid, Caption(box, l::kHomeInputEdge, "Home Edge"), Container(edge_home_));
   check_home_ = MakeNote(box, "CheckHome");
   AddNote(grid, check_home_);
@@ -284,8 +281,7 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
   auto* box = MakeBox(this, "LoadBox", "Load and Map Sites");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  load_sensing_ =
-      Group(box, "LoadSensing", Views(kLoadSensingTexts), 2, SetupChoice::kLoadSensing);
+  load_sensing_ = Group(box, "LoadSensing", Views(kLoadSensingTexts), 2, SetupChoice::kLoadSensing);
   AddRow(grid, Caption(box, l::kLoadSensing, "Load Sensing"), Container(load_sensing_));
   map_sensor_ = List(box, "ComboMAP", Strings(kMapSensorTexts), SetupChoice::kComboMAP);
   AddRow(grid, Caption(box, l::kInstalledMapSensor, "Installed Map Sensor"), map_sensor_);
@@ -347,8 +343,8 @@ void MainSetupPage::ShowNotes() {
   ShowNote(note_dwell_, QString::fromStdString(DwellNote(setup, state.idle)));
   const bool sequential = setup.FuelMode == kFuelModeSequential;
   const int name = sequential ? (setup.ComboHome == 0 ? 2 : 3) : setup.FuelMode;
-  injection_name_->setText(Text(name >= 0 && name <= 3 ? kInjectionModeNames[name]
-                                                       : kUnknownInjectionMode));
+  injection_name_->setText(
+      Text(name >= 0 && name <= 3 ? kInjectionModeNames[name] : kUnknownInjectionMode));
 }
 
 void MainSetupPage::ShowChecks() {
@@ -405,8 +401,8 @@ void MainSetupPage::ShowEditors() {
     const QSignalBlocker block(flag);
     flag->setChecked(on);
   }
-  for (auto [spin, value] : {std::pair{rev_limit1_, setup.RevLimit1},
-                             std::pair{rev_limit2_, setup.RevLimit2}}) {
+  for (auto [spin, value] :
+       {std::pair{rev_limit1_, setup.RevLimit1}, std::pair{rev_limit2_, setup.RevLimit2}}) {
     const QSignalBlocker block(spin);
     spin->setValue(static_cast<int>(std::lround(RpmFromEnginePeriod(value))));
   }

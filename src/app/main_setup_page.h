@@ -40,8 +40,8 @@ class MainSetupPage : public QWidget {
   QLabel* Caption(QWidget* parent, int index, const char* text);
   void AddRow(QGridLayout* grid, QLabel* caption, QWidget* control);
   void AddNote(QGridLayout* grid, QLabel* note);
-  QButtonGroup* Group(QWidget* parent, const QString& name, const std::vector<std::string_view>& texts,
-                      int columns, SetupChoice choice);
+  QButtonGroup* Group(QWidget* parent, const QString& name,
+                      const std::vector<std::string_view>& texts, int columns, SetupChoice choice);
   QComboBox* List(QWidget* parent, const QString& name, const std::vector<std::string>& texts,
                   SetupChoice choice);
   QSpinBox* RawSpin(QWidget* parent, const QString& name, int position);

@@ -95,8 +95,9 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   auto* layout = new QVBoxLayout(central);
   tabs_ = new QTabWidget(central);
   tabs_->setObjectName("SSTab1");
-  setup_pages_ = new SetupPages(*editors_, parts_.link, parts_.setup, *settings_controls_, tabs_,
-                                [this] { map_pages_->ShowEditors(); }, this);
+  setup_pages_ = new SetupPages(
+      *editors_, parts_.link, parts_.setup, *settings_controls_, tabs_,
+      [this] { map_pages_->ShowEditors(); }, this);
   for (int i = 0; i < kTabCount; ++i) tabs_->addTab(BuildPage(i), kTabTexts[i]);
   layout->addWidget(tabs_, 1);
   layout->addWidget(setup_pages_->help_box());

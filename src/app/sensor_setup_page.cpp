@@ -155,6 +155,7 @@ QWidget* SensorSetupPage::BuildCustomSensor() {
   custom_curve_->SetTitle("Fitted sensor curve");
   custom_curve_->SetUnits("\u00B0C", "ohms");
   custom_curve_->SetLogY(true);
+  custom_curve_->SetPointDots(false);
   custom_curve_->SetXRange(-20.0, 120.0);
   layout->addWidget(custom_curve_, 1);
   custom_note_ = new QLabel(box);
@@ -167,7 +168,8 @@ QWidget* SensorSetupPage::BuildCustomSensor() {
 std::array<std::string, kSensorPoints> SensorSetupPage::TableTexts(SensorTable which) const {
   std::array<std::string, kSensorPoints> texts;
   QTableWidget* table = tables_[static_cast<std::size_t>(which)];
-  for (int row = 0; row < kSensorPoints; ++row) texts[row] = table->item(row, 1)->text().toStdString();
+  for (int row = 0; row < kSensorPoints; ++row)
+    texts[row] = table->item(row, 1)->text().toStdString();
   return texts;
 }
 
@@ -227,8 +229,8 @@ void SensorSetupPage::FitCustomSensor() {
     if (const std::optional<double> ohms = OhmsAt(rows->curve, c)) curve.emplace_back(c, *ohms);
   }
   custom_curve_->SetPoints(curve);
-  const SensorTable which = custom_target_->currentIndex() == 0 ? SensorTable::kWater
-                                                                 : SensorTable::kAir;
+  const SensorTable which =
+      custom_target_->currentIndex() == 0 ? SensorTable::kWater : SensorTable::kAir;
   std::array<std::string, kSensorPoints> texts;
   QStringList extrapolated;
   for (int row = 0; row < kSensorPoints; ++row) {

@@ -29,9 +29,7 @@ class SensorSetupPage : public QWidget {
  public:
   explicit SensorSetupPage(SetupPageParts parts, QWidget* parent = nullptr);
 
-  QTableWidget* table(SensorTable which) const {
-    return tables_[static_cast<std::size_t>(which)];
-  }
+  QTableWidget* table(SensorTable which) const { return tables_[static_cast<std::size_t>(which)]; }
   void ShowEditors();
   void ShowLive(const LiveData& live);
   // The language of choice 0 of the sensor lists.

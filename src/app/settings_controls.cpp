@@ -18,7 +18,6 @@ constexpr const char* kFramesPerSecondTexts[kFramesPerSecondChoices] = {
     "20 Samples/Second", "15 Samples/Second", "12 Samples/Second", "10 Samples/Second",
     "8 Samples/Second",  "6 Samples/Second",  "4 Samples/Second"};
 
-
 QGroupBox* MakeBox(QWidget* parent, const QString& name, const QString& title) {
   auto* box = new QGroupBox(title, parent);
   box->setObjectName(name);

@@ -125,8 +125,8 @@ std::optional<double> NumberOfText(std::string_view text, char separator) {
   const std::optional<DecimalNumber> number = ParseDecimal(text, separator);
   if (!number) return std::nullopt;
   if (number->digits.empty()) return 0.0;
-  const std::string scientific = (number->negative ? "-0." : "0.") + number->digits + "e" +
-                                 std::to_string(number->point);
+  const std::string scientific =
+      (number->negative ? "-0." : "0.") + number->digits + "e" + std::to_string(number->point);
   double value = 0.0;
   const auto [end, error] =
       std::from_chars(scientific.data(), scientific.data() + scientific.size(), value);

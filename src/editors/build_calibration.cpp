@@ -91,8 +91,7 @@ void EncodeSensors(const SensorSetup& sensors, CalibrationImage& image) {
   PutBytes(image, Pos("TpsCal2"), sensors.TpsCal2);
   // The sensor type in bits 0 to 2; no selection counts as the first type, as the scaling
   // table takes it.
-  const int type =
-      sensors.ComboMAP >= 0 ? std::min(sensors.ComboMAP, int{kMapSensorTypeBits}) : 0;
+  const int type = sensors.ComboMAP >= 0 ? std::min(sensors.ComboMAP, int{kMapSensorTypeBits}) : 0;
   const int map_setup = (sensors.AltitudeComp ? 0x20 : 0) | (sensors.LoadSensing == 1 ? 0x40 : 0) |
                         (sensors.TPumpBased ? 0x80 : 0) | type;
   image.SetByte(Pos("MapSensorSetup"), static_cast<std::uint8_t>(map_setup));

@@ -74,31 +74,33 @@ inline constexpr int kIdleValveMinimum = 251;
 inline constexpr int kIdleValveMaximum = 252;
 inline constexpr int kIdlePwmFrequency = 253;
 inline constexpr int kIdleSetting = 254;
-inline constexpr int kIdleColdFirst = 255;    // three labels
-inline constexpr int kIdleMod0First = 258;    // three labels
-inline constexpr int kIdleMod2First = 261;    // four labels
-inline constexpr int kIdleFlagsFirst = 265;   // two labels
+inline constexpr int kIdleColdFirst = 255;         // three labels
+inline constexpr int kIdleMod0First = 258;         // three labels
+inline constexpr int kIdleMod2First = 261;         // four labels
+inline constexpr int kIdleFlagsFirst = 265;        // two labels
 inline constexpr int kOutputFunctionsFirst = 270;  // five labels, in kOutputFunctionTopics order
 inline constexpr int kFaultsFirst = 280;           // eleven labels, in kFaultTopics order
 inline constexpr int kOutputDisplay = 291;
 // Inputs: input n's function code is kGpiFirst + 10 x (n - 1), its six settings bytes follow,
 // then its two further bytes.
 inline constexpr int kGpiFirst = 300;
-inline constexpr int kLaunchFirst = 320;       // six labels, in kLaunchTopics order
-inline constexpr int kClosedLoopFirst = 330;   // ten labels, in kClosedLoopTopics order
-inline constexpr int kSensorFaultsFirst = 340; // four labels, in kSensorFaultTopics order
+inline constexpr int kLaunchFirst = 320;        // six labels, in kLaunchTopics order
+inline constexpr int kClosedLoopFirst = 330;    // ten labels, in kClosedLoopTopics order
+inline constexpr int kSensorFaultsFirst = 340;  // four labels, in kSensorFaultTopics order
 }  // namespace help_label
 
 inline constexpr std::string_view kOutputFunctionTopics[] = {
     "Water Sensor Failure", "Duty Cycle", "Boost Limiter", "Launch Control", "Anti-Lag"};
 inline constexpr std::string_view kFaultTopics[] = {
-    "Rev Limiter Hit",          "Boost Limiter Hit",        "Injector Over-Duty Cycle",
-    "Ignition Charge Time Error", "Trigger Angle Error",    "Eratic/Noisy RPM Signal",
-    "Eratic/Noisy Home Signal", "Air Temperature Sensor",   "Water Temperature Sensor",
-    "Battery Voltage Low/High", "TPS Sensor Range Error"};
-inline constexpr std::string_view kLaunchTopics[] = {"Launch Limiter",   "Launch Retard",
-                                                     "Launch Fuel",      "Anti-Lag Limiter",
-                                                     "Anti-Lag Retard",  "Anti-Lag Fuel"};
+    "Rev Limiter Hit",          "Boost Limiter Hit",
+    "Injector Over-Duty Cycle", "Ignition Charge Time Error",
+    "Trigger Angle Error",      "Eratic/Noisy RPM Signal",
+    "Eratic/Noisy Home Signal", "Air Temperature Sensor",
+    "Water Temperature Sensor", "Battery Voltage Low/High",
+    "TPS Sensor Range Error"};
+inline constexpr std::string_view kLaunchTopics[] = {"Launch Limiter",  "Launch Retard",
+                                                     "Launch Fuel",     "Anti-Lag Limiter",
+                                                     "Anti-Lag Retard", "Anti-Lag Fuel"};
 inline constexpr std::string_view kClosedLoopTopics[] = {
     "Controller",   "Current AFR", "Correction %",     "Allow Instant Compensations",
     "AFR Setpoint", "Loop Speed",  "En-Richment Gain", "En-Leanment Gain",

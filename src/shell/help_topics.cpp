@@ -51,8 +51,7 @@ constexpr std::string_view kInstalledMapSensor[] = {
     "   throttle pump's boost limit are scaled by it."};
 constexpr std::string_view kMapSensorScaling[] = {
     " MAP Sensor Scaling: The part of the sensor's range that the fuel and ignition load sites",
-    "   cover.",
-    " Full Scale - The load sites spread over the sensor's whole range.",
+    "   cover.", " Full Scale - The load sites spread over the sensor's whole range.",
     " Scaled to  - The load sites spread over the smaller range shown, for finer tuning when",
     "              the engine never sees the sensor's top pressure."};
 constexpr std::string_view kLoadSensing[] = {
@@ -111,8 +110,7 @@ constexpr std::string_view kHomePosition[] = {
 constexpr std::string_view kHomeSensor[] = {
     " Home Sensor: The kind of home position sensor and its switching voltage.",
     " Hall     - A sensor with three wires giving a square wave.",
-    " Magnetic - A two wire (reluctor) sensor.",
-    " Voltage  - The input threshold count."};
+    " Magnetic - A two wire (reluctor) sensor.", " Voltage  - The input threshold count."};
 constexpr std::string_view kEngineSpeedSites[] = {
     " Engine Speed Sites: The RPM spacing of the maps' eleven rows; the top of the range is",
     "   shown with each choice. The maps change their row labels at once."};
@@ -225,12 +223,10 @@ constexpr std::string_view kAntiLagLimiter[] = {
     " Anti-Lag Limiter: The engine speed limit while anti-lag is working."};
 constexpr std::string_view kAntiLagRetard[] = {
     " Anti-Lag Retard: Degrees of ignition taken away while anti-lag works."};
-constexpr std::string_view kAntiLagFuel[] = {
-    " Anti-Lag Fuel: Fuel added while anti-lag works."};
+constexpr std::string_view kAntiLagFuel[] = {" Anti-Lag Fuel: Fuel added while anti-lag works."};
 constexpr std::string_view kController[] = {
     " Controller: Closed-loop air-fuel control, which trims the fuel so that the measured",
-    "   air-fuel ratio meets the setpoint.",
-    " Off - The maps alone decide the fuel.",
+    "   air-fuel ratio meets the setpoint.", " Off - The maps alone decide the fuel.",
     " On  - The fuel is corrected from the wideband sensor's reading."};
 constexpr std::string_view kCurrentAfr[] = {
     " Current AFR: The air-fuel ratio measured now, in the display chosen on the main setup."};

@@ -5,12 +5,15 @@
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <map>
 #include <mutex>
 
 #include "app/compensation_page.h"
@@ -20,6 +23,7 @@
 #include "editors/compensation/temperature_sensors.h"
 #include "program_fixture.h"
 #include "shell/context_help.h"
+#include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
 #include "support/recording_sender.h"
 
@@ -111,11 +115,16 @@ class SetupPagesRoadTest : public QObject {
   }
 
  private slots:
-  void init() {
-    dir_ = std::make_unique<QTemporaryDir>();
+  void init() { Start({}); }
+
+  void Start(const std::string& image_path) {
+    program_.reset();
+    ecu_.reset();
+    if (!dir_) dir_ = std::make_unique<QTemporaryDir>();
     ecu_ = std::make_unique<sim::InProcessSimulator>();
     sim::SimCommandLine options;
     options.verbose = true;
+    options.image_path = image_path;
     std::string error;
     QVERIFY2(ecu_->Start(options, &error, wire_.Hook()), error.c_str());
     program_ = std::make_unique<Program>(dir_->path(), ecu_->SlavePath());
@@ -129,6 +138,26 @@ class SetupPagesRoadTest : public QObject {
   void cleanup() {
     program_.reset();
     ecu_.reset();
+    dir_.reset();
+  }
+
+  void aCalibrationWithARisingEdgeFillsThePageWithoutTheWarning() {
+    CalibrationImage image = sim::EmbeddedBaseCalibration();
+    image.SetByte(942, 64 | 1);  // rising trigger edge
+    image.SetByte(955, 64 | 4);  // a 4 bar sensor
+    image.SetByte(956, 128);     // scaled to 2.000 bar
+    const QString path = dir_->filePath("rising.sm1");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(reinterpret_cast<const char*>(image.Bytes().data()), kImageLength);
+    file.close();
+    Start(path.toStdString());
+    Program& p = *program_;
+    QVERIFY(p.Find<QRadioButton>("TriggerEdgeInput1")->isChecked());
+    QCOMPARE(p.Find<QComboBox>("ComboMAP")->currentText(), QString(" 4 Bar Sensor"));
+    QCOMPARE(p.Find<QComboBox>("ComboMAPScale")->currentText(),
+             QString("Scaled to 2.000 Bar Span"));
+    for (const auto& shown : p.messages.shown) QVERIFY(shown.title != "MORVANE Warning");
   }
 
   void anUploadFillsEveryPage() {
@@ -183,19 +212,23 @@ class SetupPagesRoadTest : public QObject {
     ExpectWrites("rising edge", [&] { p.Find<QRadioButton>("TriggerEdgeInput1")->click(); },
                  {{4, 942, 193}});
     QCOMPARE(p.messages.shown.back().title, std::string("MORVANE Warning"));
-    ExpectWrites("list by keyboard", [&] {
-      QComboBox* trigger = p.Find<QComboBox>("ComboTrigger");
-      trigger->setFocus();
-      QTest::keyClick(trigger, Qt::Key_Down);
-    }, {{4, 902, 4}});
+    ExpectWrites("list by keyboard",
+                 [&] {
+                   QComboBox* trigger = p.Find<QComboBox>("ComboTrigger");
+                   trigger->setFocus();
+                   QTest::keyClick(trigger, Qt::Key_Down);
+                 },
+                 {{4, 902, 4}});
     // 7200 RPM is 8333 us; the period shrinks, so the low byte goes first.
     ExpectWrites("rev limiter in RPM", [&] { TypeInto(p.Find<QSpinBox>("RevLimit1"), "7200"); },
                  {{4, 949, 0x8D}, {4, 950, 0x20}});
-    ExpectWrites("fuel load sites", [&] {
-      QComboBox* sites = p.Find<QComboBox>("ComboSiteFuel");
-      sites->setFocus();
-      QTest::keyClick(sites, Qt::Key_Up);
-    }, {{4, 995, 0x20 | 1}});
+    ExpectWrites("fuel load sites",
+                 [&] {
+                   QComboBox* sites = p.Find<QComboBox>("ComboSiteFuel");
+                   sites->setFocus();
+                   QTest::keyClick(sites, Qt::Key_Up);
+                 },
+                 {{4, 995, 0x20 | 1}});
     QCOMPARE(p.window->map_pages().page(0)->grid()->Model().LoadSites(), 13);
     const std::size_t quiet = wire_.Mark();
     QComboBox* afr = p.Find<QComboBox>("ComboAFRMode");
@@ -215,44 +248,87 @@ class SetupPagesRoadTest : public QObject {
 
     tabs->setCurrentIndex(5);
     SmallMapGrid* air = p.window->setup_pages().compensation()->grid(CompTable::kAirMap);
-    ExpectWrites("compensation key", [&] {
-      air->setFocus();
-      air->SetCurrentRow(0);
-      QTest::keyClick(air, Qt::Key_Up);  // 8.0 % to 8.5 %
-    }, {{4, 963, 213}});
+    ExpectWrites("compensation key",
+                 [&] {
+                   air->setFocus();
+                   air->SetCurrentRow(0);
+                   QTest::keyClick(air, Qt::Key_Up);  // 8.0 % to 8.5 %
+                 },
+                 {{4, 963, 213}});
     SmallMapGrid* water_map = p.window->setup_pages().compensation()->grid(CompTable::kWaterMap);
     const std::size_t shown = p.messages.shown.size();
-    ExpectWrites("water 100 % refused", [&] {
-      water_map->setFocus();
-      water_map->SetCurrentRow(0);
-      QTest::keyClick(water_map, Qt::Key_1);  // typing on a cell opens its editor
-      QTest::keyClicks(QApplication::focusWidget(), "00");
-      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    }, {});
+    ExpectWrites("water 100 % refused",
+                 [&] {
+                   water_map->setFocus();
+                   water_map->SetCurrentRow(0);
+                   QTest::keyClick(water_map, Qt::Key_1);  // typing on a cell opens its editor
+                   QTest::keyClicks(QApplication::focusWidget(), "00");
+                   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+                 },
+                 {});
     QCOMPARE(p.messages.shown.size(), shown + 1);
     QCOMPARE(water_map->Model().Text(0), std::string("80.1"));
 
     tabs->setCurrentIndex(7);
-    ExpectWrites("sensor list", [&] {
-      QComboBox* list = p.Find<QComboBox>("Combop4");
-      list->setFocus();
-      QTest::keyClick(list, Qt::Key_Down);  // " Alfa 2L T Spark"
-    }, {{4, 987, 231}, {4, 988, 219}, {4, 989, 202}, {4, 990, 172},
-        {4, 991, 92}, {4, 992, 89}, {4, 993, 65}, {4, 994, 57}});
+    ExpectWrites("sensor list",
+                 [&] {
+                   QComboBox* list = p.Find<QComboBox>("Combop4");
+                   list->setFocus();
+                   QTest::keyClick(list, Qt::Key_Down);  // " Alfa 2L T Spark"
+                 },
+                 {{4, 987, 231},
+                  {4, 988, 219},
+                  {4, 989, 202},
+                  {4, 990, 172},
+                  {4, 991, 92},
+                  {4, 992, 89},
+                  {4, 993, 65},
+                  {4, 994, 57}});
+    // A custom sensor from three measured points fills and sends the air table; the rows beyond
+    // the points are named as extrapolated.
+    const std::size_t before_custom = wire_.Mark();
+    p.Find<QComboBox>("CustomSensorTarget")->setCurrentIndex(1);
+    for (const auto& [row, ohms] : {std::pair{0, "5896"}, {1, "1175"}, {2, "187"}}) {
+      p.Find<QLineEdit>(QString("CustomOhms%1").arg(row))->setText(ohms);
+    }
+    p.Find<QPushButton>("CustomSensorFill")->click();
+    QTRY_COMPARE_WITH_TIMEOUT(wire_.WritesSince(before_custom).size(), std::size_t{8}, 3000);
+    const std::vector<SentFrame> custom = wire_.WritesSince(before_custom);
+    for (int i = 0; i < 8; ++i) {
+      QCOMPARE(custom[i].address, 971 + i);
+      if (i > 0) QVERIFY(custom[i].value < custom[i - 1].value);
+    }
+    QCOMPARE(p.Find<QTableWidget>("Air")->item(1, 1)->text(), QString("5896"));
+    QVERIFY(p.Find<QLabel>("CustomSensorNote")->text().contains("Rows -20, 120"));
     // The program's image and the ECU's agree byte for byte after all of it.
-    QTRY_VERIFY_WITH_TIMEOUT(ecu_->ImageSnapshot().Bytes() ==
-                                 p.window->editors().image().Bytes(),
+    QTRY_VERIFY_WITH_TIMEOUT(ecu_->ImageSnapshot().Bytes() == p.window->editors().image().Bytes(),
                              3000);
   }
 
   void instantHelpShowsATopicOnTheHelpTabsOnly() {
     Program& p = *program_;
+    // Every help label stands on the tab of its topic set.
     QTabWidget* tabs = p.window->tabs();
+    const std::map<HelpSet, int> tab_of = {
+        {HelpSet::kOutputs, 3}, {HelpSet::kInputs, 4}, {HelpSet::kMainSetup, 6}};
+    for (const HelpLabel& label : HelpLabels()) {
+      auto* widget = p.Find<QLabel>(QString("Label%1").arg(label.index));
+      QVERIFY(widget != nullptr);
+      QVERIFY2(tabs->widget(tab_of.at(label.set))->isAncestorOf(widget),
+               qPrintable(QString::number(label.index)));
+    }
     auto* box = p.Find<QPlainTextEdit>("TextInstantHelp");
     tabs->setCurrentIndex(6);
     QVERIFY(box->isVisible());
-    QTest::mouseClick(p.Find<QLabel>("Label101"), Qt::LeftButton);
-    QCOMPARE(box->toPlainText().left(53), QString(" Fuel Mode:  Determines how the injectors are pulsed."));
+    QLabel* fuel_mode = p.Find<QLabel>("Label101");
+    const QString own_style = fuel_mode->styleSheet();
+    QTest::mouseMove(fuel_mode);
+    QTRY_VERIFY(fuel_mode->styleSheet().contains("background-color"));
+    QTest::mouseMove(p.Find<QLabel>("Label102"));
+    QTRY_COMPARE(fuel_mode->styleSheet(), own_style);
+    QTest::mouseClick(fuel_mode, Qt::LeftButton);
+    QCOMPARE(box->toPlainText().left(53),
+             QString(" Fuel Mode:  Determines how the injectors are pulsed."));
     tabs->setCurrentIndex(3);
     QTest::mouseClick(p.Find<QLabel>(QString("Label%1").arg(help_label::kFaultsFirst + 5)),
                       Qt::LeftButton);

@@ -236,7 +236,7 @@ TEST_F(ApplyCalibration, ChecksHoldTheirBoundsAndTheLeftOpenOnesFollowTheDocs) {
       {946, 3},       {959, 120},  {996, 1},    {902, 5},   {903, 0x82}, {852, 229},
       {904, 4},       {905, 0x82}, {853, 229},  {906, 3},   {952, 1},    {958, 127},
       {998, 14},      {1010, 200}, {1018, 127}, {867, 3},   {955, 0xE4}, {955, 0xA0},
-      {907, 2 | 128}, {955, 0x45},  {999, 255},  {972, 252},  {1014, 200}};
+      {907, 2 | 128}, {955, 0x45}, {999, 255},  {972, 252}, {1014, 200}};
   for (auto [position, value] : passing) {
     state.SetupErrors.clear();
     Apply(With(SoundImage(), position, value));

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "calibration/calibration_image.h"
+#include "editors/edit_parts.h"
 #include "link/link_state.h"
 #include "shell/file_system.h"
 #include "shell/platform.h"
@@ -92,6 +93,16 @@ struct MemoryFiles : FileSystem {
 
 // A calibration that passes every check: 4 cylinders, 9 fuel and 5 ignition load sites, a
 // 36-1 trigger wheel, falling NTC sensor curves, firmware 2.
+// An editor's surroundings: state, image, a recording sender and scripted messages.
+struct EditFixture {
+  EditorState state;
+  CalibrationImage image;
+  RecordingSender sender;
+  ScriptedMessages messages;
+  bool suppress = false;
+  EditParts Parts() { return {state, image, sender, messages, suppress}; }
+};
+
 inline CalibrationImage SoundImage() {
   CalibrationImage image;
   const std::pair<int, int> bytes[] = {

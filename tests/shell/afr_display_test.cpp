@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "shell/program_settings.h"
+
 namespace vela {
 namespace {
 
@@ -20,6 +22,16 @@ TEST(AfrDisplay, EachChoiceGivesItsCaptionsAndValue) {
   EXPECT_NEAR(*AfrShownValue(1.1, kAfrModeCo), 0.0, 1e-9);
   EXPECT_FALSE(AfrShownValue(0.0, 0));
   EXPECT_FALSE(AfrShownValue(1.0, kAfrModeDisabled));
+}
+
+TEST(AfrDisplay, Line4OfTheSettingsTakesEveryEntryOfTheList) {
+  ProgramSettings settings;
+  int port = 0;
+  ApplySetupLine(4, "AFR Display Mode = 7 ", settings, port);
+  EXPECT_EQ(settings.afr_display_mode, kAfrModeDisabled);
+  ApplySetupLine(4, "AFR Display Mode = 8 ", settings, port);
+  EXPECT_EQ(settings.afr_display_mode, kAfrModeDisabled) << "beyond the list: unchanged";
+  EXPECT_EQ(kAfrDisplayModes, kAfrModeCount);
 }
 
 }  // namespace

@@ -24,8 +24,8 @@ TEST(HelpTopics, TheTwoGivenTopicsReadExactly) {
 TEST(HelpTopics, EverySetHoldsTheCatalogueTitlesAsWritten) {
   for (const char* title :
        {"Cylinders", "Fuel Mode", "Injector Impedance", "Fuel Map Selection", "Rev Limiter",
-        "Limiter Type", "Startup Prime", "Installed Map Sensor", "MAP Sensor Scaling",
-        "Spark Mode", "Dwell Control", "Trigger Pattern", "Home Position"}) {
+        "Limiter Type", "Startup Prime", "Installed Map Sensor", "MAP Sensor Scaling", "Spark Mode",
+        "Dwell Control", "Trigger Pattern", "Home Position"}) {
     EXPECT_NE(FindTopic(HelpSet::kMainSetup, title), nullptr) << title;
   }
   for (const char* title :
@@ -36,10 +36,10 @@ TEST(HelpTopics, EverySetHoldsTheCatalogueTitlesAsWritten) {
     EXPECT_NE(FindTopic(HelpSet::kOutputs, title), nullptr) << title;
   }
   for (const char* title :
-       {"Controller", "Current AFR", "Correction %", "Allow Instant Compensations",
-        "AFR Setpoint", "Loop Speed", "En-Richment Gain", "En-Leanment Gain", "Max RPM",
-        "Max MAP", "Air Temperature Sensor", "Water Temperature Sensor",
-        "Battery Voltage Low/High", "TPS Sensor Range Error"}) {
+       {"Controller", "Current AFR", "Correction %", "Allow Instant Compensations", "AFR Setpoint",
+        "Loop Speed", "En-Richment Gain", "En-Leanment Gain", "Max RPM", "Max MAP",
+        "Air Temperature Sensor", "Water Temperature Sensor", "Battery Voltage Low/High",
+        "TPS Sensor Range Error"}) {
     EXPECT_NE(FindTopic(HelpSet::kInputs, title), nullptr) << title;
   }
   EXPECT_THAT(HelpText(*FindTopic(HelpSet::kMainSetup, "Injector Impedance")),
@@ -59,7 +59,8 @@ TEST(HelpTopics, EveryTextHasTheTitleLineThenChoiceOrContinuationLines) {
         const bool continuation = line.substr(0, 3) == "   ";
         EXPECT_TRUE(choice || continuation) << topic.title << ": " << line;
       }
-      EXPECT_EQ(HelpText(topic).find('\n'), HelpText(topic).find("\r\n") + 1 * (topic.lines.size() > 1));
+      EXPECT_EQ(HelpText(topic).find('\n'),
+                HelpText(topic).find("\r\n") + 1 * (topic.lines.size() > 1));
     }
   }
 }

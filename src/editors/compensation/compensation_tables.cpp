@@ -35,6 +35,14 @@ constexpr std::array<double, 6> kAirSteps = {0.5, 0.1, 0.1, 2.0, 0.0, 0.0};
 constexpr std::array<double, 6> kBattSteps = {0.05, 0.01, 0.01, 0.2, 1.0, 2.0};
 constexpr std::array<double, 6> kBarSteps = {0.05, 0.01, 0.01, 0.2, 0.0, 0.0};
 
+// A table of the eight temperatures, its cells from `first` on.
+CompTableLayout TemperatureLayout(std::string_view name, int first) {
+  std::vector<int> positions;
+  for (int i = 0; i < static_cast<int>(kTemperatureRows.size()); ++i)
+    positions.push_back(first + i);
+  return {name, kTemperatureRows, "Temp", " Compensation\nat Temp", positions};
+}
+
 std::string TableName(CompTable table) { return std::string(LayoutOf(table).name); }
 
 }  // namespace
@@ -65,10 +73,16 @@ double DeactivateShownMap(int raw, const MapSensorLine& line) {
 CompTableLayout LayoutOf(CompTable table) {
   switch (table) {
     case CompTable::kAirMap:
-      return {"AirMap", kTemperatureRows, "Temp", " Compensation\nat Temp",
+      return {"AirMap",
+              kTemperatureRows,
+              "Temp",
+              " Compensation\nat Temp",
               {963, 964, 965, 966, 967, 968, 969, 970}};
     case CompTable::kWaterMap:
-      return {"WaterMap", kTemperatureRows, "Temp", " Compensation\nat Temp",
+      return {"WaterMap",
+              kTemperatureRows,
+              "Temp",
+              " Compensation\nat Temp",
               {979, 980, 981, 982, 983, 984, 985, 986}};
     case CompTable::kBattMap:
       return {"BattMap",
@@ -138,8 +152,8 @@ void CompensationEditor::Refuse(CompTable table, int row, const std::string& why
                         "Nothing was sent to the ECU; the cell keeps its value."});
 }
 
-std::optional<int> CompensationEditor::StoredOfText(CompTable table, int row,
-                                                    std::string_view text, char separator) {
+std::optional<int> CompensationEditor::StoredOfText(CompTable table, int row, std::string_view text,
+                                                    char separator) {
   const std::optional<double> value = NumberOfText(text, separator);
   if (!value) {
     Refuse(table, row, "\"" + std::string(text) + "\" is not a number.");

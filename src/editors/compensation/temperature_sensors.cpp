@@ -67,9 +67,7 @@ int SensorRatioByte(double ohms) {
   return static_cast<int>(RoundHalfEven(256.0 * ratio));
 }
 
-double OhmsOfRatioByte(std::uint8_t ratio) {
-  return kSensorPullUpOhms * ratio / (256.0 - ratio);
-}
+double OhmsOfRatioByte(std::uint8_t ratio) { return kSensorPullUpOhms * ratio / (256.0 - ratio); }
 
 int SensorTablePosition(SensorTable table) {
   return table == SensorTable::kWater ? SetupFieldNamed("WaterSensorCal").position

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "calibration/calibration_image.h"
+#include "editors/edit_parts.h"
 #include "editors/editor_state.h"
 #include "link/link_state.h"
 #include "shell/platform.h"
@@ -73,14 +74,7 @@ int SensorTablePosition(SensorTable table);
 // zero, or rounds to 256 is refused with a message naming it, and nothing at all is sent.
 class SensorTableSender {
  public:
-  struct Parts {
-    EditorState& state;
-    CalibrationImage& image;
-    CommandSender& sender;
-    MessageSink& messages;
-    const bool& suppress_change_events;
-  };
-  explicit SensorTableSender(Parts parts) : parts_(parts) {}
+  explicit SensorTableSender(EditParts parts) : parts_(parts) {}
 
   // The rows' texts (ohms, with `separator` as the decimal separator). True when sent.
   bool Send(SensorTable table, const std::array<std::string, kSensorPoints>& ohms_texts,
@@ -91,7 +85,7 @@ class SensorTableSender {
   }
 
  private:
-  Parts parts_;
+  EditParts parts_;
   std::array<std::uint16_t, 11> water_sent_{};
   std::array<std::uint16_t, 11> air_sent_{};
 };
@@ -101,8 +95,7 @@ struct SensorBytes {
   std::optional<std::array<std::uint8_t, kSensorPoints>> bytes;
   std::vector<std::string> refusal;
 };
-SensorBytes SensorBytesOf(const std::array<std::string, kSensorPoints>& ohms_texts,
-                          char separator);
+SensorBytes SensorBytesOf(const std::array<std::string, kSensorPoints>& ohms_texts, char separator);
 
 // A custom sensor: 1/T = A + B ln R + C (ln R)^3, T in kelvin, fitted through three points.
 struct SensorPoint {

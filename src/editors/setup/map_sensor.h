@@ -17,8 +17,12 @@ namespace vela {
 
 inline constexpr int kMapSensorTypes = 6;
 inline constexpr std::array<std::string_view, kMapSensorTypes> kMapSensorTexts = {
-    " 1 Bar Sensor (Naturally Aspirated)", " 2 Bar Sensor", " 2.5 Bar Sensor",
-    " 3 Bar Sensor",  " 4 Bar Sensor", " 5 Bar Sensor"};
+    " 1 Bar Sensor (Naturally Aspirated)",
+    " 2 Bar Sensor",
+    " 2.5 Bar Sensor",
+    " 3 Bar Sensor",
+    " 4 Bar Sensor",
+    " 5 Bar Sensor"};
 // Bits 0 to 2 of byte 955.
 inline constexpr std::uint8_t kMapSensorTypeBits = 0x07;
 

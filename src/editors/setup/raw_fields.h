@@ -14,10 +14,10 @@
 namespace vela {
 
 enum class RawShow {
-  kByte,      // 0 to 255 as stored
-  kHalved,    // stored / 2
-  kBits,      // eight switches, bit 0 first
-  kRpm24,     // a 24-bit engine period shown in RPM (3 positions)
+  kByte,    // 0 to 255 as stored
+  kHalved,  // stored / 2
+  kBits,    // eight switches, bit 0 first
+  kRpm24,   // a 24-bit engine period shown in RPM (3 positions)
 };
 
 struct RawField {

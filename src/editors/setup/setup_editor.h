@@ -9,10 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "calibration/calibration_image.h"
-#include "editors/editor_state.h"
-#include "link/link_state.h"
-#include "shell/platform.h"
+#include "editors/edit_parts.h"
 
 namespace vela {
 
@@ -70,17 +67,9 @@ std::uint8_t LimiterTachoByte(const EngineSetup& setup);
 std::vector<int> SafeByteOrder(int first_position, int width, std::uint32_t old_value,
                                std::uint32_t new_value);
 
-struct SetupEditorParts {
-  EditorState& state;
-  CalibrationImage& image;
-  CommandSender& sender;
-  MessageSink& messages;
-  const bool& suppress_change_events;  // `SuppressChangeEvents`: the editors are being filled
-};
-
 class SetupEditor {
  public:
-  explicit SetupEditor(SetupEditorParts parts) : parts_(parts) {}
+  explicit SetupEditor(EditParts parts) : parts_(parts) {}
 
   // A choice of a group or list (`value` is the entry index, or 0/1 for a flag). Choosing
   // "Rising" for the trigger input first shows the rising-edge warning; the choice is kept and
@@ -112,7 +101,7 @@ class SetupEditor {
   void UpdateState(SetupChoice choice, int value);
   void LayOutMaps();
 
-  SetupEditorParts parts_;
+  EditParts parts_;
 };
 
 }  // namespace vela

@@ -112,8 +112,8 @@ std::string DwellNote(const EngineSetup& setup, const IdleControl& idle) {
            " ms is long for most coils and can overheat coils and igniters (most want 2.5 to "
            "4 ms).";
   }
-  const double rpm = idle.IdleTargetRpm != 0 ? RpmFromEnginePeriod(idle.IdleTargetRpm)
-                                             : kDefaultIdleRpm;
+  const double rpm =
+      idle.IdleTargetRpm != 0 ? RpmFromEnginePeriod(idle.IdleTargetRpm) : kDefaultIdleRpm;
   const std::optional<double> ms = DutyChargeTimeMs(setup, rpm);
   if (!ms || *ms <= kLongDutyChargeMs) return {};
   return "At " + Rpm(rpm) + " RPM this duty charges each coil for " + Ms(*ms) +

@@ -70,14 +70,9 @@ TEST(CompensationConversions, EveryStoredByteComesBackThroughItsShownText) {
   }
 }
 
-class CompensationEditorTest : public ::testing::Test {
+class CompensationEditorTest : public ::testing::Test, public editor_testing::EditFixture {
  protected:
-  EditorState state;
-  CalibrationImage image;
-  RecordingSender sender;
-  ScriptedMessages messages;
-  bool suppress = false;
-  CompensationEditor editor{{state, image, sender, messages, suppress}};
+  CompensationEditor editor{Parts()};
 };
 
 TEST_F(CompensationEditorTest, AReportedPositionIsWrittenOneLowerWhenNotBelowTheBound) {

@@ -28,12 +28,15 @@ Bytes BytesOf(const std::array<int, 8>& ohms) {
 
 TEST(SensorRatioByte, EveryListedSensorGivesItsBytes) {
   // Worked out by hand from 256 x R / (R + 560), halves to the even neighbour.
-  const Bytes water[] = {{231, 219, 202, 172, 92, 89, 65, 57}, {240, 213, 165, 150, 79, 51, 27, 3},
-                         {244, 231, 204, 167, 124, 89, 62, 55}, {252, 246, 218, 170, 121, 74, 49, 31},
-                         {251, 248, 224, 175, 136, 110, 61, 52}, {251, 248, 224, 175, 136, 110, 61, 52},
-                         {246, 235, 218, 172, 133, 84, 51, 22}};
-  const Bytes air[] = {{252, 246, 218, 170, 121, 74, 49, 31}, {240, 213, 165, 150, 79, 51, 27, 19},
-                       {244, 231, 204, 167, 124, 89, 62, 55}, {251, 248, 224, 175, 136, 110, 61, 52},
+  const Bytes water[] = {
+      {231, 219, 202, 172, 92, 89, 65, 57},   {240, 213, 165, 150, 79, 51, 27, 3},
+      {244, 231, 204, 167, 124, 89, 62, 55},  {252, 246, 218, 170, 121, 74, 49, 31},
+      {251, 248, 224, 175, 136, 110, 61, 52}, {251, 248, 224, 175, 136, 110, 61, 52},
+      {246, 235, 218, 172, 133, 84, 51, 22}};
+  const Bytes air[] = {{252, 246, 218, 170, 121, 74, 49, 31},
+                       {240, 213, 165, 150, 79, 51, 27, 19},
+                       {244, 231, 204, 167, 124, 89, 62, 55},
+                       {251, 248, 224, 175, 136, 110, 61, 52},
                        {246, 235, 218, 172, 133, 84, 51, 22}};
   for (int choice = 1; choice <= 7; ++choice) {
     EXPECT_EQ(BytesOf(*KnownSensorOhms(SensorTable::kWater, choice)), water[choice - 1]) << choice;
@@ -57,30 +60,27 @@ TEST(SensorRatioByte, HalfwayAndTopOfTheByte) {
   }
 }
 
-class SensorTableSenderTest : public ::testing::Test {
+class SensorTableSenderTest : public ::testing::Test, public editor_testing::EditFixture {
  protected:
   static std::array<std::string, 8> Texts(const std::array<int, 8>& ohms) {
     std::array<std::string, 8> texts;
     for (int i = 0; i < 8; ++i) texts[i] = std::to_string(ohms[i]);
     return texts;
   }
-  EditorState state;
-  CalibrationImage image;
-  RecordingSender sender;
-  ScriptedMessages messages;
-  bool suppress = false;
-  SensorTableSender tables{{state, image, sender, messages, suppress}};
+  SensorTableSender tables{Parts()};
 };
 
 TEST_F(SensorTableSenderTest, ATableGoesOutAsItsEightPointsInOrder) {
-  ASSERT_TRUE(tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 5)), '.'));
+  ASSERT_TRUE(
+      tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 5)), '.'));
   const std::vector<SentFrame> choice5 = sender.frames;
-  EXPECT_THAT(choice5, ElementsAre(SentFrame{4, 987, 251}, SentFrame{4, 988, 248},
-                                   SentFrame{4, 989, 224}, SentFrame{4, 990, 175},
-                                   SentFrame{4, 991, 136}, SentFrame{4, 992, 110},
-                                   SentFrame{4, 993, 61}, SentFrame{4, 994, 52}));
+  EXPECT_THAT(choice5,
+              ElementsAre(SentFrame{4, 987, 251}, SentFrame{4, 988, 248}, SentFrame{4, 989, 224},
+                          SentFrame{4, 990, 175}, SentFrame{4, 991, 136}, SentFrame{4, 992, 110},
+                          SentFrame{4, 993, 61}, SentFrame{4, 994, 52}));
   sender.frames.clear();
-  ASSERT_TRUE(tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 6)), '.'));
+  ASSERT_TRUE(
+      tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 6)), '.'));
   EXPECT_EQ(sender.frames, choice5);
   EXPECT_EQ(tables.LastSent(SensorTable::kWater)[1], 251);
   EXPECT_EQ(tables.LastSent(SensorTable::kWater)[8], 52);
@@ -107,7 +107,9 @@ TEST_F(SensorTableSenderTest, ABadRowIsNamedAndNothingOfTheTableIsSent) {
 
 TEST(SteinhartHart, ThreePointsOfAKnownSensorGiveItsCurveBack) {
   // An NTC of 10 kilohm at 25 C, B = 3950: R = 10000 exp(3950 (1/T - 1/298.15)).
-  const auto ohms = [](double c) { return 10000.0 * std::exp(3950.0 * (1.0 / (c + 273.15) - 1.0 / 298.15)); };
+  const auto ohms = [](double c) {
+    return 10000.0 * std::exp(3950.0 * (1.0 / (c + 273.15) - 1.0 / 298.15));
+  };
   std::string problem;
   const auto rows = FillFromPoints({{{0, ohms(0)}, {40, ohms(40)}, {100, ohms(100)}}}, &problem);
   ASSERT_TRUE(rows) << problem;
@@ -116,7 +118,8 @@ TEST(SteinhartHart, ThreePointsOfAKnownSensorGiveItsCurveBack) {
     EXPECT_NEAR(rows->ohms[i] / ohms(celsius), 1.0, 0.03) << celsius;
     EXPECT_NEAR(CelsiusAt(rows->curve, rows->ohms[i]), celsius, 1e-6);
   }
-  EXPECT_THAT(rows->extrapolated, ElementsAre(true, false, false, false, false, false, false, true));
+  EXPECT_THAT(rows->extrapolated,
+              ElementsAre(true, false, false, false, false, false, false, true));
   // The curve passes through the three points exactly.
   EXPECT_NEAR(*OhmsAt(rows->curve, 40), ohms(40), 1e-6 * ohms(40));
 }

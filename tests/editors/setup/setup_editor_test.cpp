@@ -3,12 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+
 #include "editor_fakes.h"
 #include "editors/apply_calibration.h"
 #include "editors/setup/map_sensor.h"
 #include "editors/setup/raw_fields.h"
-
-#include <algorithm>
+#include "editors/setup/setup_notes.h"
 
 namespace vela {
 namespace {
@@ -20,7 +22,7 @@ using editor_testing::SoundImage;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class SetupEditorTest : public ::testing::Test {
+class SetupEditorTest : public ::testing::Test, public editor_testing::EditFixture {
  protected:
   SetupEditorTest() { Load(SoundImage()); }
 
@@ -36,12 +38,7 @@ class SetupEditorTest : public ::testing::Test {
     state.SetupErrors.clear();
   }
 
-  EditorState state;
-  CalibrationImage image;
-  RecordingSender sender;
-  ScriptedMessages messages;
-  bool suppress = false;
-  SetupEditor editor{{state, image, sender, messages, suppress}};
+  SetupEditor editor{Parts()};
 };
 
 TEST_F(SetupEditorTest, Byte942IsRecomputedFromTheEdgesTheAuxiliaryEntryAndTheLimiter) {
@@ -144,11 +141,12 @@ TEST_F(SetupEditorTest, RevLimitersAreEnginePeriodsSentSoNoPassingSpeedExceedsBo
 }
 
 TEST(SafeByteOrder, NoIntermediateValueFallsBelowBothTheOldAndTheNewNumber) {
-  for (const auto& [old_value, new_value] : {std::pair<std::uint32_t, std::uint32_t>{0x2300, 0x22FF},
-                                             {0x22FF, 0x2300},
-                                             {0x01FFFF, 0x020000},
-                                             {0x020000, 0x01FFFF},
-                                             {0x123456, 0x654321}}) {
+  for (const auto& [old_value, new_value] :
+       {std::pair<std::uint32_t, std::uint32_t>{0x2300, 0x22FF},
+        {0x22FF, 0x2300},
+        {0x01FFFF, 0x020000},
+        {0x020000, 0x01FFFF},
+        {0x123456, 0x654321}}) {
     std::uint32_t held = old_value;
     for (const int position : SafeByteOrder(0, 3, old_value, new_value)) {
       const std::uint32_t mask = 0xFFu << (8 * position);
@@ -200,14 +198,54 @@ TEST_F(SetupEditorTest, RawBytesAndIdleSwitchesGoToTheirOwnPositionOnly) {
   editor.SetRawByte(884 + 5, 77);
   editor.SetRawByte(1018, 90);
   editor.SetIdleFlag(9, true);
-  EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 889, 77}, SentFrame{4, 1018, 90},
-                                         SentFrame{4, 857, 2}));
+  EXPECT_THAT(sender.frames,
+              ElementsAre(SentFrame{4, 889, 77}, SentFrame{4, 1018, 90}, SentFrame{4, 857, 2}));
   EXPECT_EQ(state.io.Gpo1Setup[5], 77);
   EXPECT_TRUE(state.idle.CheckIdle[9]);
   EXPECT_FALSE(SetupEditor::IsRawPosition(942));
   sender.frames.clear();
   editor.SetRawByte(942, 1);
   EXPECT_THAT(sender.frames, IsEmpty());
+}
+
+TEST(RawFields, EveryByteOfTheGroupsIsShownOnceAndTakenByTheEditor) {
+  std::map<int, int> shown;
+  for (const auto& groups : {OutputGroups(), InputGroups(), IdleGroups(), TpsGroups()}) {
+    for (const RawGroup& group : groups) {
+      for (const RawField& field : group.fields) {
+        const int width = field.show == RawShow::kRpm24 ? 3 : 1;
+        for (int p = field.position; p < field.position + width; ++p) ++shown[p];
+        if (field.show == RawShow::kByte || field.show == RawShow::kHalved) {
+          EXPECT_TRUE(SetupEditor::IsRawPosition(field.position)) << field.label;
+        }
+      }
+    }
+  }
+  const std::pair<int, int> expected[] = {{749, 750}, {828, 829}, {856, 858},
+                                          {860, 863}, {867, 869}, {872, 899},
+                                          {910, 941}, {952, 954}, {1011, 1023}};
+  std::size_t count = 0;
+  for (const auto& [first, last] : expected) {
+    for (int p = first; p <= last; ++p) {
+      EXPECT_EQ(shown[p], 1) << p;
+      ++count;
+    }
+  }
+  EXPECT_EQ(shown.size(), count);
+}
+
+TEST(MapSensor, EveryTypeOffersAsManyScalingsAsItHasCodesEachWithItsSpan) {
+  for (int type = 0; type < kMapSensorTypes; ++type) {
+    const std::vector<std::string> texts = MapScaleTexts(type);
+    for (int entry = 0; entry < static_cast<int>(texts.size()); ++entry) {
+      EXPECT_TRUE(MapScaleCodeOfEntry(type, entry)) << type << " " << entry;
+      EXPECT_GE(MapSensorSpanBar(type, entry).value_or(0.0), 1.0) << texts[entry];
+    }
+    EXPECT_FALSE(MapScaleCodeOfEntry(type, static_cast<int>(texts.size()))) << type;
+  }
+  EXPECT_EQ(MapSensorSpanBar(3, 0), 3.04);
+  EXPECT_EQ(MapSensorSpanBar(4, 11), 1.031);
+  EXPECT_FALSE(MapSensorSpanBar(2, 4));
 }
 
 TEST(FailedChecksAt, NamesTheChecksThatSpeakOfAPositionAndFail) {
@@ -218,6 +256,58 @@ TEST(FailedChecksAt, NamesTheChecksThatSpeakOfAPositionAndFail) {
   EXPECT_THAT(FailedChecksAt(image, 1015, {}),
               ElementsAre("Idle Minimum Larger than Maximum Error"));
   EXPECT_THAT(FailedChecksAt(image, 910, {}), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vela
+
+namespace vela {
+namespace {
+
+TEST(SetupNotes, DangerousChoicesAreNamedAndSafeOnesAreNot) {
+  EngineSetup setup;
+  setup.Cylinders = 3;     // "4"
+  setup.ComboSiteRPM = 0;  // up to 7000 RPM
+  setup.RevLimit1 = 8571;  // 7000 RPM
+  EXPECT_EQ(RevLimiterNote(setup), "");
+  setup.RevLimit2 = 8000;  // 7500 RPM
+  EXPECT_EQ(RevLimiterNote(setup),
+            "Rev Limiter 2 (7500 RPM) is above the maps' RPM range, which ends at 7000 RPM: above "
+            "it the engine runs on the top row's fuel and timing.");
+  setup.ComboSiteRPM = 1;  // up to 8200 RPM
+  EXPECT_EQ(RevLimiterNote(setup), "");
+
+  setup.FuelMode = kFuelModeSequential;
+  setup.ComboHome = 0;
+  EXPECT_THAT(InjectionNote(setup), ::testing::HasSubstr("without a home position"));
+  setup.ComboHome = 3;
+  EXPECT_EQ(InjectionNote(setup), "");
+  setup.ComboSpark = 2;
+  EXPECT_EQ(SparkModeNote(setup), "");
+  setup.ComboHome = 0;
+  EXPECT_THAT(SparkModeNote(setup), ::testing::HasSubstr("Coil per cylinder"));
+
+  setup.OptionImpedance = 1;
+  EXPECT_EQ(ImpedanceNote(setup), "");
+  setup.OptionImpedance = 2;
+  EXPECT_THAT(ImpedanceNote(setup), ::testing::HasSubstr("overheat"));
+}
+
+TEST(SetupNotes, DwellIsJudgedByTheChargeTimeItGives) {
+  EngineSetup setup;
+  setup.Cylinders = 3;   // 4 cylinders
+  setup.ComboSpark = 1;  // wasted spark: each coil fires twice a cycle
+  IdleControl idle;
+  idle.IdleTargetRpm = 60000;  // 1000 RPM
+  setup.DwellTime = 5;         // 5 % of 60 ms: 3 ms
+  EXPECT_DOUBLE_EQ(*DutyChargeTimeMs(setup, 1000), 3.0);
+  EXPECT_EQ(DwellNote(setup, idle), "");
+  setup.DwellTime = 40;  // 24 ms at idle
+  EXPECT_THAT(DwellNote(setup, idle), ::testing::HasSubstr("24.0 ms"));
+  setup.DwellTime = kDwellChargeTimeBit | 50;  // 5.0 ms charge time
+  EXPECT_EQ(DwellNote(setup, idle), "");
+  setup.DwellTime = kDwellChargeTimeBit | 51;
+  EXPECT_THAT(DwellNote(setup, idle), ::testing::HasSubstr("5.1 ms"));
 }
 
 }  // namespace

@@ -17,6 +17,15 @@ constexpr int kTop = 22;
 constexpr int kBottom = 30;
 constexpr int kAxisSegments = 4;
 
+// Segments of the x axis: the most (up to 7) that give a step of a whole or half unit.
+int XSegments(double low, double high) {
+  for (int n = 7; n >= 4; --n) {
+    const double twice_step = 2.0 * (high - low) / n;
+    if (std::abs(twice_step - std::round(twice_step)) < 1e-9) return n;
+  }
+  return kAxisSegments;
+}
+
 QString Number(double value) {
   const double magnitude = std::abs(value);
   const int decimals = magnitude >= 100 || value == std::round(value) ? 0 : magnitude >= 10 ? 1 : 2;
@@ -105,7 +114,8 @@ CurveView::Range CurveView::YRange() const {
       any = true;
     }
   }
-  if (log_y_) return {std::floor(low), std::ceil(high) > std::floor(low) ? std::ceil(high) : low + 1};
+  if (log_y_)
+    return {std::floor(low), std::ceil(high) > std::floor(low) ? std::ceil(high) : low + 1};
   const AxisScale scale = NiceScale(std::min(low, 0.0), high, kAxisSegments);
   return {scale.min, scale.max};
 }
@@ -124,7 +134,10 @@ void CurveView::paintEvent(QPaintEvent*) {
     return plot.bottom() - (Y(y) - yr.low) / (yr.high - yr.low) * plot.height();
   };
   painter.setPen(palette().text().color());
-  painter.drawText(QRectF(0, 2, width(), kTop - 4), Qt::AlignHCenter | Qt::AlignTop, title_);
+  const QRectF title_area(kLeft, 2, width() - kLeft - kRight, kTop - 4);
+  painter.drawText(
+      title_area, Qt::AlignHCenter | Qt::AlignTop,
+      fontMetrics().elidedText(title_, Qt::ElideRight, static_cast<int>(title_area.width())));
 
   if (shade_from_ && *shade_from_ < xr.high) {
     const double from = std::max(px(*shade_from_), plot.left());
@@ -144,13 +157,16 @@ void CurveView::paintEvent(QPaintEvent*) {
       painter.drawText(QRectF(0, at - 8, kLeft - 4, 16), Qt::AlignRight | Qt::AlignVCenter,
                        Number(value));
     }
-    const double x = xr.low + (xr.high - xr.low) * i / kAxisSegments;
-    painter.drawText(QRectF(px(x) - 30, plot.bottom() + 2, 60, 14), Qt::AlignHCenter,
-                     Number(x));
+  }
+  const int x_segments = XSegments(xr.low, xr.high);
+  for (int i = 0; i <= x_segments; ++i) {
+    const double x = xr.low + (xr.high - xr.low) * i / x_segments;
+    painter.drawText(QRectF(px(x) - 30, plot.bottom() + 2, 60, 14), Qt::AlignHCenter, Number(x));
   }
   painter.drawText(QRectF(plot.left(), plot.bottom() + 14, plot.width(), 14), Qt::AlignRight,
                    x_unit_);
-  painter.drawText(QRectF(2, 2, kLeft, 16), Qt::AlignLeft, y_unit_);
+  painter.drawText(QRectF(2, 2, kLeft - 4, 16), Qt::AlignLeft,
+                   fontMetrics().elidedText(y_unit_, Qt::ElideRight, kLeft - 4));
   painter.setPen(QPen(palette().text().color(), 1));
   painter.drawRect(plot);
 
@@ -161,7 +177,9 @@ void CurveView::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(QColor(30, 90, 200), 2));
     painter.drawPath(path);
     painter.setBrush(QColor(30, 90, 200));
-    for (const QPointF& p : points_) painter.drawEllipse(QPointF(px(p.x()), py(p.y())), 2.5, 2.5);
+    if (point_dots_) {
+      for (const QPointF& p : points_) painter.drawEllipse(QPointF(px(p.x()), py(p.y())), 2.5, 2.5);
+    }
   }
   painter.setBrush(Qt::NoBrush);
   painter.setPen(QPen(QColor(200, 100, 0), 2));

@@ -21,6 +21,8 @@ class CurveView : public QWidget {
   void SetUnits(const QString& x_unit, const QString& y_unit);
   // The curve, in ascending x.
   void SetPoints(std::vector<QPointF> points);
+  // Whether each point of the curve gets a dot (off for a finely sampled fitted curve).
+  void SetPointDots(bool on) { point_dots_ = on; }
   // Points drawn as rings (measured points beside a fitted curve).
   void SetMarks(std::vector<QPointF> marks);
   // A y axis on a logarithmic scale (resistances).
@@ -58,6 +60,7 @@ class CurveView : public QWidget {
   std::vector<QPointF> points_;
   std::vector<QPointF> marks_;
   bool log_y_ = false;
+  bool point_dots_ = true;
   std::optional<Range> x_range_;
   std::optional<double> shade_from_;
   QString shade_caption_;

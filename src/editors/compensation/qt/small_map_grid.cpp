@@ -19,7 +19,9 @@ class SmallGridTable : public QAbstractTableModel {
   int rowCount(const QModelIndex& parent = {}) const override {
     return parent.isValid() ? 0 : grid_.Model().Rows() + 1;
   }
-  int columnCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : 2; }
+  int columnCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : 2;
+  }
 
   QVariant data(const QModelIndex& index, int role) const override {
     if (!index.isValid()) return {};
@@ -117,7 +119,8 @@ void SmallMapGrid::SetCurrentRow(int row) {
 QSize SmallMapGrid::sizeHint() const {
   int height = 2 * frameWidth();
   for (int row = 0; row < table_->rowCount(); ++row) height += rowHeight(row);
-  const int width = columnWidth(0) + fontMetrics().horizontalAdvance(QStringLiteral(" Compensation ")) +
+  const int width = columnWidth(0) +
+                    fontMetrics().horizontalAdvance(QStringLiteral(" Compensation ")) +
                     2 * frameWidth() + 8;
   return {width, height};
 }
