@@ -117,6 +117,7 @@ QComboBox* MainSetupPage::List(QWidget* parent, const QString& name,
 
 QSpinBox* MainSetupPage::RawSpin(QWidget* parent, const QString& name, int position) {
   auto* spin = new QSpinBox(parent);
+  GuardWheel(spin);
   spin->setObjectName(name);
   spin->setRange(0, 255);
   spin->setKeyboardTracking(false);
@@ -180,6 +181,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   QGridLayout* grid = Grid(box);
   const auto rev_spin = [this, box](const QString& name, int limiter) {
     auto* spin = new QSpinBox(box);
+    GuardWheel(spin);
     spin->setObjectName(name);
     // One below the lowest speed reads "Not set": a limiter of 0 (no speed at all).
     spin->setRange(kMinRevLimitRpm - 1, kMaxRevLimitRpm);
@@ -208,6 +210,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   dwell_mode_ = List(box, "ComboDwell", Strings(kDwellModeTexts), SetupChoice::kDwellMode);
   AddRow(grid, Caption(box, l::kDwellControl, "Dwell Control"), dwell_mode_);
   dwell_value_ = new QDoubleSpinBox(box);
+  GuardWheel(dwell_value_);
   dwell_value_->setObjectName("DwellValue");
   dwell_value_->setKeyboardTracking(false);
   connect(dwell_value_, &QDoubleSpinBox::valueChanged, this, [this](double value) {
@@ -243,6 +246,7 @@ QWidget* MainSetupPage::BuildTrigger() {
                       SetupChoice::kTriggerEdgeInput);
   AddRow(grid, Caption(box, l::kTriggerInputEdge, "Trigger Edge"), Container(edge_input_));
   trigger_offset_ = new QDoubleSpinBox(box);
+  GuardWheel(trigger_offset_);
   trigger_offset_->setObjectName("TriggerOffset");
   trigger_offset_->setRange(0.0, kMaxTriggerOffset / 2.0);
   trigger_offset_->setDecimals(1);
@@ -297,7 +301,9 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
   note_sites_ = MakeNote(box, "NoteLoadSites");
   ShowNote(note_sites_, QString::fromStdString(LoadSitesNote()));
   AddNote(grid, note_sites_);
-  AddRow(grid, Caption(box, l::kAfrDisplay, "AFR Display"), settings.BuildAfrDisplayMode(box));
+  QComboBox* afr_mode = settings.BuildAfrDisplayMode(box);
+  GuardWheel(afr_mode);
+  AddRow(grid, Caption(box, l::kAfrDisplay, "AFR Display"), afr_mode);
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }

@@ -1,5 +1,6 @@
 #include "app/setup_widgets.h"
 
+#include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QRadioButton>
@@ -13,7 +14,20 @@ namespace {
 
 constexpr const char* kNoteStyle = "color: rgb(200, 20, 20);";
 
+class WheelGuard : public QObject {
+ public:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    return event->type() == QEvent::Wheel && !static_cast<QWidget*>(watched)->hasFocus();
+  }
+};
+
 }  // namespace
+
+void GuardWheel(QWidget* field) {
+  static WheelGuard guard;
+  field->setFocusPolicy(Qt::StrongFocus);
+  field->installEventFilter(&guard);
+}
 
 QString Text(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -42,6 +56,7 @@ QComboBox* MakeList(QWidget* parent, const QString& name, const std::vector<std:
   for (const std::string& text : texts) list->addItem(QString::fromStdString(text));
   list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   list->setMinimumContentsLength(14);
+  GuardWheel(list);
   return list;
 }
 
@@ -92,6 +107,7 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
     case RawShow::kByte:
     case RawShow::kRpm24:
       spin_ = new QSpinBox(this);
+      GuardWheel(spin_);
       spin_->setObjectName(QStringLiteral("Byte%1").arg(field.position));
       spin_->setKeyboardTracking(false);
       if (field.show == RawShow::kByte) {
@@ -110,6 +126,7 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
       break;
     case RawShow::kHalved:
       halved_ = new QDoubleSpinBox(this);
+      GuardWheel(halved_);
       halved_->setObjectName(QStringLiteral("Byte%1").arg(field.position));
       halved_->setKeyboardTracking(false);
       halved_->setRange(0.0, 127.5);

@@ -39,6 +39,10 @@ QComboBox* MakeList(QWidget* parent, const QString& name,
   return MakeList(parent, name, std::vector<std::string>(texts.begin(), texts.end()));
 }
 
+// A list or number field that the mouse wheel changes only once the tuner has clicked or tabbed
+// into it: scrolling a page past it never changes an engine setting.
+void GuardWheel(QWidget* field);
+
 // Shows an entry without raising the control's change signal; an entry the control does not
 // offer shows no entry.
 void ShowChoice(QButtonGroup* group, int choice);

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "calibration/map_values.h"
@@ -24,6 +25,8 @@ inline constexpr int kMapSelectionOnlyMap1 = 0;
 inline constexpr int kMapSelectionOnlyMap2 = 1;
 inline constexpr int kMapSelectionEcuSelected = 2;
 inline constexpr int kMapSelectionCombine = 3;
+inline constexpr std::array<std::string_view, 4> kMapSelectionTexts = {
+    " Only Map 1", " Only Map 2", "   ECU Selected", "Combine Maps"};
 
 // Load sites of the entries of `ComboSiteFuel` (9, 13, 17) and `ComboSiteIgnition` (5, 6).
 inline constexpr std::array<int, 3> kFuelLoadSiteChoices = {9, 13, 17};

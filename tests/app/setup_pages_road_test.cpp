@@ -219,6 +219,18 @@ class SetupPagesRoadTest : public QObject {
                    QTest::keyClick(trigger, Qt::Key_Down);
                  },
                  {{4, 902, 4}});
+    // The wheel over a list the tuner has not clicked into changes nothing.
+    ExpectWrites("wheel passing over a list",
+                 [&] {
+                   QComboBox* spark = p.Find<QComboBox>("ComboSpark");
+                   p.Find<QComboBox>("ComboTrigger")->setFocus();
+                   QWheelEvent wheel(QPointF(5, 5), spark->mapToGlobal(QPointF(5, 5)), QPoint(),
+                                     QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                                     Qt::NoScrollPhase, false);
+                   QApplication::sendEvent(spark, &wheel);
+                   QCOMPARE(spark->currentIndex(), 1);
+                 },
+                 {});
     // 7200 RPM is 8333 us; the period shrinks, so the low byte goes first.
     ExpectWrites("rev limiter in RPM", [&] { TypeInto(p.Find<QSpinBox>("RevLimit1"), "7200"); },
                  {{4, 949, 0x8D}, {4, 950, 0x20}});
