@@ -117,7 +117,9 @@ void WriteIdle(CalibrationImage& image) {
 
 }  // namespace
 
-int MapSensorTypeOf(const CalibrationImage&) { return 0; }
+int MapSensorTypeOf(const CalibrationImage& image) {
+  return image.Byte(SetupFieldNamed("MapSensorSetup").position) & kMapSensorTypeBits;
+}
 
 LoadAxis LoadAxisOfImage(const CalibrationImage& image) {
   const std::uint8_t setup = image.Byte(SetupFieldNamed("MapSensorSetup").position);

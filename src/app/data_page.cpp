@@ -4,27 +4,18 @@
 #include <QGroupBox>
 #include <QVBoxLayout>
 
+#include "shell/afr_display.h"
 #include "shell/qt/qt_platform.h"
 
 namespace vela {
 
-namespace {
-
-struct AfrMode {
-  const char* unit;
-  double stoichiometric;  // 1.0: show lambda itself
-};
-constexpr AfrMode kAfrModes[] = {
-    {"AFR", 14.7}, {"Lambda", 1.0}, {"AFR", 15.5}, {"AFR", 6.4}, {"AFR", 9.0}};
-
-}  // namespace
-
 QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
-  const AfrMode& mode = kAfrModes[(afr_mode >= 0 && afr_mode < 5) ? afr_mode : 0];
-  if (unit) *unit = mode.unit;
-  if (lambda <= 0.0) return "-";
-  const double value = lambda * mode.stoichiometric;
-  return QString::number(value, 'f', mode.stoichiometric == 1.0 ? 2 : 1)
+  const AfrCaptions captions = AfrCaptionsOf(afr_mode);
+  if (unit)
+    *unit = QString::fromUtf8(captions.fuel.data(), static_cast<qsizetype>(captions.fuel.size()));
+  const std::optional<double> value = AfrShownValue(lambda, afr_mode);
+  if (!value) return "-";
+  return QString::number(*value, 'f', AfrDecimals(afr_mode))
       .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
 }
 

@@ -46,7 +46,8 @@ class DataPage : public QWidget {
   QLabel* status_ = nullptr;
 };
 
-// The air-fuel ratio text for a lambda value in the chosen display mode ("-" with no reading).
+// The air-fuel ratio text for a lambda value in the chosen display mode (`ComboAFRMode`), "-"
+// with no reading or with the display disabled; `unit` gets the mode's fuel caption.
 QString AfrDisplayText(double lambda, int afr_mode, QString* unit = nullptr);
 
 }  // namespace vela

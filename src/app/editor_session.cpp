@@ -47,6 +47,11 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
     : QObject(window),
       parts_(parts),
       gate_(parts.link.sender(), mode_),
+      edit_sender_(gate_, [this] { NoteChangeWithoutEcu(); }),
+      setup_editor_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
+      compensation_editor_(
+          {state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
+      sensor_tables_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       transmission_(image_, gate_),
       progress_(window),
       download_(gate_, parts.link.state(),

@@ -8,12 +8,16 @@
 #include <QObject>
 #include <QProgressBar>
 #include <QTimer>
+#include <functional>
 
 #include "calibration/calibration_image.h"
 #include "editors/apply_calibration.h"
+#include "editors/compensation/compensation_tables.h"
+#include "editors/compensation/temperature_sensors.h"
 #include "editors/editor_state.h"
 #include "editors/map_file.h"
 #include "editors/mapgrid/cell_transmission.h"
+#include "editors/setup/setup_editor.h"
 #include "link/download.h"
 #include "link/link_state.h"
 #include "shell/platform.h"
@@ -34,6 +38,23 @@ class OfflineGate : public CommandSender {
  private:
   CommandSender& inner_;
   const ProgramMode& mode_;
+};
+
+// Passes commands on and notes each edit, so that one made while no ECU listens is remembered.
+class EditSender : public CommandSender {
+ public:
+  EditSender(CommandSender& inner, std::function<void()> on_send)
+      : inner_(inner), on_send_(std::move(on_send)) {}
+  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
+                 int command2, int address2, std::int32_t value2, bool& slower) override {
+    on_send_();
+    inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2,
+                     slower);
+  }
+
+ private:
+  CommandSender& inner_;
+  std::function<void()> on_send_;
 };
 
 // `Form3`: the download progress window.
@@ -87,6 +108,13 @@ class EditorSession : public QObject {
   // complete and the whole image has not been sent again since.
   bool EcuOutOfStep() const { return ecu_out_of_step_; }
 
+  // The set-up, compensation and sensor table editors: each change goes into the state and the
+  // image and is sent at once.
+  SetupEditor& setup_editor() { return setup_editor_; }
+  CompensationEditor& compensation_editor() { return compensation_editor_; }
+  SensorTableSender& sensor_tables() { return sensor_tables_; }
+  bool& suppress_change_events() { return parts_.suppress_change_events; }
+
  signals:
   // The editors' state was filled from a calibration: grids and lists must be shown again.
   void EditorsFilled();
@@ -115,6 +143,10 @@ class EditorSession : public QObject {
   bool resend_when_back_ = false;   // the tuner asked for the whole image once the ECU is back
   ProgramMode mode_;
   OfflineGate gate_;
+  EditSender edit_sender_;
+  SetupEditor setup_editor_;
+  CompensationEditor compensation_editor_;
+  SensorTableSender sensor_tables_;
   CellTransmission transmission_;
   DownloadProgressWindow progress_;
   QTimer download_timer_;

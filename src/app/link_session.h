@@ -49,6 +49,10 @@ class LinkSession : public QObject {
   void StopUploadTimer() { upload_timer_.stop(); }
   // The calibration whose sensor points the temperature read-outs use.
   void UseCalibration(const CalibrationImage* image) { handlers_.SetCalibration(image); }
+  // How the air-fuel read-out is shown (the display choice).
+  void SetAfrDisplay(std::function<ReceiveHandlers::AfrShown(double lambda)> display) {
+    handlers_.SetAfrDisplay(std::move(display));
+  }
   // The injector duty base of the engine set-up, for the live duty read-out.
   void SetDutyBase(double base) { handlers_.SetDutyBase(base); }
   // Shutdown: the closing command unless a transfer holds the link.

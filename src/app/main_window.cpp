@@ -19,10 +19,12 @@
 #include "app/link_session.h"
 #include "app/map_pages.h"
 #include "app/settings_controls.h"
+#include "app/setup_pages.h"
 #include "editors/mapgrid/key_routing.h"
 #include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
 #include "link/qt/qt_serial_port.h"
+#include "shell/afr_display.h"
 
 namespace vela {
 
@@ -94,8 +96,12 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   auto* layout = new QVBoxLayout(central);
   tabs_ = new QTabWidget(central);
   tabs_->setObjectName("SSTab1");
+  setup_pages_ = new SetupPages(
+      *editors_, parts_.link, parts_.setup, *settings_controls_, tabs_,
+      [this] { map_pages_->ShowEditors(); }, this);
   for (int i = 0; i < kTabCount; ++i) tabs_->addTab(BuildPage(i), kTabTexts[i]);
   layout->addWidget(tabs_, 1);
+  layout->addWidget(setup_pages_->help_box());
   setup_errors_ = new QListWidget(central);
   setup_errors_->setObjectName("SetupErrorList");
   setup_errors_->setMaximumHeight(70);
@@ -116,8 +122,13 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   parts_.setup.set_on_settings_read([this] { settings_controls_->ShowSettings(); });
   status_adapter_ = std::make_unique<StatusLabelAdapter>(status_label_);
   WireLink();
+  parts_.link.SetAfrDisplay([this](double lambda) {
+    const int mode = parts_.setup.settings.afr_display_mode;
+    return ReceiveHandlers::AfrShown{AfrShownValue(lambda, mode).value_or(0.0), AfrDecimals(mode)};
+  });
   connect(editors_, &EditorSession::EditorsFilled, this, [this] {
     map_pages_->ShowEditors();
+    setup_pages_->ShowEditors();
     ShowSetupErrors();
     parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
   });
@@ -126,6 +137,10 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   connect(tabs_, &QTabWidget::currentChanged, map_pages_, &MapPages::TabShown);
   if (auto* english = findChild<QRadioButton*>("Language0")) {
     connect(english, &QRadioButton::toggled, this, &MainWindow::ShowKeystrokeTable);
+    connect(english, &QRadioButton::toggled, setup_pages_, &SetupPages::LanguageChanged);
+  }
+  if (auto* instant_help = findChild<QRadioButton*>("InstantHelp0")) {
+    connect(instant_help, &QRadioButton::toggled, setup_pages_, &SetupPages::InstantHelpChanged);
   }
   qApp->installEventFilter(this);
 }
@@ -139,6 +154,7 @@ QWidget* MainWindow::BuildPage(int index) {
   auto* page = new QWidget;
   page->setObjectName(kPageNames[index]);
   auto* layout = new QVBoxLayout(page);
+  if (setup_pages_->BuildPage(index, page)) return page;
   switch (index) {
     case kFuelMap1:
     case kFuelMap2:
@@ -150,9 +166,6 @@ QWidget* MainWindow::BuildPage(int index) {
       }
       return page;
     }
-    case kOutputs:
-      layout->addWidget(settings_controls_->BuildOutputsDisplay(page));
-      break;
     case kHelp:
       layout->addWidget(settings_controls_->BuildHelpOptions(page));
       layout->addWidget(BuildKeystrokeTable(page), 1);
@@ -161,7 +174,6 @@ QWidget* MainWindow::BuildPage(int index) {
       data_page_ = new DataPage(page);
       layout->addWidget(data_page_);
       QLayout* options = data_page_->options_area()->layout();
-      options->addWidget(settings_controls_->BuildDataPageOptions(page));
       auto* reset = new QPushButton("Reset Displays", page);
       reset->setObjectName("Command16");
       connect(reset, &QPushButton::clicked, this, &MainWindow::RunCommand16);
@@ -281,6 +293,8 @@ void MainWindow::RefreshLinkDisplay() {
 void MainWindow::ShowLiveData() {
   data_page_->Show(parts_.link.live(), parts_.setup.settings.afr_display_mode);
   map_pages_->ShowLive(parts_.link.live());
+  setup_pages_->ShowLive(parts_.link.live(), parts_.setup.settings.afr_display_mode);
+  parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
 }
 
 bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.trace); }

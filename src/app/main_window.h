@@ -25,6 +25,7 @@ class LinkSession;
 class MapPages;
 class QtSerialPort;
 class SettingsControls;
+class SetupPages;
 class StatusLabelAdapter;
 
 struct MainWindowParts {
@@ -53,6 +54,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
   QTabWidget* tabs() const { return tabs_; }
   EditorSession& editors() { return *editors_; }
   MapPages& map_pages() { return *map_pages_; }
+  SetupPages& setup_pages() { return *setup_pages_; }
 
   // StartupSteps
   void SizeWindow() override;
@@ -107,6 +109,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
   QtFileDialogs dialogs_;
   EditorSession* editors_;
   MapPages* map_pages_;
+  SetupPages* setup_pages_ = nullptr;
   QListWidget* setup_errors_ = nullptr;  // the setup error list
   QTableWidget* keystrokes_ = nullptr;
   QPushButton* offline_button_ = nullptr;

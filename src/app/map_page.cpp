@@ -5,12 +5,11 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include "editors/editor_state.h"
+
 namespace vela {
 
 namespace {
-
-constexpr const char* kMapSelectionTexts[] = {" Only Map 1", " Only Map 2", "   ECU Selected",
-                                              "Combine Maps"};
 
 QLabel* Indicator(QWidget* parent, const QString& name, const QString& text) {
   auto* label = new QLabel(text, parent);
@@ -105,7 +104,8 @@ QWidget* MapPage::BuildMapSelection(const QString& suffix) {
   auto* column = new QVBoxLayout(box);
   map_selection_ = new QButtonGroup(box);
   for (int i = 0; i < 4; ++i) {
-    auto* button = new QRadioButton(kMapSelectionTexts[i], box);
+    auto* button = new QRadioButton(
+        QString::fromUtf8(kMapSelectionTexts[i].data(), kMapSelectionTexts[i].size()), box);
     button->setObjectName(QString("MapSelection%1%2").arg(suffix).arg(i));
     map_selection_->addButton(button, i);
     column->addWidget(button);

@@ -120,16 +120,7 @@ void MapPages::ShowLive(const LiveData& live) {
   const bool map1_running = live.status & live::kStatusFuelMap1;
   const bool map2_running = live.status & live::kStatusFuelMap2;
   for (int i = 0; i < kPages; ++i) {
-    MapReadout* readout = pages_[i]->readout();
-    readout->SetRpm(live.engine_rpm);
-    readout->SetMap(live.map_kpa);
-    readout->SetTps(live.tps_percent);
-    readout->SetMs(live.injection_ms);
-    readout->SetIgn(live.ignition_advance_deg);
-    readout->SetWat(QString::fromStdString(live.water_temp_text));
-    readout->SetAir(QString::fromStdString(live.air_temp_text));
-    readout->SetBatt(live.battery_volts);
-    readout->SetAfr(live.afr);
+    pages_[i]->readout()->Show(live);
     const bool in_use = i == 0   ? map1_running || selection == kMapSelectionOnlyMap1
                         : i == 1 ? map2_running || selection == kMapSelectionOnlyMap2
                                  : true;

@@ -7,6 +7,8 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include "shell/afr_display.h"
+
 namespace vela {
 
 namespace {
@@ -15,9 +17,6 @@ constexpr const char* kFramesPerSecondTexts[kFramesPerSecondChoices] = {
     "60 Samples/Second", "40 Samples/Second", "30 Samples/Second", "25 Samples/Second",
     "20 Samples/Second", "15 Samples/Second", "12 Samples/Second", "10 Samples/Second",
     "8 Samples/Second",  "6 Samples/Second",  "4 Samples/Second"};
-
-constexpr const char* kAfrDisplayModeTexts[kAfrDisplayModes] = {
-    "AFR Petrol (14.7)", "Lambda", "AFR LPG (15.5)", "AFR Methanol (6.4)", "AFR Ethanol (9.0)"};
 
 QGroupBox* MakeBox(QWidget* parent, const QString& name, const QString& title) {
   auto* box = new QGroupBox(title, parent);
@@ -183,18 +182,15 @@ QWidget* SettingsControls::BuildHelpOptions(QWidget* page) {
   return box;
 }
 
-QWidget* SettingsControls::BuildDataPageOptions(QWidget* page) {
-  auto* box = MakeBox(page, "DataPageOptions", "Display");
-  auto* form = new QFormLayout(box);
-  afr_display_mode_ = new QComboBox(box);
-  afr_display_mode_->setObjectName("AFRDisplayMode");
-  form->addRow("AFR display:", afr_display_mode_);
+QComboBox* SettingsControls::BuildAfrDisplayMode(QWidget* page) {
+  afr_display_mode_ = new QComboBox(page);
+  afr_display_mode_->setObjectName("ComboAFRMode");
   connect(afr_display_mode_, &QComboBox::currentIndexChanged, this, [this](int index) {
     if (index < 0) return;
     setup_.settings.afr_display_mode = index;
     Changed();
   });
-  return box;
+  return afr_display_mode_;
 }
 
 QWidget* SettingsControls::BuildDatalogOptions(QWidget* page) {
@@ -226,7 +222,9 @@ void SettingsControls::FillFixedLists() {
   frames_per_second_->clear();
   for (const char* text : kFramesPerSecondTexts) frames_per_second_->addItem(text);
   afr_display_mode_->clear();
-  for (const char* text : kAfrDisplayModeTexts) afr_display_mode_->addItem(text);
+  for (const std::string_view text : kAfrModeTexts) {
+    afr_display_mode_->addItem(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+  }
 }
 
 void SettingsControls::ShowPortDevice() {

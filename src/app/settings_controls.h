@@ -34,7 +34,8 @@ class SettingsControls : public QObject {
   QWidget* BuildFuelDisplay(QWidget* page);
   QWidget* BuildOutputsDisplay(QWidget* page);
   QWidget* BuildHelpOptions(QWidget* page);
-  QWidget* BuildDataPageOptions(QWidget* page);
+  // `ComboAFRMode`, the air-fuel ratio display choice (placed on the Main Setup page).
+  QComboBox* BuildAfrDisplayMode(QWidget* page);
   QWidget* BuildDatalogOptions(QWidget* page);
 
   void FillFixedLists();

@@ -127,6 +127,17 @@ std::uint8_t RawFromBattComp(double milliseconds) { return ClampedByte(milliseco
 double SensorFractionFromRaw(int raw) { return raw / 256.0; }
 std::uint8_t RawFromSensorFraction(double fraction) { return ClampedByte(fraction * 256.0); }
 
+double RpmFromEnginePeriod(std::uint32_t period_us) {
+  return period_us == 0 ? 0.0 : kMicrosecondsPerMinute / period_us;
+}
+
+std::optional<std::uint32_t> EnginePeriodFromRpm(double rpm, std::uint32_t largest) {
+  if (!(rpm > 0.0) || !std::isfinite(rpm)) return std::nullopt;
+  const double period = RoundHalfEven(kMicrosecondsPerMinute / rpm);
+  if (period < 1.0 || period > static_cast<double>(largest)) return std::nullopt;
+  return static_cast<std::uint32_t>(period);
+}
+
 double SensorTemperature(double reading, const std::array<double, 8>& calibration_points) {
   const std::optional<double> degrees = Interpolated(reading, calibration_points);
   if (degrees) return *degrees;

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -50,6 +51,15 @@ double BattCompFromRaw(int raw);  // raw x 0.01 ms
 std::uint8_t RawFromBattComp(double milliseconds);
 double SensorFractionFromRaw(int raw);  // raw / 256 of the sensor input range
 std::uint8_t RawFromSensorFraction(double fraction);
+
+// Engine speeds held in the image (the rev limiters, the idle target) are engine periods: the
+// microseconds of one crank revolution, the unit of the live frame's first field. RPM = 60,000,000
+// / period; a period of 0 is 0 RPM.
+inline constexpr double kMicrosecondsPerMinute = 60'000'000.0;
+double RpmFromEnginePeriod(std::uint32_t period_us);
+// The period of `rpm`, made whole (a half to the even neighbour); nullopt for a speed that is not
+// above 0 or whose period does not lie within 1..`largest` (the field's width).
+std::optional<std::uint32_t> EnginePeriodFromRpm(double rpm, std::uint32_t largest);
 
 // Temperatures of the eight calibration points of a temperature sensor, in degrees C.
 inline constexpr std::array<int, 8> kSensorPointTemperatures = {-20, 0, 20, 40, 60, 80, 100, 120};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 
 namespace vela {
 
@@ -118,6 +119,19 @@ std::string RoundedDecimalText(const DecimalNumber& number, int decimals, char s
   text += scaled.substr(0, whole_length);
   if (!fraction.empty()) text += separator + fraction;
   return text;
+}
+
+std::optional<double> NumberOfText(std::string_view text, char separator) {
+  const std::optional<DecimalNumber> number = ParseDecimal(text, separator);
+  if (!number) return std::nullopt;
+  if (number->digits.empty()) return 0.0;
+  const std::string scientific =
+      (number->negative ? "-0." : "0.") + number->digits + "e" + std::to_string(number->point);
+  double value = 0.0;
+  const auto [end, error] =
+      std::from_chars(scientific.data(), scientific.data() + scientific.size(), value);
+  if (error != std::errc() || end != scientific.data() + scientific.size()) return std::nullopt;
+  return value;
 }
 
 }  // namespace vela

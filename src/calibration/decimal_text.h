@@ -22,6 +22,9 @@ struct DecimalNumber {
 // else, and any magnitude beyond what a double holds (1e309 and up), is unreadable.
 std::optional<DecimalNumber> ParseDecimal(std::string_view text, char separator);
 
+// The value of number text as ParseDecimal reads it; nullopt when it is unreadable.
+std::optional<double> NumberOfText(std::string_view text, char separator);
+
 // Rounds to `decimals` places (a half goes to the even neighbour) and writes the result the way
 // a number is printed back: no trailing zeros after the separator, no separator for a whole
 // number, no sign on zero ("2", "1.25", "-0.5", "0").

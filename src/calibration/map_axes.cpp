@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kKpaPerBar = 100.0;
 
-constexpr MapScaleEntry kType0[] = {{64, 1.05, "Full Scale - 1.050 Bar Span"}};
+constexpr MapScaleEntry kType0[] = {{64, 1.0, "Full Scale - 1.000 Bar Span"}};
 constexpr MapScaleEntry kType1[] = {{64, 2.0, "Full Scale - 2.000 Bar Span"}};
 constexpr MapScaleEntry kType2[] = {{64, 2.5, "Full Scale - 2.500 Bar Span"},
                                     {78, 2.031, "Scaled to 2.031 Bar Span"},
@@ -31,12 +31,8 @@ constexpr MapScaleEntry kType4[] = {
 constexpr MapScaleEntry kType5[] = {{64, 5.0, "Full Scale - 5.000 Bar Span"}};
 
 constexpr MapSensorType kTypes[kMapSensorTypes] = {
-    {"1 Bar MAP Sensor (Naturally Aspirated)", kType0},
-    {"2 Bar MAP Sensor", kType1},
-    {"2.5 Bar MAP Sensor", kType2},
-    {"3 Bar MAP Sensor", kType3},
-    {"4 Bar MAP Sensor", kType4},
-    {"5 Bar MAP Sensor", kType5}};
+    {kMapSensorTexts[0], kType0}, {kMapSensorTexts[1], kType1}, {kMapSensorTexts[2], kType2},
+    {kMapSensorTexts[3], kType3}, {kMapSensorTexts[4], kType4}, {kMapSensorTexts[5], kType5}};
 constexpr int kOpenEndedType = 4;
 constexpr std::uint8_t kOpenEndedFrom = 240;
 

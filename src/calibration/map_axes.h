@@ -32,7 +32,8 @@ inline constexpr std::array<int, 4> kRpmSiteTops = {7000, 8200, 9000, 10000};
 // 533, 1067, 1600, 2800, ... 10000.
 std::array<int, kMapRows> RpmSites(int rpm_sites_code);
 
-// The MAP sensor types of `ComboMAP` and the scalings of `ComboMAPScale`.
+// The MAP sensor types of `ComboMAP` (kept in bits 0 to 2 of byte 955) and the scalings of
+// `ComboMAPScale` (byte 956).
 struct MapScaleEntry {
   std::uint8_t code;  // the scaling code of byte 956 (the lowest of an open-ended entry)
   double span_bar;    // the pressure the map's load axis spans, 0 to span
@@ -43,6 +44,14 @@ struct MapSensorType {
   std::span<const MapScaleEntry> scales;  // in `ComboMAPScale` order; entry 0 is the full span
 };
 inline constexpr int kMapSensorTypes = 6;
+inline constexpr std::array<std::string_view, kMapSensorTypes> kMapSensorTexts = {
+    " 1 Bar Sensor (Naturally Aspirated)",
+    " 2 Bar Sensor",
+    " 2.5 Bar Sensor",
+    " 3 Bar Sensor",
+    " 4 Bar Sensor",
+    " 5 Bar Sensor"};
+inline constexpr std::uint8_t kMapSensorTypeBits = 0x07;
 // Type 0 also stands for no selection (kNoEntry); an unknown type counts as type 0.
 const MapSensorType& MapSensorTypeOf(int combo_map);
 // The entry that scaling code `code` selects for a type, or nullopt when the type does not take
@@ -55,7 +64,7 @@ std::optional<std::uint8_t> MapScaleCodeOfEntry(int combo_map, int entry);
 enum class LoadBasis { kThrottle, kMap };
 struct LoadAxis {
   LoadBasis basis = LoadBasis::kMap;
-  double top = 105.0;  // the last load site: kPa on a MAP basis, percent of throttle otherwise
+  double top = 100.0;  // the last load site: kPa on a MAP basis, percent of throttle otherwise
   std::string_view unit() const { return basis == LoadBasis::kMap ? "kPa" : "%"; }
 };
 // From byte 955's load sensing bit, the MAP sensor type and byte 956: on a MAP basis the sites

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "calibration/conversions.h"
+#include "editors/setup/map_sensor.h"
 #include "editors/setup/setup_checks.h"
 
 namespace vela {
@@ -21,18 +22,6 @@ std::array<std::uint8_t, N> BytesAt(const CalibrationImage& image, int first) {
 }
 
 bool Bit(std::uint8_t value, int bit) { return ((value >> bit) & 1) != 0; }
-
-class ChangeEventsSuppressed {
- public:
-  explicit ChangeEventsSuppressed(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
-  ~ChangeEventsSuppressed() { flag_ = before_; }
-  ChangeEventsSuppressed(const ChangeEventsSuppressed&) = delete;
-  ChangeEventsSuppressed& operator=(const ChangeEventsSuppressed&) = delete;
-
- private:
-  bool& flag_;
-  bool before_;
-};
 
 void RunStepChecks(int step, const CalibrationImage& image, EditorState& state) {
   RunChecks(ChecksOfStep(step), image, CheckContext{state.sensors.ComboMAP}, state.SetupErrors);
@@ -175,6 +164,7 @@ void ApplyFuelTpsAndMapSensor(const CalibrationImage& image, EditorState& state)
   sensors.AltitudeComp = Bit(map_setup, 5);
   sensors.LoadSensing = Bit(map_setup, 6) ? 1 : 0;
   sensors.TPumpBased = Bit(map_setup, 7);
+  sensors.ComboMAP = map_setup & kMapSensorTypeBits;
   sensors.MapSensorScaling = image.Byte(Pos("MapSensorScaling"));
   const std::optional<int> entry = MapScaleEntryOfCode(sensors.ComboMAP, sensors.MapSensorScaling);
   if (entry) sensors.ComboMAPScale = *entry;

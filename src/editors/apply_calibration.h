@@ -49,6 +49,19 @@ inline constexpr int kLiveRateAddress = 864;
 
 enum class CalibrationSource { kUpload, kMapFile };
 
+// Holds `SuppressChangeEvents` up while the editors are filled, and puts it back as it was.
+class ChangeEventsSuppressed {
+ public:
+  explicit ChangeEventsSuppressed(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
+  ~ChangeEventsSuppressed() { flag_ = before_; }
+  ChangeEventsSuppressed(const ChangeEventsSuppressed&) = delete;
+  ChangeEventsSuppressed& operator=(const ChangeEventsSuppressed&) = delete;
+
+ private:
+  bool& flag_;
+  bool before_;
+};
+
 // What the procedure reaches beyond the editors.
 struct ApplyEnvironment {
   StartupTrace& status;                      // the status label `LabelOrangeBlock`

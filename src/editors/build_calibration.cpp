@@ -1,9 +1,12 @@
 #include "editors/build_calibration.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 
+#include "editors/setup/map_sensor.h"
 #include "editors/setup/setup_checks.h"
+#include "editors/setup/setup_editor.h"
 
 namespace vela {
 
@@ -49,16 +52,6 @@ std::uint8_t FuelSitesByte(const EngineSetup& setup) {
   return static_cast<std::uint8_t>(selection | code);
 }
 
-std::uint8_t LimiterTachoByte(const EngineSetup& setup) {
-  int value = 0;
-  if (setup.TriggerEdgeInput == 1) value |= 1;
-  if (setup.TriggerEdgeHome == 1) value |= 2;
-  if (setup.TriggerEdgeSpark == 1) value |= 4;
-  if (setup.ComboAuxOutput == 1) value |= 32;
-  if (setup.LimiterMode >= 0 && setup.LimiterMode <= 2) value |= (setup.LimiterMode + 1) << 6;
-  return static_cast<std::uint8_t>(value);
-}
-
 std::uint8_t SensorTypeByte(int type, bool flag) {
   const int low = type >= 0 && type <= kSensorTypeMask ? type : kSensorTypeMask;
   return static_cast<std::uint8_t>(low | (flag ? 0x80 : 0));
@@ -96,8 +89,11 @@ void EncodeSensors(const SensorSetup& sensors, CalibrationImage& image) {
   PutBytes(image, Pos("TpsCal1"), sensors.TpsCal1);
   image.SetByte(Pos("TpsSetup"), sensors.TpsSetup);
   PutBytes(image, Pos("TpsCal2"), sensors.TpsCal2);
+  // The sensor type in bits 0 to 2; no selection counts as the first type, as the scaling
+  // table takes it.
+  const int type = sensors.ComboMAP >= 0 ? std::min(sensors.ComboMAP, int{kMapSensorTypeBits}) : 0;
   const int map_setup = (sensors.AltitudeComp ? 0x20 : 0) | (sensors.LoadSensing == 1 ? 0x40 : 0) |
-                        (sensors.TPumpBased ? 0x80 : 0);
+                        (sensors.TPumpBased ? 0x80 : 0) | type;
   image.SetByte(Pos("MapSensorSetup"), static_cast<std::uint8_t>(map_setup));
   image.SetByte(Pos("MapSensorScaling"), sensors.MapSensorScaling);
   PutBytes(image, Pos("AirSensorCal"), sensors.Air);

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "calibration/map_values.h"
@@ -24,6 +25,8 @@ inline constexpr int kMapSelectionOnlyMap1 = 0;
 inline constexpr int kMapSelectionOnlyMap2 = 1;
 inline constexpr int kMapSelectionEcuSelected = 2;
 inline constexpr int kMapSelectionCombine = 3;
+inline constexpr std::array<std::string_view, 4> kMapSelectionTexts = {
+    " Only Map 1", " Only Map 2", "   ECU Selected", "Combine Maps"};
 
 // Load sites of the entries of `ComboSiteFuel` (9, 13, 17) and `ComboSiteIgnition` (5, 6).
 inline constexpr std::array<int, 3> kFuelLoadSiteChoices = {9, 13, 17};
@@ -80,9 +83,9 @@ struct EngineSetup {
 
   std::uint8_t FuelSetting948 = 0;  // byte 948
   std::uint16_t RevLimit1 = 0;      // bytes 949 to 950, raw timer value
-  std::uint8_t DwellTime = 0;       // byte 958
-  std::uint8_t Setting997 = 0;      // byte 997
-  std::uint8_t StartupPrime = 0;    // byte 998
+  std::uint8_t DwellTime = 0;       // byte 958: bit 6 the dwell mode, bits 0 to 5 its value
+  std::uint8_t Setting997 = 0;      // byte 997: the engine warning light entry, 0 to 3
+  std::uint8_t StartupPrime = 0;    // byte 998: the fuel pump prime entry, 0 to 14
   bool IgnitionLock = false;        // byte 871: ignition timing lock
 
   // Set by SetupIgnitionDivide: the ignition divide A (1 to 4) and the injection factor B of the
@@ -101,8 +104,8 @@ struct SensorSetup {
   bool AltitudeComp = false;
   int LoadSensing = 0;  // kLoadSensingTps or kLoadSensingMap
   bool TPumpBased = false;
-  // Sensor type: the position in the `ComboMAP` list, kNoEntry for none. Not part of the image;
-  // it decides which scaling codes byte 956 accepts.
+  // Sensor type: the position in the `ComboMAP` list (byte 955, bits 0 to 2), kNoEntry for none.
+  // It decides which scaling codes byte 956 accepts (editors/setup/map_sensor.h).
   int ComboMAP = kNoEntry;
   int ComboMAPScale = kNoEntry;         // the `ComboMAPScale` entry of byte 956
   std::uint8_t MapSensorScaling = 64;   // byte 956 as the ECU holds it

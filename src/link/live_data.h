@@ -32,8 +32,8 @@ struct LiveData {
   // Handler 7: the oxygen sensor (24-25); 0 means no reading.
   double lambda = 0.0;
   std::string lambda_text = "0.000";
-  // The air-fuel ratio: lambda times the stoichiometric ratio of the fuel the display is set
-  // to (lambda itself when it shows lambda).
+  // The air-fuel read-out as the display choice shows it (`ComboAFRMode`): the ratio for the
+  // chosen fuel, lambda itself, or the CO equivalent; 0 with no reading or the display off.
   double afr = 0.0;
   std::string afr_text = "0.0";
   // Handlers 8 and 14: the sites the ECU runs on (26, 28), fractions of a column and a row.

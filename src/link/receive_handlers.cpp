@@ -96,8 +96,10 @@ void ReceiveHandlers::BoostHandler(const Frame& f) {
 void ReceiveHandlers::LambdaHandler(const Frame& f) {
   live_.lambda = live::Lambda(f);
   live_.lambda_text = Fixed(live_.lambda, 3, separator_);
-  live_.afr = live_.lambda * stoichiometric_;
-  live_.afr_text = Fixed(live_.afr, stoichiometric_ == 1.0 ? 2 : 1, separator_);
+  const AfrShown shown = afr_display_ ? afr_display_(live_.lambda)
+                                      : AfrShown{live_.lambda * kGasolineStoichiometric, 1};
+  live_.afr = shown.value;
+  live_.afr_text = Fixed(live_.afr, shown.decimals, separator_);
 }
 
 void ReceiveHandlers::LoadSiteHandler(const Frame& f) {

@@ -40,8 +40,15 @@ class ReceiveHandlers {
   void SetDecimalSeparator(char separator) { separator_ = separator; }
   // The top of the installed MAP sensor's range in kPa: beyond it the pressure reads "Over".
   void SetMapRangeKpa(double kpa) { map_range_kpa_ = kpa; }
-  // The stoichiometric ratio of the air-fuel read-out (1 shows lambda itself).
-  void SetStoichiometricRatio(double ratio) { stoichiometric_ = ratio; }
+  // The air-fuel read-out: the shown value and its decimals for a lambda reading, as the display
+  // choice has it (unset: the gasoline ratio, one decimal).
+  struct AfrShown {
+    double value;
+    int decimals;
+  };
+  void SetAfrDisplay(std::function<AfrShown(double lambda)> display) {
+    afr_display_ = std::move(display);
+  }
   // The injector duty base of the engine set-up (live::InjectorDutyPercent).
   void SetDutyBase(double base) { duty_base_ = base; }
   void SetHooks(Hooks hooks) { hooks_ = std::move(hooks); }
@@ -89,7 +96,7 @@ class ReceiveHandlers {
   char separator_ = '.';
   double map_range_kpa_ = kDefaultMapRangeKpa;
   double duty_base_ = live::kDefaultDutyBase;
-  double stoichiometric_ = kGasolineStoichiometric;
+  std::function<AfrShown(double lambda)> afr_display_;
   std::uint8_t throttle_pump_low_ = 0;
 };
 

@@ -76,7 +76,7 @@ TEST_F(ApplyCalibration, ListsEveryFailedCheckInStepOrderAndStillAppliesEveryFie
            {947, 9},   {946, 4},   {995, 0x63}, {959, 121},  {996, 2},    {871, 1},  {909, 4},
            {900, 0},   {901, 0},   {902, 6},    {903, 0x83}, {852, 230},  {904, 5},  {905, 3},
            {853, 230}, {906, 4},   {907, 3},    {884, 16},   {910, 16},   {926, 16}, {942, 0x18},
-           {949, 0},   {950, 0},   {952, 2},    {955, 0x81}, {956, 65},   {1022, 8}, {1023, 8},
+           {949, 0},   {950, 0},   {952, 2},    {955, 0x86}, {956, 65},   {1022, 8}, {1023, 8},
            {958, 128}, {972, 253}, {998, 201},  {1005, 201}, {1006, 255}, {1011, 0}, {1012, 0},
            {1014, 5},  {1015, 4},  {1018, 128}, {867, 4}}) {
     image.SetByte(position, static_cast<std::uint8_t>(value));
@@ -215,16 +215,17 @@ TEST_F(ApplyCalibration, EditorsSendNothingWhileFillingAndAnUploadEndsWithTheLiv
   EXPECT_EQ(timer_stops, 2);
 }
 
-TEST_F(ApplyCalibration, ScalingCodeSelectsTheScaleEntryOfTheChosenSensorType) {
-  state.sensors.ComboMAP = 4;
-  Apply(With(SoundImage(), 956, 250));
+TEST_F(ApplyCalibration, ScalingCodeSelectsTheScaleEntryOfTheSensorTypeInByte955) {
+  const CalibrationImage type4 = With(SoundImage(), 955, 64 | 4);
+  Apply(With(type4, 956, 250));
+  EXPECT_EQ(state.sensors.ComboMAP, 4);
   EXPECT_EQ(state.sensors.ComboMAPScale, 11);
-  Apply(With(SoundImage(), 956, 113));
+  Apply(With(type4, 956, 113));
   EXPECT_EQ(state.sensors.ComboMAPScale, 7);
   EXPECT_THAT(state.SetupErrors, IsEmpty());
 
-  state.sensors.ComboMAP = 2;
-  Apply(With(SoundImage(), 956, 72));  // a type 3 code
+  Apply(With(With(SoundImage(), 955, 64 | 2), 956, 72));  // a type 3 code on a type 2 sensor
+  EXPECT_EQ(state.sensors.ComboMAP, 2);
   EXPECT_EQ(state.sensors.ComboMAPScale, 7);
   EXPECT_EQ(state.sensors.MapSensorScaling, 72);
   EXPECT_THAT(state.SetupErrors, ElementsAre("Map Sensor Scaling Invalid"));
@@ -235,7 +236,9 @@ TEST_F(ApplyCalibration, ChecksHoldTheirBoundsAndTheLeftOpenOnesFollowTheDocs) {
       {955, 229, "Map Sensor Setup Invalid"},
       {907, 0xC0, "Fuel Injection Mode and Injector Impedance"},
       {907, 0x04, "Fuel Injection Mode and Injector Impedance"},
-      {971, 0, "Air Temp Sensor Calibration Error"}};
+      {971, 0, "Air Temp Sensor Calibration Error"},
+      {955, 0x46, "Map Sensor Setup Error"},
+      {998, 15, "Injector Startup Prime Invalid"}};
   for (auto [position, value, message] : failing) {
     state.SetupErrors.clear();
     Apply(With(SoundImage(), position, value));
@@ -246,8 +249,8 @@ TEST_F(ApplyCalibration, ChecksHoldTheirBoundsAndTheLeftOpenOnesFollowTheDocs) {
   const std::pair<int, int> passing[] = {
       {946, 3},       {959, 120},  {996, 1},    {902, 5},   {903, 0x82}, {852, 229},
       {904, 4},       {905, 0x82}, {853, 229},  {906, 3},   {952, 1},    {958, 127},
-      {998, 200},     {1010, 200}, {1018, 127}, {867, 3},   {955, 0xE0}, {955, 0xA0},
-      {907, 2 | 128}, {999, 255},  {972, 252},  {1014, 200}};
+      {998, 14},      {1010, 200}, {1018, 127}, {867, 3},   {955, 0xE4}, {955, 0xA0},
+      {907, 2 | 128}, {955, 0x45}, {999, 255},  {972, 252}, {1014, 200}};
   for (auto [position, value] : passing) {
     state.SetupErrors.clear();
     Apply(With(SoundImage(), position, value));

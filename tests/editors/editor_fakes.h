@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "calibration/calibration_image.h"
+#include "editors/edit_parts.h"
 #include "link/link_state.h"
 #include "shell/file_system.h"
 #include "shell/platform.h"
@@ -92,13 +93,23 @@ struct MemoryFiles : FileSystem {
 
 // A calibration that passes every check: 4 cylinders, 9 fuel and 5 ignition load sites, a
 // 36-1 trigger wheel, falling NTC sensor curves, firmware 2.
+// An editor's surroundings: state, image, a recording sender and scripted messages.
+struct EditFixture {
+  EditorState state;
+  CalibrationImage image;
+  RecordingSender sender;
+  ScriptedMessages messages;
+  bool suppress = false;
+  EditParts Parts() { return {state, image, sender, messages, suppress}; }
+};
+
 inline CalibrationImage SoundImage() {
   CalibrationImage image;
   const std::pair<int, int> bytes[] = {
       {947, 3},   {946, 1},  {995, 0x20}, {959, 40},  {909, 2},    {901, 5},   {902, 3},  {903, 1},
       {852, 100}, {904, 1},  {853, 100},  {906, 1},   {907, 65},   {908, 10},  {884, 1},  {910, 2},
       {926, 3},   {942, 64}, {950, 4},    {952, 1},   {955, 64},   {956, 64},  {1022, 1}, {1023, 2},
-      {958, 50},  {998, 50}, {1012, 19},  {1014, 20}, {1015, 200}, {1018, 40}, {867, 2}};
+      {958, 50},  {998, 5},  {1012, 19},  {1014, 20}, {1015, 200}, {1018, 40}, {867, 2}};
   for (auto [position, value] : bytes) image.SetByte(position, static_cast<std::uint8_t>(value));
   const int curve[8] = {252, 246, 218, 170, 120, 75, 50, 35};
   for (int i = 0; i < 8; ++i) {

@@ -95,10 +95,10 @@ TEST(EngineLookupTest, FuelAndIgnitionBlendNeighbouringSites) {
   EXPECT_DOUBLE_EQ(FuelMapUs(image, 1, 2.0, 4.5), (cell + right) / 2);
   EXPECT_DOUBLE_EQ(FuelMapUs(image, 1, 2.5, 4.0), (cell + up) / 2);
   EXPECT_DOUBLE_EQ(IgnMapDegrees(image, 10.0, 1.0), image.IgnDegrees(11, 6));
-  // 750 RPM spacing: sites 0, 500, 1000, 1750, ...; MAP load sensing on 0 to 105 kPa.
+  // 750 RPM spacing: sites 0, 500, 1000, 1750, ...; MAP load sensing on 0 to 100 kPa.
   EXPECT_DOUBLE_EQ(RpmSitePosition(image, 1750), 3.0);
   EXPECT_DOUBLE_EQ(RpmSitePosition(image, 1375), 2.5);
-  EXPECT_DOUBLE_EQ(LoadFraction(image, 52.5, 0.0), 0.5);
+  EXPECT_DOUBLE_EQ(LoadFraction(image, 50.0, 0.0), 0.5);
 }
 
 TEST(EngineLookupTest, SensorReadingFollowsTheCalibrationPoints) {

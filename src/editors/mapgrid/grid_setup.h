@@ -45,7 +45,7 @@ void SetUpMapGrid(MapGridModel& grid, std::string_view title, int load_sites);
 struct GridAxes {
   std::array<int, kMapRows> rpm_sites{};
   LoadAxis load;
-  double full_span = 105.0;  // the sensor type's full span (kPa), or 100 % on a throttle basis
+  double full_span = 100.0;  // the sensor type's full span (kPa), or 100 % on a throttle basis
 };
 GridAxes AxesFor(int rpm_sites_code, bool map_based, int combo_map, std::uint8_t scaling_code);
 // Labels the grid's rows with the RPM sites and its columns with the load sites: const1 the full

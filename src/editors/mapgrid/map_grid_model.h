@@ -44,7 +44,7 @@ struct MapGridSettings {
   // The load axis: const1 is the full span of the MAP sensor type (kPa; 100 on a throttle
   // basis), mapsensordiv how many times the scaling narrows it (1 = the full span), const2 the
   // load at the first load site. The last load site is const1 / mapsensordiv.
-  double const1 = 105.0;
+  double const1 = 100.0;
   double const2 = 0.0;
   double mapsensordiv = 1.0;
   std::string load_unit = "kPa";  // "kPa" on a MAP basis, "%" on a throttle basis

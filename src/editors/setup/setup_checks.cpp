@@ -31,7 +31,10 @@ constexpr int kMaxMapSensorSetup = 228;
 constexpr std::uint8_t kAltitudeCompBit = 0x20;
 constexpr std::uint8_t kMapLoadSensingBit = 0x40;
 constexpr std::uint8_t kThrottlePumpMapBit = 0x80;
-constexpr std::uint8_t kMapSensorUnusedBits = 0x1F;
+// Bits 0 to 4: the MAP sensor type in bits 0 to 2, one of the six `ComboMAP` entries; bits 3 and 4
+// are set by no choice.
+constexpr std::uint8_t kMapSensorLowBits = 0x1F;
+constexpr int kLastMapSensorType = 5;
 
 // The tooth offset must name a tooth position of the selected wheel (pattern 0, a single
 // trigger, has no teeth to offset). Index: trigger pattern.
@@ -174,7 +177,7 @@ constexpr auto kStep9 = std::to_array<SetupCheck>({
     {"Throttle Pump Setup Error", ThrottlePumpFailures},
     {"Map Sensor Setup Error",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("MapSensorSetup")) & kMapSensorUnusedBits) != 0);
+       return Fails((i.Byte(Pos("MapSensorSetup")) & kMapSensorLowBits) > kLastMapSensorType);
      }},
     {"Map Sensor Scaling Invalid", MapScalingFailures},
 });

@@ -19,7 +19,7 @@ namespace vela {
 inline constexpr int kCylinderChoices = 9;             // "1" to "12", entries 0 to 8
 inline constexpr int kGpoFunctionCodes = 16;           // output function codes 0 to 15
 inline constexpr int kGpiFunctionCodes = 8;            // input function codes 0 to 7
-inline constexpr int kMaxStartupPrime = 200;           // injector start-up prime, raw
+inline constexpr int kMaxStartupPrime = 14;            // fuel pump prime, entries 0 to 14
 inline constexpr int kMaxBattComp = 200;               // battery compensation cell, raw
 inline constexpr int kMaxTriggerOffset = 120;          // half degrees
 inline constexpr int kMaxSensorVoltage = 229;          // trigger and home thresholds, raw

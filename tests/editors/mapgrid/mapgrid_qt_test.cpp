@@ -166,13 +166,13 @@ void MapGridQtTest::CrossHairMarksOnlyTheSelectedMap() {
   cross_hair.Attach(3, &ign, nullptr);
   cross_hair.setProperty("motormap", 2);
   // 1375 RPM lies halfway between the sites of 1000 and 1750 RPM (sites 2 and 3 of the 750 RPM
-  // spacing); 52.5 kPa is the fifth of nine load sites over 0 to 105 kPa, the third of five.
+  // spacing); 50 kPa is the fifth of nine load sites over 0 to 100 kPa, the third of five.
   live::Frame frame{};
   const auto period = static_cast<std::uint32_t>(60'000'000 / 1375.0 + 0.5);
   frame[live::kEnginePeriod - 1] = period & 0xFF;
   frame[live::kEnginePeriod] = (period >> 8) & 0xFF;
-  frame[live::kMap - 1] = 525 & 0xFF;
-  frame[live::kMap] = 525 >> 8;
+  frame[live::kMap - 1] = 500 & 0xFF;
+  frame[live::kMap] = 500 >> 8;
   cross_hair.SetLiveFrame(frame);
   QVERIFY(!fuel1.Marker().has_value());
   QVERIFY(fuel2.Marker().has_value());

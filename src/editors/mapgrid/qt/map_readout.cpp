@@ -4,8 +4,11 @@
 
 namespace vela {
 
-MapReadout::MapReadout(QWidget* parent)
-    : QTableWidget(static_cast<int>(kReadoutLabels.size()), 2, parent) {
+MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
+    : QTableWidget(parent), across_(orientation == Qt::Horizontal) {
+  const int quantities = static_cast<int>(kReadoutLabels.size());
+  setRowCount(across_ ? 2 : quantities);
+  setColumnCount(across_ ? quantities : 2);
   horizontalHeader()->hide();
   verticalHeader()->hide();
   horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
@@ -17,24 +20,30 @@ MapReadout::MapReadout(QWidget* parent)
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   QFont bold = font();
   bold.setBold(true);
-  for (int row = 0; row < rowCount(); ++row) {
-    auto* label = new QTableWidgetItem(QString::fromLatin1(kReadoutLabels[row]));
+  for (int i = 0; i < quantities; ++i) {
+    auto* label = new QTableWidgetItem(QString::fromLatin1(kReadoutLabels[i]));
     label->setFont(bold);
     label->setBackground(QColor(214, 218, 224));
-    setItem(row, 0, label);
+    label->setTextAlignment(Qt::AlignCenter);
     auto* value = new QTableWidgetItem(QString());
-    value->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    setItem(row, 1, value);
+    value->setTextAlignment((across_ ? Qt::AlignHCenter : Qt::AlignRight) | Qt::AlignVCenter);
+    setItem(across_ ? 0 : i, across_ ? i : 0, label);
+    setItem(across_ ? 1 : i, across_ ? i : 1, value);
   }
 }
 
+QTableWidgetItem* MapReadout::ValueItem(Readout readout) const {
+  const int i = static_cast<int>(readout);
+  return across_ ? item(1, i) : item(i, 1);
+}
+
 void MapReadout::SetValue(Readout readout, const QString& text) {
-  QTableWidgetItem* value = item(static_cast<int>(readout), 1);
+  QTableWidgetItem* value = ValueItem(readout);
   if (value != nullptr && value->text() != text) value->setText(text);
 }
 
 QString MapReadout::Value(Readout readout) const {
-  const QTableWidgetItem* value = item(static_cast<int>(readout), 1);
+  const QTableWidgetItem* value = ValueItem(readout);
   return value == nullptr ? QString() : value->text();
 }
 
@@ -53,5 +62,21 @@ void MapReadout::SetWat(const QString& text) { SetValue(Readout::kWat, text); }
 void MapReadout::SetAir(const QString& text) { SetValue(Readout::kAir, text); }
 void MapReadout::SetBatt(double volts) { SetNumber(Readout::kBatt, volts, 2); }
 void MapReadout::SetAfr(double afr) { SetNumber(Readout::kAfr, afr, 1); }
+
+}  // namespace vela
+
+namespace vela {
+
+void MapReadout::Show(const LiveData& live) {
+  SetRpm(live.engine_rpm);
+  SetMap(live.map_kpa);
+  SetTps(live.tps_percent);
+  SetMs(live.injection_ms);
+  SetIgn(live.ignition_advance_deg);
+  SetWat(QString::fromStdString(live.water_temp_text));
+  SetAir(QString::fromStdString(live.air_temp_text));
+  SetBatt(live.battery_volts);
+  SetAfr(live.afr);
+}
 
 }  // namespace vela

@@ -1,10 +1,13 @@
 // The live read-out grid beside a map (`FuelMap1A`, `FuelMap2A`, `IgnMapA`): one row per live
-// quantity, its label and its latest value. The receive handlers call the setters.
+// quantity, its label and its latest value. The receive handlers call the setters. Laid out
+// across (Qt::Horizontal) it has one column per quantity, as on the compensation page.
 #pragma once
 
 #include <QString>
 #include <QTableWidget>
 #include <array>
+
+#include "link/live_data.h"
 
 namespace vela {
 
@@ -17,7 +20,7 @@ class MapReadout : public QTableWidget {
   Q_OBJECT
 
  public:
-  explicit MapReadout(QWidget* parent = nullptr);
+  explicit MapReadout(QWidget* parent = nullptr, Qt::Orientation orientation = Qt::Vertical);
 
   void SetRpm(double rpm);           // whole RPM
   void SetMap(double kpa);           // manifold pressure, kPa with one decimal
@@ -28,6 +31,8 @@ class MapReadout : public QTableWidget {
   void SetAir(const QString& text);
   void SetBatt(double volts);  // two decimals
   void SetAfr(double afr);     // one decimal
+  // Every quantity from the live data.
+  void Show(const LiveData& live);
 
   // The decimal separator of the computer ('.' or ',').
   void SetDecimalSeparator(QChar separator) { separator_ = separator; }
@@ -36,8 +41,10 @@ class MapReadout : public QTableWidget {
 
  private:
   void SetNumber(Readout readout, double value, int decimals);
+  QTableWidgetItem* ValueItem(Readout readout) const;
 
   QChar separator_ = QLatin1Char('.');
+  bool across_;
 };
 
 }  // namespace vela

@@ -1,0 +1,175 @@
+#include "app/compensation_page.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include "app/editor_session.h"
+#include "shell/qt/qt_platform.h"
+
+namespace vela {
+
+namespace {
+
+constexpr double kKpaPerBar = 100.0;
+
+// The x of each table's rows (their labels as numbers), and the units of its curve.
+struct CurveLook {
+  const char* title;
+  const char* x_unit;
+  const char* y_unit;
+};
+constexpr CurveLook kLooks[] = {
+    {"Air temperature compensation", "\u00B0C air", "%"},
+    {"Water temperature compensation", "\u00B0C water", "% added"},
+    {"Injector opening time added", "Volts", "ms"},
+    {"Throttle pump", "% throttle", ""},
+};
+
+constexpr const char* kToolTips[] = {
+    "Fuel corrected for intake air temperature, in percent, at each temperature. Map keys change "
+    "the selected cells; type a number to enter one.",
+    "Fuel added while the engine is cold, in percent of the map's fuel, at each water "
+    "temperature.",
+    "Milliseconds added to every injection at each battery voltage, to make up for the "
+    "injectors opening more slowly on a low supply.",
+    "Fuel added when the throttle opens quickly: Increase is the enrichment, Decay how fast it "
+    "dies away, Dead Band the throttle movement ignored, De-activate Over the throttle (or "
+    "boost) above which the pump stays off."};
+
+std::optional<double> NumberOf(const std::string& text) {
+  try {
+    std::size_t used = 0;
+    const double value = std::stod(text, &used);
+    if (used == text.size()) return value;
+  } catch (...) {
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+CompensationPage::CompensationPage(SetupPageParts parts, QWidget* parent)
+    : QWidget(parent), parts_(parts), readout_(new MapReadout(this, Qt::Horizontal)) {
+  setObjectName("CompensationPage");
+  readout_->setObjectName("CompensationReadout");
+  readout_->setFixedHeight(readout_->fontMetrics().height() * 2 + 16);
+  readout_->SetDecimalSeparator(QLatin1Char(SystemDecimalSeparator()));
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(readout_);
+  auto* tables = new QGridLayout;
+  for (int i = 0; i < 4; ++i) tables->addWidget(BuildTable(kCompTables[i]), i / 2, i % 2);
+  layout->addLayout(tables, 1);
+  ShowEditors();
+}
+
+QWidget* CompensationPage::BuildTable(CompTable table) {
+  const auto index = static_cast<std::size_t>(table);
+  const CompTableLayout layout = LayoutOf(table);
+  auto* box = new QWidget(this);
+  auto* row = new QHBoxLayout(box);
+  row->setContentsMargins(0, 0, 0, 0);
+  auto* grid =
+      new SmallMapGrid(layout.row_labels, layout.positions, QString::fromStdString(layout.corner),
+                       QString::fromStdString(layout.heading), box);
+  grid->setObjectName(QString::fromUtf8(layout.name.data(), layout.name.size()));
+  grid->setToolTip(kToolTips[index]);
+  grid->Model().SetDecimalSeparator(SystemDecimalSeparator());
+  connect(
+      grid, &SmallMapGrid::CellsChanged, this,
+      [this, table](const std::vector<SmallGridChange>& changes) { CellsChanged(table, changes); });
+  connect(grid, &SmallMapGrid::TextTyped, this,
+          [this, table](int r, const QString& text) { TextTyped(table, r, text); });
+  auto* curve = new CurveView(box);
+  curve->setObjectName(grid->objectName() + "Curve");
+  curve->SetTitle(QString::fromUtf8(kLooks[index].title));
+  curve->SetUnits(QString::fromUtf8(kLooks[index].x_unit), kLooks[index].y_unit);
+  row->addWidget(grid, 0, Qt::AlignTop);
+  row->addWidget(curve, 1);
+  grids_[index] = grid;
+  curves_[index] = curve;
+  return box;
+}
+
+void CompensationPage::CellsChanged(CompTable table, const std::vector<SmallGridChange>& changes) {
+  SmallMapGrid* grid = grids_[static_cast<std::size_t>(table)];
+  bool refused = false;
+  for (const SmallGridChange& change : changes) {
+    refused |= !parts_.editors.compensation_editor().CellChanged(
+        table, change.row, change.reported, change.lower_bound, grid->Model().Raw(change.row));
+  }
+  if (refused) ShowEditors();
+  ShowCurve(table);
+}
+
+void CompensationPage::TextTyped(CompTable table, int row, const QString& text) {
+  const std::optional<int> stored = parts_.editors.compensation_editor().StoredOfText(
+      table, row, text.toStdString(), SystemDecimalSeparator());
+  SmallMapGrid* grid = grids_[static_cast<std::size_t>(table)];
+  if (stored) grid->Model().Enter(row, *stored);
+  grid->Refresh();
+}
+
+void CompensationPage::ShowEditors() {
+  const EditorState& state = parts_.editors.state();
+  for (const CompTable table : kCompTables) {
+    SmallMapGrid* grid = grids_[static_cast<std::size_t>(table)];
+    const std::vector<int> values = StoredValues(table, state.compensation);
+    for (int row = 0; row < grid->Model().Rows(); ++row) {
+      grid->Model().SetFormat(row, FormatOf(table, row, state.sensors));
+      grid->Model().SetRaw(row, values[static_cast<std::size_t>(row)]);
+    }
+    grid->Refresh();
+    ShowCurve(table);
+  }
+  const bool map_basis = state.sensors.TPumpBased;
+  curves_[3]->SetUnits(map_basis ? "bar boost" : "% throttle", "");
+}
+
+void CompensationPage::ShowCurve(CompTable table) {
+  const auto index = static_cast<std::size_t>(table);
+  const SmallGridModel& model = grids_[index]->Model();
+  CurveView* curve = curves_[index];
+  if (table != CompTable::kThrottlePump) {
+    std::vector<QPointF> points;
+    for (int row = 0; row < model.Rows(); ++row) {
+      points.emplace_back(std::stod(model.RowLabel(row)), model.Value(row));
+    }
+    curve->SetPoints(std::move(points));
+    return;
+  }
+  // The throttle pump: the throttle (or boost) range, shaded above " De-activate Over".
+  const bool map_basis = parts_.editors.state().sensors.TPumpBased;
+  if (map_basis) {
+    curve->SetXRange(-1.0, std::max(1.0, std::ceil(model.Value(kThrottlePumpDeactivateRow))));
+  } else {
+    curve->SetXRange(0.0, 100.0);
+  }
+  curve->SetShadeFrom(model.Value(kThrottlePumpDeactivateRow), "pump off");
+  curve->SetTitle(QString("Throttle pump: increase %1 %, decay %2 %, dead band %3 %")
+                      .arg(QString::fromStdString(model.Text(0)),
+                           QString::fromStdString(model.Text(1)),
+                           QString::fromStdString(model.Text(2))));
+}
+
+void CompensationPage::ShowLive(const LiveData& live) {
+  live_ = live;
+  if (!isVisible()) return;
+  readout_->Show(live);
+  curves_[0]->SetLiveX(NumberOf(live.air_temp_text));
+  curves_[1]->SetLiveX(NumberOf(live.water_temp_text));
+  curves_[2]->SetLiveX(live.battery_volts > 0 ? std::optional<double>(live.battery_volts)
+                                              : std::nullopt);
+  const bool map_basis = parts_.editors.state().sensors.TPumpBased;
+  curves_[3]->SetLiveX(map_basis ? live.map_kpa / kKpaPerBar - 1.0 : live.tps_percent);
+}
+
+void CompensationPage::showEvent(QShowEvent* event) {
+  ShowEditors();
+  ShowLive(live_);
+  QWidget::showEvent(event);
+}
+
+}  // namespace vela

@@ -1,0 +1,292 @@
+#include "app/sensor_setup_page.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+#include <cmath>
+
+#include "app/editor_session.h"
+#include "app/setup_widgets.h"
+#include "calibration/conversions.h"
+#include "calibration/decimal_text.h"
+#include "editors/apply_calibration.h"
+#include "shell/qt/qt_platform.h"
+
+namespace vela {
+
+namespace {
+
+constexpr int kActualTempRow = kSensorPoints;
+constexpr const char* kTableNames[] = {"Water", "Air"};
+constexpr const char* kListNames[] = {"Combop4", "Combop3"};
+constexpr const char* kTitles[] = {"Water Temperature Sensor", "Air Temperature Sensor"};
+constexpr std::array<double, 3> kCustomDefaultCelsius = {0.0, 40.0, 100.0};
+
+QString Ohms(double ohms) { return QString::number(std::lround(ohms)); }
+
+}  // namespace
+
+SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
+    : QWidget(parent), parts_(parts), fields_(new RawFieldPanel(parts.editors, this)) {
+  setObjectName("SensorSetupPage");
+  auto* columns = new QHBoxLayout(this);
+  columns->setContentsMargins(0, 0, 0, 0);
+  auto* left = new QVBoxLayout;
+  left->addWidget(BuildMapOptions());
+  QGroupBox* tps = MakeBox(this, "ThrottleCal", "Throttle Position Sensor");
+  tps->setToolTip(
+      "The throttle position sensor's set-up byte and its calibration bytes, shown and sent as "
+      "stored.");
+  fields_->Add(AddRawGroup(tps, TpsGroups().front(), [](QWidget* owner, const RawField& f, int) {
+    return new QLabel(QString::fromStdString(f.label), owner);
+  }));
+  left->addWidget(tps);
+  left->addStretch(1);
+  columns->addLayout(left, 1);
+  columns->addWidget(BuildSensorTable(SensorTable::kWater), 1);
+  columns->addWidget(BuildSensorTable(SensorTable::kAir), 1);
+  columns->addWidget(BuildCustomSensor(), 1);
+  ShowEditors();
+}
+
+QWidget* SensorSetupPage::BuildMapOptions() {
+  QGroupBox* box = MakeBox(this, "MapSensorOptions", "MAP Sensor Options");
+  auto* layout = new QVBoxLayout(box);
+  altitude_ = new QCheckBox("Altitude Compensation", box);
+  altitude_->setObjectName("AltitudeComp");
+  altitude_->setToolTip(
+      "Corrects the fuel for the air pressure of the place the car is driven, measured by the "
+      "MAP sensor before the engine starts.");
+  connect(altitude_, &QCheckBox::toggled, this, [this](bool on) {
+    parts_.editors.setup_editor().Choose(SetupChoice::kAltitudeComp, on ? 1 : 0);
+  });
+  layout->addWidget(altitude_);
+  layout->addWidget(new QLabel("Throttle Pump Based On", box));
+  auto* basis = new QWidget(box);
+  pump_basis_ = MakeOptionGroup(basis, "TPumpBased",
+                                {"Throttle Position (TPS)", "Manifold Pressure (MAP)"}, 1);
+  basis->setToolTip(
+      "What the throttle pump's \" De-activate Over\" limit is measured in: percent of "
+      "throttle, or boost in bar through the MAP sensor.");
+  connect(pump_basis_, &QButtonGroup::idToggled, this, [this](int id, bool on) {
+    if (on) parts_.editors.setup_editor().Choose(SetupChoice::kTPumpBased, id);
+  });
+  layout->addWidget(basis);
+  return box;
+}
+
+QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
+  const auto index = static_cast<std::size_t>(which);
+  QGroupBox* box = MakeBox(this, QString(kTableNames[index]) + "Box", kTitles[index]);
+  auto* layout = new QVBoxLayout(box);
+  QComboBox* list = MakeList(box, kListNames[index], SensorListTexts(which, false));
+  list->setToolTip("Choosing a known sensor fills the table and sends it to the ECU.");
+  connect(list, &QComboBox::activated, this,
+          [this, which](int choice) { ChooseSensor(which, choice); });
+  layout->addWidget(list);
+  auto* table = new QTableWidget(kSensorPoints + 1, 2, box);
+  table->setObjectName(kTableNames[index]);
+  table->setHorizontalHeaderLabels({"Temperature", "Ohms at Temperature"});
+  table->verticalHeader()->hide();
+  table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
+  table->setToolTip(
+      "Resistance of the sensor at each temperature. Editing a cell sends the whole table; the "
+      "ECU keeps each point as the divider ratio with its 560 ohm pull-up.");
+  for (int row = 0; row <= kSensorPoints; ++row) {
+    const QString temperature = row == kActualTempRow
+                                    ? QString("Actual Temp")
+                                    : QString::number(kSensorPointTemperatures[row]);
+    auto* label = new QTableWidgetItem(temperature);
+    label->setFlags(Qt::ItemIsEnabled);
+    label->setBackground(QColor(214, 218, 224));
+    table->setItem(row, 0, label);
+    auto* value = new QTableWidgetItem;
+    value->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    if (row == kActualTempRow) value->setFlags(Qt::ItemIsEnabled);
+    table->setItem(row, 1, value);
+  }
+  table->setMinimumHeight(table->verticalHeader()->defaultSectionSize() * (kSensorPoints + 2) + 4);
+  connect(table, &QTableWidget::itemChanged, this, [this, which](QTableWidgetItem* item) {
+    if (!filling_ && item->column() == 1 && item->row() < kSensorPoints) {
+      CellEdited(which, item->row());
+    }
+  });
+  layout->addWidget(table);
+  layout->addStretch(1);
+  tables_[index] = table;
+  lists_[index] = list;
+  return box;
+}
+
+QWidget* SensorSetupPage::BuildCustomSensor() {
+  QGroupBox* box = MakeBox(this, "CustomSensor", "Custom Sensor from Three Points");
+  box->setToolTip(
+      "Measure the sensor's resistance at three temperatures (cold, warm, hot). The program fits "
+      "a Steinhart-Hart curve through them and fills all eight rows of the chosen table.");
+  auto* layout = new QVBoxLayout(box);
+  custom_target_ = new QComboBox(box);
+  custom_target_->setObjectName("CustomSensorTarget");
+  custom_target_->addItems({"Fill the Water table", "Fill the Air table"});
+  layout->addWidget(custom_target_);
+  auto* points = new QGridLayout;
+  points->addWidget(new QLabel("\u00B0C", box), 0, 0);
+  points->addWidget(new QLabel("Ohms", box), 0, 1);
+  for (int i = 0; i < 3; ++i) {
+    custom_celsius_[i] = new QDoubleSpinBox(box);
+    custom_celsius_[i]->setObjectName(QString("CustomCelsius%1").arg(i));
+    custom_celsius_[i]->setRange(-40.0, 150.0);
+    custom_celsius_[i]->setDecimals(1);
+    custom_celsius_[i]->setValue(kCustomDefaultCelsius[i]);
+    custom_ohms_[i] = new QLineEdit(box);
+    custom_ohms_[i]->setObjectName(QString("CustomOhms%1").arg(i));
+    points->addWidget(custom_celsius_[i], i + 1, 0);
+    points->addWidget(custom_ohms_[i], i + 1, 1);
+  }
+  layout->addLayout(points);
+  auto* fill = new QPushButton("Fit Curve, Fill and Send", box);
+  fill->setObjectName("CustomSensorFill");
+  connect(fill, &QPushButton::clicked, this, &SensorSetupPage::FitCustomSensor);
+  layout->addWidget(fill);
+  custom_curve_ = new CurveView(box);
+  custom_curve_->setObjectName("CustomSensorCurve");
+  custom_curve_->SetTitle("Fitted sensor curve");
+  custom_curve_->SetUnits("\u00B0C", "ohms");
+  custom_curve_->SetLogY(true);
+  custom_curve_->SetPointDots(false);
+  custom_curve_->SetXRange(-20.0, 120.0);
+  layout->addWidget(custom_curve_, 1);
+  custom_note_ = new QLabel(box);
+  custom_note_->setObjectName("CustomSensorNote");
+  custom_note_->setWordWrap(true);
+  layout->addWidget(custom_note_);
+  return box;
+}
+
+std::array<std::string, kSensorPoints> SensorSetupPage::TableTexts(SensorTable which) const {
+  std::array<std::string, kSensorPoints> texts;
+  QTableWidget* table = tables_[static_cast<std::size_t>(which)];
+  for (int row = 0; row < kSensorPoints; ++row)
+    texts[row] = table->item(row, 1)->text().toStdString();
+  return texts;
+}
+
+void SensorSetupPage::FillTable(SensorTable which,
+                                const std::array<std::string, kSensorPoints>& ohms) {
+  filling_ = true;
+  QTableWidget* table = tables_[static_cast<std::size_t>(which)];
+  for (int row = 0; row < kSensorPoints; ++row) {
+    table->item(row, 1)->setText(QString::fromStdString(ohms[row]));
+  }
+  filling_ = false;
+}
+
+bool SensorSetupPage::SendTable(SensorTable which) {
+  const std::array<std::string, kSensorPoints> texts = TableTexts(which);
+  if (!parts_.editors.sensor_tables().Send(which, texts, SystemDecimalSeparator())) return false;
+  sent_texts_[static_cast<std::size_t>(which)] = texts;
+  return true;
+}
+
+void SensorSetupPage::ChooseSensor(SensorTable which, int choice) {
+  const std::optional<std::array<int, kSensorPoints>> ohms = KnownSensorOhms(which, choice);
+  if (!ohms) return;  // choice 0: the table as typed
+  std::array<std::string, kSensorPoints> texts;
+  for (int row = 0; row < kSensorPoints; ++row) texts[row] = std::to_string((*ohms)[row]);
+  FillTable(which, texts);
+  SendTable(which);
+}
+
+void SensorSetupPage::CellEdited(SensorTable which, int row) {
+  (void)row;
+  if (parts_.editors.suppress_change_events()) return;
+  ShowChoice(lists_[static_cast<std::size_t>(which)], 0);
+  if (!SendTable(which)) FillTable(which, sent_texts_[static_cast<std::size_t>(which)]);
+}
+
+void SensorSetupPage::FitCustomSensor() {
+  std::array<SensorPoint, 3> points{};
+  for (int i = 0; i < 3; ++i) {
+    const std::optional<double> ohms =
+        NumberOfText(custom_ohms_[i]->text().toStdString(), SystemDecimalSeparator());
+    points[i] = {custom_celsius_[i]->value(), ohms.value_or(0.0)};
+  }
+  std::string problem;
+  const std::optional<CustomSensorRows> rows = FillFromPoints(points, &problem);
+  std::vector<QPointF> marks;
+  for (const SensorPoint& point : points) marks.emplace_back(point.celsius, point.ohms);
+  custom_curve_->SetMarks(marks);
+  if (!rows) {
+    custom_curve_->SetPoints({});
+    custom_note_->setStyleSheet("color: rgb(200, 20, 20);");
+    custom_note_->setText(QString::fromStdString(problem) + " Nothing was sent.");
+    return;
+  }
+  std::vector<QPointF> curve;
+  for (double c = -20.0; c <= 120.0; c += 2.5) {
+    if (const std::optional<double> ohms = OhmsAt(rows->curve, c)) curve.emplace_back(c, *ohms);
+  }
+  custom_curve_->SetPoints(curve);
+  const SensorTable which =
+      custom_target_->currentIndex() == 0 ? SensorTable::kWater : SensorTable::kAir;
+  std::array<std::string, kSensorPoints> texts;
+  QStringList extrapolated;
+  for (int row = 0; row < kSensorPoints; ++row) {
+    texts[row] = Ohms(rows->ohms[row]).toStdString();
+    if (rows->extrapolated[row]) extrapolated << QString::number(kSensorPointTemperatures[row]);
+  }
+  FillTable(which, texts);
+  ShowChoice(lists_[static_cast<std::size_t>(which)], 0);
+  const bool sent = SendTable(which);
+  custom_note_->setStyleSheet(extrapolated.isEmpty() ? QString() : "color: rgb(170, 90, 0);");
+  custom_note_->setText(
+      (sent ? QString("The %1 table was filled from the curve and sent. ")
+                  .arg(kTableNames[static_cast<std::size_t>(which)])
+            : QString("The table was filled but not sent. ")) +
+      (extrapolated.isEmpty()
+           ? QString("Every row lies between the measured points.")
+           : QString("Rows %1 \u00B0C lie outside the measured points and are extrapolated: "
+                     "measure closer to them if the engine runs there.")
+                 .arg(extrapolated.join(", "))));
+}
+
+void SensorSetupPage::ShowEditors() {
+  const ChangeEventsSuppressed filling(parts_.editors.suppress_change_events());
+  const SensorSetup& sensors = parts_.editors.state().sensors;
+  {
+    const QSignalBlocker block(altitude_);
+    altitude_->setChecked(sensors.AltitudeComp);
+  }
+  ShowChoice(pump_basis_, sensors.TPumpBased ? 1 : 0);
+  for (const SensorTable which : {SensorTable::kWater, SensorTable::kAir}) {
+    const std::array<std::uint8_t, 8>& bytes =
+        which == SensorTable::kWater ? sensors.Water : sensors.Air;
+    std::array<std::string, kSensorPoints> texts;
+    for (int row = 0; row < kSensorPoints; ++row) {
+      texts[row] = Ohms(OhmsOfRatioByte(bytes[row])).toStdString();
+    }
+    FillTable(which, texts);
+    sent_texts_[static_cast<std::size_t>(which)] = texts;
+    ShowChoice(lists_[static_cast<std::size_t>(which)], 0);
+  }
+  fields_->ShowEditors();
+}
+
+void SensorSetupPage::ShowLive(const LiveData& live) {
+  if (!isVisible()) return;
+  filling_ = true;
+  tables_[0]->item(kActualTempRow, 1)->setText(QString::fromStdString(live.water_temp_text));
+  tables_[1]->item(kActualTempRow, 1)->setText(QString::fromStdString(live.air_temp_text));
+  filling_ = false;
+}
+
+void SensorSetupPage::ShowLanguage(bool english) {
+  for (const SensorTable which : {SensorTable::kWater, SensorTable::kAir}) {
+    lists_[static_cast<std::size_t>(which)]->setItemText(
+        0, QString::fromStdString(SensorListTexts(which, !english).front()));
+  }
+}
+
+}  // namespace vela

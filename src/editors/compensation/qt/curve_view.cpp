@@ -1,0 +1,204 @@
+#include "editors/compensation/qt/curve_view.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+
+#include "editors/mapgrid/map_display.h"
+
+namespace vela {
+
+namespace {
+
+constexpr int kLeft = 52;
+constexpr int kRight = 12;
+constexpr int kTop = 22;
+constexpr int kBottom = 30;
+constexpr int kAxisSegments = 4;
+
+// Segments of the x axis: the most (up to 7) that give a step of a whole or half unit.
+int XSegments(double low, double high) {
+  for (int n = 7; n >= 4; --n) {
+    const double twice_step = 2.0 * (high - low) / n;
+    if (std::abs(twice_step - std::round(twice_step)) < 1e-9) return n;
+  }
+  return kAxisSegments;
+}
+
+QString Number(double value) {
+  const double magnitude = std::abs(value);
+  const int decimals = magnitude >= 100 || value == std::round(value) ? 0 : magnitude >= 10 ? 1 : 2;
+  return QString::number(value, 'f', decimals);
+}
+
+}  // namespace
+
+CurveView::CurveView(QWidget* parent) : QWidget(parent) {
+  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+void CurveView::SetTitle(const QString& title) {
+  title_ = title;
+  update();
+}
+
+void CurveView::SetUnits(const QString& x_unit, const QString& y_unit) {
+  x_unit_ = x_unit;
+  y_unit_ = y_unit;
+  update();
+}
+
+void CurveView::SetPoints(std::vector<QPointF> points) {
+  points_ = std::move(points);
+  update();
+}
+
+void CurveView::SetMarks(std::vector<QPointF> marks) {
+  marks_ = std::move(marks);
+  update();
+}
+
+void CurveView::SetLogY(bool on) {
+  log_y_ = on;
+  update();
+}
+
+void CurveView::SetXRange(double low, double high) {
+  x_range_ = Range{low, high};
+  update();
+}
+
+void CurveView::SetShadeFrom(std::optional<double> x, const QString& caption) {
+  shade_from_ = x;
+  shade_caption_ = caption;
+  update();
+}
+
+void CurveView::SetLiveX(std::optional<double> x) {
+  if (x == live_x_) return;
+  live_x_ = x;
+  update();
+}
+
+double CurveView::Y(double value) const {
+  return log_y_ ? std::log10(std::max(value, 1e-9)) : value;
+}
+
+std::optional<double> CurveView::CurveAt(double x) const {
+  for (std::size_t i = 0; i + 1 < points_.size(); ++i) {
+    const QPointF& a = points_[i];
+    const QPointF& b = points_[i + 1];
+    if (x < a.x() || x > b.x() || a.x() == b.x()) continue;
+    const double share = (x - a.x()) / (b.x() - a.x());
+    const double y = Y(a.y()) + (Y(b.y()) - Y(a.y())) * share;
+    return log_y_ ? std::pow(10.0, y) : y;
+  }
+  return std::nullopt;
+}
+
+CurveView::Range CurveView::XRange() const {
+  if (x_range_) return *x_range_;
+  if (points_.empty()) return {0.0, 1.0};
+  return {points_.front().x(), points_.back().x()};
+}
+
+CurveView::Range CurveView::YRange() const {
+  double low = 0.0;
+  double high = 1.0;
+  bool any = false;
+  for (const auto* list : {&points_, &marks_}) {
+    for (const QPointF& p : *list) {
+      low = any ? std::min(low, Y(p.y())) : Y(p.y());
+      high = any ? std::max(high, Y(p.y())) : Y(p.y());
+      any = true;
+    }
+  }
+  if (log_y_)
+    return {std::floor(low), std::ceil(high) > std::floor(low) ? std::ceil(high) : low + 1};
+  const AxisScale scale = NiceScale(std::min(low, 0.0), high, kAxisSegments);
+  return {scale.min, scale.max};
+}
+
+void CurveView::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.fillRect(rect(), palette().base());
+  const QRectF plot(kLeft, kTop, width() - kLeft - kRight, height() - kTop - kBottom);
+  const Range xr = XRange();
+  const Range yr = YRange();
+  const auto px = [&](double x) {
+    return plot.left() + (x - xr.low) / (xr.high - xr.low) * plot.width();
+  };
+  const auto py = [&](double y) {
+    return plot.bottom() - (Y(y) - yr.low) / (yr.high - yr.low) * plot.height();
+  };
+  painter.setPen(palette().text().color());
+  const QRectF title_area(kLeft, 2, width() - kLeft - kRight, kTop - 4);
+  painter.drawText(
+      title_area, Qt::AlignHCenter | Qt::AlignTop,
+      fontMetrics().elidedText(title_, Qt::ElideRight, static_cast<int>(title_area.width())));
+
+  if (shade_from_ && *shade_from_ < xr.high) {
+    const double from = std::max(px(*shade_from_), plot.left());
+    const QRectF shade(from, plot.top(), plot.right() - from, plot.height());
+    painter.fillRect(shade, QColor(255, 120, 100, 60));
+    painter.drawText(shade.adjusted(4, 2, -2, 0), Qt::AlignLeft | Qt::AlignTop, shade_caption_);
+  }
+  const bool values = !points_.empty() || !marks_.empty();
+  for (int i = 0; i <= kAxisSegments; ++i) {
+    const double y = yr.low + (yr.high - yr.low) * i / kAxisSegments;
+    const double value = log_y_ ? std::pow(10.0, y) : y;
+    const double at = plot.bottom() - plot.height() * i / kAxisSegments;
+    painter.setPen(QPen(QColor(200, 200, 200), 1, Qt::DotLine));
+    painter.drawLine(QPointF(plot.left(), at), QPointF(plot.right(), at));
+    painter.setPen(palette().text().color());
+    if (values) {
+      painter.drawText(QRectF(0, at - 8, kLeft - 4, 16), Qt::AlignRight | Qt::AlignVCenter,
+                       Number(value));
+    }
+  }
+  const int x_segments = XSegments(xr.low, xr.high);
+  for (int i = 0; i <= x_segments; ++i) {
+    const double x = xr.low + (xr.high - xr.low) * i / x_segments;
+    painter.drawText(QRectF(px(x) - 30, plot.bottom() + 2, 60, 14), Qt::AlignHCenter, Number(x));
+  }
+  painter.drawText(QRectF(plot.left(), plot.bottom() + 14, plot.width(), 14), Qt::AlignRight,
+                   x_unit_);
+  painter.drawText(QRectF(2, 2, kLeft - 4, 16), Qt::AlignLeft,
+                   fontMetrics().elidedText(y_unit_, Qt::ElideRight, kLeft - 4));
+  painter.setPen(QPen(palette().text().color(), 1));
+  painter.drawRect(plot);
+
+  if (points_.size() >= 2) {
+    QPainterPath path;
+    path.moveTo(px(points_.front().x()), py(points_.front().y()));
+    for (const QPointF& p : points_) path.lineTo(px(p.x()), py(p.y()));
+    painter.setPen(QPen(QColor(30, 90, 200), 2));
+    painter.drawPath(path);
+    painter.setBrush(QColor(30, 90, 200));
+    if (point_dots_) {
+      for (const QPointF& p : points_) painter.drawEllipse(QPointF(px(p.x()), py(p.y())), 2.5, 2.5);
+    }
+  }
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(QPen(QColor(200, 100, 0), 2));
+  for (const QPointF& p : marks_) painter.drawEllipse(QPointF(px(p.x()), py(p.y())), 5, 5);
+
+  if (live_x_) {
+    const double x = std::clamp(*live_x_, xr.low, xr.high);
+    painter.setPen(QPen(QColor(220, 30, 30), 1.5, Qt::DashLine));
+    painter.drawLine(QPointF(px(x), plot.top()), QPointF(px(x), plot.bottom()));
+    QString caption = Number(*live_x_) + " " + x_unit_;
+    if (const std::optional<double> y = CurveAt(x)) {
+      painter.setPen(Qt::NoPen);
+      painter.setBrush(QColor(220, 30, 30));
+      painter.drawEllipse(QPointF(px(x), py(*y)), 5, 5);
+      caption += QStringLiteral(": ") + Number(*y) + " " + y_unit_;
+    }
+    painter.setPen(QColor(180, 20, 20));
+    painter.drawText(plot.adjusted(4, 2, -4, -2), Qt::AlignRight | Qt::AlignTop, caption);
+  }
+}
+
+}  // namespace vela

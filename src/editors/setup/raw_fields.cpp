@@ -1,0 +1,132 @@
+#include "editors/setup/raw_fields.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace vela {
+
+namespace {
+
+consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
+
+struct CheckPositions {
+  std::string_view message;
+  int first;
+  int last;
+};
+
+// Which positions each check speaks of.
+constexpr auto kCheckPositions = std::to_array<CheckPositions>({
+    {"Trigger Voltage Invalid", 852, 852},
+    {"Home Position Voltage Invalid", 853, 853},
+    {"Idle PWM Frequency Invalid", 867, 867},
+    {"GPO1 Function Invalid", 884, 884},
+    {"Rev Limiter 2 Invalid", 900, 901},
+    {"Trigger Tooth Offset Invalid", 908, 908},
+    {"GPO2 Function Invalid", 910, 910},
+    {"GPO3 Function Invalid", 926, 926},
+    {"Rev Limiter 1 Invalid", 949, 950},
+    {"TPS Setup Error", 952, 952},
+    {"Dwell Time Invalid", 958, 958},
+    {"Trigger Offset Error", 959, 959},
+    {"Injector Startup Prime Invalid", 998, 998},
+    {"Battery Voltage Compensation Invalid", 1000, 1010},
+    {"Idle Target RPM Invalid", 1011, 1013},
+    {"Idle Minimum Larger than Maximum Error", 1014, 1015},
+    {"Idle Cold Adjuster Invalid", 1018, 1018},
+    {"GPI1 Function Invalid", 1022, 1022},
+    {"GPI2 Function Invalid", 1023, 1023},
+});
+
+bool Speaks(std::string_view message, int position) {
+  return std::any_of(kCheckPositions.begin(), kCheckPositions.end(), [&](const auto& entry) {
+    return entry.message == message && position >= entry.first && position <= entry.last;
+  });
+}
+
+// "Gpi1Setup byte 2 (873)"; with no field name, "byte 2 (873)".
+std::string Named(std::string_view field, int index, int position) {
+  const std::string name = field.empty() ? "byte" : std::string(field) + " byte";
+  return name + " " + std::to_string(index) + " (" + std::to_string(position) + ")";
+}
+
+RawField Byte(std::string_view label, int position, RawShow show = RawShow::kByte) {
+  return {std::string(label) + " (" + std::to_string(position) + ")", position, show};
+}
+
+void AddBytes(std::vector<RawField>& fields, std::string_view field, int first, int count,
+              int first_index = 1) {
+  for (int i = 0; i < count; ++i) {
+    fields.push_back({Named(field, first_index + i, first + i), first + i, RawShow::kByte});
+  }
+}
+
+}  // namespace
+
+std::vector<RawGroup> OutputGroups() {
+  std::vector<RawGroup> groups;
+  for (int output = 1; output <= 3; ++output) {
+    const int start = kGpoStarts[static_cast<std::size_t>(output - 1)];
+    RawGroup group{"Output " + std::to_string(output) + ": Gpo" + std::to_string(output) +
+                       "Setup, " + std::to_string(start) + " to " + std::to_string(start + 15),
+                   {}};
+    group.fields.push_back(Byte("function", start));
+    AddBytes(group.fields, "", start + 1, 15, 2);
+    groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+std::vector<RawGroup> InputGroups() {
+  RawGroup input1{"General Purpose Input 1", {}};
+  input1.fields.push_back(Byte("Gpi1Function: function code", Pos("Gpi1Function")));
+  AddBytes(input1.fields, "Gpi1Setup", kGpiStarts[0], 6);
+  AddBytes(input1.fields, "Gpi1Aux", Pos("Gpi1Aux"), 2);
+  RawGroup input2{"General Purpose Input 2", {}};
+  input2.fields.push_back(Byte("Gpi2Function: function code", Pos("Gpi2Function")));
+  AddBytes(input2.fields, "Gpi2Setup", kGpiStarts[1], 6);
+  AddBytes(input2.fields, "GpiAux", Pos("GpiAux"), 2);
+  return {input1, input2};
+}
+
+std::vector<RawGroup> IdleGroups() {
+  RawGroup target{"Idle Speed", {}};
+  target.fields.push_back({"IdleTargetRpm (1011 to 1013)", Pos("IdleTargetRpm"), RawShow::kRpm24});
+  target.fields.push_back(Byte("IdleMinMax, minimum", Pos("IdleMinMax")));
+  target.fields.push_back(Byte("IdleMinMax, maximum", Pos("IdleMinMax") + 1));
+  target.fields.push_back(Byte("IdlePwmFrequency", Pos("IdlePwmFrequency")));
+  target.fields.push_back(Byte("IdleSetting858", Pos("IdleSetting858")));
+  RawGroup cold{"Idle Cold Adjuster and Further Values", {}};
+  AddBytes(cold.fields, "IdleCold", Pos("IdleCold"), 2);
+  cold.fields.push_back(Byte("IdleCold byte 3, halved", Pos("IdleCold") + 2, RawShow::kHalved));
+  AddBytes(cold.fields, "IdleMod0", Pos("IdleMod0Values"), 3, 3);
+  AddBytes(cold.fields, "IdleMod2", Pos("IdleMod2Values"), 4);
+  RawGroup flags{"Idle Options: CheckIdle 0 to 15, bit 0 first", {}};
+  flags.fields.push_back(Byte("IdleFlags1", Pos("IdleFlags1"), RawShow::kBits));
+  flags.fields.push_back(Byte("IdleFlags2", Pos("IdleFlags2"), RawShow::kBits));
+  return {target, cold, flags};
+}
+
+std::vector<RawGroup> TpsGroups() {
+  RawGroup tps{"Throttle Position Sensor", {}};
+  tps.fields.push_back(Byte("TpsSetup", Pos("TpsSetup")));
+  AddBytes(tps.fields, "TpsCal1", Pos("TpsCal1"), 2);
+  AddBytes(tps.fields, "TpsCal2", Pos("TpsCal2"), 2);
+  return {tps};
+}
+
+std::vector<std::string> FailedChecksAt(const CalibrationImage& image, int position,
+                                        const CheckContext& context) {
+  std::vector<std::string> messages;
+  for (const int step : {3, 4, 5, 7, 8, 9, 10, 11}) {
+    for (const SetupCheck& check : ChecksOfStep(step)) {
+      if (Speaks(check.message, position) && check.failures(image, context) > 0) {
+        messages.emplace_back(check.message);
+      }
+    }
+  }
+  return messages;
+}
+
+}  // namespace vela

@@ -1,0 +1,349 @@
+#include "editors/setup/setup_editor.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "calibration/conversions.h"
+#include "editors/build_calibration.h"
+#include "editors/setup/map_sensor.h"
+#include "editors/setup/setup_checks.h"
+#include "editors/setup/setup_options.h"
+
+namespace vela {
+
+namespace {
+
+constexpr int kCommandWrite = 4;
+constexpr double kMaxTriggerOffsetDegrees = kMaxTriggerOffset / 2.0;
+
+// The image field a choice lives in.
+std::string_view FieldOf(SetupChoice choice) {
+  switch (choice) {
+    case SetupChoice::kCylinders:
+      return "Cylinders";
+    case SetupChoice::kFuelMode:
+    case SetupChoice::kOptionImpedance:
+      return "InjectionMode";
+    case SetupChoice::kLimiterMode:
+    case SetupChoice::kTriggerEdgeInput:
+    case SetupChoice::kTriggerEdgeHome:
+    case SetupChoice::kTriggerEdgeSpark:
+    case SetupChoice::kComboAuxOutput:
+      return "LimiterTacho";
+    case SetupChoice::kComboTrigger:
+      return "TriggerPattern";
+    case SetupChoice::kTriggerHallMagnetic:
+    case SetupChoice::kTriggerSensorFlag:
+      return "TriggerSensor";
+    case SetupChoice::kComboHome:
+      return "HomePattern";
+    case SetupChoice::kHomeHallMagnetic:
+    case SetupChoice::kHomeSensorFlag:
+      return "HomeSensor";
+    case SetupChoice::kComboSpark:
+      return "SparkMode";
+    case SetupChoice::kDwellMode:
+      return "DwellTime";
+    case SetupChoice::kComboSiteRPM:
+      return "RpmSitesSetup";
+    case SetupChoice::kComboSiteFuel:
+      return "FuelSitesSelection";
+    case SetupChoice::kComboSiteIgnition:
+      return "IgnSites";
+    case SetupChoice::kFuelPumpPrime:
+      return "StartupPrime";
+    case SetupChoice::kWarningLight:
+      return "Setting997";
+    case SetupChoice::kLoadSensing:
+    case SetupChoice::kAltitudeComp:
+    case SetupChoice::kTPumpBased:
+    case SetupChoice::kComboMAP:
+      return "MapSensorSetup";
+    case SetupChoice::kComboMAPScale:
+      return "MapSensorScaling";
+  }
+  return {};
+}
+
+template <std::size_t N>
+std::uint8_t* InGroup(std::array<std::uint8_t, N>& bytes, int first, int position) {
+  const int index = position - first;
+  return index >= 0 && index < static_cast<int>(N) ? &bytes[static_cast<std::size_t>(index)]
+                                                   : nullptr;
+}
+
+consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
+
+// The state's byte for a position a raw editor owns, or null.
+std::uint8_t* RawStateByte(EditorState& state, int position) {
+  InputsOutputs& io = state.io;
+  IdleControl& idle = state.idle;
+  SensorSetup& sensors = state.sensors;
+  EngineSetup& setup = state.setup;
+  for (std::uint8_t* byte : {
+           InGroup(io.Gpo1Setup, kGpoStarts[0], position),
+           InGroup(io.Gpo2Setup, kGpoStarts[1], position),
+           InGroup(io.Gpo3Setup, kGpoStarts[2], position),
+           InGroup(io.Gpi1Setup, kGpiStarts[0], position),
+           InGroup(io.Gpi2Setup, kGpiStarts[1], position),
+           InGroup(io.Gpi1Aux, Pos("Gpi1Aux"), position),
+           InGroup(io.GpiAux, Pos("GpiAux"), position),
+           InGroup(idle.IdleCold, Pos("IdleCold"), position),
+           InGroup(idle.IdleMod2, Pos("IdleMod2Values"), position),
+           InGroup(sensors.TpsCal1, Pos("TpsCal1"), position),
+           InGroup(sensors.TpsCal2, Pos("TpsCal2"), position),
+       }) {
+    if (byte != nullptr) return byte;
+  }
+  if (position >= Pos("IdleMinMax") && position <= Pos("IdleMinMax") + 1) {
+    return &idle.IdleMod0[static_cast<std::size_t>(position - Pos("IdleMinMax"))];
+  }
+  if (position >= Pos("IdleMod0Values") && position <= Pos("IdleMod0Values") + 2) {
+    return &idle.IdleMod0[static_cast<std::size_t>(2 + position - Pos("IdleMod0Values"))];
+  }
+  switch (position) {
+    case Pos("Gpi1Function"):
+      return &io.Gpi1Function;
+    case Pos("Gpi2Function"):
+      return &io.Gpi2Function;
+    case Pos("IdlePwmFrequency"):
+      return &idle.IdlePwmFrequency;
+    case Pos("IdleSetting858"):
+      return &idle.IdleSetting858;
+    case Pos("TpsSetup"):
+      return &sensors.TpsSetup;
+    case Pos("TriggerVoltage"):
+      return &setup.TriggerVoltage;
+    case Pos("HomeVoltage"):
+      return &setup.HomeVoltage;
+    case Pos("TriggerToothOffset"):
+      return &setup.TriggerToothOffset;
+    case Pos("FuelSetting948"):
+      return &setup.FuelSetting948;
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+int DwellModeOf(std::uint8_t dwell_byte) { return (dwell_byte & kDwellChargeTimeBit) ? 1 : 0; }
+int DwellValueOf(std::uint8_t dwell_byte) { return dwell_byte & kMaxDwellValue; }
+
+std::uint8_t LimiterTachoByte(const EngineSetup& setup) {
+  int value = 0;
+  if (setup.TriggerEdgeInput == 1) value |= 1;
+  if (setup.TriggerEdgeHome == 1) value |= 2;
+  if (setup.TriggerEdgeSpark == 1) value |= 4;
+  if (setup.ComboAuxOutput == 1) value |= 32;
+  if (setup.LimiterMode >= 0 && setup.LimiterMode <= 2) value |= (setup.LimiterMode + 1) << 6;
+  return static_cast<std::uint8_t>(value);
+}
+
+std::vector<int> SafeByteOrder(int first_position, int width, std::uint32_t old_value,
+                               std::uint32_t new_value) {
+  std::vector<int> positions;
+  for (int i = 0; i < width; ++i) positions.push_back(first_position + i);
+  if (new_value > old_value) std::reverse(positions.begin(), positions.end());
+  return positions;
+}
+
+bool SetupEditor::IsRawPosition(int position) {
+  EditorState probe;
+  return RawStateByte(probe, position) != nullptr;
+}
+
+void SetupEditor::UpdateState(SetupChoice choice, int value) {
+  EngineSetup& setup = parts_.state.setup;
+  SensorSetup& sensors = parts_.state.sensors;
+  switch (choice) {
+    case SetupChoice::kCylinders:
+      setup.Cylinders = value;
+      break;
+    case SetupChoice::kFuelMode:
+      setup.FuelMode = value;
+      SetupIgnitionDivide(setup);
+      break;
+    case SetupChoice::kOptionImpedance:
+      setup.OptionImpedance = value;
+      break;
+    case SetupChoice::kLimiterMode:
+      setup.LimiterMode = value;
+      break;
+    case SetupChoice::kTriggerEdgeInput:
+      setup.TriggerEdgeInput = value;
+      break;
+    case SetupChoice::kTriggerEdgeHome:
+      setup.TriggerEdgeHome = value;
+      break;
+    case SetupChoice::kTriggerEdgeSpark:
+      setup.TriggerEdgeSpark = value;
+      break;
+    case SetupChoice::kComboAuxOutput:
+      setup.ComboAuxOutput = value;
+      break;
+    case SetupChoice::kComboTrigger:
+      setup.ComboTrigger = value;
+      break;
+    case SetupChoice::kTriggerHallMagnetic:
+      setup.TriggerHallMagnetic = value;
+      break;
+    case SetupChoice::kTriggerSensorFlag:
+      setup.TriggerSensorFlag = value != 0;
+      break;
+    case SetupChoice::kComboHome:
+      setup.ComboHome = value;
+      break;
+    case SetupChoice::kHomeHallMagnetic:
+      setup.HomeHallMagnetic = value;
+      break;
+    case SetupChoice::kHomeSensorFlag:
+      setup.HomeSensorFlag = value != 0;
+      break;
+    case SetupChoice::kComboSpark:
+      setup.ComboSpark = value;
+      break;
+    case SetupChoice::kDwellMode:
+      setup.DwellTime = static_cast<std::uint8_t>((setup.DwellTime & ~kDwellChargeTimeBit) |
+                                                  (value == 1 ? kDwellChargeTimeBit : 0));
+      break;
+    case SetupChoice::kComboSiteRPM:
+      setup.ComboSiteRPM = value;
+      break;
+    case SetupChoice::kComboSiteFuel:
+      setup.ComboSiteFuel = value;
+      break;
+    case SetupChoice::kComboSiteIgnition:
+      setup.ComboSiteIgnition = value;
+      break;
+    case SetupChoice::kFuelPumpPrime:
+      setup.StartupPrime = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
+      break;
+    case SetupChoice::kWarningLight:
+      setup.Setting997 = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
+      break;
+    case SetupChoice::kLoadSensing:
+      sensors.LoadSensing = value;
+      break;
+    case SetupChoice::kAltitudeComp:
+      sensors.AltitudeComp = value != 0;
+      break;
+    case SetupChoice::kTPumpBased:
+      sensors.TPumpBased = value != 0;
+      break;
+    case SetupChoice::kComboMAP: {
+      sensors.ComboMAP = value;
+      // A new type starts at its full span, the one scaling every type offers.
+      sensors.ComboMAPScale = 0;
+      sensors.MapSensorScaling = MapScaleCodeOfEntry(value, 0).value_or(64);
+      break;
+    }
+    case SetupChoice::kComboMAPScale:
+      sensors.ComboMAPScale = value;
+      if (const auto code = MapScaleCodeOfEntry(sensors.ComboMAP, value)) {
+        sensors.MapSensorScaling = *code;
+      }
+      break;
+  }
+}
+
+void SetupEditor::LayOutMaps() {
+  MapEditors& maps = parts_.state.maps;
+  maps.FuelLoadSites = FuelLoadSitesOfChoice(parts_.state.setup.ComboSiteFuel);
+  maps.IgnLoadSites = IgnLoadSitesOfChoice(parts_.state.setup.ComboSiteIgnition);
+  maps.FuelMap1 = parts_.image.ReadFuelMap(1);
+  maps.FuelMap2 = parts_.image.ReadFuelMap(2);
+  maps.IgnMap = parts_.image.ReadIgnMap();
+}
+
+std::vector<ByteWrite> SetupEditor::Choose(SetupChoice choice, int value) {
+  if (Filling()) return {};
+  if (choice == SetupChoice::kTriggerEdgeInput && value == 1) {
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
+                         {kRisingEdgeWarningLines.begin(), kRisingEdgeWarningLines.end()});
+  }
+  UpdateState(choice, value);
+  std::vector<ByteWrite> sent = Store(FieldOf(choice));
+  if (choice == SetupChoice::kComboMAP) {
+    const std::vector<ByteWrite> scaling = Store("MapSensorScaling");
+    sent.insert(sent.end(), scaling.begin(), scaling.end());
+  }
+  if (choice == SetupChoice::kComboSiteFuel || choice == SetupChoice::kComboSiteIgnition) {
+    LayOutMaps();
+  }
+  return sent;
+}
+
+std::optional<std::vector<ByteWrite>> SetupEditor::SetRevLimitRpm(int limiter, double rpm) {
+  if (Filling() || (limiter != 1 && limiter != 2)) return std::nullopt;
+  const std::optional<std::uint32_t> period = EnginePeriodFromRpm(rpm, 0xFFFF);
+  if (!period) return std::nullopt;
+  std::uint16_t& field = limiter == 1 ? parts_.state.setup.RevLimit1 : parts_.state.setup.RevLimit2;
+  field = static_cast<std::uint16_t>(*period);
+  return Store(limiter == 1 ? "RevLimit1" : "RevLimit2");
+}
+
+std::optional<std::vector<ByteWrite>> SetupEditor::SetIdleTargetRpm(double rpm) {
+  if (Filling()) return std::nullopt;
+  const std::optional<std::uint32_t> period = EnginePeriodFromRpm(rpm, 0xFFFFFF);
+  if (!period) return std::nullopt;
+  parts_.state.idle.IdleTargetRpm = *period;
+  return Store("IdleTargetRpm");
+}
+
+std::optional<std::vector<ByteWrite>> SetupEditor::SetTriggerOffsetDegrees(double degrees) {
+  if (Filling() || !(degrees >= 0.0 && degrees <= kMaxTriggerOffsetDegrees)) return std::nullopt;
+  parts_.state.setup.TriggerOffset = RawFromTriggerOffset(degrees);
+  return Store("TriggerOffset");
+}
+
+std::vector<ByteWrite> SetupEditor::SetDwellValue(int value) {
+  if (Filling()) return {};
+  std::uint8_t& dwell = parts_.state.setup.DwellTime;
+  dwell = static_cast<std::uint8_t>((dwell & kDwellChargeTimeBit) |
+                                    std::clamp(value, 0, kMaxDwellValue));
+  return Store("DwellTime");
+}
+
+std::vector<ByteWrite> SetupEditor::SetRawByte(int position, std::uint8_t value) {
+  std::uint8_t* byte = RawStateByte(parts_.state, position);
+  if (Filling() || byte == nullptr) return {};
+  *byte = value;
+  return StorePositions({position});
+}
+
+std::vector<ByteWrite> SetupEditor::SetIdleFlag(int index, bool on) {
+  if (Filling() || index < 0 || index >= static_cast<int>(parts_.state.idle.CheckIdle.size())) {
+    return {};
+  }
+  parts_.state.idle.CheckIdle[static_cast<std::size_t>(index)] = on;
+  return Store(index < 8 ? "IdleFlags1" : "IdleFlags2");
+}
+
+std::vector<ByteWrite> SetupEditor::Store(std::string_view name) {
+  const std::optional<SetupField> field = FindSetupField(name);
+  if (!field) return {};
+  if (field->kind == FieldKind::kNumber && field->width > 1) {
+    const std::uint32_t old_value = parts_.image.FieldValue(*field);
+    const std::uint32_t new_value = EncodeSetup(parts_.state).FieldValue(*field);
+    return StorePositions(SafeByteOrder(field->position, field->width, old_value, new_value));
+  }
+  std::vector<int> positions;
+  for (int p = field->position; p <= field->LastPosition(); ++p) positions.push_back(p);
+  return StorePositions(positions);
+}
+
+std::vector<ByteWrite> SetupEditor::StorePositions(const std::vector<int>& positions) {
+  const CalibrationImage encoded = EncodeSetup(parts_.state);
+  std::vector<ByteWrite> sent;
+  for (const int position : positions) {
+    const std::uint8_t value = encoded.Byte(position);
+    if (value == parts_.image.Byte(position)) continue;
+    parts_.image.SetByte(position, value);
+    parts_.sender.Send(kCommandWrite, position, value);
+    sent.push_back({position, value});
+  }
+  return sent;
+}
+
+}  // namespace vela

@@ -1,0 +1,107 @@
+// The engine and sensor set-up as the tuner changes it: each choice or number is kept in the
+// editors' state, written into the calibration image and sent to the ECU at once, one
+// single-value write (command 4) for each image byte that changed. While the editors are being
+// filled from a calibration nothing is kept, sent or shown.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "editors/edit_parts.h"
+
+namespace vela {
+
+// The option groups and lists of the set-up pages.
+enum class SetupChoice {
+  kCylinders,            // byte 947
+  kFuelMode,             // byte 907, bits 0 and 1
+  kOptionImpedance,      // byte 907, bits 6 and 7
+  kLimiterMode,          // byte 942, bits 6 and 7
+  kTriggerEdgeInput,     // byte 942, bit 0
+  kTriggerEdgeHome,      // byte 942, bit 1
+  kTriggerEdgeSpark,     // byte 942, bit 2
+  kComboAuxOutput,       // byte 942, bit 5
+  kComboTrigger,         // byte 902
+  kTriggerHallMagnetic,  // byte 903, bits 0 to 6
+  kTriggerSensorFlag,    // byte 903, bit 7 (0 or 1)
+  kComboHome,            // byte 904
+  kHomeHallMagnetic,     // byte 905, bits 0 to 6
+  kHomeSensorFlag,       // byte 905, bit 7 (0 or 1)
+  kComboSpark,           // byte 906
+  kDwellMode,            // byte 958, bit 6
+  kComboSiteRPM,         // byte 946
+  kComboSiteFuel,        // byte 995, bits 0 to 4
+  kComboSiteIgnition,    // byte 996
+  kFuelPumpPrime,        // byte 998
+  kWarningLight,         // byte 997
+  kLoadSensing,          // byte 955, bit 6
+  kAltitudeComp,         // byte 955, bit 5 (0 or 1)
+  kTPumpBased,           // byte 955, bit 7 (0 or 1)
+  kComboMAP,             // byte 955, bits 0 to 2
+  kComboMAPScale,        // byte 956
+};
+
+struct ByteWrite {
+  int position;
+  std::uint8_t value;
+  bool operator==(const ByteWrite&) const = default;
+};
+
+// Byte 958: bit 6 chooses "Constant Charge Time" over "Constant Duty Percentage"; bits 0 to 5
+// hold the duty in percent or the charge time in tenths of a millisecond.
+inline constexpr std::uint8_t kDwellChargeTimeBit = 0x40;
+inline constexpr int kMaxDwellValue = 63;
+int DwellModeOf(std::uint8_t dwell_byte);
+int DwellValueOf(std::uint8_t dwell_byte);
+
+// Byte 942 from every choice it carries: the three edges (1, 2, 4), the auxiliary output's second
+// entry (32) and the limiter mode (64, 128, 192).
+std::uint8_t LimiterTachoByte(const EngineSetup& setup);
+
+// The order in which the bytes of a number of several bytes go to the ECU: most significant
+// first when the number grows, least significant first when it shrinks. No value the ECU holds on
+// the way is then below both the old and the new number: a rev limiter's period never passes
+// through a speed above both limits (it may pass a lower one for the moment between frames).
+std::vector<int> SafeByteOrder(int first_position, int width, std::uint32_t old_value,
+                               std::uint32_t new_value);
+
+class SetupEditor {
+ public:
+  explicit SetupEditor(EditParts parts) : parts_(parts) {}
+
+  // A choice of a group or list (`value` is the entry index, or 0/1 for a flag). Choosing
+  // "Rising" for the trigger input first shows the rising-edge warning; the choice is kept and
+  // sent whatever the answer. A change of the site lists lays the editors' maps out afresh from
+  // the image (the ECU reads the same map bytes with the new layout). Returns the bytes sent.
+  std::vector<ByteWrite> Choose(SetupChoice choice, int value);
+
+  // Numbers in the tuner's units. nullopt (and nothing kept or sent) when the value cannot be
+  // held: a speed whose period does not fit the field, an offset outside 0 to 60 degrees.
+  std::optional<std::vector<ByteWrite>> SetRevLimitRpm(int limiter, double rpm);
+  std::optional<std::vector<ByteWrite>> SetIdleTargetRpm(double rpm);
+  std::optional<std::vector<ByteWrite>> SetTriggerOffsetDegrees(double degrees);
+  std::vector<ByteWrite> SetDwellValue(int value);
+
+  // A byte that an editor shows raw (an output or input group, the idle, TPS and trigger bytes);
+  // nothing happens for a position no raw editor owns.
+  std::vector<ByteWrite> SetRawByte(int position, std::uint8_t value);
+  // Idle option `index` (0 to 7: byte 856, bits 0 to 7; 8 to 15: byte 857).
+  std::vector<ByteWrite> SetIdleFlag(int index, bool on);
+
+  // True when SetRawByte takes `position`.
+  static bool IsRawPosition(int position);
+
+ private:
+  bool Filling() const { return parts_.suppress_change_events; }
+  // Writes the bytes of `field` as the editors now hold them and sends the ones that changed.
+  std::vector<ByteWrite> Store(std::string_view field);
+  std::vector<ByteWrite> StorePositions(const std::vector<int>& positions);
+  void UpdateState(SetupChoice choice, int value);
+  void LayOutMaps();
+
+  EditParts parts_;
+};
+
+}  // namespace vela

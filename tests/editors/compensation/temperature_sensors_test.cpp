@@ -1,0 +1,138 @@
+#include "editors/compensation/temperature_sensors.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "calibration/conversions.h"
+#include "editor_fakes.h"
+
+namespace vela {
+namespace {
+
+using editor_testing::RecordingSender;
+using editor_testing::ScriptedMessages;
+using editor_testing::SentFrame;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+using Bytes = std::array<int, 8>;
+
+Bytes BytesOf(const std::array<int, 8>& ohms) {
+  Bytes bytes{};
+  for (int i = 0; i < 8; ++i) bytes[i] = SensorRatioByte(ohms[i]);
+  return bytes;
+}
+
+TEST(SensorRatioByte, EveryListedSensorGivesItsBytes) {
+  // Worked out by hand from 256 x R / (R + 560), halves to the even neighbour.
+  const Bytes water[] = {
+      {231, 219, 202, 172, 92, 89, 65, 57},   {240, 213, 165, 150, 79, 51, 27, 3},
+      {244, 231, 204, 167, 124, 89, 62, 55},  {252, 246, 218, 170, 121, 74, 49, 31},
+      {251, 248, 224, 175, 136, 110, 61, 52}, {251, 248, 224, 175, 136, 110, 61, 52},
+      {246, 235, 218, 172, 133, 84, 51, 22}};
+  const Bytes air[] = {{252, 246, 218, 170, 121, 74, 49, 31},
+                       {240, 213, 165, 150, 79, 51, 27, 19},
+                       {244, 231, 204, 167, 124, 89, 62, 55},
+                       {251, 248, 224, 175, 136, 110, 61, 52},
+                       {246, 235, 218, 172, 133, 84, 51, 22}};
+  for (int choice = 1; choice <= 7; ++choice) {
+    EXPECT_EQ(BytesOf(*KnownSensorOhms(SensorTable::kWater, choice)), water[choice - 1]) << choice;
+  }
+  for (int choice = 1; choice <= 5; ++choice) {
+    EXPECT_EQ(BytesOf(*KnownSensorOhms(SensorTable::kAir, choice)), air[choice - 1]) << choice;
+  }
+  EXPECT_FALSE(KnownSensorOhms(SensorTable::kWater, 0));
+  EXPECT_FALSE(KnownSensorOhms(SensorTable::kAir, 6));
+  EXPECT_EQ(SensorListTexts(SensorTable::kWater, false).size(), 8u);
+  EXPECT_EQ(SensorListTexts(SensorTable::kAir, false)[2], " VW 1 Wire");
+}
+
+TEST(SensorRatioByte, HalfwayAndTopOfTheByte) {
+  EXPECT_EQ(SensorRatioByte(3213), 218);
+  EXPECT_EQ(SensorRatioByte(35429), 252);
+  EXPECT_EQ(SensorRatioByte(286159), 255);
+  EXPECT_EQ(SensorRatioByte(286160), 256);
+  for (int b = 1; b <= 255; ++b) {
+    EXPECT_EQ(SensorRatioByte(std::round(OhmsOfRatioByte(static_cast<std::uint8_t>(b)))), b) << b;
+  }
+}
+
+class SensorTableSenderTest : public ::testing::Test, public editor_testing::EditFixture {
+ protected:
+  static std::array<std::string, 8> Texts(const std::array<int, 8>& ohms) {
+    std::array<std::string, 8> texts;
+    for (int i = 0; i < 8; ++i) texts[i] = std::to_string(ohms[i]);
+    return texts;
+  }
+  SensorTableSender tables{Parts()};
+};
+
+TEST_F(SensorTableSenderTest, ATableGoesOutAsItsEightPointsInOrder) {
+  ASSERT_TRUE(
+      tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 5)), '.'));
+  const std::vector<SentFrame> choice5 = sender.frames;
+  EXPECT_THAT(choice5,
+              ElementsAre(SentFrame{4, 987, 251}, SentFrame{4, 988, 248}, SentFrame{4, 989, 224},
+                          SentFrame{4, 990, 175}, SentFrame{4, 991, 136}, SentFrame{4, 992, 110},
+                          SentFrame{4, 993, 61}, SentFrame{4, 994, 52}));
+  sender.frames.clear();
+  ASSERT_TRUE(
+      tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 6)), '.'));
+  EXPECT_EQ(sender.frames, choice5);
+  EXPECT_EQ(tables.LastSent(SensorTable::kWater)[1], 251);
+  EXPECT_EQ(tables.LastSent(SensorTable::kWater)[8], 52);
+  EXPECT_EQ(state.sensors.Water[7], 52);
+  sender.frames.clear();
+  ASSERT_TRUE(tables.Send(SensorTable::kAir, Texts(*KnownSensorOhms(SensorTable::kAir, 1)), '.'));
+  EXPECT_EQ(sender.frames.front(), (SentFrame{4, 971, 252}));
+  EXPECT_EQ(image.Byte(978), 31);
+}
+
+TEST_F(SensorTableSenderTest, ABadRowIsNamedAndNothingOfTheTableIsSent) {
+  std::array<std::string, 8> texts = Texts(*KnownSensorOhms(SensorTable::kWater, 1));
+  for (const char* bad : {"abc", "0", "-5", "286160", ""}) {
+    texts[7] = bad;
+    EXPECT_FALSE(tables.Send(SensorTable::kWater, texts, '.')) << bad;
+  }
+  EXPECT_THAT(sender.frames, IsEmpty());
+  ASSERT_EQ(messages.shown.size(), 5u);
+  EXPECT_EQ(messages.shown[0].lines[0],
+            "The resistance at 120 \u00B0C (\"abc\") is not a number of ohms.");
+  EXPECT_THAT(messages.shown[3].lines[0], ::testing::HasSubstr("too high"));
+  EXPECT_EQ(image.Byte(994), 0);
+}
+
+TEST(SteinhartHart, ThreePointsOfAKnownSensorGiveItsCurveBack) {
+  // An NTC of 10 kilohm at 25 C, B = 3950: R = 10000 exp(3950 (1/T - 1/298.15)).
+  const auto ohms = [](double c) {
+    return 10000.0 * std::exp(3950.0 * (1.0 / (c + 273.15) - 1.0 / 298.15));
+  };
+  std::string problem;
+  const auto rows = FillFromPoints({{{0, ohms(0)}, {40, ohms(40)}, {100, ohms(100)}}}, &problem);
+  ASSERT_TRUE(rows) << problem;
+  for (int i = 0; i < 8; ++i) {
+    const double celsius = kSensorPointTemperatures[i];
+    EXPECT_NEAR(rows->ohms[i] / ohms(celsius), 1.0, 0.03) << celsius;
+    EXPECT_NEAR(CelsiusAt(rows->curve, rows->ohms[i]), celsius, 1e-6);
+  }
+  EXPECT_THAT(rows->extrapolated,
+              ElementsAre(true, false, false, false, false, false, false, true));
+  // The curve passes through the three points exactly.
+  EXPECT_NEAR(*OhmsAt(rows->curve, 40), ohms(40), 1e-6 * ohms(40));
+}
+
+TEST(SteinhartHart, PointsThatMakeNoSensorCurveAreRefused) {
+  std::string problem;
+  EXPECT_FALSE(FillFromPoints({{{20, 3000}, {20, 2000}, {80, 300}}}, &problem));
+  EXPECT_FALSE(problem.empty());
+  // Resistance rising with temperature: not an NTC sensor.
+  EXPECT_FALSE(FillFromPoints({{{0, 300}, {40, 1000}, {100, 5000}}}, &problem));
+  EXPECT_THAT(problem, ::testing::HasSubstr("falls"));
+  EXPECT_FALSE(FillFromPoints({{{0, 0}, {40, 1000}, {100, 200}}}, &problem));
+}
+
+}  // namespace
+}  // namespace vela

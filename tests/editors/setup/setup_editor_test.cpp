@@ -1,0 +1,314 @@
+#include "editors/setup/setup_editor.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+#include "editor_fakes.h"
+#include "editors/apply_calibration.h"
+#include "editors/setup/map_sensor.h"
+#include "editors/setup/raw_fields.h"
+#include "editors/setup/setup_notes.h"
+
+namespace vela {
+namespace {
+
+using editor_testing::RecordingSender;
+using editor_testing::ScriptedMessages;
+using editor_testing::SentFrame;
+using editor_testing::SoundImage;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class SetupEditorTest : public ::testing::Test, public editor_testing::EditFixture {
+ protected:
+  SetupEditorTest() { Load(SoundImage()); }
+
+  // The editors filled from `image`, as after an upload.
+  void Load(const CalibrationImage& loaded) {
+    image = loaded;
+    state = EditorState{};
+    StartupTrace status;
+    RecordingSender quiet;
+    LinkState link;
+    ApplyEnvironment env{status, messages, quiet, link, suppress, {}, {}};
+    ApplyUploadedCalibration(image, CalibrationSource::kMapFile, state, env);
+    state.SetupErrors.clear();
+  }
+
+  SetupEditor editor{Parts()};
+};
+
+TEST_F(SetupEditorTest, Byte942IsRecomputedFromTheEdgesTheAuxiliaryEntryAndTheLimiter) {
+  editor.Choose(SetupChoice::kTriggerEdgeInput, 1);
+  editor.Choose(SetupChoice::kTriggerEdgeSpark, 1);
+  editor.Choose(SetupChoice::kLimiterMode, 2);
+  EXPECT_EQ(image.Byte(942), 1 + 4 + 192);
+  EXPECT_EQ(sender.frames.back(), (SentFrame{4, 942, 197}));
+  editor.Choose(SetupChoice::kTriggerEdgeHome, 1);
+  editor.Choose(SetupChoice::kComboAuxOutput, 1);
+  EXPECT_EQ(image.Byte(942), 1 + 2 + 4 + 32 + 192);
+  // Either "Rev Counter Signal" keeps its own index; only the second entry sets bit 5.
+  editor.Choose(SetupChoice::kComboAuxOutput, 3);
+  EXPECT_EQ(state.setup.ComboAuxOutput, 3);
+  EXPECT_EQ(image.Byte(942), 1 + 2 + 4 + 192);
+  editor.Choose(SetupChoice::kLimiterMode, 0);
+  EXPECT_EQ(image.Byte(942), 1 + 2 + 4 + 64);
+}
+
+TEST_F(SetupEditorTest, EachChoiceSendsOnlyTheByteItLivesIn) {
+  const std::tuple<SetupChoice, int, int, int> cases[] = {
+      {SetupChoice::kCylinders, 7, 947, 7},
+      {SetupChoice::kFuelMode, 2, 907, 2 | 64},
+      {SetupChoice::kOptionImpedance, 2, 907, 2 | 128},
+      {SetupChoice::kComboTrigger, 5, 902, 5},
+      {SetupChoice::kTriggerHallMagnetic, 2, 903, 2},
+      {SetupChoice::kTriggerSensorFlag, 1, 903, 0x82},
+      {SetupChoice::kComboHome, 3, 904, 3},
+      {SetupChoice::kComboSpark, 2, 906, 2},
+      {SetupChoice::kDwellMode, 1, 958, 50 | 64},
+      {SetupChoice::kComboSiteRPM, 3, 946, 3},
+      {SetupChoice::kFuelPumpPrime, 14, 998, 14},
+      {SetupChoice::kWarningLight, 2, 997, 2},
+      {SetupChoice::kAltitudeComp, 1, 955, 64 | 32},
+      {SetupChoice::kLoadSensing, 0, 955, 32},
+      {SetupChoice::kTPumpBased, 1, 955, 32 | 128},
+  };
+  for (const auto& [choice, value, position, byte] : cases) {
+    sender.frames.clear();
+    editor.Choose(choice, value);
+    EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, position, byte})) << position;
+    EXPECT_EQ(image.Byte(position), byte);
+  }
+}
+
+TEST_F(SetupEditorTest, RisingTriggerEdgeWarnsFirstAndIsSentWhateverTheAnswer) {
+  messages.answers.push_back(MessageAnswer::kOk);
+  sender.on_send = [this] { EXPECT_EQ(messages.shown.size(), 1u); };
+  editor.Choose(SetupChoice::kTriggerEdgeInput, 1);
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].icon, MessageIcon::kExclamation);
+  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
+  EXPECT_THAT(messages.shown[0].lines,
+              ElementsAre("Please Note that you have selected Rising Edge Trigger Input mode.", "",
+                          "This mode is normally only used on nissan distibutors. If this value "
+                          "is ",
+                          "set incorrectly, it can cause the motor to have rotor phasing "
+                          "problems.    "));
+  EXPECT_EQ(image.Byte(942) & 1, 1);
+  editor.Choose(SetupChoice::kTriggerEdgeInput, 0);
+  EXPECT_EQ(messages.shown.size(), 1u);
+}
+
+TEST_F(SetupEditorTest, WhileTheEditorsAreFilledNothingIsKeptSentOrShown) {
+  suppress = true;
+  const CalibrationImage before = image;
+  editor.Choose(SetupChoice::kTriggerEdgeInput, 1);
+  editor.Choose(SetupChoice::kCylinders, 1);
+  EXPECT_FALSE(editor.SetRevLimitRpm(1, 7000).has_value());
+  editor.SetRawByte(884, 3);
+  EXPECT_THAT(messages.shown, IsEmpty());
+  EXPECT_THAT(sender.frames, IsEmpty());
+  EXPECT_EQ(image.Bytes(), before.Bytes());
+  EXPECT_EQ(state.setup.TriggerEdgeInput, 0);
+}
+
+TEST_F(SetupEditorTest, RevLimitersAreEnginePeriodsSentSoNoPassingSpeedExceedsBothLimits) {
+  // 6800 RPM is 8823.5 us, made 8824 (0x2278).
+  Load([] {
+    CalibrationImage i = SoundImage();
+    i.Write16(949, 0x2278);
+    return i;
+  }());
+  // Up to 7200 RPM: 8333 us (0x208D), a shorter period: the low byte goes first.
+  ASSERT_TRUE(editor.SetRevLimitRpm(1, 7200));
+  EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 949, 0x8D}, SentFrame{4, 950, 0x20}));
+  EXPECT_EQ(image.Read16(949), 8333u);
+  // Down to 5000 RPM: 12000 us (0x2EE0), longer: the high byte goes first.
+  sender.frames.clear();
+  ASSERT_TRUE(editor.SetRevLimitRpm(1, 5000));
+  EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 950, 0x2E}, SentFrame{4, 949, 0xE0}));
+  // The same speed again changes no byte and sends nothing.
+  sender.frames.clear();
+  ASSERT_TRUE(editor.SetRevLimitRpm(1, 5000));
+  EXPECT_THAT(sender.frames, IsEmpty());
+  // A speed whose period does not fit 16 bits, or no speed at all, is refused.
+  EXPECT_FALSE(editor.SetRevLimitRpm(2, 900));
+  EXPECT_FALSE(editor.SetRevLimitRpm(2, 0));
+  EXPECT_THAT(sender.frames, IsEmpty());
+}
+
+TEST(SafeByteOrder, NoIntermediateValueFallsBelowBothTheOldAndTheNewNumber) {
+  for (const auto& [old_value, new_value] :
+       {std::pair<std::uint32_t, std::uint32_t>{0x2300, 0x22FF},
+        {0x22FF, 0x2300},
+        {0x01FFFF, 0x020000},
+        {0x020000, 0x01FFFF},
+        {0x123456, 0x654321}}) {
+    std::uint32_t held = old_value;
+    for (const int position : SafeByteOrder(0, 3, old_value, new_value)) {
+      const std::uint32_t mask = 0xFFu << (8 * position);
+      held = (held & ~mask) | (new_value & mask);
+      EXPECT_GE(held, std::min(old_value, new_value));
+    }
+    EXPECT_EQ(held, new_value);
+  }
+}
+
+TEST_F(SetupEditorTest, IdleTargetAndTriggerOffsetAreEditedInRpmAndDegrees) {
+  ASSERT_TRUE(editor.SetIdleTargetRpm(900));  // 66667 us: 0x01046B
+  EXPECT_EQ(image.Read24(1011), 66667u);
+  EXPECT_EQ(state.idle.IdleTargetRpm, 66667u);
+  ASSERT_TRUE(editor.SetTriggerOffsetDegrees(42.5));
+  EXPECT_EQ(image.Byte(959), 85);
+  EXPECT_FALSE(editor.SetTriggerOffsetDegrees(60.5));
+  EXPECT_EQ(image.Byte(959), 85);
+}
+
+TEST_F(SetupEditorTest, ANewMapSensorTypeStartsAtFullScaleAndTheScalingFollowsItsTable) {
+  editor.Choose(SetupChoice::kComboMAP, 4);
+  EXPECT_EQ(image.Byte(955) & 7, 4);
+  EXPECT_EQ(image.Byte(956), 64);
+  editor.Choose(SetupChoice::kComboMAPScale, 11);
+  EXPECT_EQ(image.Byte(956), 240);
+  editor.Choose(SetupChoice::kComboMAPScale, 8);
+  EXPECT_EQ(image.Byte(956), 128);
+  EXPECT_EQ(MapSensorSpanBar(4, 8), 2.0);
+  editor.Choose(SetupChoice::kComboMAP, 2);
+  EXPECT_EQ(image.Byte(956), 64);
+  EXPECT_EQ(state.sensors.ComboMAPScale, 0);
+  EXPECT_THAT(FailedChecksAt(image, 956, {state.sensors.ComboMAP}), IsEmpty());
+}
+
+TEST_F(SetupEditorTest, AFuelLoadSiteChangeLaysTheMapsOutAfreshFromTheSameBytes) {
+  image.Write16(1, 1234);   // first cell
+  image.Write16(19, 4321);  // tenth cell: row 2, column 1 with 9 sites; row 1, column 10 with 13
+  editor.Choose(SetupChoice::kComboSiteFuel, 1);
+  EXPECT_EQ(image.Byte(995), 0x20 | 1);  // the map selection bits are kept
+  EXPECT_EQ(state.maps.FuelLoadSites, 13);
+  EXPECT_EQ(state.maps.FuelMap1.Columns(), 13);
+  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 10), 4.321);
+  editor.Choose(SetupChoice::kComboSiteIgnition, 1);
+  EXPECT_EQ(state.maps.IgnLoadSites, 6);
+}
+
+TEST_F(SetupEditorTest, RawBytesAndIdleSwitchesGoToTheirOwnPositionOnly) {
+  editor.SetRawByte(884 + 5, 77);
+  editor.SetRawByte(1018, 90);
+  editor.SetIdleFlag(9, true);
+  EXPECT_THAT(sender.frames,
+              ElementsAre(SentFrame{4, 889, 77}, SentFrame{4, 1018, 90}, SentFrame{4, 857, 2}));
+  EXPECT_EQ(state.io.Gpo1Setup[5], 77);
+  EXPECT_TRUE(state.idle.CheckIdle[9]);
+  EXPECT_FALSE(SetupEditor::IsRawPosition(942));
+  sender.frames.clear();
+  editor.SetRawByte(942, 1);
+  EXPECT_THAT(sender.frames, IsEmpty());
+}
+
+TEST(RawFields, EveryByteOfTheGroupsIsShownOnceAndTakenByTheEditor) {
+  std::map<int, int> shown;
+  for (const auto& groups : {OutputGroups(), InputGroups(), IdleGroups(), TpsGroups()}) {
+    for (const RawGroup& group : groups) {
+      for (const RawField& field : group.fields) {
+        const int width = field.show == RawShow::kRpm24 ? 3 : 1;
+        for (int p = field.position; p < field.position + width; ++p) ++shown[p];
+        if (field.show == RawShow::kByte || field.show == RawShow::kHalved) {
+          EXPECT_TRUE(SetupEditor::IsRawPosition(field.position)) << field.label;
+        }
+      }
+    }
+  }
+  const std::pair<int, int> expected[] = {{749, 750}, {828, 829}, {856, 858},
+                                          {860, 863}, {867, 869}, {872, 899},
+                                          {910, 941}, {952, 954}, {1011, 1023}};
+  std::size_t count = 0;
+  for (const auto& [first, last] : expected) {
+    for (int p = first; p <= last; ++p) {
+      EXPECT_EQ(shown[p], 1) << p;
+      ++count;
+    }
+  }
+  EXPECT_EQ(shown.size(), count);
+}
+
+TEST(MapSensor, EveryTypeOffersAsManyScalingsAsItHasCodesEachWithItsSpan) {
+  for (int type = 0; type < kMapSensorTypes; ++type) {
+    const std::vector<std::string> texts = MapScaleTexts(type);
+    for (int entry = 0; entry < static_cast<int>(texts.size()); ++entry) {
+      EXPECT_TRUE(MapScaleCodeOfEntry(type, entry)) << type << " " << entry;
+      EXPECT_GE(MapSensorSpanBar(type, entry).value_or(0.0), 1.0) << texts[entry];
+    }
+    EXPECT_FALSE(MapScaleCodeOfEntry(type, static_cast<int>(texts.size()))) << type;
+  }
+  EXPECT_EQ(MapSensorSpanBar(3, 0), 3.04);
+  EXPECT_EQ(MapSensorSpanBar(4, 11), 1.031);
+  EXPECT_FALSE(MapSensorSpanBar(2, 4));
+}
+
+TEST(FailedChecksAt, NamesTheChecksThatSpeakOfAPositionAndFail) {
+  CalibrationImage image = SoundImage();
+  image.SetByte(884, 16);
+  image.SetByte(1014, 201);
+  EXPECT_THAT(FailedChecksAt(image, 884, {}), ElementsAre("GPO1 Function Invalid"));
+  EXPECT_THAT(FailedChecksAt(image, 1015, {}),
+              ElementsAre("Idle Minimum Larger than Maximum Error"));
+  EXPECT_THAT(FailedChecksAt(image, 910, {}), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vela
+
+namespace vela {
+namespace {
+
+TEST(SetupNotes, DangerousChoicesAreNamedAndSafeOnesAreNot) {
+  EngineSetup setup;
+  setup.Cylinders = 3;     // "4"
+  setup.ComboSiteRPM = 0;  // up to 7000 RPM
+  setup.RevLimit1 = 8571;  // 7000 RPM
+  EXPECT_EQ(RevLimiterNote(setup), "");
+  setup.RevLimit2 = 8000;  // 7500 RPM
+  EXPECT_EQ(RevLimiterNote(setup),
+            "Rev Limiter 2 (7500 RPM) is above the maps' RPM range, which ends at 7000 RPM: above "
+            "it the engine runs on the top row's fuel and timing.");
+  setup.ComboSiteRPM = 1;  // up to 8200 RPM
+  EXPECT_EQ(RevLimiterNote(setup), "");
+
+  setup.FuelMode = kFuelModeSequential;
+  setup.ComboHome = 0;
+  EXPECT_THAT(InjectionNote(setup), ::testing::HasSubstr("without a home position"));
+  setup.ComboHome = 3;
+  EXPECT_EQ(InjectionNote(setup), "");
+  setup.ComboSpark = 2;
+  EXPECT_EQ(SparkModeNote(setup), "");
+  setup.ComboHome = 0;
+  EXPECT_THAT(SparkModeNote(setup), ::testing::HasSubstr("Coil per cylinder"));
+
+  setup.OptionImpedance = 1;
+  EXPECT_EQ(ImpedanceNote(setup), "");
+  setup.OptionImpedance = 2;
+  EXPECT_THAT(ImpedanceNote(setup), ::testing::HasSubstr("overheat"));
+}
+
+TEST(SetupNotes, DwellIsJudgedByTheChargeTimeItGives) {
+  EngineSetup setup;
+  setup.Cylinders = 3;   // 4 cylinders
+  setup.ComboSpark = 1;  // wasted spark: each coil fires twice a cycle
+  IdleControl idle;
+  idle.IdleTargetRpm = 60000;  // 1000 RPM
+  setup.DwellTime = 5;         // 5 % of 60 ms: 3 ms
+  EXPECT_DOUBLE_EQ(*DutyChargeTimeMs(setup, 1000), 3.0);
+  EXPECT_EQ(DwellNote(setup, idle), "");
+  setup.DwellTime = 40;  // 24 ms at idle
+  EXPECT_THAT(DwellNote(setup, idle), ::testing::HasSubstr("24.0 ms"));
+  setup.DwellTime = kDwellChargeTimeBit | 50;  // 5.0 ms charge time
+  EXPECT_EQ(DwellNote(setup, idle), "");
+  setup.DwellTime = kDwellChargeTimeBit | 51;
+  EXPECT_THAT(DwellNote(setup, idle), ::testing::HasSubstr("5.1 ms"));
+}
+
+}  // namespace
+}  // namespace vela
