@@ -130,6 +130,7 @@ class Runner {
       ::poll(&p, 1, kPollMs);
       if (p.revents & POLLIN) ReadInput();
       const std::vector<std::uint8_t> out = sim_.Advance(NowUs());
+      if (hooks_.on_engine) hooks_.on_engine(sim_.Engine());
       Send(out);
     }
   }
@@ -230,6 +231,7 @@ struct InProcessSimulator::Shared {
   std::string slave_path;
   std::string error;
   CalibrationImage image;
+  EngineState engine;
   std::vector<std::uint8_t> local_input;
 };
 
@@ -251,6 +253,10 @@ bool InProcessSimulator::Start(const SimCommandLine& options, std::string* error
     hooks.on_image = [&shared](const CalibrationImage& image) {
       std::lock_guard lock(shared->mutex);
       shared->image = image;
+    };
+    hooks.on_engine = [&shared](const EngineState& engine) {
+      std::lock_guard lock(shared->mutex);
+      shared->engine = engine;
     };
     hooks.take_local_input = [&shared] {
       std::lock_guard lock(shared->mutex);
@@ -294,6 +300,12 @@ CalibrationImage InProcessSimulator::ImageSnapshot() const {
   if (!shared_) return {};
   std::lock_guard lock(shared_->mutex);
   return shared_->image;
+}
+
+EngineState InProcessSimulator::EngineSnapshot() const {
+  if (!shared_) return {};
+  std::lock_guard lock(shared_->mutex);
+  return shared_->engine;
 }
 
 void InProcessSimulator::WriteImageByte(int position, std::uint8_t value) {

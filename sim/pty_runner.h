@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "calibration/calibration_image.h"
+#include "sim/core/engine_model.h"
 #include "sim/core/sim_options.h"
 
 namespace vela::sim {
@@ -30,6 +31,8 @@ struct PtyRunnerHooks {
   // Polled on the runner's thread: bytes to feed the ECU as if they had come down the line, for
   // a local console or a test that changes the ECU's image behind the program's back.
   std::function<std::vector<std::uint8_t>()> take_local_input;
+  // Called on the runner's thread with the engine's state after the ECU's time moved on.
+  std::function<void(const EngineState&)> on_engine;
 };
 
 // Runs until `stop` turns true (checked at least every 20 ms). Returns 0, or 1 with the reason
@@ -59,6 +62,8 @@ class InProcessSimulator {
   std::string SlavePath() const;
   // The ECU's image as it stood after the last command it took.
   CalibrationImage ImageSnapshot() const;
+  // The engine's state as the ECU last computed it (the values its next frame carries).
+  EngineState EngineSnapshot() const;
   // Writes one byte of the ECU's image with the ECU's own single-byte write (command 4), as if
   // it had come down the line; it takes effect on the runner's next round.
   void WriteImageByte(int position, std::uint8_t value);

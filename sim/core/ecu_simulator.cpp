@@ -175,7 +175,8 @@ std::int64_t EcuSimulator::NextEventUs() const {
 
 void EcuSimulator::RunEventsAt(std::int64_t t) {
   if (next_step_us_ <= t) {
-    engine_.Step(image_);
+    const std::int64_t steady = options_.steady_after_us;
+    if (steady < 0 || t < steady) engine_.Step(image_);
     next_step_us_ += EngineModel::kStepUs;
   }
   if (NextSilenceEdgeUs() <= t) {

@@ -62,6 +62,8 @@ std::vector<ValueOption> ValueOptions() {
          c.sim.faults.chunk_gap_us = std::int64_t{ms} * 1000;
          return true;
        }},
+      {"--steady-after",
+       seconds_option([](auto& c) -> std::int64_t& { return c.sim.steady_after_us; })},
       {"--silence-after",
        seconds_option([](auto& c) -> std::int64_t& { return c.sim.faults.silence_after_us; })},
       {"--silence-for",
@@ -135,6 +137,7 @@ program's serial port at it. Stops on SIGINT or SIGTERM.
                         default: the base calibration built into the program
   --link PATH           also place a symbolic link to the device at PATH
   --seed N              seed of the engine model (default 1)
+  --steady-after SEC    hold the engine's state from SEC seconds on (every frame the same)
   --unpaced             send bytes as fast as possible instead of at 115,200 baud
   -v, --verbose         log every command frame received on standard error
   -h, --help            show this text

@@ -50,6 +50,9 @@ struct FaultOptions {
 
 struct SimOptions {
   std::uint64_t seed = 1;
+  // From this time on (negative = never) the engine holds its state: every live frame then
+  // carries the same values, for checking a display against them.
+  std::int64_t steady_after_us = -1;
   // 0 sends every byte the moment it is ready.
   double byte_time_us = kByteTimeUs;
   FaultOptions faults;

@@ -36,7 +36,7 @@ DataPage::DataPage(QWidget* parent) : QWidget(parent) {
   air_ = AddReadout("DataAir", "Air Temperature", "C");
   battery_ = AddReadout("DataBattery", "Battery", "V");
   idle_ = AddReadout("DataIdle", "Idle Valve", "%");
-  throttle_pump_ = AddReadout("DataThrottlePump", "Throttle Pump Addition", "ms");
+  throttle_pump_ = AddReadout("DataThrottlePump", "Throttle Pump Addition", "%");
   afr_ = AddReadout("DataAFR", "Air-Fuel Ratio", "AFR");
   afr_unit_ = readouts_.back().unit;
   status_ = new QLabel(this);

@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <atomic>
+#include <cmath>
 #include <memory>
 
 #include "app/editor_session.h"
@@ -210,6 +211,45 @@ class CalibrationRoadTest : public QObject {
                               ImageBytes(editors.image()).mid(0, 908), 3000);
     QVERIFY(!editors.EcuOutOfStep());
     QVERIFY(!banner->isVisible());
+  }
+
+  // The engine holds still, so every frame carries the same values: the Data Page shows what the
+  // simulated ECU put in them, each at the scale of its field.
+  void theDataPageShowsWhatTheEcuPutInItsFrames() {
+    QTemporaryDir dir;
+    sim::InProcessSimulator ecu;
+    sim::SimCommandLine options;
+    options.sim.steady_after_us = 2'000'000;
+    std::string error;
+    QVERIFY2(ecu.Start(options, &error), error.c_str());
+    Program program(dir.path(), ecu.SlavePath());
+    QVERIFY(program.window->Load());
+    program.window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(program.window->editors().has_calibration(), 10000);
+    QTest::qWait(2500);
+    const sim::EngineState engine = ecu.EngineSnapshot();
+    const auto text = [&](const char* name) {
+      auto* label = program.window->findChild<QLabel*>(name);
+      return label ? label->text() : QString("(no %1)").arg(name);
+    };
+    const auto fixed = [](double value, int decimals) {
+      return QString::number(value, 'f', decimals);
+    };
+    const double period = std::round(60'000'000.0 / engine.rpm);
+    QCOMPARE(text("DataRPM"), fixed(std::round(60'000'000.0 / period), 0));
+    QCOMPARE(text("DataMAP"), fixed(std::round(engine.map_kpa * 10) / 10, 1));
+    QCOMPARE(text("DataTPS"), fixed(std::round(engine.throttle_pct * 10.23) / 10.23, 1));
+    QCOMPARE(text("DataInjection"), fixed(std::round(engine.injection_us / 10) / 100, 2));
+    QCOMPARE(text("DataIgnition"), fixed(std::round(engine.advance_deg * 512) / 512, 1));
+    QCOMPARE(text("DataBattery"), fixed(std::round(engine.battery_v * 100) / 100, 2));
+    QCOMPARE(text("DataIdle"), fixed(std::round(engine.idle_duty_pct * 2.56) / 2.56, 1));
+    QVERIFY(std::abs(text("DataWater").toDouble() - engine.water_c) <= 1.0);
+    QVERIFY(std::abs(text("DataAir").toDouble() - engine.air_c) <= 1.0);
+    program.window->tabs()->setCurrentIndex(9);
+    QTest::qWait(200);
+    program.window->grab().save(dir.path() + "/data-page.png");
+    const QString keep = qEnvironmentVariable("VELA_SHOTS");
+    if (!keep.isEmpty()) QFile::copy(dir.path() + "/data-page.png", keep + "/data-page.png");
   }
 
   void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {
