@@ -17,13 +17,21 @@ struct AfrMode {
 constexpr AfrMode kAfrModes[] = {
     {"AFR", 14.7}, {"Lambda", 1.0}, {"AFR", 15.5}, {"AFR", 6.4}, {"AFR", 9.0}};
 
+const AfrMode& AfrModeOf(int afr_mode) {
+  return kAfrModes[(afr_mode >= 0 && afr_mode < 5) ? afr_mode : 0];
+}
+
 }  // namespace
 
+double AfrDisplayValue(double lambda, int afr_mode) {
+  return lambda <= 0.0 ? 0.0 : lambda * AfrModeOf(afr_mode).stoichiometric;
+}
+
 QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
-  const AfrMode& mode = kAfrModes[(afr_mode >= 0 && afr_mode < 5) ? afr_mode : 0];
+  const AfrMode& mode = AfrModeOf(afr_mode);
   if (unit) *unit = mode.unit;
   if (lambda <= 0.0) return "-";
-  const double value = lambda * mode.stoichiometric;
+  const double value = AfrDisplayValue(lambda, afr_mode);
   return QString::number(value, 'f', mode.stoichiometric == 1.0 ? 2 : 1)
       .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
 }

@@ -48,5 +48,7 @@ class DataPage : public QWidget {
 
 // The air-fuel ratio text for a lambda value in the chosen display mode ("-" with no reading).
 QString AfrDisplayText(double lambda, int afr_mode, QString* unit = nullptr);
+// The same as a number (0 with no reading): lambda times the mode's stoichiometric ratio.
+double AfrDisplayValue(double lambda, int afr_mode);
 
 }  // namespace vela

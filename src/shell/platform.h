@@ -12,7 +12,7 @@ namespace vela {
 
 // Modal message boxes: an icon, a fixed title, fixed lines (shown one under the other) and the
 // buttons offered. Titles and lines are shown exactly as given, trailing blanks included.
-enum class MessageIcon { kInformation, kExclamation, kQuestion, kCritical };
+enum class MessageIcon { kInformation, kExclamation, kQuestion, kCritical, kNone };
 enum class MessageButtons { kOk, kOkCancel, kYesNo, kYesNoCancel };
 enum class MessageAnswer { kOk, kCancel, kYes, kNo };
 
