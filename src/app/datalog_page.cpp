@@ -28,9 +28,7 @@ constexpr int kRefreshMs = 125;
 constexpr int kReadoutWidth = 300;
 constexpr const char* kDarkPanel = "background-color: rgb(12, 12, 18);";
 
-QString ColourStyle(const ChannelColour& c) {
-  return QString("color: rgb(%1, %2, %3);").arg(c.red).arg(c.green).arg(c.blue);
-}
+QColor ChannelQColor(const ChannelColour& c) { return QColor(c.red, c.green, c.blue); }
 
 QString Text(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -55,6 +53,9 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
       journal_(journal_file_, parts.setup.folders().datalogs + std::string(kJournalFileName)) {
   setObjectName("DatalogPage");
   chart_ = new DatalogChart(log_, this);
+  chart_->setToolTip(
+      "Click: cursor A.  Right click: cursor B.  Wheel: zoom.  Drag: pan.  Double click: the "
+      "whole log.  K: a marker.");
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(BuildButtons());
@@ -123,9 +124,10 @@ QWidget* DatalogPage::BuildButtons() {
   row->addWidget(new QLabel("Time (s)", row_widget));
   time_box_ = new QLabel("0", row_widget);
   time_box_->setObjectName("DatalogTimeBox");
-  time_box_->setMinimumWidth(70);
   time_box_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   time_box_->setFrameShape(QFrame::StyledPanel);
+  // A fixed size: a new time repaints the box alone instead of laying out the whole tab again.
+  time_box_->setFixedSize(80, time_box_->sizeHint().height());
   row->addWidget(time_box_);
   return row_widget;
 }
@@ -142,7 +144,10 @@ QWidget* DatalogPage::BuildChannels() {
     check2_[n] = new QCheckBox(Text(kChannels[n].caption), box);
     check2_[n]->setObjectName(QString("Check2_%1").arg(n));
     check2_[n]->setProperty("index", n);
-    check2_[n]->setStyleSheet(ColourStyle(kChannels[n].colour));
+    // The caption in the channel's colour; the tick keeps the style's own colours.
+    QPalette palette = check2_[n]->palette();
+    palette.setColor(QPalette::WindowText, ChannelQColor(kChannels[n].colour));
+    check2_[n]->setPalette(palette);
     check2_[n]->setFocusPolicy(Qt::NoFocus);
     connect(check2_[n], &QCheckBox::toggled, this, [this, n](bool on) { ChannelToggled(n, on); });
     grid->addWidget(check2_[n], n / 6, n % 6);
@@ -171,15 +176,14 @@ QWidget* DatalogPage::BuildReadout() {
   cursor_values_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   cursor_values_->setFocusPolicy(Qt::NoFocus);
   cursor_values_->setSelectionMode(QAbstractItemView::NoSelection);
-  cursor_values_->verticalHeader()->setDefaultSectionSize(20);
+  cursor_values_->verticalHeader()->setDefaultSectionSize(18);
   cursor_values_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-  cursor_values_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-  cursor_values_->setStyleSheet("QTableWidget { background-color: rgb(12, 12, 18); color: silver; }");
-  cursor_values_->setItem(0, 0, new QTableWidgetItem("Time (s)"));
+  cursor_values_->setStyleSheet(
+      "QTableWidget { background-color: rgb(12, 12, 18); color: silver; }");
+  cursor_values_->setItem(0, 0, new QTableWidgetItem("Time s"));
   for (int n = 0; n < kChannelCount; ++n) {
-    auto* name = new QTableWidgetItem(Text(kChannels[n].name) + " (" + Text(kChannels[n].unit) + ")");
-    name->setForeground(QColor(kChannels[n].colour.red, kChannels[n].colour.green,
-                               kChannels[n].colour.blue));
+    auto* name = new QTableWidgetItem(Text(kChannels[n].label));
+    name->setForeground(ChannelQColor(kChannels[n].colour));
     cursor_values_->setItem(n + 1, 0, name);
   }
   column->addWidget(cursor_values_, 1);
@@ -187,12 +191,6 @@ QWidget* DatalogPage::BuildReadout() {
   fuel_cell_->setObjectName("DatalogFuelCell");
   fuel_cell_->setWordWrap(true);
   column->addWidget(fuel_cell_);
-  auto* help = new QLabel("Click: cursor A. Right click: cursor B. Wheel: zoom. Drag: pan. "
-                          "Double click: whole log. K: marker.",
-                          panel);
-  help->setWordWrap(true);
-  help->setStyleSheet("color: #606060;");
-  column->addWidget(help);
   return panel;
 }
 
@@ -307,10 +305,11 @@ void DatalogPage::FrameTaken(const live::Frame& frame) {
 void DatalogPage::Refresh() {
   if (!records_new_) return;
   records_new_ = false;
-  time_box_->setText(QString::fromStdString(FixedText(capture_.DatalogTime, 2))
-                         .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator())));
+  ShowTime(capture_.DatalogTime);
   chart_->RefreshIfChanged();
 }
+
+void DatalogPage::ShowTime(double seconds) { time_box_->setText(ValueText(seconds, 2)); }
 
 void DatalogPage::DropMarker() {
   const int number = static_cast<int>(log_.Markers().size()) + 1;
@@ -346,8 +345,10 @@ void DatalogPage::Load() {
   ShowSeriesStates();
 }
 
+// A log from a file: the check boxes, the channels and the time box show it.
 void DatalogPage::ShowSeriesStates() {
   for (int n = 0; n < kChannelCount; ++n) check2_[n]->setChecked(log_.Series(n).active);
+  ShowTime(log_.EndTime());
   chart_->update();
   ShowCursorValues();
 }

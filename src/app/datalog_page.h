@@ -91,6 +91,7 @@ class DatalogPage : public QWidget {
   void ShowSeriesStates();
   ChannelChecks Checks() const;
   void Refresh();
+  void ShowTime(double seconds);
   void ShowCursorValues();
   QString FuelCellText(double time) const;
   double TimeScale() const;

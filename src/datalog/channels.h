@@ -22,24 +22,25 @@ struct ChannelColour {
 struct ChannelInfo {
   std::string_view caption;  // the check box's caption, exactly
   ChannelColour colour;      // caption and line colour
-  std::string_view name;     // in exports and read-outs
+  std::string_view name;     // in exports
   std::string_view unit;
-  int decimals;  // decimals of the value as shown and exported
+  int decimals;            // decimals of the value as shown and exported
+  std::string_view label;  // short, with its unit, for the cursor read-out
 };
 
 inline constexpr std::array<ChannelInfo, kChannelCount> kChannels = {{
-    {"RPM", {255, 0, 0}, "RPM", "rpm", 2},
-    {"MAP", {255, 255, 255}, "MAP", "kPa", 1},
-    {"TPS", {128, 128, 255}, "TPS", "%", 1},
-    {"Fuel", {0, 255, 0}, "Fuel", "ms", 2},
-    {"Duty %", {0, 192, 0}, "Duty", "%", 2},
-    {"Ignition", {255, 255, 0}, "Ignition", "deg", 1},
-    {"Water", {192, 0, 192}, "Water", "C", 1},
-    {"Air", {192, 192, 0}, "Air", "C", 1},
-    {"Battery", {128, 128, 128}, "Battery", "V", 2},
-    {"Idle %", {0, 128, 0}, "Idle", "%", 2},
-    {"Throttle Pump Addition", {0, 192, 192}, "Throttle Pump Addition", "% of fuel", 1},
-    {"AFR Ratio (x10)", {223, 0, 160}, "AFR", "x10", 1},
+    {"RPM", {255, 0, 0}, "RPM", "rpm", 2, "RPM"},
+    {"MAP", {255, 255, 255}, "MAP", "kPa", 1, "MAP kPa"},
+    {"TPS", {128, 128, 255}, "TPS", "%", 1, "TPS %"},
+    {"Fuel", {0, 255, 0}, "Fuel", "ms", 2, "Fuel ms"},
+    {"Duty %", {0, 192, 0}, "Duty", "%", 2, "Duty %"},
+    {"Ignition", {255, 255, 0}, "Ignition", "deg", 1, "Ign. deg"},
+    {"Water", {192, 0, 192}, "Water", "C", 1, "Water C"},
+    {"Air", {192, 192, 0}, "Air", "C", 1, "Air C"},
+    {"Battery", {128, 128, 128}, "Battery", "V", 2, "Batt. V"},
+    {"Idle %", {0, 128, 0}, "Idle", "%", 2, "Idle %"},
+    {"Throttle Pump Addition", {0, 192, 192}, "Throttle Pump Addition", "% of fuel", 1, "Pump %"},
+    {"AFR Ratio (x10)", {223, 0, 160}, "AFR", "x10", 1, "AFR x10"},
 }};
 
 inline constexpr int kChannelRpm = 0;
@@ -49,8 +50,8 @@ inline constexpr int kChannelDuty = 4;
 inline constexpr int kChannelAfr = 11;
 
 // A record is decoded channel by channel in this order.
-inline constexpr std::array<int, kChannelCount> kCaptureOrder = {0, 11, 3, 4, 5, 1, 2,
-                                                                 6, 7, 8, 9, 10};
+inline constexpr std::array<int, kChannelCount> kCaptureOrder = {0, 11, 3, 4, 5, 1,
+                                                                 2, 6,  7, 8, 9, 10};
 
 // A duty cycle at or above this is recorded as this.
 inline constexpr double kDutyRecordLimit = 200.0;

@@ -6,9 +6,11 @@
 namespace vela {
 
 namespace {
-constexpr double kScalePadding = 0.04;    // of the range, above and below
+constexpr double kScalePadding = 0.04;  // of the range, above and below
 constexpr double kRawPointsPerColumn = 2.0;
-constexpr double kWholeLogRoom = 0.02;    // of the log's length, after its end
+constexpr double kWholeLogRoom = 0.02;  // of the log's length, after its end
+// Columns are aligned to whole blocks once they average this many blocks or more.
+constexpr std::size_t kAlignBlocksPerColumn = 4;
 }  // namespace
 
 std::vector<std::size_t> ColumnBounds(const std::vector<double>& times, const TimeAxis& axis,
@@ -28,6 +30,17 @@ bool DrawRawPoints(const std::vector<std::size_t>& bounds) {
   if (bounds.size() < 2) return true;
   const double width = static_cast<double>(bounds.size() - 1);
   return static_cast<double>(bounds.back() - bounds.front()) < kRawPointsPerColumn * width;
+}
+
+void AlignToSummaryBlocks(std::vector<std::size_t>& bounds) {
+  if (bounds.size() < 2) return;
+  const std::size_t per_column = (bounds.back() - bounds.front()) / (bounds.size() - 1);
+  // The coarsest block that still fits a column kAlignBlocksPerColumn times: the column is then
+  // a few neighbouring blocks of one level, read one after the other.
+  std::size_t block = MinMaxPyramid::kLeafSize;
+  if (per_column < kAlignBlocksPerColumn * block) return;
+  while (kAlignBlocksPerColumn * block * 2 <= per_column) block *= 2;
+  for (std::size_t& bound : bounds) bound = (bound + block / 2) / block * block;
 }
 
 ValueRange ChannelScale(const DatalogLog& log, int channel) {

@@ -19,6 +19,12 @@ std::vector<std::size_t> ColumnBounds(const std::vector<double>& times, const Ti
 // True when the columns hold so few records that the raw points are drawn instead of summaries.
 bool DrawRawPoints(const std::vector<std::size_t>& bounds);
 
+// Where columns hold many records, each bound moved to the nearest boundary of the coarsest
+// summary blocks that still fit a column four times (a shift of at most an eighth of a column),
+// so that a column is summed up from a few blocks without reading a sample. Every record still
+// falls in exactly one column.
+void AlignToSummaryBlocks(std::vector<std::size_t>& bounds);
+
 // The vertical range channel `channel` is drawn over: its lowest and highest value in the whole
 // log, but never less than 0 .. 10 (the per-record limits' starting values), padded a little.
 struct ValueRange {

@@ -47,7 +47,9 @@ std::string Slashed(std::string path) {
   return path;
 }
 
-bool HasDot(const std::string& path) { return path.find('.', NameStart(path)) != std::string::npos; }
+bool HasDot(const std::string& path) {
+  return path.find('.', NameStart(path)) != std::string::npos;
+}
 
 }  // namespace
 
@@ -103,18 +105,17 @@ DatalogFileResult DatalogFiles::SaveDatalog3(const DatalogLog& log) {
                    {std::string(kDatalogSaveRefused)});
     return DatalogFileResult::kRefused;
   }
-  if (files_.ReadFile(*path) &&
-      messages_.Show(MessageIcon::kQuestion, std::string(kOverwriteTitle),
-                     {std::string(kOverwriteLine)},
-                     MessageButtons::kYesNo) != MessageAnswer::kYes) {
+  if (files_.ReadFile(*path) && messages_.Show(MessageIcon::kQuestion, std::string(kOverwriteTitle),
+                                               {std::string(kOverwriteLine)},
+                                               MessageButtons::kYesNo) != MessageAnswer::kYes) {
     return DatalogFileResult::kCancelled;
   }
   return Write(*path, EncodeLogFile(log), kSaveDatalogTitle);
 }
 
 DatalogFileResult DatalogFiles::SaveDatalog1(const DatalogLog& log) {
-  const std::optional<std::string> chosen = dialogs_.AskSavePath(
-      std::string(kDl1Filter), std::string(kDl1Title), folders_.datalogs);
+  const std::optional<std::string> chosen =
+      dialogs_.AskSavePath(std::string(kDl1Filter), std::string(kDl1Title), folders_.datalogs);
   if (!chosen) return DatalogFileResult::kCancelled;
   const std::string path = HasDot(*chosen) ? *chosen : *chosen + std::string(kDl1Extension);
   return Write(path, Dl1Text(log), kDl1Title);
@@ -154,7 +155,8 @@ DatalogLoadResult DatalogFiles::LoadDatalog(DatalogLog& log) {
   }
   log.ReplaceWith(std::move(loaded));
   const std::vector<std::string> loss = DescribeLoss(outcome.report, log);
-  if (!loss.empty()) messages_.Show(MessageIcon::kExclamation, std::string(kLoadDatalogTitle), loss);
+  if (!loss.empty())
+    messages_.Show(MessageIcon::kExclamation, std::string(kLoadDatalogTitle), loss);
   outcome.result = DatalogFileResult::kDone;
   return outcome;
 }

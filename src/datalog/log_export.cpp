@@ -13,8 +13,8 @@ constexpr int kDl1Channels = 10;  // the table's columns 1 to 10
 
 void AppendFixed(std::string& out, double value, int decimals) {
   char text[64];
-  const auto result = std::to_chars(text, text + sizeof(text), value, std::chars_format::fixed,
-                                    decimals);
+  const auto result =
+      std::to_chars(text, text + sizeof(text), value, std::chars_format::fixed, decimals);
   out.append(text, result.ptr);
 }
 
@@ -92,8 +92,8 @@ std::string CsvText(const DatalogLog& log) {
 }
 
 std::string LogInfoText(const DatalogLog& log, const LogFileReport& report) {
-  std::string text = "Format: MORVANE VELA datalog, version " + std::to_string(report.version) +
-                     "\n";
+  std::string text =
+      "Format: MORVANE VELA datalog, version " + std::to_string(report.version) + "\n";
   text += "Records: " + std::to_string(log.RecordCount()) + "\n";
   const double start = log.RecordCount() ? log.Times().front() : 0.0;
   text += "Duration: " + FixedText(log.EndTime() - start, kTimeDecimals) + " s (" +

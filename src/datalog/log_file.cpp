@@ -268,8 +268,7 @@ std::string EncodeEndBlock(const DatalogLog& log) {
 
 std::string EncodeLogFile(const DatalogLog& log) {
   std::string file = EncodeLogHeader();
-  file.reserve(kLogHeaderSize + 512 +
-               log.RecordCount() * (8 + 4 * kChannelCount) +
+  file.reserve(kLogHeaderSize + 512 + log.RecordCount() * (8 + 4 * kChannelCount) +
                (log.RecordCount() / kRecordsPerBlock + 1) * (kBlockOverhead + 16));
   file += EncodeSeriesBlock(log);
   file += EncodeAxisBlock(log.axis);
@@ -299,8 +298,8 @@ std::vector<std::string> DescribeLoss(const LogFileReport& report, const Datalog
   std::vector<std::string> lines;
   if (report.Intact()) return lines;
   lines.push_back("The datalog file is damaged. What could be read has been loaded: " +
-                  std::to_string(log.RecordCount()) + " records up to " +
-                  Seconds(log.EndTime()) + ".");
+                  std::to_string(log.RecordCount()) + " records up to " + Seconds(log.EndTime()) +
+                  ".");
   for (const auto& [before, after] : report.lost_spans) {
     lines.push_back(after > before ? "Missing records between " + Seconds(before) + " and " +
                                          Seconds(after) + "."

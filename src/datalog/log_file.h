@@ -36,13 +36,13 @@ enum class LogBlock : std::uint16_t {
 struct LogFileReport {
   bool recognised = false;
   int version = 0;
-  bool has_end = false;          // the closing block was read
+  bool has_end = false;                // the closing block was read
   std::uint64_t expected_records = 0;  // from the closing block
   std::size_t blocks_read = 0;
   std::size_t damaged_regions = 0;  // stretches of bytes that held no good block
   std::size_t bytes_skipped = 0;
-  bool cut_short = false;           // the file ends inside a block
-  std::uint64_t records_lost = 0;   // records known to be missing
+  bool cut_short = false;          // the file ends inside a block
+  std::uint64_t records_lost = 0;  // records known to be missing
   // Around each stretch of missing records: the time of the record before it and of the one
   // after it (the end time of the log when it runs to the end of the file).
   std::vector<std::pair<double, double>> lost_spans;

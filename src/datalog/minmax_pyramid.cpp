@@ -25,6 +25,8 @@ void MinMaxPyramid::AddLeaf(std::span<const float> leaf) {
   for (float v : leaf) Take(v, min, max);
   levels_[0].min.push_back(min);
   levels_[0].max.push_back(max);
+  leaf_first_.push_back(leaf.front());
+  leaf_last_.push_back(leaf.back());
   CarryUp(0);
 }
 
@@ -47,7 +49,7 @@ void MinMaxPyramid::Appended(std::span<const float> values) {
 }
 
 void MinMaxPyramid::Build(std::span<const float> values) {
-  levels_.clear();
+  Clear();
   for (std::size_t i = kLeafSize; i <= values.size(); i += kLeafSize) {
     AddLeaf(values.subspan(i - kLeafSize, kLeafSize));
   }
@@ -84,8 +86,12 @@ ColumnSummary MinMaxPyramid::Summarize(std::span<const float> values, std::size_
       hi >>= 1;
     }
   }
-  summary.first = values[begin];
-  summary.last = values[end - 1];
+  const std::size_t leaves = leaf_first_.size();
+  summary.first = begin % kLeafSize == 0 && begin / kLeafSize < leaves
+                      ? leaf_first_[begin / kLeafSize]
+                      : values[begin];
+  summary.last = end % kLeafSize == 0 && end / kLeafSize <= leaves ? leaf_last_[end / kLeafSize - 1]
+                                                                   : values[end - 1];
   summary.any = min <= max;
   summary.min = summary.any ? min : 0.0f;
   summary.max = summary.any ? max : 0.0f;

@@ -25,13 +25,19 @@ class MinMaxPyramid {
  public:
   static constexpr std::size_t kLeafSize = 16;
 
-  void Clear() { levels_.clear(); }
+  void Clear() {
+    levels_.clear();
+    leaf_first_.clear();
+    leaf_last_.clear();
+  }
   // `values` has just grown by one sample at its end; the blocks it completes are added.
   void Appended(std::span<const float> values);
   // All blocks made afresh from `values`.
   void Build(std::span<const float> values);
 
   // The summary of samples [begin, end) of `values` (the array this pyramid was built from).
+  // Ranges that begin and end on whole blocks of kLeafSize are summed up from the blocks alone,
+  // without reading a sample.
   ColumnSummary Summarize(std::span<const float> values, std::size_t begin, std::size_t end) const;
 
  private:
@@ -43,6 +49,9 @@ class MinMaxPyramid {
   void CarryUp(std::size_t level);
 
   std::vector<Level> levels_;  // levels_[k]: blocks of kLeafSize << k samples
+  // The first and last sample of every leaf block.
+  std::vector<float> leaf_first_;
+  std::vector<float> leaf_last_;
 };
 
 }  // namespace vela

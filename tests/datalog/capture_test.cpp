@@ -90,7 +90,8 @@ TEST(DatalogCapture, NothingIsRecordedOutsideLoggingAndAStartClearsTheLastLog) {
 
 TEST(DatalogCapture, ChannelLimitsStartFromTenAndZeroAtEveryRecord) {
   Logging logging;
-  logging.Frames(1, FrameBuilder().Put(40, 10, 1).Put(6, 20000, 3).Put(11, 0xFFFF & -2765, 2).frame);
+  logging.Frames(1,
+                 FrameBuilder().Put(40, 10, 1).Put(6, 20000, 3).Put(11, 0xFFFF & -2765, 2).frame);
   EXPECT_EQ(logging.capture.ChannelMax[kChannelRpm], 3000);
   EXPECT_EQ(logging.capture.ChannelMin[5], -5);  // -5.4 degrees, a whole number
   logging.Frames(1, FrameBuilder().Put(40, 10, 1).Put(6, 120000, 3).frame);
@@ -102,18 +103,18 @@ TEST(DatalogCapture, ChannelLimitsStartFromTenAndZeroAtEveryRecord) {
 // Each channel from a frame whose bytes are written by hand at the positions the table gives.
 TEST(DatalogChannels, EachChannelIsDecodedFromItsFramePositions) {
   const live::Frame frame = FrameBuilder()
-                                .Put(6, 20000, 3)   // 60,000,000 / 20000 = 3000 RPM
-                                .Put(9, 1234, 2)    // 12.34 ms
-                                .Put(11, 6298, 2)   // 12.30 degrees
-                                .Put(13, 1013, 2)   // 101.3 kPa
-                                .Put(15, 512, 2)    // 50.05 %
-                                .Put(21, 1384, 2)   // 13.84 V
-                                .Put(23, 64, 1)     // 25 %
-                                .Put(29, 155, 2)    // 15.5 %
+                                .Put(6, 20000, 3)  // 60,000,000 / 20000 = 3000 RPM
+                                .Put(9, 1234, 2)   // 12.34 ms
+                                .Put(11, 6298, 2)  // 12.30 degrees
+                                .Put(13, 1013, 2)  // 101.3 kPa
+                                .Put(15, 512, 2)   // 50.05 %
+                                .Put(21, 1384, 2)  // 13.84 V
+                                .Put(23, 64, 1)    // 25 %
+                                .Put(29, 155, 2)   // 15.5 %
                                 .frame;
   const ChannelInputs inputs{14.73, 85.26, -7.35, 42.0};
-  const double expected[kChannelCount] = {3000.0, 101.3, 50.0, 12.34, 42.0,  12.3,
-                                          85.3,   -7.4,  13.84, 25.0, 15.5, 147.3};
+  const double expected[kChannelCount] = {3000.0, 101.3, 50.0,  12.34, 42.0, 12.3,
+                                          85.3,   -7.4,  13.84, 25.0,  15.5, 147.3};
   for (int n = 0; n < kChannelCount; ++n) {
     EXPECT_NEAR(DecodeChannel(n, frame, inputs), expected[n], 1e-9) << kChannels[n].caption;
   }
@@ -132,18 +133,10 @@ TEST(DatalogChannels, ADutyOfTwoHundredOrMoreIsRecordedAsTwoHundred) {
   EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 199.5}), 199.5);
 }
 
-TEST(DatalogChannels, NegativeAdvanceAndHalfwayRoundingGoToTheEvenNeighbour) {
-  // -2765 / 512 = -5.400 degrees; 0.25 rounds to 0.2 at one decimal.
-  EXPECT_NEAR(DecodeChannel(5, FrameBuilder().Put(11, 0xFFFF & -2765, 2).frame, {}), -5.4, 1e-9);
-  EXPECT_NEAR(RoundToDecimals(0.25, 1), 0.2, 1e-12);
-  EXPECT_NEAR(RoundToDecimals(0.35, 1), 0.4, 1e-12);
-}
-
 TEST(AxisFollow, TheLookAheadClimbsTheLadderOfThePacketSpeedFactor) {
-  const std::pair<double, double> ladder[] = {{1.0, 0.16},  {1.24, 0.16}, {1.25, 0.18},
-                                              {2.0, 0.18},  {3.0, 0.18},  {4.49, 0.18},
-                                              {4.5, 0.21},  {5.49, 0.21}, {5.5, 0.22},
-                                              {6.0, 0.22}};
+  const std::pair<double, double> ladder[] = {{1.0, 0.16}, {1.24, 0.16}, {1.25, 0.18}, {2.0, 0.18},
+                                              {3.0, 0.18}, {4.49, 0.18}, {4.5, 0.21},  {5.49, 0.21},
+                                              {5.5, 0.22}, {6.0, 0.22}};
   for (const auto& [k, look_ahead] : ladder) EXPECT_EQ(AxisLookAhead(k), look_ahead) << k;
 }
 

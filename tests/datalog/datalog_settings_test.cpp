@@ -1,8 +1,9 @@
 // DatalogSetup.txt: made with every channel on, read and written as the program writes it, and
 // its failure rules.
+#include "datalog/datalog_settings.h"
+
 #include <gtest/gtest.h>
 
-#include "datalog/datalog_settings.h"
 #include "shell/fakes.h"
 
 namespace vela {

@@ -1,8 +1,9 @@
 // The recording journal: whatever was flushed before a crash or a power cut comes back at the
 // next start; a saved or declined log leaves nothing behind.
+#include "datalog/journal.h"
+
 #include <gtest/gtest.h>
 
-#include "datalog/journal.h"
 #include "datalog_test_support.h"
 #include "shell/fakes.h"
 

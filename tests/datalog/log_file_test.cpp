@@ -1,10 +1,11 @@
 // The chart file: a log comes back as it was saved, and a damaged file gives back every whole
 // block and says what it lost.
+#include "datalog/log_file.h"
+
 #include <gtest/gtest.h>
 
 #include "datalog/crc32.h"
 #include "datalog/log_export.h"
-#include "datalog/log_file.h"
 #include "datalog_test_support.h"
 
 namespace vela {
@@ -46,9 +47,9 @@ TEST(LogFile, ACutFileKeepsEveryWholeBlockAndSaysItEndsEarly) {
   const DatalogLog saved = WithMarkers(3000);  // records in blocks of 1024, 1024 and 952
   const std::string bytes = EncodeLogFile(saved);
   const std::size_t record_bytes = 16 + 1024 * (8 + 4 * 11);
-  const std::size_t second_block_end =
-      kLogHeaderSize + EncodeSeriesBlock(saved).size() + EncodeAxisBlock(saved.axis).size() +
-      2 * (kBlockOverhead + record_bytes);
+  const std::size_t second_block_end = kLogHeaderSize + EncodeSeriesBlock(saved).size() +
+                                       EncodeAxisBlock(saved.axis).size() +
+                                       2 * (kBlockOverhead + record_bytes);
   for (std::size_t cut : {second_block_end, second_block_end + 1, second_block_end + 5000}) {
     DatalogLog loaded;
     const LogFileReport report = DecodeLogFile(std::string_view(bytes).substr(0, cut), loaded);
@@ -65,8 +66,8 @@ TEST(LogFile, ACutFileKeepsEveryWholeBlockAndSaysItEndsEarly) {
 TEST(LogFile, ADamagedBlockIsSkippedAndTheBlocksAfterItStillLoad) {
   const DatalogLog saved = WithMarkers(3000);
   std::string bytes = EncodeLogFile(saved);
-  const std::size_t first_records = kLogHeaderSize + EncodeSeriesBlock(saved).size() +
-                                    EncodeAxisBlock(saved.axis).size();
+  const std::size_t first_records =
+      kLogHeaderSize + EncodeSeriesBlock(saved).size() + EncodeAxisBlock(saved.axis).size();
   bytes[first_records + 5000] ^= 0x40;  // one bit inside the first records block
   DatalogLog loaded;
   const LogFileReport report = DecodeLogFile(bytes, loaded);

@@ -1,7 +1,9 @@
 #include "datalog/qt/chart_painter.h"
 
 #include <QVector>
+#include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "datalog/chart_view.h"
 #include "datalog/log_export.h"
@@ -43,18 +45,26 @@ class LineBuilder {
   QVector<QPoint> points_;
 };
 
+// The columns [first, end) of the plot that need drawing.
+struct Columns {
+  std::size_t first;
+  std::size_t end;
+};
+
 void PaintSeries(QPainter& painter, const Frame& frame, const DatalogLog& log, int channel,
-                 const std::vector<std::size_t>& bounds, bool raw) {
+                 const std::vector<std::size_t>& bounds, bool raw, Columns columns) {
   const LogSeries& series = log.Series(channel);
   const ValueRange range = ChannelScale(log, channel);
   const double scale = frame.plot.height() / (range.high - range.low);
   const int bottom = frame.plot.bottom();
-  const auto y = [&](double v) { return static_cast<int>(std::lround(bottom - (v - range.low) * scale)); };
+  const auto y = [&](double v) {
+    return static_cast<int>(std::lround(bottom - (v - range.low) * scale));
+  };
   painter.setPen(QPen(QColor(series.colour.red, series.colour.green, series.colour.blue), 0));
-  LineBuilder line(painter, raw ? 64 : bounds.size() * 4);
   if (raw) {
-    const std::size_t begin = bounds.front() > 0 ? bounds.front() - 1 : 0;
-    const std::size_t end = std::min(bounds.back() + 1, series.values.size());
+    LineBuilder line(painter, 64);
+    const std::size_t begin = bounds[columns.first] > 0 ? bounds[columns.first] - 1 : 0;
+    const std::size_t end = std::min(bounds[columns.end] + 1, series.values.size());
     for (std::size_t i = begin; i < end; ++i) {
       const float v = series.values[i];
       if (std::isnan(v)) {
@@ -65,19 +75,24 @@ void PaintSeries(QPainter& painter, const Frame& frame, const DatalogLog& log, i
     }
     return;
   }
+  // Dense: one vertical bar from the lowest to the highest value of each column, and a short
+  // line from the last value of the column before to the first of this one.
+  QVector<QLine> lines;
+  lines.reserve(static_cast<qsizetype>(bounds.size() * 2));
   const int left = frame.plot.left();
-  for (std::size_t c = 0; c + 1 < bounds.size(); ++c) {
+  std::optional<int> last_y;
+  for (std::size_t c = columns.first; c < columns.end; ++c) {
     const ColumnSummary s = series.summaries.Summarize(series.values, bounds[c], bounds[c + 1]);
     if (!s.any) {
-      if (bounds[c] < bounds[c + 1]) line.Break();  // records without points: the line breaks
+      if (bounds[c] < bounds[c + 1]) last_y.reset();  // records without points: the line breaks
       continue;
     }
     const int x = left + static_cast<int>(c);
-    if (!std::isnan(s.first)) line.Add(x, y(s.first));
-    line.Add(x, y(s.min));
-    line.Add(x, y(s.max));
-    if (!std::isnan(s.last)) line.Add(x, y(s.last));
+    if (last_y && !std::isnan(s.first)) lines.append(QLine(x - 1, *last_y, x, y(s.first)));
+    lines.append(QLine(x, y(s.min), x, y(s.max)));
+    last_y = std::isnan(s.last) ? std::nullopt : std::optional<int>(y(s.last));
   }
+  painter.drawLines(lines.constData(), lines.size());
 }
 
 void PaintAxes(QPainter& painter, const Frame& frame, const ChartScene& scene,
@@ -113,24 +128,29 @@ void PaintMarkersAndCursors(QPainter& painter, const Frame& frame, const ChartSc
                             const ChartLook& look) {
   const QRect& plot = frame.plot;
   const int ascent = painter.fontMetrics().ascent();
-  const auto vertical = [&](double t, const QColor& colour, Qt::PenStyle style,
-                            const QString& text) {
+  const int line_height = painter.fontMetrics().height();
+  // Markers label the first text line, cursor A the second and cursor B the third.
+  const auto vertical = [&](double t, const QColor& colour, Qt::PenStyle style, const QString& text,
+                            int text_line) {
     const int x = static_cast<int>(std::lround(frame.XOf(t)));
     if (x < plot.left() || x > plot.right()) return;
     painter.setPen(QPen(colour, 0, style));
     painter.drawLine(x, plot.top(), x, plot.bottom());
-    painter.drawText(x + 3, plot.top() + ascent + 2, text);
+    const int top = plot.top() + 1 + text_line * line_height;
+    const QRect box(x + 2, top, painter.fontMetrics().horizontalAdvance(text) + 4, line_height);
+    painter.fillRect(box, look.background);
+    painter.drawText(box.left() + 2, top + ascent, text);
   };
   for (const LogMarker& marker : scene.log.Markers()) {
-    vertical(marker.time, look.marker, Qt::DashLine, QString::fromStdString(marker.text));
+    vertical(marker.time, look.marker, Qt::DashLine, QString::fromStdString(marker.text), 0);
   }
   if (scene.cursor_a) {
     vertical(*scene.cursor_a, look.cursor_a, Qt::SolidLine,
-             QString("A %1 s").arg(QString::fromStdString(FixedText(*scene.cursor_a, 3))));
+             QString("A %1 s").arg(QString::fromStdString(FixedText(*scene.cursor_a, 3))), 1);
   }
   if (scene.cursor_b) {
     vertical(*scene.cursor_b, look.cursor_b, Qt::DotLine,
-             QString("B %1 s").arg(QString::fromStdString(FixedText(*scene.cursor_b, 3))));
+             QString("B %1 s").arg(QString::fromStdString(FixedText(*scene.cursor_b, 3))), 2);
   }
 }
 
@@ -146,12 +166,19 @@ void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,
   PaintAxes(painter, frame, scene, look);
   painter.save();
   painter.setClipRect(scene.plot.adjusted(0, 0, 1, 1));
-  const std::vector<std::size_t> bounds =
-      ColumnBounds(scene.log.Times(), frame.axis, scene.plot.width());
+  std::vector<std::size_t> bounds = ColumnBounds(scene.log.Times(), frame.axis, scene.plot.width());
   const bool raw = DrawRawPoints(bounds);
+  if (!raw) AlignToSummaryBlocks(bounds);
+  const QRect dirty = scene.dirty.intersected(scene.plot);
+  const int width = scene.plot.width();
+  const Columns columns{
+      static_cast<std::size_t>(std::clamp(dirty.left() - scene.plot.left() - 1, 0, width)),
+      static_cast<std::size_t>(std::clamp(dirty.right() - scene.plot.left() + 2, 0, width))};
   for (int n = 0; n < kChannelCount; ++n) {
     const LogSeries& series = scene.log.Series(n);
-    if (series.active && series.points > 0) PaintSeries(painter, frame, scene.log, n, bounds, raw);
+    if (series.active && series.points > 0 && columns.first < columns.end) {
+      PaintSeries(painter, frame, scene.log, n, bounds, raw, columns);
+    }
   }
   painter.restore();
   PaintMarkersAndCursors(painter, frame, scene, look);

@@ -26,6 +26,7 @@ struct ChartScene {
   int axis_channel;
   std::optional<double> cursor_a;
   std::optional<double> cursor_b;
+  QRect dirty;  // only the lines crossing it are drawn (the painter clips the rest anyway)
 };
 
 void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,

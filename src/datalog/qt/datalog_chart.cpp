@@ -55,8 +55,41 @@ void DatalogChart::SetCursors(std::optional<double> a, std::optional<double> b) 
   emit CursorsChanged();
 }
 
+namespace {
+
+std::vector<std::pair<double, double>> Scales(const DatalogLog& log) {
+  std::vector<std::pair<double, double>> scales;
+  for (int n = 0; n < kChannelCount; ++n) {
+    const ValueRange range = ChannelScale(log, n);
+    scales.emplace_back(range.low, range.high);
+  }
+  return scales;
+}
+
+}  // namespace
+
+int DatalogChart::XOf(double time) const {
+  const QRect plot = PlotRect();
+  return plot.left() +
+         static_cast<int>(
+             std::lround((time - log_.axis.min) / (log_.axis.max - log_.axis.min) * plot.width()));
+}
+
+bool DatalogChart::OnlyGrownSincePaint() const {
+  return log_.axis == painted_axis_ && painted_records_ > 0 &&
+         log_.RecordCount() >= painted_records_ && log_.Markers().size() == painted_markers_ &&
+         Scales(log_) == painted_scales_;
+}
+
 void DatalogChart::RefreshIfChanged() {
-  if (log_.Revision() != painted_revision_) update();
+  if (log_.Revision() == painted_revision_) return;
+  if (!OnlyGrownSincePaint() || log_.RecordCount() == painted_records_) {
+    update();
+    return;
+  }
+  const int from = XOf(log_.Times()[painted_records_ - 1]) - 2;
+  const int to = XOf(log_.EndTime()) + 2;
+  update(QRect(from, 0, to - from + 1, height()));
 }
 
 void DatalogChart::TakeAxisInHand(const TimeAxis& axis) {
@@ -66,10 +99,21 @@ void DatalogChart::TakeAxisInHand(const TimeAxis& axis) {
   emit AxisChangedByHand();
 }
 
-void DatalogChart::paintEvent(QPaintEvent*) {
+void DatalogChart::paintEvent(QPaintEvent* event) {
+  // A part of the chart shown again after the log changed otherwise than by growing: the rest
+  // follows.
+  if (!event->rect().contains(rect()) && log_.Revision() != painted_revision_ &&
+      !OnlyGrownSincePaint()) {
+    update();
+  }
   QPainter painter(this);
   painted_revision_ = log_.Revision();
-  PaintChart(painter, rect(), ChartScene{log_, PlotRect(), axis_channel_, cursor_a_, cursor_b_});
+  painted_axis_ = log_.axis;
+  painted_records_ = log_.RecordCount();
+  painted_markers_ = log_.Markers().size();
+  painted_scales_ = Scales(log_);
+  PaintChart(painter, rect(),
+             ChartScene{log_, PlotRect(), axis_channel_, cursor_a_, cursor_b_, event->rect()});
 }
 
 void DatalogChart::wheelEvent(QWheelEvent* event) {

@@ -12,6 +12,8 @@
 
 #include <QWidget>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "datalog/datalog_log.h"
 
@@ -37,7 +39,8 @@ class DatalogChart : public QWidget {
   std::optional<double> CursorB() const { return cursor_b_; }
   void SetCursors(std::optional<double> a, std::optional<double> b);
 
-  // Repaints when the log changed since the last paint.
+  // Repaints when the log changed since the last paint: only the strip of the new records while
+  // the axis, the channels' scales and the markers stay as they were drawn, otherwise the whole.
   void RefreshIfChanged();
 
   // The time at horizontal position `x` of the widget.
@@ -58,6 +61,7 @@ class DatalogChart : public QWidget {
 
  private:
   int XOf(double time) const;
+  bool OnlyGrownSincePaint() const;
   void TakeAxisInHand(const TimeAxis& axis);
 
   DatalogLog& log_;
@@ -65,7 +69,12 @@ class DatalogChart : public QWidget {
   bool axis_in_hand_ = false;
   std::optional<double> cursor_a_;
   std::optional<double> cursor_b_;
+  // What the last paint showed.
   std::uint64_t painted_revision_ = 0;
+  TimeAxis painted_axis_;
+  std::size_t painted_records_ = 0;
+  std::size_t painted_markers_ = 0;
+  std::vector<std::pair<double, double>> painted_scales_;
   // Dragging: where the press was and the axis then.
   std::optional<int> press_x_;
   TimeAxis press_axis_;
