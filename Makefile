@@ -25,6 +25,9 @@ bench: build
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu 10
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window 10
 	bash scripts/run.sh $(BUILD)/bench/vela-editing-latency
+	bash scripts/run.sh $(BUILD)/bench/vela-datalog-bench
+	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 20
+	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 --record 20
 
 clean:
 	rm -rf $(BUILD)

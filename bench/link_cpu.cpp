@@ -2,7 +2,7 @@
 // the simulated ECU at 60 live frames a second. The simulated ECU runs on its own thread in the
 // same process; only the program's thread is measured. With --window the whole main window runs
 // (map pages, graphs and read-outs refreshed as the tuner sees them; --tab N puts page N in
-// front), otherwise the link alone.
+// front), otherwise the link alone. --record (with --window) records a datalog meanwhile.
 #include <sys/resource.h>
 
 #include <QApplication>
@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "app/datalog_page.h"
 #include "app/link_session.h"
 #include "program_fixture.h"
 #include "sim/pty_runner.h"
@@ -36,11 +37,14 @@ class QuietStatus : public vela::StatusLabel {
 int main(int argc, char* argv[]) {
   QApplication app(argc, argv);
   bool whole_window = false;
+  bool record = false;
   int tab = 0;
   int seconds = 10;
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--window") == 0) {
       whole_window = true;
+    } else if (std::strcmp(argv[i], "--record") == 0) {
+      record = true;
     } else if (std::strcmp(argv[i], "--tab") == 0 && i + 1 < argc) {
       tab = std::atoi(argv[++i]);
     } else {
@@ -76,6 +80,7 @@ int main(int argc, char* argv[]) {
   QObject::connect(&link, &vela::LinkSession::CalibrationReceived, [&] {
     link.RateChosen(0);
     QTimer::singleShot(1000, [&] {
+      if (record && whole_window) program.window->datalog_page().StartStopLogging();
       cpu_start = ThreadCpuSeconds();
       frames_start = frames;
       wall.start();
@@ -89,9 +94,12 @@ int main(int argc, char* argv[]) {
   if (app.exec() != 0) return 1;
   const double elapsed = wall.elapsed() / 1000.0;
   const double cpu = ThreadCpuSeconds() - cpu_start;
+  const bool recorded = record && whole_window && program.window->datalog_page().Logging();
   std::printf(
-      "%s connected at %.1f live frames/s: %.1f ms of processor time per second (%.2f %%)\n",
-      whole_window ? "whole program" : "link alone", (frames - frames_start) / elapsed,
+      "%s%s%s connected at %.1f live frames/s: %.1f ms of processor time per second (%.2f %%)\n",
+      whole_window ? "whole program" : "link alone",
+      whole_window ? QString(", tab %1").arg(tab).toLocal8Bit().constData() : "",
+      recorded ? ", recording a datalog," : "", (frames - frames_start) / elapsed,
       1000.0 * cpu / elapsed, 100.0 * cpu / elapsed);
   link.Close();
   return 0;

@@ -92,6 +92,8 @@ class EditorSession : public QObject {
   const CalibrationImage& image() const { return image_; }
   bool has_calibration() const { return has_calibration_; }
   Download& download() { return download_; }
+  // The folder the program's file dialogs last showed (maps and datalogs share it).
+  FileDialogMemory& dialog_memory() { return dialog_memory_; }
 
   // A complete block from the ECU. Ignored while off-line, so a tuner's off-line edits are never
   // replaced behind their back. When changes were made while the ECU was not connected or the

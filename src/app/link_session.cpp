@@ -62,7 +62,7 @@ void LinkSession::WireCallbacks() {
       [this](const std::string& caption) { emit CaptionChanged(QString::fromStdString(caption)); },
       [this] { emit DisplaysReset(); },
       [this] { engine_rate_.Refill(0.0f); },
-      nullptr,
+      [this] { emit LinkLost(); },
   });
   upload_.SetCallbacks({[this](const CalibrationImage& image) { OnBlock(image); },
                         [this](bool enabled, int interval_ms) {

@@ -77,6 +77,8 @@ class LinkSession : public QObject {
   void CalibrationReceived(const CalibrationImage& image);
   // Every new live frame the dispatcher takes, after the handlers have run.
   void FrameTaken(const live::Frame& frame);
+  // The caption has just changed to not connected.
+  void LinkLost();
 
  private:
   void WireCallbacks();

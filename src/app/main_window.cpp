@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 
 #include "app/data_page.h"
+#include "app/datalog_page.h"
 #include "app/editor_session.h"
 #include "app/form_spare.h"
 #include "app/link_session.h"
@@ -186,8 +187,12 @@ QWidget* MainWindow::BuildPage(int index) {
       layout->addWidget(settings_controls_->BuildFileOptions(page));
       break;
     case kDataLogging:
-      layout->addWidget(settings_controls_->BuildDatalogOptions(page));
-      break;
+      datalog_page_ = new DatalogPage(
+          {parts_.setup, parts_.link, parts_.messages, parts_.dialogs ? *parts_.dialogs : dialogs_,
+           parts_.files, editors_->dialog_memory().folder},
+          settings_controls_->BuildDatalogOptions(page), page);
+      layout->addWidget(datalog_page_, 1);
+      return page;
     default:
       break;
   }
@@ -252,6 +257,11 @@ void MainWindow::WireLink() {
     });
   });
   connect(&link, &LinkSession::DisplaysReset, this, &MainWindow::ShowLiveData);
+  connect(&link, &LinkSession::FrameTaken, datalog_page_, &DatalogPage::FrameTaken);
+  connect(&link, &LinkSession::LinkLost, datalog_page_, &DatalogPage::LinkLost);
+  connect(datalog_page_, &DatalogPage::ShowDataLoggingTab, this,
+          [this] { tabs_->setCurrentIndex(kDataLogging); });
+  datalog_page_->SetFuelMap(&map_pages_->page(kFuelMap1)->grid()->Model());
   connect(settings_controls_, &SettingsControls::FramesPerSecondChosen, &link,
           &LinkSession::RateChosen);
   connect(settings_controls_, &SettingsControls::PacketSpeedChosen, &link,
@@ -316,7 +326,7 @@ void MainWindow::SetColours() {
   tabs_->setPalette(palette);
 }
 
-void MainWindow::SetupLogLiveChannel1() { datalog_channel_enabled_.fill(0); }
+void MainWindow::SetupLogLiveChannel1() { datalog_page_->ClearChannelFlags(); }
 void MainWindow::SetupTabs() { tabs_->setCurrentIndex(kFuelMap1); }
 void MainWindow::SetupFormSize() { setMinimumSize(900, 600); }
 void MainWindow::SetupRpmPoints() {}
@@ -349,12 +359,15 @@ void MainWindow::ReadProgramSettings() {
   ApplyLinkSettings();
 }
 
-void MainWindow::EnableDatalogChannel0() { datalog_channel_enabled_[0] = 1; }
+void MainWindow::EnableDatalogChannel0() { datalog_page_->EnableChannel0(); }
 void MainWindow::SetupGpiNames() {}
 void MainWindow::SetupGpoNames() {}
-void MainWindow::SetupDatalogChart() {}
+void MainWindow::SetupDatalogChart() { datalog_page_->SetupChart(); }
 void MainWindow::SetupChartsAndCrossHair() {}
-void MainWindow::LoadDatalogSettings() {}
+void MainWindow::LoadDatalogSettings() {
+  datalog_page_->LoadDatalogSettings();
+  datalog_page_->OfferRecovery();
+}
 
 void MainWindow::SelectFirstTab() {
   for (QWidget* w : hidden_until_started_) w->setEnabled(true);
@@ -501,6 +514,10 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
       parts_.link.ForceUpload();
       return true;
     case KeyAction::kToggleDatalogging:
+      datalog_page_->StartStopLogging();
+      return true;
+    case KeyAction::kDropMarker:
+      datalog_page_->DropMarker();
       return true;
     case KeyAction::kSelectPage:
       tabs_->setCurrentIndex(route.page);

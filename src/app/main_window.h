@@ -20,6 +20,7 @@
 namespace vela {
 
 class DataPage;
+class DatalogPage;
 class EditorSession;
 class LinkSession;
 class MapPages;
@@ -55,6 +56,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
   EditorSession& editors() { return *editors_; }
   MapPages& map_pages() { return *map_pages_; }
   SetupPages& setup_pages() { return *setup_pages_; }
+  DatalogPage& datalog_page() { return *datalog_page_; }
 
   // StartupSteps
   void SizeWindow() override;
@@ -131,10 +133,10 @@ class MainWindow : public QMainWindow, public StartupSteps {
   QLabel* tick_label_ = nullptr;
   QLabel* chunk_label_ = nullptr;
   DataPage* data_page_ = nullptr;
+  DatalogPage* datalog_page_ = nullptr;
   std::unique_ptr<StatusLabelAdapter> status_adapter_;
   std::string last_orange_block_;
   QList<QWidget*> hidden_until_started_;
-  std::array<int, 13> datalog_channel_enabled_{};
   int base_font_points_ = 0;
 };
 

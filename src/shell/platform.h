@@ -12,7 +12,7 @@ namespace vela {
 
 // Modal message boxes: an icon, a fixed title, fixed lines (shown one under the other) and the
 // buttons offered. Titles and lines are shown exactly as given, trailing blanks included.
-enum class MessageIcon { kInformation, kExclamation, kQuestion, kCritical };
+enum class MessageIcon { kInformation, kExclamation, kQuestion, kCritical, kNone };
 // kYesNoDefaultNo: Yes and No with No as the default, for a question whose Yes risks something.
 enum class MessageButtons { kOk, kOkCancel, kYesNo, kYesNoCancel, kYesNoDefaultNo };
 enum class MessageAnswer { kOk, kCancel, kYes, kNo };

@@ -52,6 +52,7 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
   } else {
     if (letter == 'U') return Route(KeyAction::kForceUpload);
     if (letter == 'L') return Route(KeyAction::kToggleDatalogging);
+    if (letter == 'K') return Route(KeyAction::kDropMarker);
   }
   const int page = PageOfLetter(letter, context.current_page);
   if (page >= 0) return KeyRoute{KeyAction::kSelectPage, page};

@@ -35,6 +35,7 @@ enum class KeyAction {
   kRebuildGrids,           // Alt-E: the grid set-up again
   kForceUpload,            // U or u
   kToggleDatalogging,      // L or l
+  kDropMarker,             // K or k: a marker in the datalog
   kSelectPage,             // a page letter; `page` tells which
   kInsertLiveValue,        // Enter; the window inserts the live value when live tuning is on
   kMovePointerToLoadSite,  // the second of two Space presses in a row
@@ -56,7 +57,8 @@ struct KeyContext {
 // Page letters: F, I, T, C, M, S, H, D, O and G in either case, alone, with Shift or with Alt.
 // F shows Fuel Map 1, and Fuel Map 2 when Fuel Map 1 is up (a further F goes back); T shows
 // Outputs, and Inputs when Outputs is up. Control with any key, and every key not named here
-// (N, P, the value keys, Left/Right), pass to the grid. Enter and Space never do.
+// (N, P, the value keys, Left/Right), pass to the grid. Enter and Space never do. K drops a
+// marker into the datalog.
 KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context);
 
 // The page a page letter selects from `current_page`; -1 for any other letter.

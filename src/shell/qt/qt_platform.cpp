@@ -24,6 +24,8 @@ QMessageBox::Icon BoxIcon(MessageIcon icon) {
       return QMessageBox::Question;
     case MessageIcon::kCritical:
       return QMessageBox::Critical;
+    case MessageIcon::kNone:
+      return QMessageBox::NoIcon;
   }
   return QMessageBox::NoIcon;
 }

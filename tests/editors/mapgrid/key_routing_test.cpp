@@ -35,6 +35,7 @@ TEST(MainWindowKeys, AltKeysToggleModesAndRebuildTheGrids) {
   EXPECT_EQ(RouteMainWindowKey(Letter('u'), context), Action(KeyAction::kForceUpload));
   EXPECT_EQ(RouteMainWindowKey(Letter('U'), context), Action(KeyAction::kForceUpload));
   EXPECT_EQ(RouteMainWindowKey(Letter('l'), context), Action(KeyAction::kToggleDatalogging));
+  EXPECT_EQ(RouteMainWindowKey(Letter('K'), context), Action(KeyAction::kDropMarker));
 }
 
 TEST(MainWindowKeys, PageLettersInEitherCaseBringTheirPageToTheFront) {

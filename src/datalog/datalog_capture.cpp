@@ -1,0 +1,58 @@
+#include "datalog/datalog_capture.h"
+
+#include <algorithm>
+
+#include "calibration/rounding.h"
+#include "datalog/axis_follow.h"
+
+namespace vela {
+
+namespace {
+constexpr std::int16_t kTrue = -1;
+}  // namespace
+
+void DatalogCapture::StartLogging(double time_scale_s) {
+  DatalogTime = 0.0;
+  DatalogRecordCount = 0.0f;
+  log_.Clear();
+  log_.axis = TimeAxis{0.0, time_scale_s};
+  DatalogLive = true;
+}
+
+void DatalogCapture::SetChannelEnabled(int channel, bool enabled) {
+  ChannelEnabled[channel] = enabled ? kTrue : 0;
+  log_.SetActive(channel, enabled);
+  log_.Touch();
+}
+
+bool DatalogCapture::CaptureFrame(const live::Frame& frame, const ChannelInputs& inputs,
+                                  double packet_speed_factor, bool follow) {
+  if (!DatalogLive) return false;
+  DatalogRecordCount += 1.0f;
+  std::fill_n(ChannelMax.begin(), kChannelLimitsReset, kChannelMaxReset);
+  std::fill_n(ChannelMin.begin(), kChannelLimitsReset, kChannelMinReset);
+  FramesPerSecond = live::At(frame, live::kFramesPerSecond);
+  if (FramesPerSecond != 0) DatalogTime += kDatalogTimeStep / FramesPerSecond;
+  if (follow) FollowTimeAxis(log_.axis, DatalogTime, packet_speed_factor);
+
+  ChannelValues values{};
+  ChannelMask mask = 0;
+  for (int n : kCaptureOrder) {
+    if (!ChannelOn(n)) continue;
+    values[n] = DecodeChannel(n, frame, inputs);
+    UpdateLimits(n, values[n]);
+    mask |= static_cast<ChannelMask>(1u << n);
+  }
+  log_.Append(DatalogTime, values, mask);
+  return true;
+}
+
+void DatalogCapture::UpdateLimits(int channel, double value) {
+  const auto whole = [](double v) {
+    return static_cast<std::int16_t>(std::clamp(RoundHalfEven(v), -32768.0, 32767.0));
+  };
+  if (value > ChannelMax[channel]) ChannelMax[channel] = whole(value);
+  if (value < ChannelMin[channel]) ChannelMin[channel] = whole(value);
+}
+
+}  // namespace vela

@@ -1,0 +1,95 @@
+// The recorded datalog: one ascending time array, one contiguous value array per channel beside
+// it, the markers the tuner or the program dropped, and the time axis the chart shows. A channel
+// that was off for a record holds NaN there (no point); a channel never recorded holds nothing.
+// The chart reads straight from here; nothing copies the log.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "datalog/channels.h"
+#include "datalog/minmax_pyramid.h"
+
+namespace vela {
+
+struct LogMarker {
+  double time = 0.0;
+  std::string text;
+  bool operator==(const LogMarker&) const = default;
+};
+
+// The chart's horizontal axis, in seconds.
+struct TimeAxis {
+  double min = 0.0;
+  double max = 20.0;
+  bool operator==(const TimeAxis&) const = default;
+};
+
+struct LogSeries {
+  bool active = false;  // drawn: exactly while its channel is enabled
+  ChannelColour colour;
+  std::vector<float> values;  // aligned with the log's times; may be shorter (missing = no point)
+  MinMaxPyramid summaries;
+  std::size_t points = 0;
+};
+
+using ChannelValues = std::array<double, kChannelCount>;
+using ChannelMask = std::uint16_t;  // bit n: channel n has a value
+
+class DatalogLog {
+ public:
+  DatalogLog();
+
+  // Points and markers go; the series keep their colours and active states.
+  void Clear();
+  // Everything taken from `other` (a log read from a file); the revision still moves on.
+  void ReplaceWith(DatalogLog&& other);
+
+  // One record at `time` with the channels of `mask`; a record with no channel adds nothing.
+  void Append(double time, const ChannelValues& values, ChannelMask mask);
+  // Several records at once (files): `values[n]` points at `times.size()` values of channel n,
+  // or is null when channel n has none in these records.
+  void AppendRecords(std::span<const double> times,
+                     const std::array<const float*, kChannelCount>& values);
+
+  // A marker at the time of the newest record (0 before any), or at `time`.
+  void AddMarker(std::string text);
+  void AddMarkerAt(double time, std::string text);
+
+  std::size_t RecordCount() const { return times_.size(); }
+  const std::vector<double>& Times() const { return times_; }
+  double EndTime() const { return times_.empty() ? 0.0 : times_.back(); }
+  const LogSeries& Series(int channel) const { return series_[channel]; }
+  void SetActive(int channel, bool active) { series_[channel].active = active; }
+  void SetColour(int channel, ChannelColour colour) { series_[channel].colour = colour; }
+  const std::vector<LogMarker>& Markers() const { return markers_; }
+  // True when any channel holds a point.
+  bool HasPoints() const;
+
+  // The index of the last record at or before `time`, or nullopt before the first.
+  std::optional<std::size_t> IndexAtOrBefore(double time) const;
+  // Channel `channel` at the last record at or before `time`; nullopt when it has no point there.
+  std::optional<double> ValueAt(int channel, double time) const;
+  // The summary of records [begin, end) of one channel.
+  ColumnSummary Summarize(int channel, std::size_t begin, std::size_t end) const;
+
+  TimeAxis axis;
+  // Counts every change, so that a viewer knows when to draw again.
+  std::uint64_t Revision() const { return revision_; }
+  void Touch() { ++revision_; }
+
+ private:
+  void PadTo(LogSeries& series, std::size_t size);
+
+  std::vector<double> times_;
+  std::array<LogSeries, kChannelCount> series_;
+  std::vector<LogMarker> markers_;
+  std::uint64_t revision_ = 0;
+};
+
+}  // namespace vela

@@ -1,0 +1,72 @@
+// The recording journal: while logging runs, the log is written to a file in the datalogs folder
+// as it grows, in the chart file's own format, and pushed to the disk at least once a second.
+// After a crash, a kill or a power cut the next start finds it and offers the log back, short of
+// at most the last second. It stays until the log is saved or the tuner declines to recover it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "datalog/datalog_log.h"
+#include "datalog/log_file.h"
+#include "shell/file_system.h"
+
+namespace vela {
+
+inline constexpr std::string_view kJournalFileName = "Recording.journal";
+// How often the Qt side flushes the journal while logging runs.
+inline constexpr int kJournalFlushMs = 500;
+
+// The journal's file: created empty, appended to, pushed to the disk, removed.
+class JournalFile {
+ public:
+  virtual ~JournalFile() = default;
+  // An empty file at `path`, replacing any file there.
+  virtual bool Create(const std::string& path) = 0;
+  virtual bool Append(std::string_view bytes) = 0;
+  // What was appended is on the disk, not only in the system's buffers.
+  virtual bool Sync() = 0;
+  virtual void Close() = 0;
+  virtual bool Remove(const std::string& path) = 0;
+};
+
+class DatalogJournal {
+ public:
+  DatalogJournal(JournalFile& file, std::string path) : file_(file), path_(std::move(path)) {}
+
+  // A new log begins: the journal starts afresh with the log's series. False when the file
+  // cannot be made (the log is then recorded without a journal).
+  bool Begin(const DatalogLog& log);
+  // Records, markers and series changes since the last flush, pushed to the disk.
+  void Flush(const DatalogLog& log);
+  // Logging stopped: the last records and the closing block; the file stays until Discard.
+  void End(const DatalogLog& log);
+  // The log is safe elsewhere (saved) or unwanted: the file goes.
+  void Discard();
+
+  bool Writing() const { return writing_; }
+  const std::string& path() const { return path_; }
+
+ private:
+  void Write(const std::string& bytes);
+
+  JournalFile& file_;
+  std::string path_;
+  bool writing_ = false;
+  bool ok_ = true;
+  std::size_t records_written_ = 0;
+  std::vector<LogMarker> markers_written_;
+  std::array<bool, kChannelCount> active_written_{};
+};
+
+struct RecoveredLog {
+  DatalogLog log;
+  LogFileReport report;
+};
+
+// The log a journal at `path` holds, when it holds at least one record.
+std::optional<RecoveredLog> ReadJournal(FileSystem& files, const std::string& path);
+
+}  // namespace vela

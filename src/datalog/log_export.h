@@ -1,0 +1,27 @@
+// A datalog as text: the old table export (*.dl1), CSV for spreadsheets and other viewers, and
+// the summary `vela-log info` prints.
+#pragma once
+
+#include <string>
+
+#include "datalog/datalog_log.h"
+#include "datalog/log_file.h"
+
+namespace vela {
+
+// One line per record: time, then channels 0 (RPM) to 9 (Idle %), each with its decimals (empty
+// where the channel has no point), joined by " , " and ended by CR LF.
+std::string Dl1Text(const DatalogLog& log);
+
+// A header row "Time (s)" and "Name (unit)" of every channel that holds a point, then a "Marker"
+// column; one row per record, values with their decimals and '.' (empty where there is no
+// point), the markers' texts in the row of the record they fall on. Rows end with CR LF.
+std::string CsvText(const DatalogLog& log);
+
+// Record count, duration, time axis, channels and markers, and any damage the reader found.
+std::string LogInfoText(const DatalogLog& log, const LogFileReport& report);
+
+// `value` with `decimals` fixed decimals and '.'.
+std::string FixedText(double value, int decimals);
+
+}  // namespace vela

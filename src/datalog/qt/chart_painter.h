@@ -1,0 +1,35 @@
+// Drawing of the datalog chart with QPainter: the plot's frame, ticks and labels, every active
+// channel's line, the markers and the cursors.
+#pragma once
+
+#include <QPainter>
+#include <QRect>
+#include <optional>
+
+#include "datalog/datalog_log.h"
+
+namespace vela {
+
+struct ChartLook {
+  QColor background{12, 12, 18};
+  QColor grid{48, 48, 56};
+  QColor axis_line{255, 255, 255};  // white axis lines
+  QColor label{192, 192, 192};      // silver labels
+  QColor marker{255, 150, 40};
+  QColor cursor_a{255, 255, 255};
+  QColor cursor_b{160, 200, 255};
+};
+
+struct ChartScene {
+  const DatalogLog& log;
+  QRect plot;
+  int axis_channel;
+  std::optional<double> cursor_a;
+  std::optional<double> cursor_b;
+  QRect dirty;  // only the lines crossing it are drawn (the painter clips the rest anyway)
+};
+
+void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,
+                const ChartLook& look = {});
+
+}  // namespace vela

@@ -1,0 +1,84 @@
+// `TChart1`: the datalog chart. A line chart without title or legend, white axis lines and silver
+// labels, one line per channel in the channel's colour, drawn only while the channel is active.
+// It draws straight from the log: each pixel column shows the first, lowest, highest and last
+// value of the records it covers (from the log's min/max summaries), so an hour-long log draws as
+// fast as a short one and no spike is lost; zoomed in far enough, the raw points are drawn.
+//
+// Each channel is drawn over the full height between its own lowest and highest value; the left
+// axis is labelled in the units of one chosen channel. The tuner zooms the time axis with the
+// mouse wheel, pans by dragging, shows the whole log with a double click, sets cursor A with a
+// click and cursor B with a right click.
+#pragma once
+
+#include <QWidget>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "datalog/datalog_log.h"
+
+namespace vela {
+
+class DatalogChart : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit DatalogChart(DatalogLog& log, QWidget* parent = nullptr);
+
+  // The channel whose values label the left axis.
+  void SetAxisChannel(int channel);
+  int AxisChannel() const { return axis_channel_; }
+
+  // True once the tuner has zoomed or panned: the time axis then no longer follows the newest
+  // point until the whole log is shown again.
+  bool AxisInHand() const { return axis_in_hand_; }
+  void ReleaseAxis() { axis_in_hand_ = false; }
+  void ShowWholeLog();
+
+  std::optional<double> CursorA() const { return cursor_a_; }
+  std::optional<double> CursorB() const { return cursor_b_; }
+  void SetCursors(std::optional<double> a, std::optional<double> b);
+
+  // Repaints when the log changed since the last paint: only the strip of the new records while
+  // the axis, the channels' scales and the markers stay as they were drawn, otherwise the whole.
+  void RefreshIfChanged();
+
+  // The time at horizontal position `x` of the widget.
+  double TimeAt(int x) const;
+  QRect PlotRect() const;
+
+ signals:
+  void CursorsChanged();
+  void AxisChangedByHand();
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+ private:
+  int XOf(double time) const;
+  bool OnlyGrownSincePaint() const;
+  void TakeAxisInHand(const TimeAxis& axis);
+
+  DatalogLog& log_;
+  int axis_channel_ = 0;
+  bool axis_in_hand_ = false;
+  std::optional<double> cursor_a_;
+  std::optional<double> cursor_b_;
+  // What the last paint showed.
+  std::uint64_t painted_revision_ = 0;
+  TimeAxis painted_axis_;
+  std::size_t painted_records_ = 0;
+  std::size_t painted_markers_ = 0;
+  std::vector<std::pair<double, double>> painted_scales_;
+  // Dragging: where the press was and the axis then.
+  std::optional<int> press_x_;
+  TimeAxis press_axis_;
+  bool dragging_ = false;
+};
+
+}  // namespace vela

@@ -1,0 +1,174 @@
+// Datalogging on the whole program against the simulated ECU over a pseudo-terminal: L starts
+// and stops a log, K drops a marker, the log is saved, loaded back and read by vela-log, whose CSV
+// holds the values the ECU put in its frames; a journal left by a killed program comes back.
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <cmath>
+
+#include "app/datalog_page.h"
+#include "app/editor_session.h"
+#include "app/link_session.h"
+#include "app/main_window.h"
+#include "program_fixture.h"
+#include "sim/pty_runner.h"
+
+using namespace vela;
+
+namespace {
+
+struct Program : testing::TestProgram {
+  Program(const QString& root, const std::string& device)
+      : TestProgram(root, QString::fromStdString(device)) {
+    link.SetCommsDelayEnabled(false);
+  }
+  // Loads, shows and waits for the ECU's calibration and the chosen frame rate (20 a second).
+  bool Run() {
+    if (!window->Load()) return false;
+    window->show();
+    window->activateWindow();
+    if (!QTest::qWaitForWindowActive(window.get())) return false;
+    return QTest::qWaitFor([this] { return window->editors().has_calibration(); }, 10000) &&
+           QTest::qWaitFor([this] { return link.live().frames_per_second == 20; }, 3000);
+  }
+  DatalogPage& page() { return window->datalog_page(); }
+  // A key as the tuner types it: the main window sees keys only while it is the active window.
+  bool Press(Qt::Key key) {
+    window->activateWindow();
+    if (!QTest::qWaitForWindowActive(window.get())) return false;
+    QTest::keyClick(window.get(), key);
+    return true;
+  }
+  QString Datalogs() const { return QString::fromStdString(folders.datalogs); }
+};
+
+std::uint32_t Field(const live::Frame& f, int position, int bytes) {
+  std::uint32_t value = 0;
+  for (int i = bytes - 1; i >= 0; --i) value = value << 8 | f[position - 1 + i];
+  return value;
+}
+
+double Rounded(double value, int decimals) {
+  const double scale = std::pow(10.0, decimals);
+  return std::nearbyint(value * scale) / scale;
+}
+
+QStringList VelaLog(const QString& command, const QString& file) {
+  QProcess tool;
+  tool.start(VELA_LOG_PATH, {command, file});
+  if (!tool.waitForFinished(10000) || tool.exitCode() != 0) return {};
+  return QString::fromUtf8(tool.readAllStandardOutput()).split("\r\n", Qt::SkipEmptyParts);
+}
+
+}  // namespace
+
+class DatalogEndToEndTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void recordSaveReloadAndReadTheFramesBackWithVelaLog() {
+    QTemporaryDir dir;
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start({}, &error), error.c_str());
+    Program program(dir.path(), ecu.SlavePath());
+    QVERIFY(program.Run());
+    std::vector<live::Frame> frames;  // what the ECU sent while the log ran
+    QObject::connect(&program.link, &LinkSession::FrameTaken, [&](const live::Frame& frame) {
+      if (program.page().Logging()) frames.push_back(frame);
+    });
+
+    QVERIFY(program.Press(Qt::Key_L));
+    QVERIFY(program.page().Logging());
+    QCOMPARE(program.window->findChild<QPushButton*>("Command6_0")->text(),
+             QString("Stop DataLogging"));
+    QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 30, 5000);
+    QVERIFY(program.Press(Qt::Key_K));
+    QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 50, 5000);
+    QVERIFY(QFile::exists(program.Datalogs() + "Recording.journal"));
+    QVERIFY(program.Press(Qt::Key_L));
+    QVERIFY(!program.page().Logging());
+    QCOMPARE(program.window->tabs()->currentIndex(), 11);
+    const DatalogLog& log = program.page().log();
+    QCOMPARE(log.RecordCount(), frames.size());
+    QCOMPARE(log.Markers().size(), std::size_t{1});
+
+    // Saved: the extension is the upper-case one, and the journal is no longer needed.
+    program.dialogs.paths.push_back((program.Datalogs() + "pull.sl1").toStdString());
+    program.window->findChild<QPushButton*>("Command6_2")->click();
+    const QString saved = program.Datalogs() + "pull.SL1";
+    QVERIFY(QFile::exists(saved));
+    QVERIFY(!QFile::exists(program.Datalogs() + "Recording.journal"));
+
+    // A new log, then the saved one loaded back over it.
+    QVERIFY(program.Press(Qt::Key_L));
+    QVERIFY(program.Press(Qt::Key_L));
+    program.dialogs.paths.push_back(saved.toStdString());
+    program.window->findChild<QPushButton*>("Command6_1")->click();
+    QCOMPARE(log.RecordCount(), frames.size());
+    QCOMPARE(log.Markers().front().text, std::string("Mark 1"));
+
+    const QStringList info = VelaLog("info", saved).join("").split('\n');
+    QVERIFY(info.contains(QString("Records: %1").arg(frames.size())));
+    QVERIFY(info.contains("Markers: 1"));
+    const QStringList csv = VelaLog("csv", saved);
+    QCOMPARE(csv.size(), static_cast<int>(frames.size()) + 1);
+    const QStringList header = csv[0].split(',');
+    QCOMPARE(header.mid(0, 4), (QStringList{"Time (s)", "RPM (rpm)", "MAP (kPa)", "TPS (%)"}));
+    QCOMPARE(header.indexOf("Battery (V)"), 9);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      const live::Frame& f = frames[i];
+      const QStringList row = csv[static_cast<int>(i) + 1].split(',');
+      const double period = Field(f, 6, 3);
+      const double rpm = f[7] >= 40 ? 0.0 : Rounded(60e6 / period, 2);
+      QVERIFY(std::abs(row[0].toDouble() - (i + 1) * 1.002 / 20) <= 0.0005 + 1e-9);
+      QCOMPARE(row[1].toDouble(), rpm);
+      QCOMPARE(row[2].toDouble(), Rounded(Field(f, 13, 2) / 10.0, 1));
+      QCOMPARE(row[3].toDouble(), Rounded((Field(f, 15, 2) & 0x3FF) / 10.23, 1));
+      QCOMPARE(row[4].toDouble(), Field(f, 9, 2) / 100.0);
+      QCOMPARE(row[9].toDouble(), Field(f, 21, 2) / 100.0);
+    }
+  }
+
+  void aJournalLeftByAKilledProgramIsOfferedAtTheNextStart() {
+    QTemporaryDir dir;
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start({}, &error), error.c_str());
+    QByteArray on_disk;
+    std::size_t records_then = 0;
+    {
+      Program program(dir.path(), ecu.SlavePath());
+      QVERIFY(program.Run());
+      program.page().StartStopLogging();
+      QTest::qWait(2500);
+      // What a kill leaves: the journal as the disk holds it at this moment.
+      records_then = program.page().log().RecordCount();
+      QFile journal(program.Datalogs() + "Recording.journal");
+      QVERIFY(journal.open(QIODevice::ReadOnly));
+      on_disk = journal.readAll();
+    }
+    const QString journal_path =
+        dir.path() + "/MORVANE Programs Info/MORVANE VELA/Datalogs/" + "Recording.journal";
+    QFile::remove(journal_path);
+    QFile rewritten(journal_path);
+    QVERIFY(rewritten.open(QIODevice::WriteOnly));
+    rewritten.write(on_disk);
+    rewritten.close();
+
+    Program again(dir.path(), ecu.SlavePath());
+    again.messages.answers.push_back(MessageAnswer::kYes);
+    QVERIFY(again.window->Load());
+    QCOMPARE(again.messages.shown.back().title, std::string("Recover DataLog"));
+    const std::size_t recovered = again.page().log().RecordCount();
+    QVERIFY2(recovered + 20 >= records_then && recovered <= records_then,
+             qPrintable(QString("%1 of %2 records").arg(recovered).arg(records_then)));
+    QVERIFY(QFile::exists(journal_path));  // kept until the log is saved
+  }
+};
+
+QTEST_MAIN(DatalogEndToEndTest)
+#include "datalog_end_to_end_test.moc"

@@ -1,0 +1,167 @@
+// Saving and loading datalogs through the file dialog: titles, filters, folders, the name rules,
+// the text export, and what a failed save or a bad file leaves.
+#include "datalog/datalog_files.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+#include "app/app_fakes.h"
+#include "datalog/log_export.h"
+#include "datalog_test_support.h"
+
+namespace vela {
+namespace {
+
+// Answers each dialog with the next path (or a cancel) and notes what it was shown.
+class NotingDialogs : public FileDialogs {
+ public:
+  struct Shown {
+    std::string filter, title, folder;
+  };
+  std::optional<std::string> AskOpenPath(const std::string& filter, const std::string& title,
+                                         const std::string& folder) override {
+    return Next({filter, title, folder});
+  }
+  std::optional<std::string> AskSavePath(const std::string& filter, const std::string& title,
+                                         const std::string& folder) override {
+    return Next({filter, title, folder});
+  }
+  std::deque<std::optional<std::string>> answers;
+  std::vector<Shown> shown;
+
+ private:
+  std::optional<std::string> Next(Shown seen) {
+    shown.push_back(std::move(seen));
+    if (answers.empty()) return std::nullopt;
+    auto answer = answers.front();
+    answers.pop_front();
+    return answer;
+  }
+};
+
+struct Files {
+  Files() {
+    disk.folders[folders.datalogs] = true;
+    disk.folders[folders.maps] = true;
+  }
+  ProgramFolders folders{"/m/", "/m/V/", "/m/V/Maps/", "/m/V/Datalogs/"};
+  testing::MemoryFileSystem disk;
+  testing::AnsweringMessages messages;  // Yes to every question
+  NotingDialogs dialogs;
+  std::string dialog_folder;
+  DatalogFiles files{disk, dialogs, messages, folders, dialog_folder};
+  DatalogLog log = testing::PatternLog(50);
+};
+
+TEST(DatalogNames, TheLastOfUpToFourDotsGivesWayToTheUpperCaseExtension) {
+  EXPECT_EQ(ChartSavePath("/d/run.1.2.3.4"), "/d/run.1.2.3.SL1");
+  EXPECT_EQ(ChartSavePath("/d/trackday.sl1"), "/d/trackday.SL1");
+  EXPECT_EQ(ChartSavePath("/d.x/pull"), "/d.x/pull");
+  EXPECT_EQ(ChartSavePath("C:\\a.b\\dyno.run.SL1"), "C:\\a.b\\dyno.run.SL1");
+  EXPECT_EQ(ChartSavePath("/d/a.b.c.d.e.f"), std::nullopt);
+  EXPECT_EQ(ChartSavePath("/d/a.b.c.d.e"), "/d/a.b.c.d.SL1");
+}
+
+TEST(DatalogFiles, SavingWritesTheChartFileUnderTheDatalogsFolder) {
+  Files f;
+  f.dialogs.answers = {"/m/V/Datalogs/trackday.sl1"};
+  EXPECT_EQ(f.files.Save(f.log), DatalogFileResult::kDone);
+  ASSERT_EQ(f.dialogs.shown.size(), 1u);
+  EXPECT_EQ(f.dialogs.shown[0].title, "Save MORVANE VELA DataLog to Hard Disk");
+  EXPECT_EQ(f.dialogs.shown[0].filter,
+            "MORVANE DataLogs, VELA chart format (*.sl1)|*.sl1|\"All DataLogs (*.sl*)|*.sl*|");
+  EXPECT_EQ(f.dialogs.shown[0].folder, "/m/V/Datalogs/");
+  DatalogLog back;
+  EXPECT_TRUE(DecodeLogFile(f.disk.files.at("/m/V/Datalogs/trackday.SL1"), back).Intact());
+  EXPECT_TRUE(testing::SameRecords(back, f.log));
+}
+
+TEST(DatalogFiles, AFiveDotNameIsRefusedForSavingAndForLoading) {
+  Files f;
+  f.dialogs.answers = {"/m/V/Datalogs/a.b.c.d.e.f", "/m/V/Datalogs/a.b.c.d.e.sl1"};
+  EXPECT_EQ(f.files.SaveDatalog3(f.log), DatalogFileResult::kRefused);
+  EXPECT_EQ(f.files.LoadDatalog(f.log).result, DatalogFileResult::kRefused);
+  ASSERT_EQ(f.messages.shown.size(), 2u);
+  EXPECT_EQ(f.messages.shown[0].icon, MessageIcon::kNone);
+  EXPECT_EQ(f.messages.shown[0].lines[0], "Invalid File Name. This datalog will NOT be saved.");
+  EXPECT_EQ(f.messages.shown[1].lines[0], "Invalid File Name. This datalog will NOT be loaded.");
+  EXPECT_TRUE(f.disk.files.empty());
+  EXPECT_EQ(f.log.RecordCount(), 50u);
+}
+
+TEST(DatalogFiles, AMissingFolderIsSaidAndTheMapsFolderGivesWayToTheDatalogsFolder) {
+  Files f;
+  f.disk.folders.erase(f.folders.datalogs);
+  f.dialog_folder = "/m/V/Maps/old/";
+  f.dialogs.answers = {std::nullopt, std::nullopt};
+  EXPECT_EQ(f.files.SaveDatalog3(f.log), DatalogFileResult::kCancelled);
+  EXPECT_EQ(f.dialogs.shown[0].folder, "/m/V/Datalogs/");
+  f.dialog_folder = "/elsewhere/";
+  f.files.LoadDatalog(f.log);
+  EXPECT_EQ(f.dialogs.shown[1].folder, "/elsewhere/");
+  EXPECT_EQ(f.dialogs.shown[1].title, "Load MORVANE VELA DataLog from Hard Disk");
+  ASSERT_EQ(f.messages.shown.size(), 2u);
+  EXPECT_EQ(f.messages.shown[0].title, "Folder not Found");
+  EXPECT_EQ(f.messages.shown[0].icon, MessageIcon::kExclamation);
+  EXPECT_EQ(f.messages.shown[0].lines[0],
+            "Folder not found. Please select the correct Datalogs folder to save your datalogs.");
+  EXPECT_EQ(f.messages.shown[1].lines[0],
+            "Folder not found. Please select the correct Datalogs folder where your datalogs are "
+            "saved.");
+}
+
+TEST(DatalogFiles, AFailedSaveSaysSoAndLeavesTheOlderFileAsItWas) {
+  Files f;
+  f.disk.files["/m/V/Datalogs/pull.SL1"] = "older log";
+  f.disk.write_error = kFileErrorDiskFull;
+  f.dialogs.answers = {"/m/V/Datalogs/pull.sl1"};
+  EXPECT_EQ(f.files.SaveDatalog3(f.log), DatalogFileResult::kFailed);
+  EXPECT_EQ(f.disk.files["/m/V/Datalogs/pull.SL1"], "older log");
+  ASSERT_EQ(f.messages.shown.size(), 2u);  // the overwrite question, then the failure
+  EXPECT_EQ(f.messages.shown[1].lines[0], "The datalog could not be saved (error 61).");
+}
+
+TEST(DatalogFiles, LoadingReplacesTheLogOnlyWithADatalog) {
+  Files f;
+  f.disk.files["/m/V/Datalogs/x.SL1"] = EncodeLogFile(testing::PatternLog(7));
+  f.disk.files["/m/V/Datalogs/map.sl1"] = std::string(1023, '\x10');
+  f.dialogs.answers = {"/m/V/Datalogs/map.sl1", "/m/V/Datalogs/x.SL1"};
+  EXPECT_EQ(f.files.LoadDatalog(f.log).result, DatalogFileResult::kFailed);
+  EXPECT_EQ(f.log.RecordCount(), 50u);
+  const std::uint64_t revision = f.log.Revision();
+  EXPECT_EQ(f.files.LoadDatalog(f.log).result, DatalogFileResult::kDone);
+  EXPECT_EQ(f.log.RecordCount(), 7u);
+  EXPECT_GT(f.log.Revision(), revision);
+  EXPECT_EQ(f.messages.shown.size(), 1u);
+}
+
+TEST(DatalogFiles, ADamagedFileLoadsWhatIsIntactAndSaysWhatWasLost) {
+  Files f;
+  const std::string whole = EncodeLogFile(testing::PatternLog(2000));
+  f.disk.files["/m/V/Datalogs/cut.SL1"] = whole.substr(0, whole.size() * 3 / 4);
+  f.dialogs.answers = {"/m/V/Datalogs/cut.SL1"};
+  const DatalogLoadResult result = f.files.LoadDatalog(f.log);
+  EXPECT_EQ(result.result, DatalogFileResult::kDone);
+  EXPECT_EQ(f.log.RecordCount(), 1024u);
+  ASSERT_EQ(f.messages.shown.size(), 1u);
+  EXPECT_EQ(f.messages.shown[0].lines[0],
+            "The datalog file is damaged. What could be read has been loaded: 1024 records up to "
+            "102.40 s.");
+}
+
+TEST(DatalogFiles, TheTextExportGoesToItsOwnDialogAndGetsItsExtension) {
+  Files f;
+  f.files.DatalogFileKind = kDatalogKindText;
+  f.dialogs.answers = {"/m/V/Datalogs/pull", "/m/V/Datalogs/dyno.txt"};
+  EXPECT_EQ(f.files.Save(f.log), DatalogFileResult::kDone);
+  EXPECT_EQ(f.files.Save(f.log), DatalogFileResult::kDone);
+  EXPECT_EQ(f.dialogs.shown[0].title, "Save MORVANE ECU DataLog to Hard Disk");
+  EXPECT_EQ(f.dialogs.shown[0].filter,
+            "MORVANE DataLog (*.dl1)|*.dl1|\"MORVANE DataLog (*.dl1)|*.dl1|");
+  EXPECT_EQ(f.disk.files.at("/m/V/Datalogs/pull.dl1"), Dl1Text(f.log));
+  EXPECT_EQ(f.disk.files.count("/m/V/Datalogs/dyno.txt"), 1u);
+}
+
+}  // namespace
+}  // namespace vela

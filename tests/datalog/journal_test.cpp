@@ -1,0 +1,129 @@
+// The recording journal: whatever was flushed before a crash or a power cut comes back at the
+// next start; a saved or declined log leaves nothing behind.
+#include "datalog/journal.h"
+
+#include <gtest/gtest.h>
+
+#include "datalog_test_support.h"
+#include "shell/fakes.h"
+
+namespace vela {
+namespace {
+
+constexpr const char* kJournal = "/d/Recording.journal";
+
+struct Recording {
+  Recording() {
+    for (int n = 0; n < kChannelCount; ++n) log.SetActive(n, n != 7);
+    journal.Begin(log);
+  }
+  void Records(std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      ChannelValues values{};
+      const double t = 0.1 * static_cast<double>(log.RecordCount() + 1);
+      for (int n = 0; n < kChannelCount; ++n) values[n] = n * 10.0 + t;
+      log.Append(t, values, 0b111101111111);
+    }
+  }
+  // What the next start finds on the disk: everything appended (a crash or a kill) or only what
+  // was synced (a power cut).
+  std::optional<RecoveredLog> Recover(bool power_cut = false) {
+    testing::MemoryFileSystem disk;
+    if (!file.removed) {
+      disk.files[kJournal] = power_cut ? file.bytes.substr(0, file.synced) : file.bytes;
+    }
+    return ReadJournal(disk, kJournal);
+  }
+  DatalogLog log;
+  testing::MemoryJournalFile file;
+  DatalogJournal journal{file, kJournal};
+};
+
+TEST(Journal, AfterACrashEveryFlushedRecordComesBackAndTheRestIsLost) {
+  Recording r;
+  r.Records(30);
+  r.journal.Flush(r.log);
+  r.Records(1500);
+  r.journal.Flush(r.log);
+  r.Records(12);  // after the last flush: lost with the crash
+  const std::optional<RecoveredLog> found = r.Recover(true);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->log.RecordCount(), 1530u);
+  EXPECT_FALSE(found->report.has_end);
+  EXPECT_EQ(found->log.Times().back(), r.log.Times()[1529]);
+  EXPECT_EQ(found->log.Series(5).values[1000], r.log.Series(5).values[1000]);
+  EXPECT_FALSE(found->log.Series(7).active);
+  EXPECT_EQ(found->log.Series(7).points, 0u);
+}
+
+TEST(Journal, AJournalCutInsideABlockGivesBackTheWholeBlocksBeforeIt) {
+  Recording r;
+  for (int second = 0; second < 5; ++second) {
+    r.Records(60);
+    r.journal.Flush(r.log);
+  }
+  r.file.bytes.resize(r.file.bytes.size() - 100);
+  const std::optional<RecoveredLog> found = r.Recover();
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->log.RecordCount(), 240u);
+  EXPECT_TRUE(found->report.cut_short);
+}
+
+TEST(Journal, MarkersAndChannelChangesMadeWhileLoggingAreKept) {
+  Recording r;
+  r.Records(10);
+  r.log.AddMarker("full throttle");
+  r.log.SetActive(2, false);
+  r.journal.Flush(r.log);
+  r.Records(10);
+  r.log.AddMarker("lift");
+  r.journal.Flush(r.log);
+  r.journal.Flush(r.log);  // nothing new: nothing written twice
+  const std::optional<RecoveredLog> found = r.Recover();
+  ASSERT_TRUE(found);
+  ASSERT_EQ(found->log.Markers().size(), 2u);
+  EXPECT_EQ(found->log.Markers()[0], (LogMarker{1.0, "full throttle"}));
+  EXPECT_EQ(found->log.Markers()[1].text, "lift");
+  EXPECT_FALSE(found->log.Series(2).active);
+  EXPECT_TRUE(testing::SameRecords(found->log, r.log));
+}
+
+TEST(Journal, AStoppedLogIsClosedWholeAndASavedOneLeavesNothing) {
+  Recording r;
+  r.Records(100);
+  r.journal.End(r.log);
+  EXPECT_FALSE(r.file.open);
+  std::optional<RecoveredLog> found = r.Recover();
+  ASSERT_TRUE(found);
+  EXPECT_TRUE(found->report.Intact());
+  EXPECT_EQ(found->log.RecordCount(), 100u);
+  r.journal.Discard();
+  EXPECT_FALSE(r.Recover());
+}
+
+TEST(Journal, AJournalWithoutRecordsOffersNothingAndANewLogStartsItAfresh) {
+  Recording r;
+  EXPECT_FALSE(r.Recover());
+  r.Records(5);
+  r.journal.Flush(r.log);
+  r.log.Clear();
+  r.journal.Begin(r.log);
+  r.Records(3);
+  r.journal.Flush(r.log);
+  const std::optional<RecoveredLog> found = r.Recover();
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->log.RecordCount(), 3u);
+}
+
+TEST(Journal, AJournalThatCannotBeMadeIsSaidSoAndWritesNothing) {
+  testing::MemoryJournalFile file;
+  file.fail_create = true;
+  DatalogJournal journal(file, kJournal);
+  DatalogLog log = testing::PatternLog(10);
+  EXPECT_FALSE(journal.Begin(log));
+  journal.Flush(log);
+  EXPECT_TRUE(file.bytes.empty());
+}
+
+}  // namespace
+}  // namespace vela
