@@ -91,7 +91,7 @@ void WriteSensorsAndTables(CalibrationImage& image) {
   SetBytes(image, 868, {25, 230});     // TpsCal1: closed and open throttle counts
   SetBytes(image, 952, {0, 25, 230});  // TpsSetup, TpsCal2
   SetBytes(image, 955, {64, 64});      // MAP load sensing; full-scale scaling code
-  SetBytes(image, 951, {200});         // throttle pump off above 100 % throttle
+  SetBytes(image, 951, {255});  // throttle pump off above 24.9 % throttle (the most a byte holds)
   SetBytes(image, 960, {128, 51, 5});  // throttle pump: increase 50 %, decay 20 %, dead band 2 %
   // Air: +8 % at -20 C down to -10 % at 120 C, stored as tenths + 128.
   SetBytes(image, 963, {208, 168, 128, 108, 88, 68, 48, 28});

@@ -218,7 +218,8 @@ void EngineModel::StepThrottlePump(const CalibrationImage& image, double throttl
   const double increase = Byte(image, "ThrottlePumpValues", 0) * kPercentPerCount;
   const double decay = Byte(image, "ThrottlePumpValues", 1) * kPercentPerCount;
   const double dead_band = Byte(image, "ThrottlePumpValues", 2) * kPercentPerCount;
-  const double off_above = Byte(image, "Setting951") / 2.0;
+  // " De-activate Over" on a throttle basis: throttle percent x 10.23, as the editor stores it.
+  const double off_above = Byte(image, "Setting951") / 10.23;
   double pump = state_.throttle_pump_us * (1.0 - decay / 100.0 * 0.3);
   if (throttle_change > dead_band && state_.throttle_pct <= off_above) {
     pump += (throttle_change - dead_band) * increase * 6.0;
