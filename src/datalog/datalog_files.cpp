@@ -4,6 +4,7 @@
 #include <array>
 
 #include "datalog/log_export.h"
+#include "shell/file_names.h"
 
 namespace vela {
 
@@ -13,11 +14,6 @@ constexpr int kDotsAllowed = 4;
 constexpr std::string_view kOverwriteTitle = "Overwrite file";
 constexpr std::string_view kOverwriteLine = "Do you want to overwrite the file?";
 constexpr std::string_view kUnchangedLine = "Any file of that name on disk is unchanged.";
-
-std::size_t NameStart(const std::string& path) {
-  const std::size_t separator = path.find_last_of("/\\");
-  return separator == std::string::npos ? 0 : separator + 1;
-}
 
 // Positions of the first four dots of the name and whether a fifth follows.
 struct NameDots {

@@ -7,6 +7,7 @@
 
 #include "editors/build_calibration.h"
 #include "editors/setup/setup_checks.h"
+#include "shell/file_names.h"
 
 namespace vela {
 
@@ -16,11 +17,6 @@ constexpr int kFirmwareTextStart = 18;  // the 19th character, counted from 0
 constexpr std::string_view kNothingChanged = "Nothing was loaded and nothing was sent to the ECU.";
 constexpr std::string_view kSaveFailedLine2 =
     "The map was not saved. The file on disk is unchanged.";
-
-std::size_t NameStart(const std::string& path) {
-  const std::size_t separator = path.find_last_of("/\\");
-  return separator == std::string::npos ? 0 : separator + 1;
-}
 
 // A folder as a comparable prefix: '/' separators, ASCII lower case, a closing separator.
 std::string FolderKey(std::string folder) {

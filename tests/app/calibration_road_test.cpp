@@ -38,6 +38,21 @@ QByteArray ImageBytes(const CalibrationImage& image) {
   return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
 }
 
+// A simulated ECU on a fixed path (a symbolic link to its terminal), so that it can be
+// unplugged and plugged in again while the program keeps its port.
+struct PluggedEcu {
+  explicit PluggedEcu(const QString& dir) : line((dir + "/ecu").toStdString()) {
+    options.link_path = line;
+  }
+  bool Start(std::string* error) {
+    ecu = std::make_unique<sim::InProcessSimulator>();
+    return ecu->Start(options, error);
+  }
+  std::string line;
+  sim::SimCommandLine options;
+  std::unique_ptr<sim::InProcessSimulator> ecu;
+};
+
 // A key on a grid cell, as the tuner gives it.
 void KeyOnCell(MapGrid* grid, int row, int column, Qt::Key key) {
   grid->SetCurrentCell(row, column);
@@ -169,13 +184,11 @@ class CalibrationRoadTest : public QObject {
   // back.
   void aDownloadCutShortIsReportedAndSentAgainWhenTheEcuReturns() {
     QTemporaryDir dir;
-    const std::string line = (dir.path() + "/ecu").toStdString();
-    sim::SimCommandLine options;
-    options.link_path = line;
-    auto ecu = std::make_unique<sim::InProcessSimulator>();
+    PluggedEcu plug(dir.path());
     std::string error;
-    QVERIFY2(ecu->Start(options, &error), error.c_str());
-    Program program(dir.path(), line);
+    QVERIFY2(plug.Start(&error), error.c_str());
+    std::unique_ptr<sim::InProcessSimulator>& ecu = plug.ecu;
+    Program program(dir.path(), plug.line);
     QVERIFY(program.window->Load());
     program.window->show();
     EditorSession& editors = program.window->editors();
@@ -203,8 +216,7 @@ class CalibrationRoadTest : public QObject {
     auto* banner = program.window->findChild<QLabel*>("EcuOutOfStep");
     QVERIFY(banner != nullptr && banner->isVisible());
 
-    ecu = std::make_unique<sim::InProcessSimulator>();
-    QVERIFY2(ecu->Start(options, &error), error.c_str());
+    QVERIFY2(plug.Start(&error), error.c_str());
     QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
     QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()).mid(0, 908),
@@ -254,13 +266,11 @@ class CalibrationRoadTest : public QObject {
 
   void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {
     QTemporaryDir dir;
-    const std::string line = (dir.path() + "/ecu").toStdString();
-    sim::SimCommandLine options;
-    options.link_path = line;
-    auto ecu = std::make_unique<sim::InProcessSimulator>();
+    PluggedEcu plug(dir.path());
     std::string error;
-    QVERIFY2(ecu->Start(options, &error), error.c_str());
-    Program program(dir.path(), line);
+    QVERIFY2(plug.Start(&error), error.c_str());
+    std::unique_ptr<sim::InProcessSimulator>& ecu = plug.ecu;
+    Program program(dir.path(), plug.line);
     QVERIFY(program.window->Load());
     program.window->show();
     EditorSession& editors = program.window->editors();
@@ -275,8 +285,7 @@ class CalibrationRoadTest : public QObject {
 
     // An ECU with its own map comes back: the tuner is asked, says Yes, and the changed map goes
     // down to it.
-    ecu = std::make_unique<sim::InProcessSimulator>();
-    QVERIFY2(ecu->Start(options, &error), error.c_str());
+    QVERIFY2(plug.Start(&error), error.c_str());
     QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
     QCOMPARE(program.messages.shown.back().title, std::string("MORVANE Warning"));
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
