@@ -276,12 +276,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     bench.dispatcher.TimerCommProcess();
     bench.CheckReceiveSide();
   }
-  bench.CheckWritten();
 
   CalibrationImage::Block block{};
   std::copy_n(input.begin(), std::min(input.size(), block.size()), block.begin());
   CalibrationImage image;
   image.Assign(block);
   bench.RequireReplyTakenAfterReconnect(image);
+  bench.CheckWritten();
   return 0;
 }
