@@ -2,8 +2,13 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 ARGS ?= --simulate
+# Fuzzing (docs/fuzzing.md): its own clang build, seconds per target, the targets to run.
+FUZZ_BUILD ?= build-fuzz
+FUZZ_CXX ?= clang++-14
+FUZZ_SECONDS ?= 60
+FUZZ_TARGETS ?= receive apply-image map-file setup-file
 
-.PHONY: deps configure build run test bench clean
+.PHONY: deps configure build run test bench clean fuzz
 
 deps:
 	bash scripts/install-deps.sh
@@ -28,6 +33,12 @@ bench: build
 	bash scripts/run.sh $(BUILD)/bench/vela-datalog-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 20
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 --record 20
+
+fuzz:
+	bash scripts/install-deps.sh --fuzz
+	cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=$(FUZZ_CXX) -DVELA_FUZZ=ON
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target vela-fuzz
+	bash scripts/fuzz.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_TARGETS)
 
 clean:
 	rm -rf $(BUILD)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and a headless run need.
-# Safe to run again: it asks apt only for what is missing.
+# Safe to run again: it asks apt only for what is missing. With --fuzz it also installs clang and
+# its fuzzing and sanitizer runtimes, which only `make fuzz` needs.
 set -euo pipefail
 
 packages=(
@@ -10,6 +11,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth fonts-dejavu-core
 )
+if [ "${1:-}" = "--fuzz" ]; then packages+=(clang-14 libclang-rt-14-dev); fi
 
 missing=()
 for p in "${packages[@]}"; do

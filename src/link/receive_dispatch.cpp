@@ -57,6 +57,9 @@ void ReceiveDispatcher::Dispatch() {
     display_.receive_indicator = {std::to_string(state_.RxPending), kIndicatorGrey};
   }
   upload_.UploadProgressHandler(rx_buffer);
+  // The frame search waits for a reply under way: a frame found inside it would be the block's
+  // own bytes, and taking it would throw the reply away.
+  if (upload_.ReplyIncomplete(rx_buffer)) return;
   rx_frame_length_ = live::kStartToEnd;
 
   const std::size_t p = FindStart(rx_buffer);

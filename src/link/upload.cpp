@@ -120,6 +120,11 @@ void CalibrationUpload::UploadProgressHandler(const std::string& RxBuffer) {
   display_.upload_progress = static_cast<int>(received * 100 / kReplyLength);
 }
 
+bool CalibrationUpload::ReplyIncomplete(const std::string& RxBuffer) const {
+  return upload_expected_ && upload_started_ && RxBuffer.size() < kReplyLength &&
+         RxBuffer.starts_with(kAllMarker);
+}
+
 void CalibrationUpload::Rearm() {
   if (upload_expected_) return;
   upload_expected_ = true;

@@ -53,6 +53,10 @@ class CalibrationUpload {
   // Called by the dispatcher on every dispatch while data is arriving.
   void UploadReplyHandler(std::string& RxBuffer);
   void UploadProgressHandler(const std::string& RxBuffer);
+  // True while a reply has begun at the start of `RxBuffer` and is not yet whole. Until it is,
+  // nothing in it can be told from the block's own bytes, which may spell a live frame, and the
+  // ECU sends nothing else before the reply ends.
+  bool ReplyIncomplete(const std::string& RxBuffer) const;
   // The link was lost: the next complete block is taken again. Restarts a finished upload from
   // the link preparation.
   void Rearm();

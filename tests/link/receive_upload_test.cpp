@@ -1,6 +1,8 @@
 // The calibration upload: preparing the link, the request back-off and the reply rules.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "receive_fakes.h"
 
 namespace vela::receive_testing {
@@ -112,11 +114,22 @@ std::string BlockSpellingDone(int at) {
   return block;
 }
 
+// Cells that spell a whole live frame inside the block, its engine period kPeriodInBlock.
+constexpr std::uint32_t kPeriodInBlock = 4242;
+std::string BlockSpellingAFrame(int at) {
+  std::string block = Block();
+  block.replace(static_cast<std::size_t>(at), live::kFrameLength,
+                FrameBuilder().U24(live::kEnginePeriod, kPeriodInBlock).Str());
+  return block;
+}
+
 // The reply arrives in equal chunks of every size from 1 byte to the whole reply at once,
 // after live frames and followed by more, with dispatcher ticks and watchdog ticks between
-// the chunks: it is taken every time, whole, and the frames around it still get through.
-TEST(UploadChunking, EveryChunkSizeTakesTheReplyEvenWithDoneInsideTheBlock) {
-  for (const std::string& block : {Block(), BlockSpellingDone(0), BlockSpellingDone(1018)}) {
+// the chunks: it is taken every time, whole, and the frames around it still get through. Bytes
+// of the block that spell "DONE" or a whole live frame are the block's, never a frame.
+TEST(UploadChunking, EveryChunkSizeTakesTheReplyEvenWithMarkersInsideTheBlock) {
+  for (const std::string& block : {Block(), BlockSpellingDone(0), BlockSpellingDone(1018),
+                                   BlockSpellingAFrame(0), BlockSpellingAFrame(500)}) {
     const std::string stream = Frames(2, 100) + "ALL" + block + "DONE" + Frames(3, 200);
     for (std::size_t size = 1; size <= 1030; ++size) {
       SCOPED_TRACE(size);
@@ -137,6 +150,7 @@ TEST(UploadChunking, EveryChunkSizeTakesTheReplyEvenWithDoneInsideTheBlock) {
       ASSERT_EQ(std::string(bytes.begin(), bytes.end()), block);
       ASSERT_FALSE(rig.periods.empty());
       EXPECT_EQ(rig.periods.back(), 202u);
+      EXPECT_EQ(std::ranges::count(rig.periods, kPeriodInBlock), 0);
       EXPECT_LE(rig.Buffer().size(), ReceiveBuffer::kReplyHoldLimit);
     }
   }
