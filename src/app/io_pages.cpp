@@ -148,10 +148,12 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
   ShowEditors();
 }
 
-void InputsPage::ShowLive(double lambda, int afr_mode) {
+void InputsPage::ShowLive(double lambda, int afr_mode, bool connected) {
   QString unit;
-  const QString value = AfrDisplayText(lambda, afr_mode, &unit);
-  current_afr_->setText(value + " " + unit.trimmed());
+  const QString value = connected ? AfrDisplayText(lambda, afr_mode, &unit) : QString("--");
+  const QString text = (value + " " + unit.trimmed()).trimmed();
+  if (current_afr_->text() != text) current_afr_->setText(text);
+  current_afr_->setStyleSheet(connected ? "font-weight: bold;" : "font-weight: bold; color: gray;");
 }
 
 void InputsPage::showEvent(QShowEvent* event) {

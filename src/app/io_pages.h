@@ -36,7 +36,8 @@ class InputsPage : public QWidget {
   InputsPage(SetupPageParts parts, QWidget* parent = nullptr);
   void ShowEditors() { fields_->ShowEditors(); }
   // "Current AFR" from the live data, in the chosen AFR display.
-  void ShowLive(double lambda, int afr_mode);
+  // The current air-fuel ratio; "--" while `connected` is false.
+  void ShowLive(double lambda, int afr_mode, bool connected);
 
  protected:
   void showEvent(QShowEvent* event) override;

@@ -77,10 +77,10 @@ void SetupPages::ShowEditors() {
   sensor_setup_->ShowEditors();
 }
 
-void SetupPages::ShowLive(const LiveData& live, int afr_mode) {
-  compensation_->ShowLive(live);
-  sensor_setup_->ShowLive(live);
-  inputs_->ShowLive(live.lambda, afr_mode);
+void SetupPages::ShowLive(const LiveData& live, int afr_mode, bool connected) {
+  compensation_->ShowLive(live, connected);
+  sensor_setup_->ShowLive(live, connected);
+  if (inputs_->isVisible()) inputs_->ShowLive(live.lambda, afr_mode, connected);
 }
 
 void SetupPages::InstantHelpChanged() { help_->UpdateVisibility(); }

@@ -36,7 +36,8 @@ class SetupPages : public QObject {
   QWidget* help_box() const;
 
   void ShowEditors();
-  void ShowLive(const LiveData& live, int afr_mode);
+  // The live values of the set-up page in front; greyed while `connected` is false.
+  void ShowLive(const LiveData& live, int afr_mode, bool connected);
   // The instant help option or the language changed.
   void InstantHelpChanged();
   void LanguageChanged(bool english);

@@ -120,6 +120,7 @@ MapFileResult MapFiles::SaveMap(const EditorState& state) {
                     std::string(kSaveFailedLine2)});
     return MapFileResult::kFailed;
   }
+  last_path_ = path;
   return MapFileResult::kDone;
 }
 
@@ -152,6 +153,7 @@ MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
   ApplyUploadedCalibration(*image, CalibrationSource::kMapFile, target.state, target.apply);
   target.download.Start(image->ToVector());
   target.apply.status.Show(std::string(kDownloadStatus));
+  last_path_ = *path;
   return MapFileResult::kDone;
 }
 

@@ -67,7 +67,20 @@ void MapReadout::SetAfr(double afr) { SetNumber(Readout::kAfr, afr, 1); }
 
 namespace vela {
 
-void MapReadout::Show(const LiveData& live) {
+void MapReadout::Show(const LiveData& live, bool live_values) {
+  if (greyed_ != !live_values) {
+    greyed_ = !live_values;
+    const QColor ink = greyed_ ? QColor(150, 150, 150) : palette().color(QPalette::Text);
+    for (int i = 0; i < static_cast<int>(kReadoutLabels.size()); ++i) {
+      ValueItem(static_cast<Readout>(i))->setForeground(ink);
+    }
+  }
+  if (!live_values) {
+    for (int i = 0; i < static_cast<int>(kReadoutLabels.size()); ++i) {
+      SetValue(static_cast<Readout>(i), QStringLiteral("--"));
+    }
+    return;
+  }
   SetRpm(live.engine_rpm);
   SetMap(live.map_kpa);
   SetTps(live.tps_percent);
