@@ -23,7 +23,7 @@ test: build
 bench: build
 	$(BUILD)/bench/vela-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu 10
-	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window 10
+	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --pages 5
 	bash scripts/run.sh $(BUILD)/bench/vela-editing-latency
 
 clean:

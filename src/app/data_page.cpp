@@ -3,7 +3,6 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QPainter>
 #include <QVBoxLayout>
 
 #include "app/status_strip.h"
@@ -25,33 +24,6 @@ QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
   if (!value) return "-";
   return QString::number(*value, 'f', AfrDecimals(afr_mode))
       .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
-}
-
-ReadoutValue::ReadoutValue(QWidget* parent) : QWidget(parent) {
-  setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-}
-
-void ReadoutValue::SetText(const QString& text) {
-  if (text == text_) return;
-  text_ = text;
-  update();
-}
-
-void ReadoutValue::SetGreyed(bool greyed) {
-  if (greyed == greyed_) return;
-  greyed_ = greyed;
-  update();
-}
-
-QSize ReadoutValue::sizeHint() const {
-  const QFontMetrics metrics(font());
-  return {metrics.horizontalAdvance(QStringLiteral("-00000.00")) + 8, metrics.height() + 4};
-}
-
-void ReadoutValue::paintEvent(QPaintEvent*) {
-  QPainter painter(this);
-  painter.setPen(greyed_ ? QColor(160, 160, 160) : palette().color(QPalette::WindowText));
-  painter.drawText(rect().adjusted(0, 0, -4, 0), Qt::AlignRight | Qt::AlignVCenter, text_);
 }
 
 DataPage::DataPage(QWidget* parent) : QWidget(parent) {
@@ -90,15 +62,14 @@ DataPage::DataPage(QWidget* parent) : QWidget(parent) {
   Show(LiveData{}, 0, false, false);
 }
 
-ReadoutValue* DataPage::AddReadout(const QString& name, const QString& caption,
-                                   const QString& unit) {
+LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, const QString& unit) {
   auto* grid = static_cast<QGridLayout*>(grid_->layout());
   const int index = static_cast<int>(readouts_.size());
   const int row = (index / 3) * 2;
   const int column = (index % 3) * 2;
   auto* title = new QLabel(caption, grid_);
   title->setStyleSheet("color: #505050;");
-  auto* value = new ReadoutValue(grid_);
+  auto* value = new LiveValue(QStringLiteral("-00000.00"), Qt::AlignRight, grid_);
   value->setObjectName(name);
   QFont big = value->font();
   big.setPointSizeF(big.pointSizeF() * 2.2);

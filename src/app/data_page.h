@@ -6,30 +6,10 @@
 #include <QWidget>
 #include <vector>
 
+#include "app/live_value.h"
 #include "link/live_data.h"
 
 namespace vela {
-
-// One large read-out value. It draws its own text, so a new value repaints this value alone
-// and never lays the page out again: the read-outs change ten times a second.
-class ReadoutValue : public QWidget {
-  Q_OBJECT
-
- public:
-  explicit ReadoutValue(QWidget* parent = nullptr);
-  void SetText(const QString& text);
-  void SetGreyed(bool greyed);
-  QString text() const { return text_; }
-  QSize sizeHint() const override;
-  QSize minimumSizeHint() const override { return sizeHint(); }
-
- protected:
-  void paintEvent(QPaintEvent* event) override;
-
- private:
-  QString text_;
-  bool greyed_ = false;
-};
 
 class DataPage : public QWidget {
   Q_OBJECT
@@ -46,27 +26,27 @@ class DataPage : public QWidget {
 
  private:
   struct Readout {
-    ReadoutValue* value;
+    LiveValue* value;
     QLabel* unit;
   };
-  ReadoutValue* AddReadout(const QString& name, const QString& caption, const QString& unit);
+  LiveValue* AddReadout(const QString& name, const QString& caption, const QString& unit);
   void ShowStatus(const LiveData& live, bool live_tuning, bool connected);
 
   std::vector<Readout> readouts_;
   QWidget* grid_ = nullptr;
   QWidget* options_area_ = nullptr;
-  ReadoutValue* rpm_ = nullptr;
-  ReadoutValue* map_ = nullptr;
-  ReadoutValue* tps_ = nullptr;
-  ReadoutValue* injection_ = nullptr;
-  ReadoutValue* duty_ = nullptr;
-  ReadoutValue* ignition_ = nullptr;
-  ReadoutValue* water_ = nullptr;
-  ReadoutValue* air_ = nullptr;
-  ReadoutValue* battery_ = nullptr;
-  ReadoutValue* idle_ = nullptr;
-  ReadoutValue* throttle_pump_ = nullptr;
-  ReadoutValue* afr_ = nullptr;
+  LiveValue* rpm_ = nullptr;
+  LiveValue* map_ = nullptr;
+  LiveValue* tps_ = nullptr;
+  LiveValue* injection_ = nullptr;
+  LiveValue* duty_ = nullptr;
+  LiveValue* ignition_ = nullptr;
+  LiveValue* water_ = nullptr;
+  LiveValue* air_ = nullptr;
+  LiveValue* battery_ = nullptr;
+  LiveValue* idle_ = nullptr;
+  LiveValue* throttle_pump_ = nullptr;
+  LiveValue* afr_ = nullptr;
   QLabel* afr_unit_ = nullptr;
   QLabel* status_ = nullptr;
   QLabel* live_tune_ = nullptr;

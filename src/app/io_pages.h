@@ -12,6 +12,8 @@
 
 namespace vela {
 
+class LiveValue;
+
 class SettingsControls;
 
 class OutputsPage : public QWidget {
@@ -45,7 +47,7 @@ class InputsPage : public QWidget {
  private:
   SetupPageParts parts_;
   RawFieldPanel* fields_;
-  QLabel* current_afr_ = nullptr;
+  LiveValue* current_afr_ = nullptr;
 };
 
 }  // namespace vela

@@ -20,7 +20,6 @@ const MapPageNames kNames[MapPages::kPages] = {
     {"FuelMap2", "FuelMap2A", "FuelGraphVelaB2", "Map2"},
     {"IgnMap", "IgnMapA", "IgnitionGraphVelaB1", "Ign"},
 };
-constexpr int kCrossHairIntervalMs = 100;
 constexpr EditedMap kEditedMaps[MapPages::kPages] = {EditedMap::kFuel1, EditedMap::kFuel2,
                                                      EditedMap::kIgnition};
 
@@ -39,13 +38,6 @@ MapPages::MapPages(EditorSession& editors, LinkSession& link, LiveView& live_vie
     live_new_ = false;
     cross_hair_.Clear();
   });
-  cross_hair_timer_.setInterval(kCrossHairIntervalMs);
-  connect(&cross_hair_timer_, &QTimer::timeout, this, [this] {
-    if (!live_new_) return;
-    cross_hair_.SetLive(live_view_.Load());
-    live_new_ = false;
-  });
-  cross_hair_timer_.start();
   connect(&editors_, &EditorSession::EcuOutOfStepChanged, this, [this](bool out_of_step) {
     for (MapPage* page : pages_) {
       if (page) page->ShowOutOfStep(out_of_step);
@@ -124,6 +116,9 @@ void MapPages::ShowLive(const LiveData& live, bool connected, int tab) {
   const bool in_use = tab == 0   ? map1_running || selection == kMapSelectionOnlyMap1
                       : tab == 1 ? map2_running || selection == kMapSelectionOnlyMap2
                                  : true;
+  // The live point moves with the read-outs, in the same redraw.
+  if (live_new_) cross_hair_.SetLive({live.engine_rpm, live.map_kpa, live.tps_percent});
+  live_new_ = false;
   pages_[tab]->readout()->Show(live, connected);
   pages_[tab]->ShowLiveState(LiveTuning(), in_use, connected && live.throttle_pump_active,
                              connected && live.limiter_active);

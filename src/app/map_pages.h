@@ -58,9 +58,8 @@ class MapPages : public QObject {
   LiveView& live_view_;
   std::array<MapPage*, kPages> pages_{};
   CrossHair cross_hair_;
-  // The cross-hair follows the live point at a steady pace, not with every frame: redrawing the
-  // graph 60 times a second costs far more than the eye gains.
-  QTimer cross_hair_timer_;
+  // The cross-hair follows the live point when the read-outs are redrawn (10 times a second),
+  // not with every frame: redrawing 60 times a second costs far more than the eye gains.
   bool live_new_ = false;
   bool all_ranges_ = false;
 };

@@ -282,7 +282,8 @@ void SensorSetupPage::ShowLive(const LiveData& live, bool connected) {
     QTableWidgetItem* item = tables_[i]->item(kActualTempRow, 1);
     const QString text = connected ? QString::fromStdString(*texts[i]) : QStringLiteral("--");
     if (item->text() != text) item->setText(text);
-    item->setForeground(connected ? palette().color(QPalette::Text) : QColor(150, 150, 150));
+    const QColor ink = connected ? palette().color(QPalette::Text) : QColor(150, 150, 150);
+    if (item->foreground().color() != ink) item->setForeground(ink);
   }
   filling_ = false;
 }

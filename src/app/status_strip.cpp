@@ -9,6 +9,7 @@ namespace vela {
 namespace {
 
 constexpr int kFramesWindowMs = 1000;
+constexpr int kCountersIntervalMs = 1000;
 
 QString Rgb(const LabelColour& c) {
   return QString("rgb(%1, %2, %3)").arg(c.red).arg(c.green).arg(c.blue);
@@ -160,6 +161,9 @@ void StatusStrip::ShowFault(std::optional<int> code, int seen) {
 }
 
 void StatusStrip::ShowCounters(const LinkDisplay& d) {
+  // The counters change with every tick; once a second is enough for reading them.
+  if (counters_clock_.isValid() && counters_clock_.elapsed() < kCountersIntervalMs) return;
+  counters_clock_.start();
   auto set = [](QLabel* label, const QString& text) {
     if (label->text() != text) label->setText(text);
   };

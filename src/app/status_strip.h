@@ -78,6 +78,7 @@ class StatusStrip : public QFrame {
   QLabel* port_ = nullptr;
   int frames_ = 0;
   QElapsedTimer frames_clock_;
+  QElapsedTimer counters_clock_;
 };
 
 }  // namespace vela

@@ -1,0 +1,38 @@
+#include "app/live_value.h"
+
+#include <QPainter>
+
+namespace vela {
+
+LiveValue::LiveValue(const QString& widest, Qt::Alignment alignment, QWidget* parent)
+    : QWidget(parent), widest_(widest), alignment_(alignment) {
+  setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  // It paints its whole area, so a new value never draws the box behind it again.
+  setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void LiveValue::SetText(const QString& text) {
+  if (text == text_) return;
+  text_ = text;
+  update();
+}
+
+void LiveValue::SetGreyed(bool greyed) {
+  if (greyed == greyed_) return;
+  greyed_ = greyed;
+  update();
+}
+
+QSize LiveValue::sizeHint() const {
+  const QFontMetrics metrics(font());
+  return {metrics.horizontalAdvance(widest_) + 8, metrics.height() + 4};
+}
+
+void LiveValue::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.fillRect(rect(), palette().window());
+  painter.setPen(greyed_ ? QColor(160, 160, 160) : palette().color(QPalette::WindowText));
+  painter.drawText(rect().adjusted(4, 0, -4, 0), alignment_ | Qt::AlignVCenter, text_);
+}
+
+}  // namespace vela
