@@ -14,7 +14,9 @@ configure: deps
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
-run: build
+# Builds only the program and what it links, so the first window comes as soon as it can.
+run: configure
+	cmake --build $(BUILD) -j $(JOBS) --target morvane-vela
 	bash scripts/run.sh $(BUILD)/src/app/morvane-vela $(ARGS)
 
 test: build

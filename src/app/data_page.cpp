@@ -31,8 +31,13 @@ DataPage::DataPage(QWidget* parent) : QWidget(parent) {
   layout->setContentsMargins(0, 0, 0, 0);
   auto* box = new QGroupBox("Live Engine Values", this);
   box->setObjectName("LiveValues");
-  grid_ = box;
-  new QGridLayout(box);
+  // The values stand on a ground of their own, the window's colour, which they paint over
+  // themselves: a new value then never draws the box again.
+  grid_ = new QWidget(box);
+  grid_->setAutoFillBackground(true);
+  new QGridLayout(grid_);
+  auto* box_layout = new QVBoxLayout(box);
+  box_layout->addWidget(grid_);
   layout->addWidget(box);
   rpm_ = AddReadout("DataRPM", "Engine Speed", "RPM");
   map_ = AddReadout("DataMAP", "Manifold Pressure", "kPa");
@@ -71,6 +76,7 @@ LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, con
   title->setStyleSheet("color: #505050;");
   auto* value = new LiveValue(QStringLiteral("-00000.00"), Qt::AlignRight, grid_);
   value->setObjectName(name);
+  value->SetOpaque(true);
   QFont big = value->font();
   big.setPointSizeF(big.pointSizeF() * 2.2);
   big.setBold(true);

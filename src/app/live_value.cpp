@@ -7,8 +7,11 @@ namespace vela {
 LiveValue::LiveValue(const QString& widest, Qt::Alignment alignment, QWidget* parent)
     : QWidget(parent), widest_(widest), alignment_(alignment) {
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-  // It paints its whole area, so a new value never draws the box behind it again.
-  setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void LiveValue::SetOpaque(bool opaque) {
+  opaque_ = opaque;
+  setAttribute(Qt::WA_OpaquePaintEvent, opaque);
 }
 
 void LiveValue::SetText(const QString& text) {
@@ -30,7 +33,7 @@ QSize LiveValue::sizeHint() const {
 
 void LiveValue::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.fillRect(rect(), palette().window());
+  if (opaque_) painter.fillRect(rect(), palette().window());
   painter.setPen(greyed_ ? QColor(160, 160, 160) : palette().color(QPalette::WindowText));
   painter.drawText(rect().adjusted(4, 0, -4, 0), alignment_ | Qt::AlignVCenter, text_);
 }

@@ -17,6 +17,9 @@ class LiveValue : public QWidget {
                      QWidget* parent = nullptr);
   void SetText(const QString& text);
   void SetGreyed(bool greyed);
+  // Paints its whole area in the window's colour, so that a new value never draws what lies
+  // behind it again; for a value on a ground of that colour.
+  void SetOpaque(bool opaque);
   QString text() const { return text_; }
   bool greyed() const { return greyed_; }
   QSize sizeHint() const override;
@@ -30,6 +33,7 @@ class LiveValue : public QWidget {
   Qt::Alignment alignment_;
   QString text_;
   bool greyed_ = false;
+  bool opaque_ = false;
 };
 
 }  // namespace vela

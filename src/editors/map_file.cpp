@@ -117,7 +117,7 @@ MapFileResult MapFiles::SaveMap(const EditorState& state) {
   if (error != kFileErrorNone) {
     messages_.Show(MessageIcon::kCritical, std::string(kSaveMapTitle),
                    {" Error Saving Program Settings, " + std::to_string(error) + "  ",
-                    std::string(kSaveFailedLine2)});
+                    FileErrorLine(path, files_.LastWriteReason()), std::string(kSaveFailedLine2)});
     return MapFileResult::kFailed;
   }
   last_path_ = path;
