@@ -206,7 +206,7 @@ void EditorSession::ShowMapInUse() {
                                                              : map_path_.substr(slash + 1));
     if (map_changed_) name += ", changed";
   } else if (map_from_ecu_) {
-    name = map_changed_ ? "read from the ECU, changed, not saved" : "read from the ECU";
+    name = map_changed_ ? "from the ECU, changed, not saved" : "from the ECU";
   }
   emit MapInUseChanged(name, QString::fromStdString(map_path_));
 }

@@ -85,6 +85,11 @@ QWidget* FaultPanel::BuildSeen() {
       "Every fault the ECU reported while this program ran: when it was first seen, and how many "
       "times the ECU reported it anew");
   seen_->setMinimumHeight(5 * (seen_->fontMetrics().height() + 8));
+  seen_->setWordWrap(false);
+  QHeaderView* header = seen_->horizontalHeader();
+  header->setStretchLastSection(false);
+  for (int column : {0, 1, 3}) header->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+  header->setSectionResizeMode(2, QHeaderView::Stretch);
   column->addWidget(seen_, 1);
   return box;
 }
@@ -142,8 +147,6 @@ void FaultPanel::ShowSeenFaults() {
       seen_->setItem(row, column, item);
     }
   }
-  seen_->resizeColumnToContents(0);
-  seen_->resizeColumnToContents(1);
 }
 
 void FaultPanel::ShowSeen() {

@@ -86,7 +86,8 @@ StatusStrip::StatusStrip(QWidget* parent)
   row->addWidget(map_in_use_, 2);
   row->addWidget(fault_, 3);
   row->addStretch(1);
-  row->addWidget(startup_, 2);
+  startup_->setMaximumWidth(260);
+  row->addWidget(startup_, 1);
 
   // The counters: small, grey, each with its meaning in a tooltip.
   auto* counters = new QHBoxLayout(counters_);
