@@ -11,7 +11,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
-#include <QScrollArea>
 #include <QShowEvent>
 #include <QVBoxLayout>
 
@@ -189,7 +188,7 @@ QWidget* MainWindow::BuildPage(int index) {
       layout->addWidget(BuildKeystrokeTable(page), 1);
       return page;
     case kDataPage:
-      layout->addWidget(BuildDataPage(page), 1);
+      Place(page, BuildDataPage());
       return page;
     case kFileOptions:
       layout->addWidget(BuildMapFileButtons(page));
@@ -205,10 +204,10 @@ QWidget* MainWindow::BuildPage(int index) {
   return page;
 }
 
-// The Data Page scrolls: its read-outs and the fault codes fit a netbook's screen that way.
-QWidget* MainWindow::BuildDataPage(QWidget* page) {
+// The live values, the display reset and the ECU's fault codes; the page scrolls.
+QWidget* MainWindow::BuildDataPage() {
   auto* content = new QWidget;
-  content->setObjectName("DataPageContent");
+  content->setObjectName("DataPage");
   auto* column = new QVBoxLayout(content);
   column->setContentsMargins(0, 0, 0, 0);
   data_page_ = new DataPage(content);
@@ -229,12 +228,7 @@ QWidget* MainWindow::BuildDataPage(QWidget* page) {
       content);
   column->addWidget(fault_panel_);
   column->addStretch(1);
-  auto* scroll = new QScrollArea(page);
-  scroll->setObjectName("DataPageScroll");
-  scroll->setWidgetResizable(true);
-  scroll->setFrameShape(QFrame::NoFrame);
-  scroll->setWidget(content);
-  return scroll;
+  return content;
 }
 
 void MainWindow::WireLink() {

@@ -106,7 +106,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
   // The keyboard goes to the page in front: its map grid, or the page itself.
   void FocusPage(int index);
   void PageShown(int index);
-  QWidget* BuildDataPage(QWidget* page);
+  QWidget* BuildDataPage();
   void OpenFaults();
   void OpenFirstRunSetup();
   void ReopenPort(int port_number);

@@ -13,9 +13,6 @@
 
 namespace vela {
 
-namespace {
-
-// The page inside a scroll area, so that a small screen scrolls instead of cutting controls off.
 void Place(QWidget* page, QWidget* content) {
   auto* scroll = new QScrollArea(page);
   scroll->setObjectName(content->objectName() + "Scroll");
@@ -24,8 +21,6 @@ void Place(QWidget* page, QWidget* content) {
   scroll->setWidget(content);
   page->layout()->addWidget(scroll);
 }
-
-}  // namespace
 
 SetupPages::SetupPages(EditorSession& editors, LinkSession& link, ProgramSetup& setup,
                        SettingsControls& settings, QTabWidget* tabs,

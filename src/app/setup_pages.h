@@ -22,6 +22,10 @@ class ProgramSetup;
 class SensorSetupPage;
 class SettingsControls;
 
+// Puts `content` into `page` inside a scroll area, so that a small screen scrolls instead of
+// cutting controls off.
+void Place(QWidget* page, QWidget* content);
+
 class SetupPages : public QObject {
   Q_OBJECT
 
