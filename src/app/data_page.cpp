@@ -76,7 +76,7 @@ LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, con
   title->setStyleSheet("color: #505050;");
   auto* value = new LiveValue(QStringLiteral("-00000.00"), Qt::AlignRight, grid_);
   value->setObjectName(name);
-  value->SetOpaque(true);
+  value->SetOpaque();
   QFont big = value->font();
   big.setPointSizeF(big.pointSizeF() * 2.2);
   big.setBold(true);

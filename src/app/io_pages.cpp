@@ -143,6 +143,8 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
   QFont bold = current_afr_->font();
   bold.setBold(true);
   current_afr_->setFont(bold);
+  // A read-out box of its own: a new value then never draws the group box behind it again.
+  current_afr_->SetOpaque(QPalette::Base, true);
   current_afr_->SetText("-");
   static_cast<QGridLayout*>(closed_loop->layout())->addWidget(current_afr_, 0, 2);
   right->addWidget(closed_loop);

@@ -9,9 +9,11 @@ LiveValue::LiveValue(const QString& widest, Qt::Alignment alignment, QWidget* pa
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
-void LiveValue::SetOpaque(bool opaque) {
-  opaque_ = opaque;
-  setAttribute(Qt::WA_OpaquePaintEvent, opaque);
+void LiveValue::SetOpaque(QPalette::ColorRole ground, bool framed) {
+  opaque_ = true;
+  ground_ = ground;
+  framed_ = framed;
+  setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void LiveValue::SetText(const QString& text) {
@@ -33,7 +35,11 @@ QSize LiveValue::sizeHint() const {
 
 void LiveValue::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  if (opaque_) painter.fillRect(rect(), palette().window());
+  if (opaque_) painter.fillRect(rect(), palette().brush(ground_));
+  if (framed_) {
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+  }
   painter.setPen(greyed_ ? QColor(160, 160, 160) : palette().color(QPalette::WindowText));
   painter.drawText(rect().adjusted(4, 0, -4, 0), alignment_ | Qt::AlignVCenter, text_);
 }

@@ -3,6 +3,7 @@
 // for a value that is not live.
 #pragma once
 
+#include <QPalette>
 #include <QString>
 #include <QWidget>
 
@@ -17,9 +18,9 @@ class LiveValue : public QWidget {
                      QWidget* parent = nullptr);
   void SetText(const QString& text);
   void SetGreyed(bool greyed);
-  // Paints its whole area in the window's colour, so that a new value never draws what lies
-  // behind it again; for a value on a ground of that colour.
-  void SetOpaque(bool opaque);
+  // Paints its whole area in the palette's `ground` colour (framed, when asked), so that a new
+  // value never draws what lies behind it again.
+  void SetOpaque(QPalette::ColorRole ground = QPalette::Window, bool framed = false);
   QString text() const { return text_; }
   bool greyed() const { return greyed_; }
   QSize sizeHint() const override;
@@ -34,6 +35,8 @@ class LiveValue : public QWidget {
   QString text_;
   bool greyed_ = false;
   bool opaque_ = false;
+  bool framed_ = false;
+  QPalette::ColorRole ground_ = QPalette::Window;
 };
 
 }  // namespace vela

@@ -37,6 +37,7 @@ QString Number(double value) {
 
 CurveView::CurveView(QWidget* parent) : QWidget(parent) {
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+  setAttribute(Qt::WA_OpaquePaintEvent);  // the chart's picture covers the whole widget
 }
 
 void CurveView::Invalidate() {
