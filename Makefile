@@ -19,7 +19,9 @@ configure: deps
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
-run: build
+# Builds only the program and what it links, so the first window comes as soon as it can.
+run: configure
+	cmake --build $(BUILD) -j $(JOBS) --target morvane-vela
 	bash scripts/run.sh $(BUILD)/src/app/morvane-vela $(ARGS)
 
 test: build
@@ -28,7 +30,7 @@ test: build
 bench: build
 	$(BUILD)/bench/vela-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu 10
-	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window 10
+	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --pages 5
 	bash scripts/run.sh $(BUILD)/bench/vela-editing-latency
 	bash scripts/run.sh $(BUILD)/bench/vela-datalog-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 20

@@ -1,16 +1,29 @@
 // Processor time the program's user-interface thread spends per second while it is connected to
 // the simulated ECU at 60 live frames a second. The simulated ECU runs on its own thread in the
-// same process; only the program's thread is measured. With --window the whole main window runs
-// (map pages, graphs and read-outs refreshed as the tuner sees them; --tab N puts page N in
-// front), otherwise the link alone. --record (with --window) records a datalog meanwhile.
+// same process; only the program's thread is measured.
+//
+//   vela-link-cpu [SECONDS]                  the link alone (the window built but never shown)
+//   vela-link-cpu --window [--tab N] [--record] [SECONDS]
+//                                            the whole window with page N in front, recording a
+//                                            datalog meanwhile with --record
+//   vela-link-cpu --pages [--rounds N] [SECONDS]
+//                                            the whole window, every page in front in turn, then
+//                                            the map pages again with their graphs shown; N
+//                                            rounds (default 3), each page's median printed
+// The thread's load swings with what the simulated engine does and with the timing of the line,
+// so the pages take turns and the median of the rounds is the figure.
 #include <sys/resource.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <vector>
 
 #include "app/datalog_page.h"
 #include "app/link_session.h"
@@ -32,25 +45,141 @@ class QuietStatus : public vela::StatusLabel {
   void SetColour(vela::LabelColour) override {}
 };
 
+struct Options {
+  enum class Mode { kLink, kWindow, kPages } mode = Mode::kLink;
+  int tab = 0;
+  bool record = false;
+  int seconds = 10;
+  int rounds = 1;
+};
+
+Options ParseOptions(int argc, char* argv[]) {
+  Options options;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--window") == 0) {
+      options.mode = Options::Mode::kWindow;
+    } else if (std::strcmp(argv[i], "--pages") == 0) {
+      options.mode = Options::Mode::kPages;
+      options.rounds = std::max(options.rounds, 3);
+    } else if (std::strcmp(argv[i], "--rounds") == 0 && i + 1 < argc) {
+      options.rounds = std::max(1, std::atoi(argv[++i]));
+    } else if (std::strcmp(argv[i], "--record") == 0) {
+      options.record = true;
+    } else if (std::strcmp(argv[i], "--tab") == 0 && i + 1 < argc) {
+      options.tab = std::atoi(argv[++i]);
+    } else {
+      options.seconds = std::atoi(argv[i]);
+    }
+  }
+  return options;
+}
+
+// One measurement: what to put in front, and its name.
+struct Step {
+  QString name;
+  std::function<void()> show;
+};
+
+// Runs the steps one after another, `rounds` times: each one settles for a second, then is
+// measured. The median of each step's rounds is printed at the end.
+class Measurement {
+ public:
+  Measurement(vela::LinkSession& link, std::vector<Step> steps, int seconds, int rounds)
+      : link_(link),
+        steps_(std::move(steps)),
+        seconds_(seconds),
+        rounds_(rounds),
+        percent_(steps_.size()) {
+    QObject::connect(&link_, &vela::LinkSession::LiveDataChanged, [this] { ++frames_; });
+  }
+
+  void Start() { Next(0); }
+
+ private:
+  void Next(std::size_t turn) {
+    if (turn >= steps_.size() * static_cast<std::size_t>(rounds_)) {
+      Print();
+      QCoreApplication::quit();
+      return;
+    }
+    const std::size_t index = turn % steps_.size();
+    steps_[index].show();
+    QTimer::singleShot(1000, [this, turn, index] {
+      const double cpu_start = ThreadCpuSeconds();
+      const int frames_start = frames_;
+      wall_.start();
+      QTimer::singleShot(seconds_ * 1000, [this, turn, index, cpu_start, frames_start] {
+        const double elapsed = wall_.elapsed() / 1000.0;
+        percent_[index].push_back(100.0 * (ThreadCpuSeconds() - cpu_start) / elapsed);
+        frame_rate_ = (frames_ - frames_start) / elapsed;
+        Next(turn + 1);
+      });
+    });
+  }
+
+  void Print() {
+    std::printf("(%.1f live frames/s; median of %d rounds of %d s", frame_rate_, rounds_, seconds_);
+    std::printf(rounds_ > 1 ? ", lowest to highest)\n" : ")\n");
+    for (std::size_t i = 0; i < steps_.size(); ++i) {
+      std::vector<double> values = percent_[i];
+      std::sort(values.begin(), values.end());
+      std::printf("  %-40s %5.2f %%", qPrintable(steps_[i].name), values[values.size() / 2]);
+      if (values.size() > 1) std::printf("   (%.2f to %.2f)", values.front(), values.back());
+      std::printf("\n");
+    }
+  }
+
+  vela::LinkSession& link_;
+  std::vector<Step> steps_;
+  int seconds_;
+  int rounds_;
+  std::vector<std::vector<double>> percent_;
+  int frames_ = 0;
+  double frame_rate_ = 0.0;
+  QElapsedTimer wall_;
+};
+
+std::vector<Step> StepsFor(const Options& options, vela::MainWindow& window) {
+  QTabWidget* tabs = window.tabs();
+  auto* numerical = window.findChild<QCheckBox*>("Numerical");
+  // Page `tab` in front, the maps shown as numbers (`Numerical`, as a new installation has it) or
+  // with their graphs.
+  auto page = [tabs, numerical](int tab, bool graphs = false) {
+    return Step{"whole program, " + tabs->tabText(tab).remove('&') +
+                    (graphs ? QString(" with its graph") : QString()),
+                [tabs, tab, numerical, graphs] {
+                  if (numerical != nullptr) numerical->setChecked(!graphs);
+                  tabs->setCurrentIndex(tab);
+                }};
+  };
+  switch (options.mode) {
+    case Options::Mode::kLink:
+      return {{"link alone", [] {}}};
+    case Options::Mode::kWindow: {
+      Step step = page(options.tab);
+      if (options.record) {
+        step.name += ", recording a datalog";
+        step.show = [show = step.show, &window] {
+          show();
+          if (!window.datalog_page().Logging()) window.datalog_page().StartStopLogging();
+        };
+      }
+      return {step};
+    }
+    case Options::Mode::kPages:
+      break;
+  }
+  std::vector<Step> steps;
+  for (int tab = 0; tab < tabs->count(); ++tab) steps.push_back(page(tab));
+  for (int tab = 0; tab < 3; ++tab) steps.push_back(page(tab, true));
+  return steps;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
   QApplication app(argc, argv);
-  bool whole_window = false;
-  bool record = false;
-  int tab = 0;
-  int seconds = 10;
-  for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--window") == 0) {
-      whole_window = true;
-    } else if (std::strcmp(argv[i], "--record") == 0) {
-      record = true;
-    } else if (std::strcmp(argv[i], "--tab") == 0 && i + 1 < argc) {
-      tab = std::atoi(argv[++i]);
-    } else {
-      seconds = std::atoi(argv[i]);
-    }
-  }
+  const Options options = ParseOptions(argc, argv);
   vela::sim::InProcessSimulator ecu;
   std::string error;
   if (!ecu.Start({}, &error)) {
@@ -60,47 +189,33 @@ int main(int argc, char* argv[]) {
   QTemporaryDir dir;
   vela::testing::TestProgram program(dir.path(), QString::fromStdString(ecu.SlavePath()));
   vela::LinkSession& link = program.link;
-  if (whole_window) {
-    if (!program.window->Load()) return 1;
-    program.window->show();
-    program.window->tabs()->setCurrentIndex(tab);
-  } else {
+  if (options.mode == Options::Mode::kLink) {
     program.port.Open(1);
     link.Start();
     static QuietStatus status;
     link.StartCountsPerMsTimer(status);
+  } else {
+    if (!program.window->Load()) return 1;
+    program.window->show();
   }
-  int frames = 0;
-  QObject::connect(&link, &vela::LinkSession::LiveDataChanged, [&] { ++frames; });
-
-  double cpu_start = 0;
-  int frames_start = 0;
-  QElapsedTimer wall;
+  Measurement measurement(link, StepsFor(options, *program.window), options.seconds,
+                          options.rounds);
   // Once connected and uploaded, ask for 60 frames a second and measure from then on.
+  bool started = false;
   QObject::connect(&link, &vela::LinkSession::CalibrationReceived, [&] {
+    if (started) return;
+    started = true;
     link.RateChosen(0);
-    QTimer::singleShot(1000, [&] {
-      if (record && whole_window) program.window->datalog_page().StartStopLogging();
-      cpu_start = ThreadCpuSeconds();
-      frames_start = frames;
-      wall.start();
-      QTimer::singleShot(seconds * 1000, &app, &QCoreApplication::quit);
-    });
+    measurement.Start();
   });
-  QTimer::singleShot((seconds + 20) * 1000, &app, [&] {
-    std::fprintf(stderr, "no calibration arrived\n");
-    app.exit(1);
+  QTimer::singleShot(20'000, &app, [&] {
+    if (link.upload().UploadExpected()) {
+      std::fprintf(stderr, "no calibration arrived\n");
+      app.exit(1);
+    }
   });
-  if (app.exec() != 0) return 1;
-  const double elapsed = wall.elapsed() / 1000.0;
-  const double cpu = ThreadCpuSeconds() - cpu_start;
-  const bool recorded = record && whole_window && program.window->datalog_page().Logging();
-  std::printf(
-      "%s%s%s connected at %.1f live frames/s: %.1f ms of processor time per second (%.2f %%)\n",
-      whole_window ? "whole program" : "link alone",
-      whole_window ? QString(", tab %1").arg(tab).toLocal8Bit().constData() : "",
-      recorded ? ", recording a datalog," : "", (frames - frames_start) / elapsed,
-      1000.0 * cpu / elapsed, 100.0 * cpu / elapsed);
+  std::printf("Processor time of the program's thread, connected at 60 live frames a second:\n");
+  const int result = app.exec();
   link.Close();
-  return 0;
+  return result;
 }

@@ -26,6 +26,11 @@ void Append(std::vector<std::uint8_t>& out, std::string_view text) {
   out.insert(out.end(), text.begin(), text.end());
 }
 
+bool IsFaultRequest(const CommandFrame& f) {
+  return f.code == fault_reply::kRequestCommand && f.address == fault_reply::kRequestAddress &&
+         f.value == fault_reply::kRequestValue;
+}
+
 bool IsUploadRequest(const CommandFrame& f) {
   return f.code >= 1 && f.code <= 5 && f.address == kUploadRequestAddress &&
          f.value == kUploadRequestValue;
@@ -60,7 +65,12 @@ EcuSimulator::EcuSimulator(const SimOptions& options, const CalibrationImage& im
       fault_rng_(options.seed ^ kFaultSeedSalt),
       next_burst_us_(options.faults.burst_every_us > 0 ? options.faults.burst_every_us : kNever),
       rate_value_(kInitialRateValue),
-      frames_per_second_(FramesPerSecondForValue(kInitialRateValue)) {}
+      frames_per_second_(FramesPerSecondForValue(kInitialRateValue)) {
+  std::stable_sort(
+      options_.fault_codes.begin(), options_.fault_codes.end(),
+      [](const InjectedFault& a, const InjectedFault& b) { return a.at_us < b.at_us; });
+  RecordInjectedFaults(0);
+}
 
 std::vector<CommandFrame> EcuSimulator::Feed(std::span<const std::uint8_t> bytes) {
   std::vector<CommandFrame> frames = parser_.Feed(bytes);
@@ -72,6 +82,10 @@ void EcuSimulator::Act(const CommandFrame& frame) {
   ++counters_.commands;
   if (IsUploadRequest(frame)) {
     AnswerUploadRequest();
+    return;
+  }
+  if (IsFaultRequest(frame)) {
+    AnswerFaultRequest();
     return;
   }
   switch (frame.code) {
@@ -144,6 +158,27 @@ void EcuSimulator::AnswerUploadRequest() {
   ++counters_.uploads_sent;
 }
 
+void EcuSimulator::AnswerFaultRequest() {
+  ++counters_.fault_requests;
+  if (Silent() || !options_.answer_fault_requests) return;
+  const std::string reply = fault_reply::Encode(faults_.Reply());
+  wire_.Queue({reply.begin(), reply.end()}, now_us_);
+  ++counters_.fault_replies;
+}
+
+void EcuSimulator::RecordInjectedFaults(std::int64_t t) {
+  for (; next_injected_ < options_.fault_codes.size() &&
+         options_.fault_codes[next_injected_].at_us <= t;
+       ++next_injected_) {
+    faults_.Record(options_.fault_codes[next_injected_].code);
+  }
+}
+
+std::int64_t EcuSimulator::NextInjectedFaultUs() const {
+  return next_injected_ < options_.fault_codes.size() ? options_.fault_codes[next_injected_].at_us
+                                                      : kNever;
+}
+
 std::vector<std::uint8_t> EcuSimulator::Advance(std::int64_t now_us) {
   std::vector<std::uint8_t> out;
   now_us = std::max(now_us, now_us_);
@@ -170,15 +205,18 @@ std::int64_t EcuSimulator::NextSilenceEdgeUs() const {
 }
 
 std::int64_t EcuSimulator::NextEventUs() const {
-  return std::min({next_step_us_, NextFrameUs(), next_burst_us_, NextSilenceEdgeUs()});
+  return std::min(
+      {next_step_us_, NextFrameUs(), next_burst_us_, NextSilenceEdgeUs(), NextInjectedFaultUs()});
 }
 
 void EcuSimulator::RunEventsAt(std::int64_t t) {
   if (next_step_us_ <= t) {
     const std::int64_t steady = options_.steady_after_us;
     if (steady < 0 || t < steady) engine_.Step(image_);
+    if (engine_.State().limiter) faults_.Record(kRevLimiterFault);
     next_step_us_ += EngineModel::kStepUs;
   }
+  RecordInjectedFaults(t);
   if (NextSilenceEdgeUs() <= t) {
     silence_phase_ = silence_phase_ == kBeforeSilence ? kSilent : kAfterSilence;
     if (Silent()) wire_.Clear();
@@ -193,6 +231,13 @@ void EcuSimulator::RunEventsAt(std::int64_t t) {
   }
 }
 
+EngineState EcuSimulator::ShownState() const {
+  EngineState state = engine_.State();
+  state.error_count = static_cast<std::uint8_t>(faults_.Held());
+  state.last_error = static_cast<std::uint8_t>(faults_.Newest());
+  return state;
+}
+
 void EcuSimulator::SendFrame(std::int64_t t) {
   if (Silent() || wire_.Backlog() > kMaxBacklog) {
     ++counters_.frames_skipped;
@@ -202,14 +247,14 @@ void EcuSimulator::SendFrame(std::int64_t t) {
   if (every > 0 && (counters_.live_frames + 1) % static_cast<std::uint64_t>(every) == 0) {
     wire_.Queue(Garbage(), t);
   }
-  const live::Frame frame = EncodeLiveFrame(engine_.State(), image_, frames_per_second_);
+  const live::Frame frame = EncodeLiveFrame(ShownState(), image_, frames_per_second_);
   wire_.Queue({frame.begin(), frame.end()}, t);
   ++counters_.live_frames;
 }
 
 void EcuSimulator::SendBurst(std::int64_t t) {
   if (Silent()) return;
-  const live::Frame frame = EncodeLiveFrame(engine_.State(), image_, frames_per_second_);
+  const live::Frame frame = EncodeLiveFrame(ShownState(), image_, frames_per_second_);
   std::vector<std::uint8_t> burst;
   while (burst.size() < static_cast<std::size_t>(options_.faults.burst_bytes)) {
     burst.insert(burst.end(), frame.begin(), frame.end());

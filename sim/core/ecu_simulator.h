@@ -1,10 +1,10 @@
 // The simulated ECU: bytes in, bytes out, with time passed in by the caller. It holds a
 // 1023-byte calibration image, takes the program's command frames (single byte writes, download
-// frames, the closing frame, the rate register and the upload request), answers an upload
-// request with "ALL", the image and "DONE", and streams live frames of its engine model at the
-// rate last set, paced like a 115,200 baud line. Nothing here reads a clock: the same seed, the
-// same input at the same times and the same options give the same output, however the calls are
-// spaced.
+// frames, the closing frame, the rate register, the upload request and the fault code request),
+// answers an upload request with "ALL", the image and "DONE" and a fault code request with the
+// codes it holds, and streams live frames of its engine model at the rate last set, paced like a
+// 115,200 baud line. Nothing here reads a clock: the same seed, the same input at the same times
+// and the same options give the same output, however the calls are spaced.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,7 @@
 #include "calibration/calibration_image.h"
 #include "sim/core/command_parser.h"
 #include "sim/core/engine_model.h"
+#include "sim/core/fault_memory.h"
 #include "sim/core/output_wire.h"
 #include "sim/core/random.h"
 #include "sim/core/sim_options.h"
@@ -27,6 +28,8 @@ inline constexpr std::uint8_t kCodeClose = 6;
 inline constexpr std::uint16_t kRateAddress = 864;
 inline constexpr std::uint16_t kUploadRequestAddress = 770;
 inline constexpr std::uint16_t kUploadRequestValue = 1284;
+// The rev limiter's fault code, recorded whenever the limiter cuts in.
+inline constexpr int kRevLimiterFault = 1;
 
 struct SimCounters {
   std::uint64_t live_frames = 0;     // live frames queued for sending (bursts not counted)
@@ -38,6 +41,8 @@ struct SimCounters {
   std::uint64_t rate_writes = 0;
   std::uint64_t upload_requests = 0;
   std::uint64_t uploads_sent = 0;
+  std::uint64_t fault_requests = 0;
+  std::uint64_t fault_replies = 0;
   std::uint64_t bursts = 0;
   std::uint64_t ignored = 0;  // frames the ECU takes and does nothing with (code 7, ...)
 };
@@ -68,6 +73,7 @@ class EcuSimulator {
   int FramesPerSecond() const { return frames_per_second_; }
   bool TransferOpen() const { return transfer_open_; }
   bool Silent() const { return silence_phase_ == kSilent; }
+  const FaultMemory& Faults() const { return faults_; }
 
  private:
   void Act(const CommandFrame& frame);
@@ -75,6 +81,8 @@ class EcuSimulator {
   void WritePair(const CommandFrame& frame);
   void SetRate(std::uint16_t value);
   void AnswerUploadRequest();
+  void AnswerFaultRequest();
+  void RecordInjectedFaults(std::int64_t t);
 
   std::int64_t NextEventUs() const;
   void RunEventsAt(std::int64_t t);
@@ -83,6 +91,9 @@ class EcuSimulator {
   std::vector<std::uint8_t> Garbage();
   std::int64_t NextFrameUs() const;
   std::int64_t NextSilenceEdgeUs() const;
+  std::int64_t NextInjectedFaultUs() const;
+  // The engine's state with the fault fields of the live frame.
+  EngineState ShownState() const;
 
   SimOptions options_;
   CalibrationImage image_;
@@ -91,6 +102,8 @@ class EcuSimulator {
   OutputWire wire_;
   Rng fault_rng_;
   SimCounters counters_;
+  FaultMemory faults_;
+  std::size_t next_injected_ = 0;  // options_.fault_codes sorted by time; the next to record
 
   std::int64_t now_us_ = 0;
   std::int64_t next_step_us_ = EngineModel::kStepUs;

@@ -165,8 +165,6 @@ void EngineModel::StepSpeed(const CalibrationImage& image) {
   state_.limiter = state_.rpm >= rev_limit;
   if (state_.limiter) {
     state_.rpm = rev_limit - rng_.Range(50.0, 150.0);  // the limiter cuts fuel
-    state_.error_count = 1;
-    state_.last_error = 1;  // rev limiter exceeded
   }
   state_.rpm = std::max(state_.rpm, 400.0);
 }

@@ -30,6 +30,7 @@ struct EngineState {
   double load_site = 0;  // zero-based position between the fuel load-site columns
   bool limiter = false;
   bool fan_on = false;
+  // The live frame's fault fields, which the ECU fills from the codes it holds.
   std::uint8_t error_count = 0;
   std::uint8_t last_error = 0;
 };

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "link/fault_reply.h"
+
 namespace vela::sim {
 
 namespace {
@@ -15,7 +17,9 @@ constexpr int kAirSensorCal = 971;
 constexpr int kFirstData = 6;
 constexpr int kLastData = 42;
 constexpr std::uint8_t kFirmwareBuild = 12;
-constexpr std::array<std::string_view, 4> kMarkers = {"START", "END", "ALL", "DONE"};
+// The fault code reply's marker is kept out too, so that no frame can hold a reply.
+constexpr std::array<std::string_view, 5> kMarkers = {"START", "END", "ALL", "DONE",
+                                                      fault_reply::kMarker};
 
 void Put8(live::Frame& f, int position, double value) {
   f[position - 1] = static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L));

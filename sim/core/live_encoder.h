@@ -1,7 +1,7 @@
 // Live frames as the ECU sends them, laid out by link/live_frame.h. Besides the fields, the
 // encoder sees to it that the data never spells one of the link's markers ("START", "END",
-// "ALL", "DONE"), which the program would take for the edge of a frame or an upload reply: a
-// byte that would complete one is moved by one count.
+// "ALL", "DONE", and "CODE" of the fault code reply), which the program would take for the edge of
+// a frame or an upload reply: a byte that would complete one is moved by one count.
 #pragma once
 
 #include <cstddef>

@@ -76,6 +76,12 @@ std::vector<ValueOption> ValueOptions() {
        int_option(0, 1'000'000, [](auto& c) -> int& { return c.sim.faults.faulty_uploads; })},
       {"--burst-every",
        seconds_option([](auto& c) -> std::int64_t& { return c.sim.faults.burst_every_us; })},
+      {"--fault-codes",
+       [](std::string_view v, SimCommandLine& c) {
+         auto faults = ParseInjectedFaults(v);
+         if (faults) c.sim.fault_codes = std::move(*faults);
+         return faults.has_value();
+       }},
       {"--burst-bytes",
        int_option(500, 100'000, [](auto& c) -> int& { return c.sim.faults.burst_bytes; })},
   };
@@ -84,6 +90,10 @@ std::vector<ValueOption> ValueOptions() {
 bool ApplyFlag(std::string_view arg, SimCommandLine& c) {
   if (arg == "--help" || arg == "-h") return c.help = true;
   if (arg == "--verbose" || arg == "-v") return c.verbose = true;
+  if (arg == "--no-fault-reply") {
+    c.sim.answer_fault_requests = false;
+    return true;
+  }
   if (arg == "--unpaced") {
     c.sim.byte_time_us = 0;
     return true;
@@ -92,6 +102,23 @@ bool ApplyFlag(std::string_view arg, SimCommandLine& c) {
 }
 
 }  // namespace
+
+std::optional<std::vector<InjectedFault>> ParseInjectedFaults(std::string_view text) {
+  std::vector<InjectedFault> faults;
+  while (!text.empty()) {
+    const std::size_t comma = text.find(',');
+    std::string_view item = text.substr(0, comma);
+    text = comma == std::string_view::npos ? std::string_view() : text.substr(comma + 1);
+    InjectedFault fault;
+    const std::size_t at = item.find('@');
+    if (at != std::string_view::npos && !ParseSeconds(item.substr(at + 1), fault.at_us)) {
+      return std::nullopt;
+    }
+    if (!ParseInt(item.substr(0, at), 1, 255, fault.code)) return std::nullopt;
+    faults.push_back(fault);
+  }
+  return faults;
+}
 
 std::optional<SimCommandLine> ParseSimCommandLine(std::span<const std::string_view> args,
                                                   std::string* error) {
@@ -155,6 +182,11 @@ Faults:
   --faulty-uploads N    damage only the first N upload replies (default 1; 0 = all)
   --burst-every SEC     every SEC seconds send live frames worth at least
   --burst-bytes N       N bytes (default 600, at least 500) all at once
+
+Fault codes:
+  --fault-codes LIST    codes the ECU records, comma-separated; CODE@SEC records
+                        CODE SEC seconds after start (for example 66,139@20)
+  --no-fault-reply      leave fault code requests unanswered (live frames go on)
 )";
 }
 

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vela::sim {
 
@@ -48,6 +49,13 @@ struct FaultOptions {
   bool DamagesUploads() const { return upload_cut_bytes >= 0 || done_shift != 0; }
 };
 
+// A fault code the ECU records `at_us` after it starts (0: held from the start).
+struct InjectedFault {
+  int code = 0;
+  std::int64_t at_us = 0;
+  bool operator==(const InjectedFault&) const = default;
+};
+
 struct SimOptions {
   std::uint64_t seed = 1;
   // From this time on (negative = never) the engine holds its state: every live frame then
@@ -56,7 +64,15 @@ struct SimOptions {
   // 0 sends every byte the moment it is ready.
   double byte_time_us = kByteTimeUs;
   FaultOptions faults;
+  // Fault codes besides those the engine model records itself (the rev limiter's).
+  std::vector<InjectedFault> fault_codes;
+  // False: fault code requests go unanswered while everything else goes on.
+  bool answer_fault_requests = true;
 };
+
+// "CODE[@SECONDS],..." as the --fault-codes option takes it; nullopt when a code is not 1 to
+// 255 or a time is not a number of seconds.
+std::optional<std::vector<InjectedFault>> ParseInjectedFaults(std::string_view text);
 
 // The whole command line of vela-ecusim.
 struct SimCommandLine {

@@ -41,13 +41,18 @@ AppOptions ParseAppOptions(const QStringList& arguments, const QString& env_data
 
 QString AppUsage() {
   return "Usage: morvane-vela [--data-dir DIR] [--port DEVICE] [--simulate [--sim-args ARGS]]\n"
+         "\n"
+         "The MORVANE VELA tuning program: maps, set-up and live values of the ECU on the\n"
+         "serial line.\n"
+         "\n"
          "  --data-dir DIR   keep the program's folder tree under DIR (default: the home folder;\n"
          "                   the MORVANE_VELA_DATA_DIR environment variable does the same)\n"
          "  --port DEVICE    open DEVICE (a serial device or pseudo-terminal) for the ECU link\n"
          "                   instead of the device of the chosen \"CommPort N\"\n"
          "  --simulate       start the simulated ECU inside the program and connect to it\n"
-         "  --sim-args ARGS  options for the simulated ECU, e.g. \"--garbage-every 3\"\n"
-         "                   (vela-ecusim --help lists them)\n";
+         "  --sim-args ARGS  options for the simulated ECU, e.g. \"--garbage-every 3\" or\n"
+         "                   \"--fault-codes 66,139@20\" (vela-ecusim --help lists them)\n"
+         "  -h, --help       print this text and end\n";
 }
 
 }  // namespace vela

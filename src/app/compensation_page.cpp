@@ -154,10 +154,15 @@ void CompensationPage::ShowCurve(CompTable table) {
                            QString::fromStdString(model.Text(2))));
 }
 
-void CompensationPage::ShowLive(const LiveData& live) {
+void CompensationPage::ShowLive(const LiveData& live, bool connected) {
   live_ = live;
+  connected_ = connected;
   if (!isVisible()) return;
-  readout_->Show(live);
+  readout_->Show(live, connected);
+  if (!connected) {
+    for (auto* curve : curves_) curve->SetLiveX(std::nullopt);
+    return;
+  }
   curves_[0]->SetLiveX(NumberOf(live.air_temp_text));
   curves_[1]->SetLiveX(NumberOf(live.water_temp_text));
   curves_[2]->SetLiveX(live.battery_volts > 0 ? std::optional<double>(live.battery_volts)
@@ -168,7 +173,7 @@ void CompensationPage::ShowLive(const LiveData& live) {
 
 void CompensationPage::showEvent(QShowEvent* event) {
   ShowEditors();
-  ShowLive(live_);
+  ShowLive(live_, connected_);
   QWidget::showEvent(event);
 }
 

@@ -25,7 +25,8 @@ class CompensationPage : public QWidget {
   CurveView* curve(CompTable table) const { return curves_[static_cast<std::size_t>(table)]; }
   // The tables from the editors' state, in the formats the sensor set-up gives them.
   void ShowEditors();
-  void ShowLive(const LiveData& live);
+  // The live values; greyed and without a live mark while `connected` is false.
+  void ShowLive(const LiveData& live, bool connected);
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -41,6 +42,7 @@ class CompensationPage : public QWidget {
   std::array<SmallMapGrid*, 4> grids_{};
   std::array<CurveView*, 4> curves_{};
   LiveData live_;
+  bool connected_ = false;
 };
 
 }  // namespace vela

@@ -2,12 +2,19 @@
 
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "app/status_strip.h"
+#include "link/program_status.h"
 #include "shell/afr_display.h"
 #include "shell/qt/qt_platform.h"
 
 namespace vela {
+
+namespace {
+const QString kNoValue = QStringLiteral("--");
+}  // namespace
 
 QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
   const AfrCaptions captions = AfrCaptionsOf(afr_mode);
@@ -21,10 +28,16 @@ QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
 
 DataPage::DataPage(QWidget* parent) : QWidget(parent) {
   auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
   auto* box = new QGroupBox("Live Engine Values", this);
   box->setObjectName("LiveValues");
-  grid_ = box;
-  new QGridLayout(box);
+  // The values stand on a ground of their own, the window's colour, which they paint over
+  // themselves: a new value then never draws the box again.
+  grid_ = new QWidget(box);
+  grid_->setAutoFillBackground(true);
+  new QGridLayout(grid_);
+  auto* box_layout = new QVBoxLayout(box);
+  box_layout->addWidget(grid_);
   layout->addWidget(box);
   rpm_ = AddReadout("DataRPM", "Engine Speed", "RPM");
   map_ = AddReadout("DataMAP", "Manifold Pressure", "kPa");
@@ -39,28 +52,31 @@ DataPage::DataPage(QWidget* parent) : QWidget(parent) {
   throttle_pump_ = AddReadout("DataThrottlePump", "Throttle Pump Addition", "%");
   afr_ = AddReadout("DataAFR", "Air-Fuel Ratio", "AFR");
   afr_unit_ = readouts_.back().unit;
+  auto* status_row = new QHBoxLayout;
+  live_tune_ = new QLabel(this);
+  live_tune_->setObjectName("DataLiveTune");
+  status_row->addWidget(live_tune_);
   status_ = new QLabel(this);
   status_->setObjectName("DataStatus");
-  layout->addWidget(status_);
+  status_row->addWidget(status_, 1);
+  layout->addLayout(status_row);
   options_area_ = new QWidget(this);
   new QVBoxLayout(options_area_);
   options_area_->layout()->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(options_area_);
-  layout->addStretch(1);
-  Show(LiveData{}, 0);
+  Show(LiveData{}, 0, false, false);
 }
 
-QLabel* DataPage::AddReadout(const QString& name, const QString& caption, const QString& unit) {
+LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, const QString& unit) {
   auto* grid = static_cast<QGridLayout*>(grid_->layout());
   const int index = static_cast<int>(readouts_.size());
   const int row = (index / 3) * 2;
   const int column = (index % 3) * 2;
   auto* title = new QLabel(caption, grid_);
   title->setStyleSheet("color: #505050;");
-  auto* value = new QLabel(grid_);
+  auto* value = new LiveValue(QStringLiteral("-00000.00"), Qt::AlignRight, grid_);
   value->setObjectName(name);
-  value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  value->setMinimumWidth(150);
+  value->SetOpaque();
   QFont big = value->font();
   big.setPointSizeF(big.pointSizeF() * 2.2);
   big.setBold(true);
@@ -74,29 +90,58 @@ QLabel* DataPage::AddReadout(const QString& name, const QString& caption, const 
   return value;
 }
 
-void DataPage::Show(const LiveData& live, int afr_mode) {
-  rpm_->setText(QString::fromStdString(live.engine_rpm_text));
-  map_->setText(QString::fromStdString(live.map_text));
-  tps_->setText(QString::fromStdString(live.tps_text));
-  injection_->setText(QString::fromStdString(live.injection_text));
-  duty_->setText(QString::fromStdString(live.injector_duty_text));
-  ignition_->setText(QString::fromStdString(live.ignition_text));
-  water_->setText(QString::fromStdString(live.water_temp_text));
-  air_->setText(QString::fromStdString(live.air_temp_text));
-  battery_->setText(QString::fromStdString(live.battery_text));
-  idle_->setText(QString::fromStdString(live.idle_valve_text));
-  throttle_pump_->setText(QString::fromStdString(live.throttle_pump_text));
-  QString unit;
-  afr_->setText(AfrDisplayText(live.lambda, afr_mode, &unit));
-  afr_unit_->setText(unit);
-  QStringList status;
-  for (const std::string& text : {live.engine_status_text, live.fuel_map_text}) {
-    if (!text.empty()) status << QString::fromStdString(text);
+QString DataPage::Value(const QString& name) const {
+  for (const Readout& readout : readouts_) {
+    if (readout.value->objectName() == name) return readout.value->text();
   }
-  if (live.limiter_active) status << "Rev Limiter";
-  if (live.throttle_pump_active) status << "Throttle Pump";
-  status << "Live Tune " + QString::fromStdString(live.live_tune_text);
-  status_->setText(status.join("   |   "));
+  return QString();
+}
+
+void DataPage::Show(const LiveData& live, int afr_mode, bool live_tuning, bool connected) {
+  for (const Readout& readout : readouts_) readout.value->SetGreyed(!connected);
+  ShowStatus(live, live_tuning, connected);
+  if (!connected) {
+    for (const Readout& readout : readouts_) readout.value->SetText(kNoValue);
+    return;
+  }
+  const auto text = [](const std::string& s) { return QString::fromStdString(s); };
+  rpm_->SetText(text(live.engine_rpm_text));
+  map_->SetText(text(live.map_text));
+  tps_->SetText(text(live.tps_text));
+  injection_->SetText(text(live.injection_text));
+  duty_->SetText(text(live.injector_duty_text));
+  ignition_->SetText(text(live.ignition_text));
+  water_->SetText(text(live.water_temp_text));
+  air_->SetText(text(live.air_temp_text));
+  battery_->SetText(text(live.battery_text));
+  idle_->SetText(text(live.idle_valve_text));
+  throttle_pump_->SetText(text(live.throttle_pump_text));
+  QString unit;
+  afr_->SetText(AfrDisplayText(live.lambda, afr_mode, &unit));
+  if (afr_unit_->text() != unit) afr_unit_->setText(unit);
+}
+
+// Live tuning in the strip's words and colours; then what the ECU reports of its state.
+void DataPage::ShowStatus(const LiveData& live, bool live_tuning, bool connected) {
+  const StatusLook look = LiveTuneLook(live_tuning);
+  const QString tune_text = QString::fromStdString(look.text);
+  if (live_tune_->text() != tune_text) {
+    live_tune_->setText(tune_text);
+    live_tune_->setStyleSheet(StatusStyle(look));
+    live_tune_->setToolTip(QString::fromStdString(look.tooltip));
+  }
+  QStringList status;
+  if (!connected) {
+    status << "Not connected: no live values";
+  } else {
+    for (const std::string& text : {live.engine_status_text, live.fuel_map_text}) {
+      if (!text.empty()) status << QString::fromStdString(text);
+    }
+    if (live.limiter_active) status << "Rev Limiter";
+    if (live.throttle_pump_active) status << "Throttle Pump";
+  }
+  const QString joined = status.join("   |   ");
+  if (status_->text() != joined) status_->setText(joined);
 }
 
 }  // namespace vela

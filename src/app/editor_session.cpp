@@ -47,7 +47,7 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
     : QObject(window),
       parts_(parts),
       gate_(parts.link.sender(), mode_),
-      edit_sender_(gate_, [this] { NoteChangeWithoutEcu(); }),
+      edit_sender_(gate_, [this] { NoteEdit(); }),
       setup_editor_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       compensation_editor_(
           {state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
@@ -114,9 +114,9 @@ void EditorSession::SetOutOfStep(bool out_of_step) {
 void EditorSession::DownloadInterrupted() {
   SetOutOfStep(true);
   std::vector<std::string> lines(std::begin(kInterruptedLines), std::end(kInterruptedLines));
-  const bool again = parts_.messages.Show(MessageIcon::kExclamation,
-                                          std::string(kEditsWhileDownTitle), lines,
-                                          MessageButtons::kYesNo) == MessageAnswer::kYes;
+  const bool again =
+      parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditsWhileDownTitle), lines,
+                           MessageButtons::kYesNo) == MessageAnswer::kYes;
   resend_when_back_ = again;
   // Still connected (a send was aborted): the ECU is here, so the image goes again at once.
   if (again && parts_.link.LineReady()) {
@@ -145,6 +145,8 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
   }
   edited_while_down_ = false;
   SetOutOfStep(false);
+  // The ECU's calibration, unless it is the one the editors already show (a map sent down).
+  if (!has_calibration_ || image.Bytes() != image_.Bytes()) SetMapInUse(std::string(), true);
   image_ = image;
   has_calibration_ = true;
   state_.SetupErrors.clear();
@@ -156,7 +158,7 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
 void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
                                 const std::vector<MapCell>& cells) {
   if (parts_.suppress_change_events) return;
-  NoteChangeWithoutEcu();
+  NoteEdit();
   TransmissionSetup setup;
   setup.map_start = map == EditedMap::kFuel1   ? kFuelMap1Start
                     : map == EditedMap::kFuel2 ? kFuelMap2Start
@@ -182,7 +184,38 @@ void EditorSession::NoteChangeWithoutEcu() {
   if (mode_.Offline || !LinkConnected(parts_.link.state())) edited_while_down_ = true;
 }
 
-void EditorSession::SaveMap() { map_files_.SaveMap(state_); }
+void EditorSession::NoteEdit() {
+  NoteChangeWithoutEcu();
+  if (map_changed_) return;
+  map_changed_ = true;
+  ShowMapInUse();
+}
+
+void EditorSession::SetMapInUse(const std::string& path, bool from_ecu) {
+  map_path_ = path;
+  map_from_ecu_ = from_ecu;
+  map_changed_ = false;
+  ShowMapInUse();
+}
+
+void EditorSession::ShowMapInUse() {
+  QString name;
+  if (!map_path_.empty()) {
+    const std::size_t slash = map_path_.find_last_of("/\\");
+    name = QString::fromStdString(slash == std::string::npos ? map_path_
+                                                             : map_path_.substr(slash + 1));
+    if (map_changed_) name += ", changed";
+  } else if (map_from_ecu_) {
+    name = map_changed_ ? "from the ECU, changed, not saved" : "from the ECU";
+  }
+  emit MapInUseChanged(name, QString::fromStdString(map_path_));
+}
+
+void EditorSession::SaveMap() {
+  if (map_files_.SaveMap(state_) == MapFileResult::kDone) {
+    SetMapInUse(map_files_.last_path(), false);
+  }
+}
 
 void EditorSession::LoadAndDownloadMap() {
   LinkSession& link = parts_.link;
@@ -194,6 +227,7 @@ void EditorSession::LoadAndDownloadMap() {
   if (mode_.Offline != was_offline) emit OfflineChanged(mode_.Offline);
   if (result != MapFileResult::kDone) return;
   NoteChangeWithoutEcu();
+  SetMapInUse(map_files_.last_path(), false);
   has_calibration_ = true;
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
   emit EditorsFilled();
@@ -208,7 +242,7 @@ void EditorSession::SetOffline(bool offline) {
 
 void EditorSession::SetMapSelection(int choice) {
   if (parts_.suppress_change_events || state_.setup.MapSelection == choice) return;
-  NoteChangeWithoutEcu();
+  NoteEdit();
   state_.setup.MapSelection = choice;
   // Bits 5, 6 and 7 of the fuel sites byte stand for choices 0, 1 and 2; none set combines.
   constexpr int kFuelSitesPosition = 995;

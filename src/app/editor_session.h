@@ -123,6 +123,8 @@ class EditorSession : public QObject {
   void OfflineChanged(bool offline);
   void DownloadStatus(const QString& text);
   void EcuOutOfStepChanged(bool out_of_step);
+  // The calibration the editors hold: the map file's name (or where it came from) and its path.
+  void MapInUseChanged(const QString& name, const QString& path);
 
  private:
   ApplyEnvironment Environment();
@@ -134,6 +136,10 @@ class EditorSession : public QObject {
   // A change made while no ECU listens (not connected, or off-line): when an ECU's calibration
   // arrives next and differs, the tuner is asked which one wins.
   void NoteChangeWithoutEcu();
+  // Every edit: remembered for the ECU's return, and the map in use is marked changed.
+  void NoteEdit();
+  void SetMapInUse(const std::string& path, bool from_ecu);
+  void ShowMapInUse();
   void SetOutOfStep(bool out_of_step);
 
   EditorSessionParts parts_;
@@ -142,7 +148,10 @@ class EditorSession : public QObject {
   bool has_calibration_ = false;
   bool edited_while_down_ = false;  // changes made while no ECU was listening
   bool ecu_out_of_step_ = false;
-  bool resend_when_back_ = false;   // the tuner asked for the whole image once the ECU is back
+  bool resend_when_back_ = false;  // the tuner asked for the whole image once the ECU is back
+  std::string map_path_;           // the map file in use, empty when none
+  bool map_from_ecu_ = false;      // the calibration was read from the ECU
+  bool map_changed_ = false;       // edited since it was read, saved or loaded
   ProgramMode mode_;
   OfflineGate gate_;
   EditSender edit_sender_;

@@ -7,6 +7,7 @@
 #include "app/data_page.h"
 #include "app/editor_session.h"
 #include "app/instant_help.h"
+#include "app/live_value.h"
 #include "app/settings_controls.h"
 #include "shell/context_help.h"
 
@@ -136,9 +137,15 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
                             kLaunchTopics, 3, kFunctionNote));
   QGroupBox* closed_loop = GuideBox(this, help, "ClosedLoop", "Closed-Loop Air-Fuel Control",
                                     l::kClosedLoopFirst, kClosedLoopTopics, 2);
-  current_afr_ = new QLabel("-", closed_loop);
+  current_afr_ =
+      new LiveValue(QStringLiteral("00.0 Natural Gas (NGV)"), Qt::AlignLeft, closed_loop);
   current_afr_->setObjectName("CurrentAFR");
-  current_afr_->setStyleSheet("font-weight: bold;");
+  QFont bold = current_afr_->font();
+  bold.setBold(true);
+  current_afr_->setFont(bold);
+  // A read-out box of its own: a new value then never draws the group box behind it again.
+  current_afr_->SetOpaque(QPalette::Base, true);
+  current_afr_->SetText("-");
   static_cast<QGridLayout*>(closed_loop->layout())->addWidget(current_afr_, 0, 2);
   right->addWidget(closed_loop);
   right->addWidget(GuideBox(this, help, "SensorFaults", "Sensor Faults", l::kSensorFaultsFirst,
@@ -148,10 +155,12 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
   ShowEditors();
 }
 
-void InputsPage::ShowLive(double lambda, int afr_mode) {
+void InputsPage::ShowLive(double lambda, int afr_mode, bool connected) {
   QString unit;
-  const QString value = AfrDisplayText(lambda, afr_mode, &unit);
-  current_afr_->setText(value + " " + unit.trimmed());
+  const QString value = connected ? AfrDisplayText(lambda, afr_mode, &unit) : QString("--");
+  const QString text = (value + " " + unit.trimmed()).trimmed();
+  current_afr_->SetText(text);
+  current_afr_->SetGreyed(!connected);
 }
 
 void InputsPage::showEvent(QShowEvent* event) {

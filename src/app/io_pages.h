@@ -12,6 +12,8 @@
 
 namespace vela {
 
+class LiveValue;
+
 class SettingsControls;
 
 class OutputsPage : public QWidget {
@@ -36,7 +38,8 @@ class InputsPage : public QWidget {
   InputsPage(SetupPageParts parts, QWidget* parent = nullptr);
   void ShowEditors() { fields_->ShowEditors(); }
   // "Current AFR" from the live data, in the chosen AFR display.
-  void ShowLive(double lambda, int afr_mode);
+  // The current air-fuel ratio; "--" while `connected` is false.
+  void ShowLive(double lambda, int afr_mode, bool connected);
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -44,7 +47,7 @@ class InputsPage : public QWidget {
  private:
   SetupPageParts parts_;
   RawFieldPanel* fields_;
-  QLabel* current_afr_ = nullptr;
+  LiveValue* current_afr_ = nullptr;
 };
 
 }  // namespace vela

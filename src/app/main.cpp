@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QTimer>
 #include <cstdio>
+#include <optional>
 
 #include "app/app_options.h"
 #include "app/link_session.h"
@@ -30,16 +31,23 @@ vela::ProgramFolders FoldersFor(const vela::AppOptions& options) {
   return vela::ProgramFoldersUnder(QDir::homePath().toStdString());
 }
 
-// Starts the simulated ECU on a pseudo-terminal and points the port at it. False (with the
-// reason printed) when it cannot start.
-bool StartSimulator(const vela::AppOptions& options, vela::sim::InProcessSimulator& simulator,
-                    vela::QtSerialPort& port) {
+// The simulated ECU's options, or nothing (with the reason printed) when they do not read.
+std::optional<vela::sim::SimCommandLine> SimulatorOptions(const vela::AppOptions& options) {
   std::vector<std::string> texts;
   for (const QString& arg : options.sim_args) texts.push_back(arg.toStdString());
   std::vector<std::string_view> args(texts.begin(), texts.end());
   std::string error;
-  const auto command_line = vela::sim::ParseSimCommandLine(args, &error);
-  if (!command_line || !simulator.Start(*command_line, &error)) {
+  auto command_line = vela::sim::ParseSimCommandLine(args, &error);
+  if (!command_line) std::fprintf(stderr, "morvane-vela: --sim-args: %s\n", error.c_str());
+  return command_line;
+}
+
+// Starts the simulated ECU on a pseudo-terminal and points the port at it. False (with the
+// reason printed) when it cannot start.
+bool StartSimulator(const vela::sim::SimCommandLine& command_line,
+                    vela::sim::InProcessSimulator& simulator, vela::QtSerialPort& port) {
+  std::string error;
+  if (!simulator.Start(command_line, &error)) {
     std::fprintf(stderr, "morvane-vela: the simulated ECU could not start: %s\n", error.c_str());
     return false;
   }
@@ -50,15 +58,21 @@ bool StartSimulator(const vela::AppOptions& options, vela::sim::InProcessSimulat
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  QApplication app(argc, argv);
-  QApplication::setApplicationName("morvane-vela");
+  // The command line is read before any window system is touched, so that --help and a wrong
+  // option answer on a machine with no display.
+  QStringList arguments;
+  for (int i = 1; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
   const vela::AppOptions options =
-      vela::ParseAppOptions(app.arguments().mid(1), qEnvironmentVariable("MORVANE_VELA_DATA_DIR"));
+      vela::ParseAppOptions(arguments, qEnvironmentVariable("MORVANE_VELA_DATA_DIR"));
   if (options.show_help || !options.error.isEmpty()) {
     if (!options.error.isEmpty()) std::fprintf(stderr, "%s\n", qPrintable(options.error));
     std::fputs(qPrintable(vela::AppUsage()), options.show_help ? stdout : stderr);
     return options.show_help ? 0 : 2;
   }
+  std::optional<vela::sim::SimCommandLine> sim_options;
+  if (options.simulate && !(sim_options = SimulatorOptions(options))) return 2;
+  QApplication app(argc, argv);
+  QApplication::setApplicationName("morvane-vela");
 
   const vela::ProgramFolders folders = FoldersFor(options);
   vela::DiskFileSystem files;
@@ -69,7 +83,7 @@ int main(int argc, char* argv[]) {
   port.set_device_override(options.port_device);
   vela::SingleInstanceLock instance_lock(QString::fromStdString(folders.program));
   vela::sim::InProcessSimulator simulator;
-  if (options.simulate && !StartSimulator(options, simulator, port)) return 1;
+  if (options.simulate && !StartSimulator(*sim_options, simulator, port)) return 1;
 
   vela::LinkSession link(port, trace);
   // A pseudo-terminal needs no gap between bytes: the simulated ECU paces its own line.

@@ -11,16 +11,21 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QShowEvent>
 #include <QVBoxLayout>
 
 #include "app/data_page.h"
 #include "app/datalog_page.h"
 #include "app/editor_session.h"
+#include "app/fault_monitor.h"
+#include "app/fault_panel.h"
 #include "app/form_spare.h"
 #include "app/link_session.h"
+#include "app/live_view.h"
 #include "app/map_pages.h"
 #include "app/settings_controls.h"
 #include "app/setup_pages.h"
+#include "app/status_strip.h"
 #include "editors/mapgrid/key_routing.h"
 #include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
@@ -41,7 +46,10 @@ constexpr const char* kPageNames[] = {"PageFuelMap1",  "PageFuelMap2",    "PageI
                                       "PageDataPage",  "PageFileOptions", "PageDataLogging"};
 constexpr int kTabCount = 12;
 constexpr int kOrangeBlockClearMs = 3000;
-constexpr int kLiveRefreshMs = 50;
+// Read-outs are redrawn 10 times a second: numbers that change faster cannot be read, and every
+// redraw costs the laptop's battery. The strip follows the link 4 times a second.
+constexpr int kLiveRefreshMs = 100;
+constexpr int kStatusRefreshMs = 250;
 
 enum Tab {
   kFuelMap1 = 0,
@@ -58,16 +66,10 @@ enum Tab {
   kDataLogging
 };
 
-QString StyleFor(const LabelColour& colour) {
-  return QString("background-color: rgb(%1, %2, %3); padding: 1px 6px;")
-      .arg(colour.red)
-      .arg(colour.green)
-      .arg(colour.blue);
-}
-
 }  // namespace
 
-// The status label as the link's start-up measurement writes to it.
+// The status label as the link's start-up measurement writes to it. Its colours are left out:
+// in the strip, colour belongs to the link state alone.
 class StatusLabelAdapter : public StatusLabel {
  public:
   explicit StatusLabelAdapter(QLabel* label) : label_(label) {}
@@ -75,7 +77,7 @@ class StatusLabelAdapter : public StatusLabel {
     label_->setText(QString::fromStdString(text));
     label_->repaint();
   }
-  void SetColour(LabelColour colour) override { label_->setStyleSheet(StyleFor(colour)); }
+  void SetColour(LabelColour) override {}
 
  private:
   QLabel* label_;
@@ -90,13 +92,19 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
           {parts_.link, parts_.trace, parts_.messages, parts_.dialogs ? *parts_.dialogs : dialogs_,
            parts_.files, parts_.setup.folders(), parts_.setup.SuppressChangeEvents},
           this)),
-      map_pages_(new MapPages(*editors_, parts_.link, this)) {
+      live_view_(new LiveView(parts_.link, parts_.setup.settings, this)),
+      fault_monitor_(new FaultMonitor(parts_.link, this)),
+      map_pages_(new MapPages(*editors_, parts_.link, *live_view_, this)) {
   setWindowTitle(QString::fromStdString(parts_.link.state().Caption));
   auto* central = new QWidget(this);
   central->setObjectName("Form1");
   auto* layout = new QVBoxLayout(central);
   tabs_ = new QTabWidget(central);
   tabs_->setObjectName("SSTab1");
+  // The keyboard belongs to the map: the tab bar never takes it, so Left and Right move in the
+  // grid. Narrow tabs keep all twelve in view on a netbook's 1024 pixels.
+  tabs_->tabBar()->setFocusPolicy(Qt::NoFocus);
+  tabs_->setStyleSheet("QTabBar::tab { padding: 4px 7px; }");
   setup_pages_ = new SetupPages(
       *editors_, parts_.link, parts_.setup, *settings_controls_, tabs_,
       [this] { map_pages_->ShowEditors(); }, this);
@@ -109,7 +117,8 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   setup_errors_->setStyleSheet("color: rgb(200, 30, 20);");
   setup_errors_->hide();
   layout->addWidget(setup_errors_);
-  BuildStatusStrip(central);
+  status_strip_ = new StatusStrip(central);
+  layout->addWidget(status_strip_);
   setCentralWidget(central);
   base_font_points_ = central->font().pointSize();
 
@@ -118,15 +127,14 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   connect(settings_controls_, &SettingsControls::ScaleChanged, this, &MainWindow::ApplyScale);
   connect(settings_controls_->first_run_button(), &QPushButton::clicked, this,
           &MainWindow::OpenFirstRunSetup);
-  parts_.trace.set_on_show(
-      [this](const std::string& text) { startup_label_->setText(QString::fromStdString(text)); });
-  parts_.setup.set_on_settings_read([this] { settings_controls_->ShowSettings(); });
-  status_adapter_ = std::make_unique<StatusLabelAdapter>(status_label_);
-  WireLink();
-  parts_.link.SetAfrDisplay([this](double lambda) {
-    const int mode = parts_.setup.settings.afr_display_mode;
-    return ReceiveHandlers::AfrShown{AfrShownValue(lambda, mode).value_or(0.0), AfrDecimals(mode)};
+  parts_.trace.set_on_show([this](const std::string& text) {
+    status_strip_->ShowStartupText(QString::fromStdString(text));
   });
+  parts_.setup.set_on_settings_read([this] { settings_controls_->ShowSettings(); });
+  status_adapter_ = std::make_unique<StatusLabelAdapter>(status_strip_->status_label());
+  WireLink();
+  parts_.link.SetAfrDisplay(
+      [this](double lambda) { return ShownAfr(lambda, parts_.setup.settings.afr_display_mode); });
   connect(editors_, &EditorSession::EditorsFilled, this, [this] {
     map_pages_->ShowEditors();
     setup_pages_->ShowEditors();
@@ -134,8 +142,14 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
     parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
-  connect(editors_, &EditorSession::DownloadStatus, status_label_, &QLabel::setText);
-  connect(tabs_, &QTabWidget::currentChanged, map_pages_, &MapPages::TabShown);
+  connect(editors_, &EditorSession::DownloadStatus, status_strip_->status_label(),
+          &QLabel::setText);
+  connect(editors_, &EditorSession::MapInUseChanged, status_strip_, &StatusStrip::ShowMapInUse);
+  connect(tabs_, &QTabWidget::currentChanged, this, &MainWindow::PageShown);
+  connect(settings_controls_, &SettingsControls::NumericalChanged, map_pages_,
+          &MapPages::SetNumerical);
+  connect(status_strip_, &StatusStrip::FaultClicked, this, &MainWindow::OpenFaults);
+  connect(fault_monitor_, &FaultMonitor::WatchChanged, this, &MainWindow::RefreshStatus);
   if (auto* english = findChild<QRadioButton*>("Language0")) {
     connect(english, &QRadioButton::toggled, this, &MainWindow::ShowKeystrokeTable);
     connect(english, &QRadioButton::toggled, setup_pages_, &SetupPages::LanguageChanged);
@@ -168,20 +182,15 @@ QWidget* MainWindow::BuildPage(int index) {
       return page;
     }
     case kHelp:
+      notice_label_ = new QLabel(page);
+      notice_label_->setObjectName("NoticeLabel");
+      layout->addWidget(notice_label_);
       layout->addWidget(settings_controls_->BuildHelpOptions(page));
       layout->addWidget(BuildKeystrokeTable(page), 1);
       return page;
-    case kDataPage: {
-      data_page_ = new DataPage(page);
-      layout->addWidget(data_page_);
-      QLayout* options = data_page_->options_area()->layout();
-      auto* reset = new QPushButton("Reset Displays", page);
-      reset->setObjectName("Command16");
-      connect(reset, &QPushButton::clicked, this, &MainWindow::RunCommand16);
-      options->addWidget(reset);
-      options->setAlignment(reset, Qt::AlignLeft);
-      break;
-    }
+    case kDataPage:
+      Place(page, BuildDataPage());
+      return page;
     case kFileOptions:
       layout->addWidget(BuildMapFileButtons(page));
       layout->addWidget(settings_controls_->BuildFileOptions(page));
@@ -200,60 +209,56 @@ QWidget* MainWindow::BuildPage(int index) {
   return page;
 }
 
-void MainWindow::BuildStatusStrip(QWidget* parent) {
-  auto* strip = new QFrame(parent);
-  strip->setFrameShape(QFrame::StyledPanel);
-  auto* row = new QHBoxLayout(strip);
-  row->setContentsMargins(6, 2, 6, 2);
-  status_label_ = AddStripLabel(strip, "StatusLabel", 160);
-  rx_indicator_ = AddStripLabel(strip, "RxIndicator", 40);
-  link_indicator_ = AddStripLabel(strip, "LinkIndicator", 60);
-  overflow_label_ = AddStripLabel(strip, "OverflowCount", 80);
-  tick_label_ = AddStripLabel(strip, "TickCount", 90);
-  chunk_label_ = AddStripLabel(strip, "ChunkLength", 60);
-  port_label_ = AddStripLabel(strip, "PortLabel", 60);
-  mode_label_ = AddStripLabel(strip, "ModeLabel", 0);
-  startup_label_ = new QLabel(strip);
-  startup_label_->setObjectName("LabelOrangeBlock");
-  startup_label_->setStyleSheet("background-color: rgb(255, 160, 40); padding: 1px 6px;");
-  notice_label_ = new QLabel(strip);
-  notice_label_->setObjectName("NoticeLabel");
-  for (QLabel* label : {status_label_, rx_indicator_, link_indicator_, overflow_label_, tick_label_,
-                        chunk_label_, port_label_}) {
-    row->addWidget(label);
-  }
-  row->addWidget(notice_label_, 1);
-  row->addWidget(startup_label_);
-  static_cast<QVBoxLayout*>(parent->layout())->addWidget(strip);
-}
-
-QLabel* MainWindow::AddStripLabel(QWidget* strip, const QString& name, int min_width) {
-  auto* label = new QLabel(strip);
-  label->setObjectName(name);
-  label->setMinimumWidth(min_width);
-  return label;
+// The live values, the display reset and the ECU's fault codes; the page scrolls.
+QWidget* MainWindow::BuildDataPage() {
+  auto* content = new QWidget;
+  content->setObjectName("DataPage");
+  auto* column = new QVBoxLayout(content);
+  column->setContentsMargins(0, 0, 0, 0);
+  data_page_ = new DataPage(content);
+  column->addWidget(data_page_);
+  QLayout* options = data_page_->options_area()->layout();
+  auto* reset = new QPushButton("Reset Displays", content);
+  reset->setObjectName("Command16");
+  connect(reset, &QPushButton::clicked, this, &MainWindow::RunCommand16);
+  options->addWidget(reset);
+  options->setAlignment(reset, Qt::AlignLeft);
+  fault_panel_ = new FaultPanel(
+      *fault_monitor_,
+      [this] {
+        const LiveData& live = parts_.link.live();
+        return live_view_->Live() && !live.firmware_text.empty() && live.error_count == 0 &&
+               live.last_error == 0;
+      },
+      content);
+  column->addWidget(fault_panel_);
+  column->addStretch(1);
+  return content;
 }
 
 void MainWindow::WireLink() {
   LinkSession& link = parts_.link;
   connect(&link, &LinkSession::CaptionChanged, this, &QWidget::setWindowTitle);
-  connect(&link, &LinkSession::DisplayChanged, this, [this] { link_display_new_ = true; });
   connect(&link, &LinkSession::LiveDataChanged, this, [this] { live_data_new_ = true; });
+  connect(&link, &LinkSession::FrameTaken, status_strip_, &StatusStrip::CountFrame);
   live_refresh_.setInterval(kLiveRefreshMs);
   connect(&live_refresh_, &QTimer::timeout, this, [this] {
-    if (link_display_new_) RefreshLinkDisplay();
-    link_display_new_ = false;
     if (live_data_new_) ShowLiveData();
     live_data_new_ = false;
   });
   live_refresh_.start();
+  status_refresh_.setInterval(kStatusRefreshMs);
+  connect(&status_refresh_, &QTimer::timeout, this, &MainWindow::RefreshStatus);
+  status_refresh_.start();
   connect(&link, &LinkSession::CalibrationReceived, this, [this](const CalibrationImage& image) {
     // The upload's own texts end here; the sorting shows its texts next.
     last_orange_block_ = parts_.link.display().orange_block;
     editors_->ApplyUpload(image);
     // `TimerOrangeBlock`: the label clears a moment after "Upload Sorting Complete".
     QTimer::singleShot(kOrangeBlockClearMs, this, [this] {
-      if (startup_label_->text() == "Upload Sorting Complete") startup_label_->clear();
+      if (status_strip_->startup_label()->text() == "Upload Sorting Complete") {
+        status_strip_->ShowStartupText(QString());
+      }
     });
   });
   connect(&link, &LinkSession::DisplaysReset, this, &MainWindow::ShowLiveData);
@@ -262,6 +267,16 @@ void MainWindow::WireLink() {
   connect(datalog_page_, &DatalogPage::ShowDataLoggingTab, this,
           [this] { tabs_->setCurrentIndex(kDataLogging); });
   datalog_page_->SetFuelMap(&map_pages_->page(kFuelMap1)->grid()->Model());
+  // A new ECU fault marks a log being recorded at the moment it was seen.
+  connect(fault_monitor_, &FaultMonitor::FaultSeen, datalog_page_,
+          [this](int code, const QString& title) {
+            if (!datalog_page_->Logging()) return;
+            datalog_page_->AddMarker("Fault " + std::to_string(code) + ":" + title.toStdString());
+          });
+  connect(&link, &LinkSession::CaptionChanged, this, [this] {
+    RefreshStatus();
+    ShowLiveData();
+  });
   connect(settings_controls_, &SettingsControls::FramesPerSecondChosen, &link,
           &LinkSession::RateChosen);
   connect(settings_controls_, &SettingsControls::PacketSpeedChosen, &link,
@@ -278,32 +293,40 @@ void MainWindow::ApplyLinkSettings() {
   parts_.link.dispatcher().SetPortNumber(parts_.setup.CommPortNumber);
 }
 
-void MainWindow::RefreshLinkDisplay() {
-  const LinkDisplay& d = parts_.link.display();
-  // Texts and colours change rarely; the refresh runs on every receive event and tick.
-  auto show = [](QLabel* label, const LabelLook& look) {
-    if (look.text.empty() && look.colour == LabelColour{}) return;
-    const QString text = QString::fromStdString(look.text);
-    const QString style = StyleFor(look.colour);
-    if (label->text() != text) label->setText(text);
-    if (label->styleSheet() != style) label->setStyleSheet(style);
-  };
-  show(rx_indicator_, d.receive_indicator);
-  show(link_indicator_, d.link_indicator);
-  show(status_label_, d.status);
-  overflow_label_->setText(QString("Overflow %1").arg(d.overflow_count));
-  tick_label_->setText(QString("Ticks %1").arg(d.tick_count));
-  chunk_label_->setText(QString("Rx %1").arg(d.last_chunk_length));
-  if (!d.orange_block.empty() && d.orange_block != last_orange_block_) {
-    last_orange_block_ = d.orange_block;
-    startup_label_->setText(QString::fromStdString(d.orange_block));
-  }
+ProgramStatus MainWindow::CurrentStatus() const {
+  LinkSession& link = parts_.link;
+  ProgramStatus status;
+  status.offline = offline_;
+  status.connected = live_view_->Live();
+  status.reading_calibration = link.upload().UploadStarted();
+  status.downloading = editors_->download().running();
+  status.download_percent = static_cast<int>(
+      std::lround(100.0 * editors_->download().progress_width() / kDownloadProgressFullWidth));
+  status.sends_stalled = link.state().StallCounter >= ConnectionSupervisor::kStallLookLevel;
+  return status;
 }
 
+void MainWindow::RefreshStatus() {
+  const LinkDisplay& d = parts_.link.display();
+  status_strip_->ShowStatus(CurrentStatus(), map_pages_->LiveTuning());
+  status_strip_->ShowCounters(d);
+  if (!d.orange_block.empty() && d.orange_block != last_orange_block_) {
+    last_orange_block_ = d.orange_block;
+    status_strip_->ShowStartupText(QString::fromStdString(d.orange_block));
+  }
+  const FaultWatch& watch = fault_monitor_->watch();
+  status_strip_->ShowFault(watch.Unacknowledged(), static_cast<int>(watch.Seen().size()));
+}
+
+// Only the page in front is redrawn; a page brought to the front is redrawn at once.
 void MainWindow::ShowLiveData() {
-  data_page_->Show(parts_.link.live(), parts_.setup.settings.afr_display_mode);
-  map_pages_->ShowLive(parts_.link.live());
-  setup_pages_->ShowLive(parts_.link.live(), parts_.setup.settings.afr_display_mode);
+  const LiveData shown = live_view_->Shown();
+  const bool live = live_view_->Live();
+  const int afr_mode = parts_.setup.settings.afr_display_mode;
+  const int tab = tabs_->currentIndex();
+  if (tab < MapPages::kPages) map_pages_->ShowLive(shown, live, tab);
+  if (tab == kDataPage) data_page_->Show(shown, afr_mode, map_pages_->LiveTuning(), live);
+  setup_pages_->ShowLive(shown, afr_mode, live);
   parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
 }
 
@@ -312,6 +335,7 @@ bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.
 void MainWindow::SizeWindow() {
   const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
   resize(std::min(1280, screen.width()), std::min(860, screen.height()));
+  move(screen.topLeft());
 }
 
 void MainWindow::HideComponentsBeforeStartup() {
@@ -328,7 +352,8 @@ void MainWindow::SetColours() {
 
 void MainWindow::SetupLogLiveChannel1() { datalog_page_->ClearChannelFlags(); }
 void MainWindow::SetupTabs() { tabs_->setCurrentIndex(kFuelMap1); }
-void MainWindow::SetupFormSize() { setMinimumSize(900, 600); }
+// Small enough for a netbook's screen less its task bar; the pages scroll or fold their graphs.
+void MainWindow::SetupFormSize() { setMinimumSize(800, 520); }
 void MainWindow::SetupRpmPoints() {}
 void MainWindow::SetupGrid(const std::string& name) {
   if (name == "Fuel") map_pages_->SetUpGrids();
@@ -354,7 +379,7 @@ void MainWindow::SetupHiddenFocuses() {}
 
 void MainWindow::ReadProgramSettings() {
   parts_.setup.ReadProgramSettings(parts_.port);
-  port_label_->setText(parts_.port.IsOpen() ? parts_.port.device() : QString("Port closed"));
+  ShowPortDevice();
   ApplyScale(parts_.setup.settings.scale);
   ApplyLinkSettings();
 }
@@ -390,7 +415,11 @@ void MainWindow::ReopenPort(int port_number) {
   parts_.link.dispatcher().SetPortNumber(port_number);
   parts_.port.Close();
   if (!parts_.port.Open(port_number)) ShowCommportError(parts_.messages);
-  port_label_->setText(parts_.port.IsOpen() ? parts_.port.device() : QString("Port closed"));
+  ShowPortDevice();
+}
+
+void MainWindow::ShowPortDevice() {
+  status_strip_->ShowPort(parts_.port.IsOpen() ? parts_.port.device() : QString());
 }
 
 void MainWindow::ApplyScale(int value) {
@@ -477,9 +506,35 @@ void MainWindow::ShowOffline(bool offline) {
     offline_button_->setChecked(offline);
   }
   offline_button_->setText(offline ? "Go On-line" : "Work Off-line");
-  mode_label_->setText(offline ? "Off-line" : QString());
-  mode_label_->setStyleSheet(offline ? "background-color: rgb(255, 220, 80); padding: 1px 6px;"
-                                     : QString());
+  offline_ = offline;
+  RefreshStatus();
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  if (!event->spontaneous()) FocusPage(tabs_->currentIndex());
+}
+
+void MainWindow::PageShown(int index) {
+  map_pages_->TabShown(index);
+  if (index == kDataPage) fault_monitor_->Acknowledge();
+  ShowLiveData();
+  FocusPage(index);
+}
+
+void MainWindow::FocusPage(int index) {
+  if (index < MapPages::kPages) {
+    map_pages_->page(index)->grid()->setFocus(Qt::OtherFocusReason);
+  } else if (QWidget* page = tabs_->widget(index)) {
+    page->setFocus(Qt::OtherFocusReason);
+  }
+}
+
+void MainWindow::OpenFaults() {
+  tabs_->setCurrentIndex(kDataPage);
+  fault_monitor_->Acknowledge();
+  fault_panel_->ShowSeen();
+  RefreshStatus();
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
@@ -506,6 +561,8 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
       return true;
     case KeyAction::kToggleLiveTuning:
       map_pages_->ToggleLiveTuning();
+      RefreshStatus();
+      ShowLiveData();
       return true;
     case KeyAction::kRebuildGrids:
       map_pages_->ShowEditors();

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 
+#include "link/program_status.h"
 #include "shell/program_setup.h"
 #include "shell/qt/qt_platform.h"
 #include "shell/startup_sequence.h"
@@ -22,12 +23,16 @@ namespace vela {
 class DataPage;
 class DatalogPage;
 class EditorSession;
+class FaultMonitor;
+class FaultPanel;
 class LinkSession;
+class LiveView;
 class MapPages;
 class QtSerialPort;
 class SettingsControls;
 class SetupPages;
 class StatusLabelAdapter;
+class StatusStrip;
 
 struct MainWindowParts {
   ProgramSetup& setup;
@@ -57,6 +62,9 @@ class MainWindow : public QMainWindow, public StartupSteps {
   MapPages& map_pages() { return *map_pages_; }
   SetupPages& setup_pages() { return *setup_pages_; }
   DatalogPage& datalog_page() { return *datalog_page_; }
+  FaultMonitor& faults() { return *fault_monitor_; }
+  FaultPanel& fault_panel() { return *fault_panel_; }
+  StatusStrip& status_strip() { return *status_strip_; }
 
   // StartupSteps
   void SizeWindow() override;
@@ -88,6 +96,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
   QWidget* BuildPage(int index);
   QWidget* BuildMapFileButtons(QWidget* parent);
@@ -96,42 +105,43 @@ class MainWindow : public QMainWindow, public StartupSteps {
   void ShowSetupErrors();
   void ShowOffline(bool offline);
   bool HandleWindowKey(QKeyEvent* event);
-  void BuildStatusStrip(QWidget* parent);
+  // The keyboard goes to the page in front: its map grid, or the page itself.
+  void FocusPage(int index);
+  void PageShown(int index);
+  QWidget* BuildDataPage();
+  void OpenFaults();
   void OpenFirstRunSetup();
   void ReopenPort(int port_number);
   void ApplyScale(int value);
   void WireLink();
-  void RefreshLinkDisplay();
+  void RefreshStatus();
+  ProgramStatus CurrentStatus() const;
   void ShowLiveData();
   void ApplyLinkSettings();
-  QLabel* AddStripLabel(QWidget* strip, const QString& name, int min_width);
+  void ShowPortDevice();
 
   MainWindowParts parts_;
   SettingsControls* settings_controls_;
   QtFileDialogs dialogs_;
   EditorSession* editors_;
+  LiveView* live_view_;
+  FaultMonitor* fault_monitor_;
   MapPages* map_pages_;
   SetupPages* setup_pages_ = nullptr;
   QListWidget* setup_errors_ = nullptr;  // the setup error list
   QTableWidget* keystrokes_ = nullptr;
   QPushButton* offline_button_ = nullptr;
-  QLabel* mode_label_ = nullptr;
+  bool offline_ = false;
   bool previous_key_was_space_ = false;
-  // Live read-outs and the link's counters are redrawn at a steady pace when they changed (see
-  // docs/editing.md).
+  // The live read-outs of the page in front and the status strip are redrawn at a steady pace
+  // (see docs/window.md).
   QTimer live_refresh_;
+  QTimer status_refresh_;
   bool live_data_new_ = false;
-  bool link_display_new_ = false;
   QTabWidget* tabs_ = nullptr;
-  QLabel* startup_label_ = nullptr;  // `LabelOrangeBlock`
-  QLabel* status_label_ = nullptr;   // the link status label
+  StatusStrip* status_strip_ = nullptr;
   QLabel* notice_label_ = nullptr;
-  QLabel* port_label_ = nullptr;
-  QLabel* rx_indicator_ = nullptr;  // the receive indicator
-  QLabel* link_indicator_ = nullptr;
-  QLabel* overflow_label_ = nullptr;
-  QLabel* tick_label_ = nullptr;
-  QLabel* chunk_label_ = nullptr;
+  FaultPanel* fault_panel_ = nullptr;
   DataPage* data_page_ = nullptr;
   DatalogPage* datalog_page_ = nullptr;
   std::unique_ptr<StatusLabelAdapter> status_adapter_;

@@ -41,11 +41,14 @@ class MapPage : public QWidget {
   void ShowDuty(double percent);
   // A red line over the grid while the ECU may hold another calibration than the one shown.
   void ShowOutOfStep(bool out_of_step);
+  // The graph under the grid, or the grid alone (`Numerical`).
+  void ShowGraph(bool shown);
   void set_decimal_separator(QChar separator) { separator_ = separator; }
 
  private:
   QWidget* BuildLabels(MapKind kind, const QString& suffix);
   QWidget* BuildMapSelection(const QString& suffix);
+  QWidget* BuildSide(MapKind kind, const QString& suffix);
 
   MapGrid* grid_;
   MapReadout* readout_;

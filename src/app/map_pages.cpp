@@ -6,6 +6,7 @@
 
 #include "app/editor_session.h"
 #include "app/link_session.h"
+#include "app/live_view.h"
 #include "editors/mapgrid/grid_setup.h"
 #include "shell/qt/qt_platform.h"
 
@@ -19,7 +20,6 @@ const MapPageNames kNames[MapPages::kPages] = {
     {"FuelMap2", "FuelMap2A", "FuelGraphVelaB2", "Map2"},
     {"IgnMap", "IgnMapA", "IgnitionGraphVelaB1", "Ign"},
 };
-constexpr int kCrossHairIntervalMs = 100;
 constexpr EditedMap kEditedMaps[MapPages::kPages] = {EditedMap::kFuel1, EditedMap::kFuel2,
                                                      EditedMap::kIgnition};
 
@@ -29,22 +29,15 @@ const MapValues& ValuesOf(const MapEditors& maps, int index) {
 
 }  // namespace
 
-MapPages::MapPages(EditorSession& editors, LinkSession& link, QObject* parent)
-    : QObject(parent), editors_(editors), link_(link) {
+MapPages::MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view, QObject* parent)
+    : QObject(parent), editors_(editors), link_(link), live_view_(live_view) {
   cross_hair_.SetMotorMap(1);
-  connect(&link_, &LinkSession::FrameTaken, this,
-          [this](const live::Frame& frame) { latest_frame_ = frame; });
+  // The live point follows the shown values, so the smoothing choices steady it too.
+  connect(&live_view_, &LiveView::Updated, this, [this] { live_new_ = true; });
   connect(&link_, &LinkSession::DisplaysReset, this, [this] {
-    latest_frame_.reset();
+    live_new_ = false;
     cross_hair_.Clear();
   });
-  cross_hair_timer_.setInterval(kCrossHairIntervalMs);
-  connect(&cross_hair_timer_, &QTimer::timeout, this, [this] {
-    if (!latest_frame_) return;
-    cross_hair_.SetLiveFrame(*latest_frame_);
-    latest_frame_.reset();
-  });
-  cross_hair_timer_.start();
   connect(&editors_, &EditorSession::EcuOutOfStepChanged, this, [this](bool out_of_step) {
     for (MapPage* page : pages_) {
       if (page) page->ShowOutOfStep(out_of_step);
@@ -115,18 +108,26 @@ void MapPages::ShowEditors() {
   for (int i = 0; i < kPages; ++i) ShowDuty(i);
 }
 
-void MapPages::ShowLive(const LiveData& live) {
+void MapPages::ShowLive(const LiveData& live, bool connected, int tab) {
+  if (tab < 0 || tab >= kPages) return;
   const int selection = editors_.state().setup.MapSelection;
   const bool map1_running = live.status & live::kStatusFuelMap1;
   const bool map2_running = live.status & live::kStatusFuelMap2;
-  for (int i = 0; i < kPages; ++i) {
-    pages_[i]->readout()->Show(live);
-    const bool in_use = i == 0   ? map1_running || selection == kMapSelectionOnlyMap1
-                        : i == 1 ? map2_running || selection == kMapSelectionOnlyMap2
+  const bool in_use = tab == 0   ? map1_running || selection == kMapSelectionOnlyMap1
+                      : tab == 1 ? map2_running || selection == kMapSelectionOnlyMap2
                                  : true;
-    pages_[i]->ShowLiveState(pages_[0]->grid()->LiveTuning(), in_use, live.throttle_pump_active,
-                             live.limiter_active);
-  }
+  // The live point moves with the read-outs, in the same redraw.
+  if (live_new_) cross_hair_.SetLive({live.engine_rpm, live.map_kpa, live.tps_percent});
+  live_new_ = false;
+  pages_[tab]->readout()->Show(live, connected);
+  pages_[tab]->ShowLiveState(LiveTuning(), in_use, connected && live.throttle_pump_active,
+                             connected && live.limiter_active);
+}
+
+bool MapPages::LiveTuning() const { return pages_[0]->grid()->LiveTuning(); }
+
+void MapPages::SetNumerical(bool numerical) {
+  for (MapPage* page : pages_) page->ShowGraph(!numerical);
 }
 
 void MapPages::TabShown(int tab) {
@@ -145,7 +146,6 @@ void MapPages::ToggleAllRanges() {
 void MapPages::ToggleLiveTuning() {
   MapGrid* grid = pages_[0]->grid();
   grid->SetLiveTuning(!grid->LiveTuning());
-  ShowLive(link_.live());
 }
 
 void MapPages::InsertLiveValue(int tab) {

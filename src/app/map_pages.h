@@ -16,6 +16,7 @@ namespace vela {
 
 class EditorSession;
 class LinkSession;
+class LiveView;
 
 class MapPages : public QObject {
   Q_OBJECT
@@ -23,7 +24,8 @@ class MapPages : public QObject {
  public:
   static constexpr int kPages = 3;  // fuel map 1, fuel map 2, ignition: tabs 0, 1 and 2
 
-  MapPages(EditorSession& editors, LinkSession& link, QObject* parent = nullptr);
+  MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view,
+           QObject* parent = nullptr);
 
   // Builds page `index` (0..2) inside `parent`.
   MapPage* BuildPage(int index, QWidget* parent);
@@ -33,7 +35,12 @@ class MapPages : public QObject {
   void SetUpGrids();
   // After a calibration filled the editors: grids, map selection, cross-hair sites.
   void ShowEditors();
-  void ShowLive(const LiveData& live);
+  // The read-out and the labels of map page `tab` (0..2) from the shown live values; greyed,
+  // with no value, while `connected` is false.
+  void ShowLive(const LiveData& live, bool connected, int tab);
+  // `Numerical`: the maps as numbers only, their graphs folded away.
+  void SetNumerical(bool numerical);
+  bool LiveTuning() const;
   // The tab in front: the cross-hair marks that map.
   void TabShown(int tab);
 
@@ -48,12 +55,12 @@ class MapPages : public QObject {
 
   EditorSession& editors_;
   LinkSession& link_;
+  LiveView& live_view_;
   std::array<MapPage*, kPages> pages_{};
   CrossHair cross_hair_;
-  // The cross-hair follows the live point at a steady pace, not with every frame: redrawing the
-  // graph 60 times a second costs far more than the eye gains.
-  QTimer cross_hair_timer_;
-  std::optional<live::Frame> latest_frame_;
+  // The cross-hair follows the live point when the read-outs are redrawn (10 times a second),
+  // not with every frame: redrawing 60 times a second costs far more than the eye gains.
+  bool live_new_ = false;
   bool all_ranges_ = false;
 };
 

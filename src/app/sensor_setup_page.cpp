@@ -274,11 +274,17 @@ void SensorSetupPage::ShowEditors() {
   fields_->ShowEditors();
 }
 
-void SensorSetupPage::ShowLive(const LiveData& live) {
+void SensorSetupPage::ShowLive(const LiveData& live, bool connected) {
   if (!isVisible()) return;
   filling_ = true;
-  tables_[0]->item(kActualTempRow, 1)->setText(QString::fromStdString(live.water_temp_text));
-  tables_[1]->item(kActualTempRow, 1)->setText(QString::fromStdString(live.air_temp_text));
+  const std::string* texts[] = {&live.water_temp_text, &live.air_temp_text};
+  for (int i = 0; i < 2; ++i) {
+    QTableWidgetItem* item = tables_[i]->item(kActualTempRow, 1);
+    const QString text = connected ? QString::fromStdString(*texts[i]) : QStringLiteral("--");
+    if (item->text() != text) item->setText(text);
+    const QColor ink = connected ? palette().color(QPalette::Text) : QColor(150, 150, 150);
+    if (item->foreground().color() != ink) item->setForeground(ink);
+  }
   filling_ = false;
 }
 

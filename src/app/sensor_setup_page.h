@@ -31,7 +31,8 @@ class SensorSetupPage : public QWidget {
 
   QTableWidget* table(SensorTable which) const { return tables_[static_cast<std::size_t>(which)]; }
   void ShowEditors();
-  void ShowLive(const LiveData& live);
+  // The actual temperatures; "--" while `connected` is false.
+  void ShowLive(const LiveData& live, bool connected);
   // The language of choice 0 of the sensor lists.
   void ShowLanguage(bool english);
 

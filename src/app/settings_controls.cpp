@@ -1,6 +1,7 @@
 #include "app/settings_controls.h"
 
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -145,18 +146,36 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
 
 QWidget* SettingsControls::BuildFuelDisplay(QWidget* page) {
   auto* box = MakeBox(page, "FuelDisplayOptions", "Display");
-  auto* row = new QVBoxLayout(box);
+  auto* grid = new QGridLayout(box);
   auto* numerical = new QCheckBox("Numerical", box);
   numerical->setObjectName("Numerical");
+  numerical->setToolTip("Show the maps as numbers only; untick to show each map's graph too");
   connect(numerical, &QCheckBox::toggled, this, [this](bool on) {
     setup_.settings.fuel_map_numerical = on;
     Changed();
+    emit NumericalChanged(on);
   });
-  row->addWidget(numerical);
-  row->addWidget(MakeTick(box, "RPMSmoothing", "RPM Smoothing", &ProgramSettings::rpm_smoothing));
-  row->addWidget(MakeTick(box, "MAPSmoothing", "MAP Smoothing", &ProgramSettings::map_smoothing));
-  row->addWidget(MakeTick(box, "AFRSmoothing", "AFR Smoothing", &ProgramSettings::afr_smoothing));
-  row->addStretch(1);
+  grid->addWidget(numerical, 0, 0);
+  const struct {
+    const char* name;
+    const char* text;
+    int ProgramSettings::*field;
+    const char* tip;
+  } smoothing[] = {
+      {"RPMSmoothing", "RPM Smoothing", &ProgramSettings::rpm_smoothing,
+       "Steady the engine speed read-outs and the live point on the maps (0.3 s filter)"},
+      {"MAPSmoothing", "MAP Smoothing", &ProgramSettings::map_smoothing,
+       "Steady the manifold pressure read-outs and the live point on the maps (0.3 s filter)"},
+      {"AFRSmoothing", "AFR Smoothing", &ProgramSettings::afr_smoothing,
+       "Steady the air-fuel ratio read-outs (0.5 s filter)"},
+  };
+  int place = 1;
+  for (const auto& tick : smoothing) {
+    QCheckBox* box_tick = MakeTick(box, tick.name, tick.text, tick.field);
+    box_tick->setToolTip(tick.tip);
+    grid->addWidget(box_tick, place / 2, place % 2);
+    ++place;
+  }
   numerical_ = numerical;
   return box;
 }

@@ -50,6 +50,8 @@ class SettingsControls : public QObject {
   void ScaleChanged(int value);
   void PacketSpeedChosen(int choice);
   void SlowSendChosen(bool on);
+  // `Numerical`: the maps shown as numbers only (true) or with their graphs (false).
+  void NumericalChanged(bool on);
 
  private:
   void Changed();

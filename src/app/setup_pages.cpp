@@ -13,9 +13,6 @@
 
 namespace vela {
 
-namespace {
-
-// The page inside a scroll area, so that a small screen scrolls instead of cutting controls off.
 void Place(QWidget* page, QWidget* content) {
   auto* scroll = new QScrollArea(page);
   scroll->setObjectName(content->objectName() + "Scroll");
@@ -24,8 +21,6 @@ void Place(QWidget* page, QWidget* content) {
   scroll->setWidget(content);
   page->layout()->addWidget(scroll);
 }
-
-}  // namespace
 
 SetupPages::SetupPages(EditorSession& editors, LinkSession& link, ProgramSetup& setup,
                        SettingsControls& settings, QTabWidget* tabs,
@@ -77,10 +72,10 @@ void SetupPages::ShowEditors() {
   sensor_setup_->ShowEditors();
 }
 
-void SetupPages::ShowLive(const LiveData& live, int afr_mode) {
-  compensation_->ShowLive(live);
-  sensor_setup_->ShowLive(live);
-  inputs_->ShowLive(live.lambda, afr_mode);
+void SetupPages::ShowLive(const LiveData& live, int afr_mode, bool connected) {
+  compensation_->ShowLive(live, connected);
+  sensor_setup_->ShowLive(live, connected);
+  if (inputs_->isVisible()) inputs_->ShowLive(live.lambda, afr_mode, connected);
 }
 
 void SetupPages::InstantHelpChanged() { help_->UpdateVisibility(); }

@@ -22,6 +22,10 @@ class ProgramSetup;
 class SensorSetupPage;
 class SettingsControls;
 
+// Puts `content` into `page` inside a scroll area, so that a small screen scrolls instead of
+// cutting controls off.
+void Place(QWidget* page, QWidget* content);
+
 class SetupPages : public QObject {
   Q_OBJECT
 
@@ -36,7 +40,8 @@ class SetupPages : public QObject {
   QWidget* help_box() const;
 
   void ShowEditors();
-  void ShowLive(const LiveData& live, int afr_mode);
+  // The live values of the set-up page in front; greyed while `connected` is false.
+  void ShowLive(const LiveData& live, int afr_mode, bool connected);
   // The instant help option or the language changed.
   void InstantHelpChanged();
   void LanguageChanged(bool english);

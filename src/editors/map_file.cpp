@@ -113,9 +113,10 @@ MapFileResult MapFiles::SaveMap(const EditorState& state) {
   if (error != kFileErrorNone) {
     messages_.Show(MessageIcon::kCritical, std::string(kSaveMapTitle),
                    {" Error Saving Program Settings, " + std::to_string(error) + "  ",
-                    std::string(kSaveFailedLine2)});
+                    FileErrorLine(path, files_.LastWriteReason()), std::string(kSaveFailedLine2)});
     return MapFileResult::kFailed;
   }
+  last_path_ = path;
   return MapFileResult::kDone;
 }
 
@@ -148,6 +149,7 @@ MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
   ApplyUploadedCalibration(*image, CalibrationSource::kMapFile, target.state, target.apply);
   target.download.Start(image->ToVector());
   target.apply.status.Show(std::string(kDownloadStatus));
+  last_path_ = *path;
   return MapFileResult::kDone;
 }
 

@@ -107,6 +107,9 @@ class MapFiles {
   // applies the image and starts its download, all 1023 bytes.
   MapFileResult LoadAndDownloadMap(MapDownloadTarget& target);
 
+  // The file of the last map saved or loaded, empty before one.
+  const std::string& last_path() const { return last_path_; }
+
  private:
   std::string InitialFolder();
   // The file's image, or nothing after the refusal has been shown.
@@ -122,6 +125,7 @@ class MapFiles {
   MessageSink& messages_;
   const ProgramFolders& folders_;
   FileDialogMemory& memory_;
+  std::string last_path_;
 };
 
 }  // namespace vela

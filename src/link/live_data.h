@@ -99,6 +99,8 @@ struct LiveData {
 namespace live_text {
 
 inline constexpr double kInjectionDisplayLimitMs = 50.0;
+// The boost read-out is the manifold pressure above this, in bar.
+inline constexpr double kAtmosphereKpa = 101.3;
 inline constexpr double kDutyDisplayLimit = 99.99;
 
 std::string Fixed(double value, int decimals, char separator);

@@ -52,6 +52,8 @@ void ReceiveDispatcher::Dispatch() {
   std::string& rx_buffer = buffer_.RxBuffer();
   if (state_.RxPending > 0) {
     upload_.UploadReplyHandler(rx_buffer);
+    // Never inside a calibration reply: its image bytes may spell anything.
+    if (on_reply_ && !upload_.UploadStarted()) on_reply_(rx_buffer);
   } else {
     rx_buffer.clear();
     display_.receive_indicator = {std::to_string(state_.RxPending), kIndicatorGrey};

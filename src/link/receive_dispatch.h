@@ -50,6 +50,12 @@ class ReceiveDispatcher {
   void SetRxSkip(std::int32_t skip) { rx_skip_ = skip; }
   // Called with every new frame taken, after the handlers (the datalog capture).
   void SetFrameHook(std::function<void(const live::Frame&)> hook) { on_frame_ = std::move(hook); }
+  // Called on every dispatch while data arrives and no calibration reply is under way, after the
+  // upload's handler and before the frame search, with `RxBuffer`: another text reply of the ECU
+  // (the fault codes) is taken out here.
+  void SetReplyHandler(std::function<void(std::string&)> handler) {
+    on_reply_ = std::move(handler);
+  }
   void ResetFrameCounter() { frame_counter_ = 0; }
 
   const live::Frame& RxFrame() const { return rx_frame_; }
@@ -72,6 +78,7 @@ class ReceiveDispatcher {
   CalibrationUpload& upload_;
   ReceiveHandlers& handlers_;
   std::function<void(const live::Frame&)> on_frame_;
+  std::function<void(std::string&)> on_reply_;
 
   live::Frame rx_frame_{};
   std::uint8_t rx_frame_length_ = live::kStartToEnd;

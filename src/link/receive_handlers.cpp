@@ -11,7 +11,6 @@ using live::At;
 using live::Frame;
 using live_text::Fixed;
 
-constexpr double kAtmosphereKpa = 101.3;
 constexpr double kBoostDisplayLimitBar = 99.99;
 
 }  // namespace
@@ -87,7 +86,7 @@ void ReceiveHandlers::TpsHandler(const Frame& f) {
 
 void ReceiveHandlers::BoostHandler(const Frame& f) {
   const double kpa = live::MapKpa(f);
-  live_.boost_bar = (kpa - kAtmosphereKpa) / 100.0;
+  live_.boost_bar = (kpa - live_text::kAtmosphereKpa) / 100.0;
   live_.boost_text = kpa > map_range_kpa_ || live_.boost_bar > kBoostDisplayLimitBar
                          ? "99.99 "
                          : Fixed(live_.boost_bar, 2, separator_);

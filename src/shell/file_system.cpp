@@ -24,6 +24,11 @@ int ErrorNumberFor(const std::error_code& ec) {
 
 }  // namespace
 
+int DiskFileSystem::Fail(int error, const std::string& reason) {
+  last_write_reason_ = reason;
+  return error;
+}
+
 FileHead DiskFileSystem::ReadHead(const std::string& path, std::size_t max_bytes) {
   FileHead head;
   std::error_code ec;
@@ -84,30 +89,39 @@ std::optional<std::string> DiskFileSystem::ReadFile(const std::string& path) {
 }
 
 int DiskFileSystem::WriteFile(const std::string& path, const std::string& content) {
+  last_write_reason_.clear();
   const fs::path target(path);
   std::error_code ec;
   if (!target.parent_path().empty() && !fs::is_directory(target.parent_path(), ec)) {
-    return kFileErrorPathNotFound;
+    return Fail(kFileErrorPathNotFound,
+                "the folder " + target.parent_path().string() + " does not exist");
   }
   fs::path temp = target;
   temp += ".saving";
   {
+    errno = 0;
     std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    if (!out) return errno == ENOSPC ? kFileErrorDiskFull : kFileErrorAccess;
+    if (!out) {
+      const int cause = errno;
+      return Fail(cause == ENOSPC ? kFileErrorDiskFull : kFileErrorAccess,
+                  std::generic_category().message(cause));
+    }
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
     out.flush();
     out.close();
     if (!out || !FlushFileToDisk(temp.string())) {
-      const int error = errno == ENOSPC ? kFileErrorDiskFull : kFileErrorAccess;
+      const int cause = errno;
       fs::remove(temp, ec);
-      return error;
+      return Fail(cause == ENOSPC ? kFileErrorDiskFull : kFileErrorAccess,
+                  std::generic_category().message(cause));
     }
   }
   fs::rename(temp, target, ec);
   if (ec) {
     const int error = ErrorNumberFor(ec);
+    const std::string reason = ec.message();
     fs::remove(temp, ec);
-    return error;
+    return Fail(error, reason);
   }
   FlushFolderToDisk(target.parent_path().string());
   return kFileErrorNone;

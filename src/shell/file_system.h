@@ -51,7 +51,14 @@ class FileSystem {
   }
   // Replaces the file's content; returns kFileErrorNone or one of the error numbers above.
   virtual int WriteFile(const std::string& path, const std::string& content) = 0;
+  // The system's words for why the last write failed (empty when it gave none).
+  virtual std::string LastWriteReason() const { return {}; }
 };
+
+// The line a file error shows after its fixed text: the file, and the system's reason.
+inline std::string FileErrorLine(const std::string& path, const std::string& reason) {
+  return reason.empty() ? path : path + ": " + reason;
+}
 
 // Files on the local disk.
 class DiskFileSystem : public FileSystem {
@@ -63,6 +70,11 @@ class DiskFileSystem : public FileSystem {
   // Written to "<name>.saving" in the same folder, flushed to the disk, renamed over the old
   // file, and the folder flushed too, so that a power cut leaves the old file or the new one.
   int WriteFile(const std::string& path, const std::string& content) override;
+  std::string LastWriteReason() const override { return last_write_reason_; }
+
+ private:
+  int Fail(int error, const std::string& reason);
+  std::string last_write_reason_;
 };
 
 }  // namespace vela

@@ -22,7 +22,7 @@ bool CompleteFirstRunSetup(const FirstRunChoice& choice, bool already_open, Seri
   }
   const int error = files.WriteFile(config_path, ConfigFileText(choice));
   if (error != kFileErrorNone) {
-    ShowSettingsSaveError(messages, error);
+    ShowSettingsSaveError(messages, error, config_path, files.LastWriteReason());
     return false;
   }
   messages.Show(MessageIcon::kInformation, "MORVANE Engine Managements",

@@ -14,9 +14,11 @@ void ShowCommportError(MessageSink& messages) {
                  "Please check if the correct commport has been selected.           "});
 }
 
-void ShowSettingsSaveError(MessageSink& messages, int error_number) {
+void ShowSettingsSaveError(MessageSink& messages, int error_number, const std::string& path,
+                           const std::string& reason) {
   messages.Show(MessageIcon::kInformation, "Save Program Settings",
-                {" Error Saving Program Settings, " + std::to_string(error_number) + "  "});
+                {" Error Saving Program Settings, " + std::to_string(error_number) + "  ",
+                 FileErrorLine(path, reason)});
 }
 
 void ProgramSetup::MakeDefaultSetup() {
@@ -25,7 +27,9 @@ void ProgramSetup::MakeDefaultSetup() {
   }
   if (files_.ReadFile(SetupFilePath())) return;
   const int error = files_.WriteFile(SetupFilePath(), DefaultSetupFileText());
-  if (error != kFileErrorNone) ShowSettingsSaveError(messages_, error);
+  if (error != kFileErrorNone) {
+    ShowSettingsSaveError(messages_, error, SetupFilePath(), files_.LastWriteReason());
+  }
 }
 
 void ProgramSetup::ReadProgramSettings(SerialPort& port) {
@@ -53,7 +57,7 @@ void ProgramSetup::SaveProgramSettings() {
   const int error = files_.WriteFile(SetupFilePath(), SetupFileText(settings));
   if (error == kFileErrorNone || save_error_open_) return;
   save_error_open_ = true;
-  ShowSettingsSaveError(messages_, error);
+  ShowSettingsSaveError(messages_, error, SetupFilePath(), files_.LastWriteReason());
   save_error_open_ = false;
 }
 

@@ -58,6 +58,9 @@ class ProgramSetup {
 // The "Commport Error" message shown when the port cannot be opened.
 void ShowCommportError(MessageSink& messages);
 // The "Save Program Settings" message shown when a settings file cannot be written.
-void ShowSettingsSaveError(MessageSink& messages, int error_number);
+// The settings-file error: the fixed text with the error number, then a line naming the file
+// and the system's reason.
+void ShowSettingsSaveError(MessageSink& messages, int error_number, const std::string& path,
+                           const std::string& reason);
 
 }  // namespace vela

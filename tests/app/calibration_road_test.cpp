@@ -11,6 +11,7 @@
 
 #include "app/editor_session.h"
 #include "app/link_session.h"
+#include "app/live_value.h"
 #include "app/main_window.h"
 #include "app/map_pages.h"
 #include "program_fixture.h"
@@ -238,11 +239,12 @@ class CalibrationRoadTest : public QObject {
     QVERIFY(program.window->Load());
     program.window->show();
     QTRY_VERIFY_WITH_TIMEOUT(program.window->editors().has_calibration(), 10000);
+    program.window->tabs()->setCurrentIndex(9);  // only the page in front redraws
     QTest::qWait(2500);
     const sim::EngineState engine = ecu.EngineSnapshot();
     const auto text = [&](const char* name) {
-      auto* label = program.window->findChild<QLabel*>(name);
-      return label ? label->text() : QString("(no %1)").arg(name);
+      auto* value = program.window->findChild<LiveValue*>(name);
+      return value ? value->text() : QString("(no %1)").arg(name);
     };
     const auto fixed = [](double value, int decimals) {
       return QString::number(value, 'f', decimals);
@@ -257,8 +259,6 @@ class CalibrationRoadTest : public QObject {
     QCOMPARE(text("DataIdle"), fixed(std::round(engine.idle_duty_pct * 2.56) / 2.56, 1));
     QVERIFY(std::abs(text("DataWater").toDouble() - engine.water_c) <= 1.0);
     QVERIFY(std::abs(text("DataAir").toDouble() - engine.air_c) <= 1.0);
-    program.window->tabs()->setCurrentIndex(9);
-    QTest::qWait(200);
     program.window->grab().save(dir.path() + "/data-page.png");
     const QString keep = qEnvironmentVariable("VELA_SHOTS");
     if (!keep.isEmpty()) QFile::copy(dir.path() + "/data-page.png", keep + "/data-page.png");

@@ -85,9 +85,11 @@ struct MemoryFiles : FileSystem {
     files[path] = content;
     return kFileErrorNone;
   }
+  std::string LastWriteReason() const override { return write_reason; }
   std::map<std::string, bool> folders;
   std::map<std::string, std::string> files;
   int write_error = kFileErrorNone;
+  std::string write_reason;
   int writes = 0;
 };
 

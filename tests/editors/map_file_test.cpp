@@ -101,8 +101,10 @@ TEST_F(MapFileTest, OverwriteNeedsAYesAndAFailedWriteKeepsTheOldFile) {
   EXPECT_EQ(messages.shown.back().buttons, MessageButtons::kYesNo);
 
   files.write_error = kFileErrorDiskFull;
+  files.write_reason = "No space left on device";
   EXPECT_EQ(map_files.SaveMap(blank), MapFileResult::kFailed);
-  EXPECT_EQ(messages.shown.back().lines.front(), " Error Saving Program Settings, 61  ");
+  EXPECT_EQ(messages.shown.back().lines.at(0), " Error Saving Program Settings, 61  ");
+  EXPECT_EQ(messages.shown.back().lines.at(1), "/d/M/V/Maps/m.sm1: No space left on device");
   EXPECT_EQ(files.files.at("/d/M/V/Maps/m.sm1"), "old");
 
   files.write_error = kFileErrorNone;

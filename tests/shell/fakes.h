@@ -47,11 +47,13 @@ class MemoryFileSystem : public FileSystem {
     files[path] = content;
     return kFileErrorNone;
   }
+  std::string LastWriteReason() const override { return write_reason; }
 
   std::map<std::string, bool> folders;
   std::map<std::string, std::string> files;
   std::vector<std::string> log;
   int write_error = kFileErrorNone;
+  std::string write_reason;
 };
 
 class ScriptedPort : public SerialPort {

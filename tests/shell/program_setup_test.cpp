@@ -92,13 +92,16 @@ TEST_F(ProgramSetupTest, ChangesAreSavedOnlyWhenNeitherGuardIsUp) {
   EXPECT_EQ(files.files[setup.SetupFilePath()].substr(0, 11), "Port = 7 \r\n");
 }
 
-TEST_F(ProgramSetupTest, AFailedWriteShowsTheErrorNumberAndKeepsTheSettings) {
+TEST_F(ProgramSetupTest, AFailedWriteShowsTheErrorNumberThenTheFileAndWhyAndKeepsTheSettings) {
   files.write_error = kFileErrorPathNotFound;
+  files.write_reason = "the folder /d does not exist";
   setup.settings.scale = 9;
   setup.SaveProgramSettings();
   ASSERT_EQ(messages.shown.size(), 1u);
   EXPECT_EQ(messages.shown[0].title, "Save Program Settings");
-  EXPECT_THAT(messages.shown[0].lines, ElementsAre(" Error Saving Program Settings, 76  "));
+  EXPECT_THAT(messages.shown[0].lines,
+              ElementsAre(" Error Saving Program Settings, 76  ",
+                          setup.SetupFilePath() + ": the folder /d does not exist"));
   EXPECT_EQ(setup.settings.scale, 9);
 }
 
@@ -176,9 +179,12 @@ TEST_F(DiskFileSystemTest, WriteReplacesTheWholeFileAndLeavesNoTemporary) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
 }
 
-TEST_F(DiskFileSystemTest, WritingIntoAMissingFolderFailsWithPathNotFound) {
+TEST_F(DiskFileSystemTest, WritingIntoAMissingFolderFailsWithPathNotFoundAndSaysWhy) {
   EXPECT_EQ(disk.WriteFile((dir / "gone" / "Setup.txt").string(), "x"), kFileErrorPathNotFound);
   EXPECT_FALSE(disk.ReadFile((dir / "gone" / "Setup.txt").string()));
+  EXPECT_EQ(disk.LastWriteReason(), "the folder " + (dir / "gone").string() + " does not exist");
+  ASSERT_EQ(disk.WriteFile((dir / "Setup.txt").string(), "x"), kFileErrorNone);
+  EXPECT_EQ(disk.LastWriteReason(), "");
 }
 
 TEST_F(DiskFileSystemTest, AFailedRenameKeepsTheOldFile) {
@@ -187,6 +193,7 @@ TEST_F(DiskFileSystemTest, AFailedRenameKeepsTheOldFile) {
   std::filesystem::create_directory(target);
   std::ofstream(target / "keep.sm1") << "old";
   EXPECT_NE(disk.WriteFile(target.string(), "new"), kFileErrorNone);
+  EXPECT_NE(disk.LastWriteReason(), "");  // the system's words, such as "Is a directory"
   EXPECT_TRUE(std::filesystem::is_directory(target));
   EXPECT_FALSE(std::filesystem::exists(dir / "Maps.saving"));
 }

@@ -1,5 +1,6 @@
 #include "editors/compensation/qt/curve_view.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
@@ -36,49 +37,77 @@ QString Number(double value) {
 
 CurveView::CurveView(QWidget* parent) : QWidget(parent) {
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+  setAttribute(Qt::WA_OpaquePaintEvent);  // the chart's picture covers the whole widget
+}
+
+void CurveView::Invalidate() {
+  chart_ = QPixmap();
+  update();
+}
+
+void CurveView::resizeEvent(QResizeEvent* event) {
+  chart_ = QPixmap();
+  QWidget::resizeEvent(event);
+}
+
+void CurveView::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
+    chart_ = QPixmap();
+  }
+  QWidget::changeEvent(event);
 }
 
 void CurveView::SetTitle(const QString& title) {
   title_ = title;
-  update();
+  Invalidate();
 }
 
 void CurveView::SetUnits(const QString& x_unit, const QString& y_unit) {
   x_unit_ = x_unit;
   y_unit_ = y_unit;
-  update();
+  Invalidate();
 }
 
 void CurveView::SetPoints(std::vector<QPointF> points) {
   points_ = std::move(points);
-  update();
+  Invalidate();
 }
 
 void CurveView::SetMarks(std::vector<QPointF> marks) {
   marks_ = std::move(marks);
-  update();
+  Invalidate();
 }
 
 void CurveView::SetLogY(bool on) {
   log_y_ = on;
-  update();
+  Invalidate();
 }
 
 void CurveView::SetXRange(double low, double high) {
   x_range_ = Range{low, high};
-  update();
+  Invalidate();
 }
 
 void CurveView::SetShadeFrom(std::optional<double> x, const QString& caption) {
   shade_from_ = x;
   shade_caption_ = caption;
-  update();
+  Invalidate();
 }
 
+// The live value changes with every refresh; the chart is drawn again only when its mark moves
+// to another pixel or its caption reads differently.
 void CurveView::SetLiveX(std::optional<double> x) {
   if (x == live_x_) return;
+  const auto shown = [this](std::optional<double> value) -> std::pair<int, QString> {
+    if (!value) return {-1, QString()};
+    const Range xr = XRange();
+    const double plot_width = width() - kLeft - kRight;
+    const double share = (std::clamp(*value, xr.low, xr.high) - xr.low) / (xr.high - xr.low);
+    return {static_cast<int>(std::lround(share * plot_width)), Number(*value)};
+  };
+  const bool moved = shown(x) != shown(live_x_);
   live_x_ = x;
-  update();
+  if (moved) update();
 }
 
 double CurveView::Y(double value) const {
@@ -120,19 +149,41 @@ CurveView::Range CurveView::YRange() const {
   return {scale.min, scale.max};
 }
 
+CurveView::Scale CurveView::ScaleNow() const {
+  return {QRectF(kLeft, kTop, width() - kLeft - kRight, height() - kTop - kBottom), XRange(),
+          YRange()};
+}
+
+double CurveView::Scale::X(double x) const {
+  return plot.left() + (x - xr.low) / (xr.high - xr.low) * plot.width();
+}
+
+// The chart without the live mark is drawn once into a picture and kept until the chart changes:
+// the live mark moves ten times a second, and drawing the curve again each time would cost many
+// times more than the mark.
 void CurveView::paintEvent(QPaintEvent*) {
+  const qreal ratio = devicePixelRatioF();
+  if (chart_.isNull() || chart_.size() != size() * ratio) {
+    chart_ = QPixmap(size() * ratio);
+    chart_.setDevicePixelRatio(ratio);
+    QPainter chart(&chart_);
+    PaintChart(chart);
+  }
   QPainter painter(this);
+  painter.drawPixmap(0, 0, chart_);
+  PaintLive(painter);
+}
+
+void CurveView::PaintChart(QPainter& painter) const {
+  painter.setFont(font());
   painter.setRenderHint(QPainter::Antialiasing);
   painter.fillRect(rect(), palette().base());
-  const QRectF plot(kLeft, kTop, width() - kLeft - kRight, height() - kTop - kBottom);
-  const Range xr = XRange();
-  const Range yr = YRange();
-  const auto px = [&](double x) {
-    return plot.left() + (x - xr.low) / (xr.high - xr.low) * plot.width();
-  };
-  const auto py = [&](double y) {
-    return plot.bottom() - (Y(y) - yr.low) / (yr.high - yr.low) * plot.height();
-  };
+  const Scale scale = ScaleNow();
+  const QRectF& plot = scale.plot;
+  const Range& xr = scale.xr;
+  const Range& yr = scale.yr;
+  const auto px = [&](double x) { return scale.X(x); };
+  const auto py = [&](double y) { return scale.Y(*this, y); };
   painter.setPen(palette().text().color());
   const QRectF title_area(kLeft, 2, width() - kLeft - kRight, kTop - 4);
   painter.drawText(
@@ -184,21 +235,27 @@ void CurveView::paintEvent(QPaintEvent*) {
   painter.setBrush(Qt::NoBrush);
   painter.setPen(QPen(QColor(200, 100, 0), 2));
   for (const QPointF& p : marks_) painter.drawEllipse(QPointF(px(p.x()), py(p.y())), 5, 5);
+}
 
-  if (live_x_) {
-    const double x = std::clamp(*live_x_, xr.low, xr.high);
-    painter.setPen(QPen(QColor(220, 30, 30), 1.5, Qt::DashLine));
-    painter.drawLine(QPointF(px(x), plot.top()), QPointF(px(x), plot.bottom()));
-    QString caption = Number(*live_x_) + " " + x_unit_;
-    if (const std::optional<double> y = CurveAt(x)) {
-      painter.setPen(Qt::NoPen);
-      painter.setBrush(QColor(220, 30, 30));
-      painter.drawEllipse(QPointF(px(x), py(*y)), 5, 5);
-      caption += QStringLiteral(": ") + Number(*y) + " " + y_unit_;
-    }
-    painter.setPen(QColor(180, 20, 20));
-    painter.drawText(plot.adjusted(4, 2, -4, -2), Qt::AlignRight | Qt::AlignTop, caption);
+void CurveView::PaintLive(QPainter& painter) const {
+  if (!live_x_) return;
+  painter.setRenderHint(QPainter::Antialiasing);
+  const Scale scale = ScaleNow();
+  const QRectF& plot = scale.plot;
+  const auto px = [&](double x) { return scale.X(x); };
+  const auto py = [&](double y) { return scale.Y(*this, y); };
+  const double x = std::clamp(*live_x_, scale.xr.low, scale.xr.high);
+  painter.setPen(QPen(QColor(220, 30, 30), 1.5, Qt::DashLine));
+  painter.drawLine(QPointF(px(x), plot.top()), QPointF(px(x), plot.bottom()));
+  QString caption = Number(*live_x_) + " " + x_unit_;
+  if (const std::optional<double> y = CurveAt(x)) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(220, 30, 30));
+    painter.drawEllipse(QPointF(px(x), py(*y)), 5, 5);
+    caption += QStringLiteral(": ") + Number(*y) + " " + y_unit_;
   }
+  painter.setPen(QColor(180, 20, 20));
+  painter.drawText(plot.adjusted(4, 2, -4, -2), Qt::AlignRight | Qt::AlignTop, caption);
 }
 
 }  // namespace vela

@@ -3,6 +3,7 @@
 // region from a threshold on.
 #pragma once
 
+#include <QPixmap>
 #include <QPointF>
 #include <QString>
 #include <QWidget>
@@ -44,15 +45,32 @@ class CurveView : public QWidget {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
   struct Range {
     double low;
     double high;
   };
+  // The plot area and the ranges it shows, and where a value lands in it.
+  struct Scale {
+    QRectF plot;
+    Range xr;
+    Range yr;
+    double X(double x) const;
+    double Y(const CurveView& view, double y) const {
+      return plot.bottom() - (view.Y(y) - yr.low) / (yr.high - yr.low) * plot.height();
+    }
+  };
   Range XRange() const;
   Range YRange() const;
   double Y(double value) const;  // value on the drawn y scale
+  Scale ScaleNow() const;
+  void PaintChart(QPainter& painter) const;
+  void PaintLive(QPainter& painter) const;
+  // The chart changed: it is drawn afresh.
+  void Invalidate();
 
   QString title_;
   QString x_unit_;
@@ -65,6 +83,7 @@ class CurveView : public QWidget {
   std::optional<double> shade_from_;
   QString shade_caption_;
   std::optional<double> live_x_;
+  QPixmap chart_;  // the chart without the live mark
 };
 
 }  // namespace vela

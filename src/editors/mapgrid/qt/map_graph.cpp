@@ -159,15 +159,17 @@ void MapGraph::UpdateSurface() {
   UpdateSurfaceMarker();
 }
 
+// The surface marks the nearest point; the live point moves ten times a second, and the surface
+// is drawn again only when that nearest point changes.
 void MapGraph::UpdateSurfaceMarker() {
-  if (!marker_ || data_.sites <= 0) {
-    series_->setSelectedPoint(QSurface3DSeries::invalidSelectionPosition());
-    return;
+  QPoint selected = QSurface3DSeries::invalidSelectionPosition();
+  if (marker_ && data_.sites > 0) {
+    const int row = static_cast<int>(std::lround(marker_->row));
+    const int column = static_cast<int>(std::lround(marker_->column));
+    selected = QPoint(std::clamp(kMapRows - row, 0, kMapRows - 1),
+                      std::clamp(column - 1, 0, data_.sites - 1));
   }
-  const int row = static_cast<int>(std::lround(marker_->row));
-  const int column = static_cast<int>(std::lround(marker_->column));
-  series_->setSelectedPoint(QPoint(std::clamp(kMapRows - row, 0, kMapRows - 1),
-                                   std::clamp(column - 1, 0, data_.sites - 1)));
+  if (series_->selectedPoint() != selected) series_->setSelectedPoint(selected);
 }
 
 }  // namespace vela

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QResizeEvent>
+#include <QStaticText>
 #include <QStyledItemDelegate>
 #include <algorithm>
 #include <cmath>
@@ -49,12 +50,16 @@ class GridMarkerOverlay : public QWidget {
     const std::optional<OperatingPoint> marker = grid_->Marker();
     if (!marker) return;
     const QPointF centre = grid_->ViewportPoint(*marker);
+    const QPoint at = centre.toPoint();
+    const QPoint top_left = grid_->ViewportPoint({1.0, 1.0}).toPoint();
     QPainter painter(this);
+    // The lines as filled bands: an antialiased stroke across the whole grid costs many times
+    // more, and they are straight on whole pixels anyway.
+    const QColor ink(20, 20, 20, 200);
+    painter.fillRect(QRect(top_left.x() - 20, at.y() - 1, width(), 2), ink);
+    painter.fillRect(QRect(at.x() - 1, top_left.y() - 12, 2, height()), ink);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(20, 20, 20, 200), 2));
-    const QPointF top_left = grid_->ViewportPoint({1.0, 1.0});
-    painter.drawLine(QPointF(top_left.x() - 20, centre.y()), QPointF(width(), centre.y()));
-    painter.drawLine(QPointF(centre.x(), top_left.y() - 12), QPointF(centre.x(), height()));
+    painter.setPen(QPen(ink, 2));
     painter.setBrush(Qt::NoBrush);
     painter.drawEllipse(centre, 6.0, 6.0);
   }
@@ -63,24 +68,33 @@ class GridMarkerOverlay : public QWidget {
   MapGrid* grid_;
 };
 
-// Paints selected cells in their value colour, darkened and framed, so that the map's shape
-// stays readable under the cursor and the selection.
+// Paints each cell as its ground colour and its text, laid out once when the grid changed (the
+// live point redraws a row and a column of cells ten times a second, and laying out their text
+// again each time would cost more than all the rest). Selected cells keep their value colour,
+// darkened and framed, so that the map's shape stays readable under the cursor and the selection.
 class CellDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override {
-    QStyleOptionViewItem plain = option;
-    const bool selected = option.state.testFlag(QStyle::State_Selected);
-    plain.state.setFlag(QStyle::State_Selected, false);
-    plain.state.setFlag(QStyle::State_HasFocus, false);
-    QStyledItemDelegate::paint(painter, plain, index);
-    if (!selected) return;
+    const QRect& r = option.rect;
+    painter->fillRect(r, index.data(Qt::BackgroundRole).value<QColor>());
+    const QVariant text = index.data(MapGridTable::kLaidOutTextRole);
+    if (text.isValid()) {
+      const auto laid_out = text.value<QStaticText>();
+      const QSizeF size = laid_out.size();
+      painter->setFont(index.data(Qt::FontRole).value<QFont>());
+      painter->setPen(Qt::black);
+      painter->drawStaticText(QPointF(r.x() + (r.width() - size.width()) / 2.0,
+                                      r.y() + (r.height() - size.height()) / 2.0),
+                              laid_out);
+    }
+    if (!option.state.testFlag(QStyle::State_Selected)) return;
     painter->save();
-    painter->fillRect(option.rect, QColor(0, 0, 0, 45));
+    painter->fillRect(r, QColor(0, 0, 0, 45));
     painter->setPen(QPen(QColor(20, 20, 20), 2));
-    painter->drawRect(option.rect.adjusted(1, 1, -1, -1));
+    painter->drawRect(r.adjusted(1, 1, -1, -1));
     painter->restore();
   }
 };
@@ -152,9 +166,39 @@ void MapGrid::SetCurrentCell(int row, int column) {
   PushCurrent();
 }
 
+// Only the bands under the old and the new cross are drawn again, and nothing at all while the
+// cross stays on the same pixels: the live point moves ten times a second.
 void MapGrid::SetMarker(std::optional<OperatingPoint> point) {
+  // A move of less than two pixels either way is not drawn: it is below what the eye reads on
+  // the grid, and sensor noise would otherwise redraw the grid with every refresh.
+  if (point && marker_) {
+    const QPointF move = ViewportPoint(*point) - ViewportPoint(*marker_);
+    if (std::abs(move.x()) < 2.0 && std::abs(move.y()) < 2.0) return;
+  }
+  const QRegion before = MarkerRegion(marker_);
+  const QRect circle_before = MarkerCircle(marker_);
   marker_ = point;
-  overlay_->update();
+  const QRegion after = MarkerRegion(marker_);
+  if (before == after) return;
+  // A line that stays where it was is not drawn again; where the lines cross lies within the
+  // circles.
+  overlay_->update(before.xored(after) + circle_before + MarkerCircle(marker_));
+}
+
+QRegion MapGrid::MarkerRegion(const std::optional<OperatingPoint>& point) const {
+  if (!point) return {};
+  const QPoint centre = ViewportPoint(*point).toPoint();
+  const QPoint top_left = ViewportPoint({1.0, 1.0}).toPoint();
+  const QSize area = viewport()->size();
+  QRegion region(QRect(top_left.x() - 22, centre.y() - 3, area.width(), 7));
+  region += QRect(centre.x() - 3, top_left.y() - 14, 7, area.height());
+  return region + MarkerCircle(point);
+}
+
+QRect MapGrid::MarkerCircle(const std::optional<OperatingPoint>& point) const {
+  if (!point) return {};
+  const QPoint centre = ViewportPoint(*point).toPoint();
+  return {centre.x() - 9, centre.y() - 9, 19, 19};
 }
 
 QPointF MapGrid::ViewportPoint(const OperatingPoint& point) const {

@@ -7,6 +7,7 @@
 
 #include <QList>
 #include <QPoint>
+#include <QRegion>
 #include <QString>
 #include <QTableView>
 #include <optional>
@@ -75,6 +76,9 @@ class MapGrid : public QTableView {
   void PushCurrent();
   void ApplyGeometry();
   void ApplyLook();
+  // The pixels the cross over `point` covers.
+  QRegion MarkerRegion(const std::optional<OperatingPoint>& point) const;
+  QRect MarkerCircle(const std::optional<OperatingPoint>& point) const;
 
   MapGridModel model_;
   MapGridTable* table_;

@@ -23,7 +23,34 @@ QColor CellColour(double fraction) {
 QColor HeaderColour() { return QColor(214, 218, 224); }
 
 MapGridTable::MapGridTable(MapGridModel& grid, QObject* parent)
-    : QAbstractTableModel(parent), grid_(grid), shown_columns_(grid.Columns()) {}
+    : QAbstractTableModel(parent), grid_(grid), shown_columns_(grid.Columns()) {
+  Cache();
+}
+
+void MapGridTable::Cache() {
+  const int rows = grid_.Rows();
+  const int columns = grid_.Columns();
+  const UnitsRange range = RangeOf(grid_);
+  value_font_ = QFont();
+  const int points = point_size_ > 0 ? point_size_ : grid_.Settings().fontsize;
+  if (points > 0) value_font_.setPointSize(points);
+  label_font_ = value_font_;
+  label_font_.setBold(true);
+  texts_.resize(rows * columns);
+  laid_out_.resize(rows * columns);
+  backgrounds_.resize(rows * columns);
+  for (int row = 0; row < rows; ++row) {
+    for (int column = 0; column < columns; ++column) {
+      const int at = row * columns + column;
+      texts_[at] = QString::fromStdString(grid_.Text(row, column));
+      laid_out_[at] = QStaticText(texts_[at]);
+      laid_out_[at].setTextFormat(Qt::PlainText);
+      laid_out_[at].prepare(QTransform(),
+                            grid_.IsValueCell(row, column) ? value_font_ : label_font_);
+      backgrounds_[at] = Background(row, column, range);
+    }
+  }
+}
 
 int MapGridTable::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : grid_.Rows();
@@ -39,9 +66,9 @@ int MapGridTable::MarkerIndex(int column) const {
   return grid_.Text(0, column) == kHeaderMarkers[index] ? index : -1;
 }
 
-QVariant MapGridTable::Background(int row, int column) const {
+QColor MapGridTable::Background(int row, int column, const UnitsRange& range) const {
   if (grid_.IsValueCell(row, column)) {
-    return CellColour(RangeFraction(RangeOf(grid_), grid_.Units(row, column)));
+    return CellColour(RangeFraction(range, grid_.Units(row, column)));
   }
   const int marker = row == 0 ? MarkerIndex(column) : -1;
   if (marker >= 0) return CellColour(kHeaderMarkerPerMille[marker] / 1000.0);
@@ -73,24 +100,23 @@ QVariant MapGridTable::data(const QModelIndex& index, int role) const {
   if (!index.isValid()) return {};
   const int row = index.row();
   const int column = index.column();
+  const int at = row * grid_.Columns() + column;
+  if (at >= texts_.size()) return {};
   switch (role) {
     case Qt::DisplayRole:
-      return QString::fromStdString(grid_.Text(row, column));
+      return texts_[at];
+    case kLaidOutTextRole:
+      return QVariant::fromValue(laid_out_[at]);
     case Qt::BackgroundRole:
-      return Background(row, column);
+      return backgrounds_[at];
     case Qt::ForegroundRole:
       return QColor(Qt::black);
     case Qt::ToolTipRole:
       return ToolTip(row, column);
     case Qt::TextAlignmentRole:
       return Qt::AlignCenter;
-    case Qt::FontRole: {
-      QFont font;
-      const int points = point_size_ > 0 ? point_size_ : grid_.Settings().fontsize;
-      if (points > 0) font.setPointSize(points);
-      font.setBold(!grid_.IsValueCell(row, column));
-      return font;
-    }
+    case Qt::FontRole:
+      return grid_.IsValueCell(row, column) ? value_font_ : label_font_;
     default:
       return {};
   }
@@ -125,6 +151,7 @@ Qt::ItemFlags MapGridTable::flags(const QModelIndex& index) const {
 void MapGridTable::SetPointSize(int points) {
   if (points == point_size_) return;
   point_size_ = points;
+  Cache();
   emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1), {Qt::FontRole});
 }
 
@@ -132,9 +159,11 @@ void MapGridTable::Refresh() {
   if (shown_columns_ != grid_.Columns()) {
     beginResetModel();
     shown_columns_ = grid_.Columns();
+    Cache();
     endResetModel();
     return;
   }
+  Cache();
   emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
   emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
 }

@@ -5,7 +5,12 @@
 
 #include <QAbstractTableModel>
 #include <QColor>
+#include <QFont>
+#include <QStaticText>
+#include <QString>
+#include <QVector>
 
+#include "editors/mapgrid/map_display.h"
 #include "editors/mapgrid/map_grid_model.h"
 
 namespace vela {
@@ -18,6 +23,9 @@ class MapGridTable : public QAbstractTableModel {
   Q_OBJECT
 
  public:
+  // A cell's text laid out in its font (a QStaticText), for drawing without laying it out again.
+  static constexpr int kLaidOutTextRole = Qt::UserRole + 1;
+
   explicit MapGridTable(MapGridModel& grid, QObject* parent = nullptr);
 
   int rowCount(const QModelIndex& parent = {}) const override;
@@ -34,13 +42,22 @@ class MapGridTable : public QAbstractTableModel {
   void SetPointSize(int points);
 
  private:
-  QVariant Background(int row, int column) const;
+  QColor Background(int row, int column, const UnitsRange& range) const;
   QVariant ToolTip(int row, int column) const;
   int MarkerIndex(int column) const;  // 0..2 for a header marker cell, else -1
+  // Works out every cell's text and colour and the two fonts.
+  void Cache();
 
   MapGridModel& grid_;
   int shown_columns_;
   int point_size_ = 0;
+  // What the cells show, worked out on every Refresh (a change of the grid) rather than each
+  // time a cell is drawn: the live point redraws a row and a column of cells ten times a second.
+  QVector<QString> texts_;
+  QVector<QStaticText> laid_out_;
+  QVector<QColor> backgrounds_;
+  QFont value_font_;
+  QFont label_font_;
 };
 
 }  // namespace vela

@@ -1,8 +1,36 @@
 #include "editors/mapgrid/qt/map_readout.h"
 
 #include <QHeaderView>
+#include <QPainter>
+#include <QStyledItemDelegate>
 
 namespace vela {
+
+namespace {
+
+// Draws a cell as its ground and its text straight onto the painter: the values change ten
+// times a second, and the style's way of laying out an item costs several times more.
+class ReadoutDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    const QVariant ground = index.data(Qt::BackgroundRole);
+    painter->fillRect(option.rect, ground.isValid() ? ground.value<QBrush>()
+                                                    : option.palette.brush(QPalette::Base));
+    const QVariant ink = index.data(Qt::ForegroundRole);
+    painter->setPen(ink.isValid() ? ink.value<QBrush>().color()
+                                  : option.palette.color(QPalette::Text));
+    const QVariant font = index.data(Qt::FontRole);
+    painter->setFont(font.isValid() ? font.value<QFont>() : option.font);
+    const int alignment = index.data(Qt::TextAlignmentRole).toInt();
+    painter->drawText(option.rect.adjusted(4, 0, -4, 0), alignment,
+                      index.data(Qt::DisplayRole).toString());
+  }
+};
+
+}  // namespace
 
 MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
     : QTableWidget(parent), across_(orientation == Qt::Horizontal) {
@@ -16,6 +44,7 @@ MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
   setEditTriggers(QAbstractItemView::NoEditTriggers);
   setSelectionMode(QAbstractItemView::NoSelection);
   setFocusPolicy(Qt::NoFocus);
+  setItemDelegate(new ReadoutDelegate(this));
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   QFont bold = font();
@@ -67,7 +96,20 @@ void MapReadout::SetAfr(double afr) { SetNumber(Readout::kAfr, afr, 1); }
 
 namespace vela {
 
-void MapReadout::Show(const LiveData& live) {
+void MapReadout::Show(const LiveData& live, bool live_values) {
+  if (greyed_ != !live_values) {
+    greyed_ = !live_values;
+    const QColor ink = greyed_ ? QColor(150, 150, 150) : palette().color(QPalette::Text);
+    for (int i = 0; i < static_cast<int>(kReadoutLabels.size()); ++i) {
+      ValueItem(static_cast<Readout>(i))->setForeground(ink);
+    }
+  }
+  if (!live_values) {
+    for (int i = 0; i < static_cast<int>(kReadoutLabels.size()); ++i) {
+      SetValue(static_cast<Readout>(i), QStringLiteral("--"));
+    }
+    return;
+  }
   SetRpm(live.engine_rpm);
   SetMap(live.map_kpa);
   SetTps(live.tps_percent);

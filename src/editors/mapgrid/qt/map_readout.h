@@ -31,8 +31,9 @@ class MapReadout : public QTableWidget {
   void SetAir(const QString& text);
   void SetBatt(double volts);  // two decimals
   void SetAfr(double afr);     // one decimal
-  // Every quantity from the live data.
-  void Show(const LiveData& live);
+  // Every quantity from the live data; while the values are not live (the ECU is not
+  // connected) every value reads "--" in grey, so no stale number passes for a live one.
+  void Show(const LiveData& live, bool live_values = true);
 
   // The decimal separator of the computer ('.' or ',').
   void SetDecimalSeparator(QChar separator) { separator_ = separator; }
@@ -45,6 +46,7 @@ class MapReadout : public QTableWidget {
 
   QChar separator_ = QLatin1Char('.');
   bool across_;
+  bool greyed_ = false;
 };
 
 }  // namespace vela

@@ -1,0 +1,198 @@
+// The window against the simulated ECU, as a tuner reads it: the ECU's fault codes listed and a
+// new fault in the status strip, silence and the no-error branch of the error-code button, the
+// link state in one place, read-outs that show no stale value once the ECU is gone, and the
+// keyboard in the map grid.
+#include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "app/data_page.h"
+#include "app/fault_monitor.h"
+#include "app/fault_panel.h"
+#include "app/map_pages.h"
+#include "editors/mapgrid/qt/map_graph.h"
+#include "editors/mapgrid/qt/map_grid.h"
+#include "editors/mapgrid/qt/map_readout.h"
+#include "link/connection_supervisor.h"
+#include "program_fixture.h"
+#include "sim/pty_runner.h"
+
+using namespace vela;
+
+namespace {
+
+// The whole program shown, with a simulated ECU of the given options on its line.
+struct ShownProgram {
+  explicit ShownProgram(const sim::SimCommandLine& options) {
+    std::string error;
+    started = ecu.Start(options, &error);
+    program =
+        std::make_unique<testing::TestProgram>(dir.path(), QString::fromStdString(ecu.SlavePath()));
+    loaded = program->window->Load();
+    program->window->show();
+  }
+  MainWindow& window() { return *program->window; }
+  template <typename T>
+  T* Find(const QString& name) {
+    return window().findChild<T*>(name);
+  }
+  QString Text(const QString& label) { return Find<QLabel>(label)->text(); }
+  bool Connected() { return program->link.state().Caption == kCaptionConnected; }
+  QStringList GridRows() {
+    QStringList rows;
+    auto* grid = Find<QTableWidget>("OBDGrid");
+    for (int row = 0; row < grid->rowCount(); ++row) rows << grid->item(row, 0)->text();
+    return rows;
+  }
+  void ReadCodes() { QTest::mouseClick(Find<QPushButton>("Command9"), Qt::LeftButton); }
+
+  QTemporaryDir dir;
+  sim::InProcessSimulator ecu;
+  bool started = false;
+  std::unique_ptr<testing::TestProgram> program;
+  bool loaded = false;
+};
+
+sim::SimCommandLine WithFaults(std::vector<sim::InjectedFault> faults) {
+  sim::SimCommandLine options;
+  options.sim.fault_codes = std::move(faults);
+  return options;
+}
+
+}  // namespace
+
+class WindowTruthTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void injectedFaultsAreListedAndANewOneTurnsTheStripRed() {
+    ShownProgram p(WithFaults({{66, 0}, {139, 4'000'000}}));
+    QVERIFY(p.started && p.loaded);
+    QSignalSpy seen(&p.window().faults(), &FaultMonitor::FaultSeen);
+    // The fault the ECU already holds is new to the tuner.
+    QTRY_COMPARE_WITH_TIMEOUT(p.Text("FaultIndicator"), QString("ECU fault 66: Missing RPM Pulse"),
+                              8000);
+    QVERIFY(p.Find<QLabel>("FaultIndicator")->isVisible());
+    QCOMPARE(seen.first().at(0).toInt(), 66);
+    QCOMPARE(seen.first().at(1).toString(), QString("  Missing RPM Pulse"));
+    QTRY_COMPARE_WITH_TIMEOUT(p.Text("FaultIndicator"),
+                              QString("ECU fault 139: Injector Duty Cycle too High"), 8000);
+    QCOMPARE(seen.last().at(0).toInt(), 139);
+
+    p.ReadCodes();
+    QTRY_COMPARE_WITH_TIMEOUT(
+        p.GridRows(),
+        QStringList({" 139  -  Injector Duty Cycle too High", "   66  -  Missing RPM Pulse",
+                     "     0  -  No Error", "     0  -  No Error"}),
+        3000);
+    p.Find<QTableWidget>("OBDGrid")->setCurrentCell(1, 0);
+    QCOMPARE(p.window().fault_panel().Explanation(), QString::fromStdString(ErrorExplanation(66)));
+
+    // A click on the strip opens the list of faults seen and calms the strip.
+    QTest::mouseClick(p.Find<QLabel>("FaultIndicator"), Qt::LeftButton);
+    QCOMPARE(p.window().tabs()->currentIndex(), 9);
+    QTableWidget* list = p.Find<QTableWidget>("FaultsSeen");
+    QCOMPARE(list->rowCount(), 2);
+    QCOMPARE(list->item(0, 1)->text(), QString("66"));
+    QCOMPARE(list->item(1, 2)->text(), QString("Injector Duty Cycle too High"));
+    QCOMPARE(list->item(1, 3)->text(), QString("1"));
+    QTRY_COMPARE(p.Text("FaultIndicator"), QString("2 faults seen"));
+  }
+
+  void anEcuThatDoesNotAnswerLeavesCommsInterruptedInRowsOneToThree() {
+    sim::SimCommandLine options = WithFaults({{8, 0}});
+    options.sim.answer_fault_requests = false;
+    ShownProgram p(options);
+    QVERIFY(p.started && p.loaded);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && p.program->link.live().error_count == 1, 8000);
+    p.ReadCodes();
+    QCOMPARE(p.GridRows(), QStringList({"", "", "", ""}));
+    QTRY_COMPARE_WITH_TIMEOUT(p.GridRows(),
+                              QStringList({" ** Comms interrupted **", " ** Comms interrupted **",
+                                           " ** Comms interrupted **", ""}),
+                              3000);
+  }
+
+  void anEcuHoldingNoCodesListsNoErrorWithoutBeingAsked() {
+    ShownProgram p({});
+    QVERIFY(p.started && p.loaded);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && !p.program->link.live().firmware_text.empty(), 8000);
+    p.ReadCodes();
+    QVERIFY(!p.window().faults().Waiting());
+    QCOMPARE(p.GridRows(), QStringList(4, "     0  -  No Error"));
+    QCOMPARE(p.window().fault_panel().Explanation(), QString());
+    p.Find<QTableWidget>("OBDGrid")->setCurrentCell(3, 0);
+    QCOMPARE(p.window().fault_panel().Explanation(), QString("No Errors Present."));
+  }
+
+  void readOutsShowNoStaleValueOnceTheEcuIsGone() {
+    sim::SimCommandLine options;
+    options.sim.faults.silence_after_us = 5'000'000;
+    options.sim.faults.silence_for_us = 60'000'000;
+    ShownProgram p(options);
+    QVERIFY(p.started && p.loaded);
+    auto* readout = p.Find<MapReadout>("FuelMap1A");
+    QTRY_VERIFY_WITH_TIMEOUT(readout->Value(Readout::kRpm).toInt() > 400, 8000);
+    QCOMPARE(p.Text("LinkState"), QString("Connected"));
+    QTRY_COMPARE_WITH_TIMEOUT(p.Text("LinkState"), QString("Not connected"), 8000);
+    for (int i = 0; i < static_cast<int>(kReadoutLabels.size()); ++i) {
+      QCOMPARE(readout->Value(static_cast<Readout>(i)), QString("--"));
+    }
+    p.window().tabs()->setCurrentIndex(9);
+    auto* data_page = p.window().findChild<DataPage*>();
+    QCOMPARE(data_page->Value("DataRPM"), QString("--"));
+    QCOMPARE(data_page->Value("DataBattery"), QString("--"));
+    QCOMPARE(p.Text("DataStatus"), QString("Not connected: no live values"));
+  }
+
+  void theLinkStateSaysOffLineWhileTheCaptionKeepsTheLink() {
+    ShownProgram p({});
+    QVERIFY(p.started && p.loaded);
+    QTRY_COMPARE_WITH_TIMEOUT(p.Text("LinkState"), QString("Connected"), 8000);
+    QCOMPARE(p.Text("LiveTuneState"), QString("Live Tune OFF"));
+    p.Find<QPushButton>("OfflineButton")->click();
+    QTRY_COMPARE(p.Text("LinkState"), QString("Off-line"));
+    QCOMPARE(p.window().windowTitle(), QString("MORVANE Engine Management System  -  Connected"));
+    p.Find<QPushButton>("OfflineButton")->click();
+    QTRY_COMPARE(p.Text("LinkState"), QString("Connected"));
+  }
+
+  void theKeyboardStartsInTheMapAndFollowsThePageLetters() {
+    ShownProgram p({});
+    QVERIFY(p.started && p.loaded);
+    p.window().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&p.window()));
+    QTRY_VERIFY_WITH_TIMEOUT(!p.program->link.upload().UploadExpected(), 8000);
+    MapPages& maps = p.window().map_pages();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(maps.page(0)->grid()));
+    QTest::keyClick(&p.window(), Qt::Key_I);
+    QCOMPARE(p.window().tabs()->currentIndex(), 2);
+    MapGrid* ignition = maps.page(2)->grid();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(ignition));
+    const int column = ignition->CurrentColumn();
+    const double before = ignition->Model().Value(ignition->CurrentRow(), column);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Up);
+    QCOMPARE(ignition->Model().Value(ignition->CurrentRow(), column), before + 1.0);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+    QCOMPARE(ignition->CurrentColumn(), column + 1);
+    QCOMPARE(p.window().tabs()->currentIndex(), 2);
+  }
+
+  void numericalFoldsTheGraphsAway() {
+    ShownProgram p({});
+    QVERIFY(p.loaded);
+    auto* numerical = p.Find<QCheckBox>("Numerical");
+    MapGraph* graph = p.window().map_pages().page(0)->graph();
+    numerical->setChecked(false);
+    QVERIFY(graph->isVisible());
+    numerical->setChecked(true);
+    QVERIFY(!graph->isVisible());
+  }
+};
+
+QTEST_MAIN(WindowTruthTest)
+#include "window_truth_test.moc"

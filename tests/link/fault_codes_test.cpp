@@ -1,0 +1,192 @@
+// The fault code request and reply: the reply's layout, the reader on the receive side (among
+// live frames and calibration replies, however the line chunks it) and the faults seen.
+#include "link/fault_codes.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "link/fault_watch.h"
+#include "receive_fakes.h"
+
+namespace vela::receive_testing {
+namespace {
+
+using fault_reply::Reply;
+
+TEST(FaultReplyLayout, HoldsMarkerCountCodesAndCheckAsHexDigits) {
+  const std::string text = fault_reply::Encode({3, {139, 66, 1, 0}});
+  EXPECT_EQ(text,
+            "CODE03"
+            "8B"
+            "42"
+            "01"
+            "00"
+            "D1");  // 3 + 139 + 66 + 1 = 209 = 0xD1
+  EXPECT_EQ(text.size(), fault_reply::kLength);
+  EXPECT_EQ(fault_reply::Decode(text), (Reply{3, {139, 66, 1, 0}}));
+}
+
+TEST(FaultReplyLayout, AnythingButAWholeUndamagedReplyIsRefused) {
+  const std::string good = fault_reply::Encode({2, {8, 18, 0, 0}});
+  EXPECT_FALSE(fault_reply::Decode(good.substr(0, 15)));
+  std::string bad_check = good;
+  bad_check[15] = bad_check[15] == '0' ? '1' : '0';
+  EXPECT_FALSE(fault_reply::Decode(bad_check));
+  std::string lower = good;
+  lower[7] = 'a';
+  EXPECT_FALSE(fault_reply::Decode(lower));
+  EXPECT_FALSE(fault_reply::Decode("XODE" + good.substr(4)));
+  // Two codes swapped keep the sum, but the reply still reads as written.
+  EXPECT_EQ(fault_reply::Decode(fault_reply::Encode({2, {18, 8, 0, 0}}))->codes[0], 18);
+}
+
+TEST(FaultReplyLayout, NoReplySpellsALinkMarker) {
+  std::mt19937 random(7);
+  for (int i = 0; i < 2000; ++i) {
+    Reply reply{static_cast<int>(random() % 256), {}};
+    for (int& code : reply.codes) code = static_cast<int>(random() % 256);
+    const std::string text = "END" + fault_reply::Encode(reply) + "START";
+    for (std::string_view marker : {"ALL", "DONE"}) {
+      EXPECT_EQ(text.find(marker), std::string::npos) << text;
+    }
+    EXPECT_EQ(text.find("END", 1), std::string::npos) << text;
+    EXPECT_EQ(text.find("START"), text.size() - 5) << text;
+  }
+}
+
+struct SteppedClock : Clock {
+  std::int64_t NowMs() override { return now; }
+  void LetEventsRun() override {}
+  std::int64_t now = 0;
+};
+
+struct FaultReaderTest : ::testing::Test {
+  FaultReaderTest() {
+    reader.SetCallbacks({[this](const Reply& r) { replies.push_back(r); }, [this] { ++silences; }});
+    rig.dispatcher.SetReplyHandler(
+        [this](std::string& buffer) { reader.FaultReplyHandler(buffer); });
+    rig.upload.SetCallbacks({[this](const CalibrationImage&) { ++blocks; }, nullptr});
+  }
+  SteppedClock clock;
+  ReceiveRig rig;
+  FaultCodeReader reader{rig.sender, clock};
+  std::vector<Reply> replies;
+  int silences = 0;
+  int blocks = 0;
+};
+
+TEST_F(FaultReaderTest, AsksWithOneFrameAndNotAgainWhileTheAnswerIsAwaited) {
+  reader.Request();
+  reader.Request();
+  EXPECT_EQ(rig.sender.sent, (std::vector<SentCommand>{{9, 1040, 0}}));
+  EXPECT_TRUE(reader.Waiting());
+}
+
+TEST_F(FaultReaderTest, TakesTheReplyFromBetweenLiveFramesAndLeavesTheFramesWhole) {
+  reader.Request();
+  const std::string reply = fault_reply::Encode({2, {66, 3, 0, 0}});
+  rig.Receive(Frames(1, 10) + reply + Frames(2, 11));
+  for (int i = 0; i < 4; ++i) rig.Dispatch();
+  ASSERT_EQ(replies.size(), 1u);
+  EXPECT_EQ(replies[0], (Reply{2, {66, 3, 0, 0}}));
+  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{10, 11, 12}));
+  EXPECT_TRUE(rig.Buffer().empty());
+  EXPECT_FALSE(reader.Waiting());
+}
+
+TEST_F(FaultReaderTest, AReplyCutIntoPiecesIsTakenOnceWhole) {
+  reader.Request();
+  const std::string stream = Frames(1, 1) + fault_reply::Encode({1, {139, 0, 0, 0}}) + Frames(1, 2);
+  for (char c : stream) {
+    rig.Receive(std::string(1, c));
+    rig.Dispatch();
+  }
+  ASSERT_EQ(replies.size(), 1u);
+  EXPECT_EQ(replies[0].codes[0], 139);
+  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{1, 2}));
+}
+
+TEST_F(FaultReaderTest, ADamagedReplyIsPassedOverAndTheNextWholeOneTaken) {
+  reader.Request();
+  std::string damaged = fault_reply::Encode({1, {8, 0, 0, 0}});
+  damaged[9] = 'Z';
+  rig.Receive(damaged + Frames(1, 5) + fault_reply::Encode({1, {9, 0, 0, 0}}));
+  rig.Dispatch();
+  ASSERT_EQ(replies.size(), 1u);
+  EXPECT_EQ(replies[0].codes[0], 9);
+  rig.Dispatch();
+  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{5}));
+}
+
+TEST_F(FaultReaderTest, NoAnswerWithinTheWaitIsSilenceAndALateReplyIsLeftToTheFrameSearch) {
+  reader.Request();
+  clock.now = FaultCodeReader::kAnswerWaitMs - 1;
+  reader.Tick();
+  EXPECT_EQ(silences, 0);
+  clock.now = FaultCodeReader::kAnswerWaitMs;
+  reader.Tick();
+  reader.Tick();
+  EXPECT_EQ(silences, 1);
+  EXPECT_FALSE(reader.Waiting());
+  rig.Receive(fault_reply::Encode({0, {}}) + Frames(1, 3));
+  rig.Dispatch();
+  EXPECT_TRUE(replies.empty());
+  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{3}));
+  reader.Request();  // a new request goes out
+  EXPECT_EQ(rig.sender.sent.size(), 2u);
+}
+
+TEST_F(FaultReaderTest, ACalibrationReplyIsNeverBrokenByTheFaultReader) {
+  // An image whose bytes spell a whole, valid fault reply: the upload takes it untouched.
+  std::string image(kImageLength, '\x11');
+  const std::string inside = fault_reply::Encode({1, {5, 0, 0, 0}});
+  image.replace(100, inside.size(), inside);
+  rig.upload.EnableTimer();
+  reader.Request();
+  const std::string stream =
+      "ALL" + image + "DONE" + fault_reply::Encode({1, {6, 0, 0, 0}}) + Frames(1, 4);
+  for (std::size_t at = 0; at < stream.size(); at += 200) {
+    rig.Receive(stream.substr(at, 200));
+    rig.Dispatch();
+  }
+  rig.Dispatch();
+  EXPECT_EQ(blocks, 1);
+  ASSERT_EQ(replies.size(), 1u);
+  EXPECT_EQ(replies[0].codes[0], 6);
+  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{4}));
+}
+
+TEST(FaultWatchTest, AFrameTellsOfANewFaultWhenItsNewestCodeOrItsCountChanges) {
+  FaultWatch watch;
+  EXPECT_EQ(watch.ObserveFrame(0, 0, 10), std::nullopt);
+  EXPECT_EQ(watch.ObserveFrame(1, 66, 20), 66);
+  EXPECT_EQ(watch.ObserveFrame(1, 66, 30), std::nullopt);  // the same fault, still held
+  EXPECT_EQ(watch.ObserveFrame(2, 3, 40), 3);
+  EXPECT_EQ(watch.ObserveFrame(3, 3, 50), 3);             // reported again
+  EXPECT_EQ(watch.ObserveFrame(0, 0, 60), std::nullopt);  // cleared
+  EXPECT_EQ(watch.ObserveFrame(1, 66, 70), 66);
+  EXPECT_EQ(watch.Seen(), (std::vector<SeenFault>{{66, 20, 2}, {3, 40, 2}}));
+}
+
+TEST(FaultWatchTest, AFaultHeldWhenTheFirstFrameArrivesIsNewToTheTuner) {
+  FaultWatch watch;
+  EXPECT_EQ(watch.ObserveFrame(4, 139, 5), 139);
+  EXPECT_EQ(watch.Unacknowledged(), 139);
+  watch.Acknowledge();
+  EXPECT_EQ(watch.Unacknowledged(), std::nullopt);
+  EXPECT_EQ(watch.ObserveFrame(4, 139, 6), std::nullopt);
+  EXPECT_EQ(watch.Unacknowledged(), std::nullopt);
+}
+
+TEST(FaultWatchTest, CodesReadFromTheEcuAddOnlyWhatWasNotSeen) {
+  FaultWatch watch;
+  watch.ObserveFrame(3, 66, 1);
+  const std::vector<int> codes = {66, 8, 0, 8};
+  EXPECT_EQ(watch.ObserveCodes(codes, 2), (std::vector<int>{8}));
+  EXPECT_EQ(watch.Seen(), (std::vector<SeenFault>{{66, 1, 1}, {8, 2, 1}}));
+  EXPECT_EQ(watch.Unacknowledged(), 66);
+}
+
+}  // namespace
+}  // namespace vela::receive_testing

@@ -1,0 +1,112 @@
+// The simulated ECU's fault codes: what it holds, how the live frame shows it, the answer to a
+// fault code request, silence, and the command line that injects codes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "link/fault_reply.h"
+#include "sim/core/base_calibration.h"
+#include "sim/core/fault_memory.h"
+#include "sim/core/sim_options.h"
+#include "sim_test_support.h"
+
+namespace vela::sim {
+namespace {
+
+using testing::RunUntil;
+using testing::Send;
+using testing::Split;
+
+// The fault replies in the ECU's output.
+std::vector<fault_reply::Reply> FaultReplies(const std::vector<std::uint8_t>& out) {
+  const std::string text(out.begin(), out.end());
+  std::vector<fault_reply::Reply> replies;
+  for (std::size_t at = text.find("CODE"); at != std::string::npos;
+       at = text.find("CODE", at + 1)) {
+    if (auto reply = fault_reply::Decode(std::string_view(text).substr(at))) {
+      replies.push_back(*reply);
+    }
+  }
+  return replies;
+}
+
+SimOptions WithFaults(std::vector<InjectedFault> faults) {
+  SimOptions options;
+  options.fault_codes = std::move(faults);
+  return options;
+}
+
+void AskForCodes(EcuSimulator& sim) {
+  Send(sim, fault_reply::kRequestCommand, fault_reply::kRequestAddress, fault_reply::kRequestValue);
+}
+
+TEST(SimFaultMemoryTest, HoldsEachCodeOnceNewestLastAndAnswersWithTheFourNewest) {
+  FaultMemory memory;
+  for (int code : {8, 66, 8, 0, 256, 3, 139, 21}) memory.Record(code);
+  EXPECT_EQ(memory.Held(), 5);
+  EXPECT_EQ(memory.Newest(), 21);
+  EXPECT_EQ(memory.Reply(), (fault_reply::Reply{5, {21, 139, 3, 66}}));
+  EXPECT_EQ(FaultMemory().Reply(), (fault_reply::Reply{0, {0, 0, 0, 0}}));
+}
+
+TEST(SimFaultCodesTest, InjectedCodesAppearAtTheirTimeInTheLiveFrameAndTheAnswer) {
+  EcuSimulator sim(WithFaults({{139, 2'000'000}, {66, 0}}), EmbeddedBaseCalibration());
+  std::vector<std::uint8_t> all;
+  auto run = [&](std::int64_t until_us) {
+    const auto out = RunUntil(sim, until_us);
+    all.insert(all.end(), out.begin(), out.end());
+    return out;
+  };
+  auto frames = Split(run(1'000'000)).frames;
+  ASSERT_FALSE(frames.empty());
+  EXPECT_EQ(live::At(frames.back(), live::kFaultCount), 1);
+  EXPECT_EQ(live::At(frames.back(), live::kNewestFault), 66);
+  AskForCodes(sim);
+  EXPECT_EQ(FaultReplies(run(1'100'000)), (std::vector<fault_reply::Reply>{{1, {66, 0, 0, 0}}}));
+
+  run(2'500'000);
+  frames = Split(all).frames;
+  EXPECT_EQ(live::At(frames.back(), live::kFaultCount), 2);
+  EXPECT_EQ(live::At(frames.back(), live::kNewestFault), 139);
+  AskForCodes(sim);
+  EXPECT_EQ(FaultReplies(run(2'600'000)), (std::vector<fault_reply::Reply>{{2, {139, 66, 0, 0}}}));
+  // Each reply goes whole between two frames: nothing else is stray, no frame is broken.
+  EXPECT_EQ(Split(all).stray, 2 * fault_reply::kLength);
+  EXPECT_EQ(sim.Counters().fault_replies, 2u);
+}
+
+TEST(SimFaultCodesTest, TheRevLimiterRecordsItsCode) {
+  CalibrationImage image = EmbeddedBaseCalibration();
+  image.SetByte(949, 0xFF);  // a rev limit period of 65 ms: about 920 RPM, under the idle speed
+  image.SetByte(950, 0xFF);
+  EcuSimulator sim(SimOptions{}, image);
+  RunUntil(sim, 3'000'000);
+  EXPECT_EQ(sim.Faults().Newest(), kRevLimiterFault);
+}
+
+TEST(SimFaultCodesTest, ASilentEcuLeavesFaultRequestsUnansweredButKeepsStreaming) {
+  SimOptions options = WithFaults({{8, 0}});
+  options.answer_fault_requests = false;
+  EcuSimulator sim(options, EmbeddedBaseCalibration());
+  RunUntil(sim, 500'000);
+  AskForCodes(sim);
+  const auto out = RunUntil(sim, 1'500'000);
+  EXPECT_TRUE(FaultReplies(out).empty());
+  EXPECT_GE(Split(out).frames.size(), 9u);
+  EXPECT_EQ(sim.Counters().fault_requests, 1u);
+}
+
+TEST(SimFaultCodesTest, TheCommandLineInjectsCodesAndSilence) {
+  std::vector<std::string_view> args = {"--fault-codes", "66,139@20,3@0.5", "--no-fault-reply"};
+  const auto line = ParseSimCommandLine(args, nullptr);
+  ASSERT_TRUE(line);
+  EXPECT_EQ(line->sim.fault_codes,
+            (std::vector<InjectedFault>{{66, 0}, {139, 20'000'000}, {3, 500'000}}));
+  EXPECT_FALSE(line->sim.answer_fault_requests);
+  for (std::string_view bad : {"0", "256", "66,x", "66@", "66@-1", "@3"}) {
+    EXPECT_FALSE(ParseInjectedFaults(bad)) << bad;
+  }
+}
+
+}  // namespace
+}  // namespace vela::sim
