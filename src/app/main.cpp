@@ -92,7 +92,7 @@ int main(int argc, char* argv[]) {
                            [&instance_lock] { return instance_lock.Acquire(); }});
   messages.set_parent(&window);
   if (!window.Load()) return 0;
-  window.show();
+  window.ShowOnScreen();
   const int result = app.exec();
   link.Close();
   port.Close();

@@ -332,10 +332,24 @@ void MainWindow::ShowLiveData() {
 
 bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.trace); }
 
+namespace {
+constexpr QSize kPreferredSize(1280, 860);
+}  // namespace
+
 void MainWindow::SizeWindow() {
   const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-  resize(std::min(1280, screen.width()), std::min(860, screen.height()));
+  resize(std::min(kPreferredSize.width(), screen.width()),
+         std::min(kPreferredSize.height(), screen.height()));
   move(screen.topLeft());
+}
+
+void MainWindow::ShowOnScreen() {
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  if (screen.width() <= kPreferredSize.width() || screen.height() <= kPreferredSize.height()) {
+    showMaximized();
+  } else {
+    show();
+  }
 }
 
 void MainWindow::HideComponentsBeforeStartup() {

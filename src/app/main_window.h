@@ -56,6 +56,9 @@ class MainWindow : public QMainWindow, public StartupSteps {
 
   // The load sequence; false when another instance runs and this one must end.
   bool Load();
+  // Shows the window: maximized on a screen smaller than its preferred size (a laptop or a
+  // netbook), where a window with its title bar would otherwise reach past the screen's edge.
+  void ShowOnScreen();
 
   QTabWidget* tabs() const { return tabs_; }
   EditorSession& editors() { return *editors_; }
