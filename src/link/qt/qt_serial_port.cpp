@@ -1,6 +1,17 @@
 #include "link/qt/qt_serial_port.h"
 
 #include <QElapsedTimer>
+#include <QSocketNotifier>
+#include <algorithm>
+
+#ifdef Q_OS_UNIX
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#endif
 
 #include "link/comms_sender.h"
 #include "shell/program_folders.h"
@@ -9,18 +20,9 @@ namespace vela {
 
 QtSerialPort::QtSerialPort(bool windows_names, QObject* parent)
     : QObject(parent), windows_names_(windows_names) {
-  receive_window_.setSingleShot(true);
   receive_window_.setInterval(kReceiveWindowMs);
-  connect(&receive_window_, &QTimer::timeout, this, [this] {
-    if (port_.isOpen() && port_.bytesAvailable() > 0) emit DataReceived();
-  });
-  connect(&port_, &QSerialPort::readyRead, this, [this] {
-    if (receive_window_.interval() == 0) {
-      emit DataReceived();
-    } else if (!receive_window_.isActive()) {
-      receive_window_.start();
-    }
-  });
+  connect(&receive_window_, &QTimer::timeout, this, &QtSerialPort::OnWindowEnd);
+  connect(&port_, &QSerialPort::readyRead, this, &QtSerialPort::OnArrival);
   connect(&port_, &QSerialPort::errorOccurred, this, &QtSerialPort::OnError);
 }
 
@@ -38,23 +40,147 @@ bool QtSerialPort::Open(int port_number) {
   port_.setStopBits(QSerialPort::OneStop);
   port_.setFlowControl(QSerialPort::NoFlowControl);
   port_.setReadBufferSize(0);
-  return port_.open(QIODevice::ReadWrite);
+  receive_window_.stop();
+  if (!port_.open(QIODevice::ReadWrite)) return false;
+  StartReceiving();
+  return true;
 }
 
 void QtSerialPort::Close() {
+  receive_window_.stop();
   if (port_.isOpen()) port_.close();
+}
+
+bool QtSerialPort::PolledWindows() const {
+#ifdef Q_OS_UNIX
+  return receive_window_.interval() > 0;
+#else
+  return false;
+#endif
+}
+
+void QtSerialPort::set_receive_window_ms(int ms) {
+  if (receive_window_.interval() == ms) return;
+  receive_window_.setInterval(ms);
+  if (!port_.isOpen()) return;
+  StartReceiving();
+  // Bytes that came while the windows ran are not left waiting for the next arrival.
+  if (ms == 0 && BytesWaiting() > 0) emit DataReceived();
+}
+
+// Polled windows run from the port's opening; otherwise the read watch wakes the program and the
+// first byte opens a window.
+void QtSerialPort::StartReceiving() {
+  const bool polled = PolledWindows();
+  SetArrivalWatch(!polled);
+  receive_window_.setSingleShot(!polled);
+  if (polled) {
+    receive_window_.start();
+  } else {
+    receive_window_.stop();
+  }
+}
+
+void QtSerialPort::SetArrivalWatch(bool on) {
+  for (QSocketNotifier* notifier : port_.findChildren<QSocketNotifier*>()) {
+    if (notifier->type() == QSocketNotifier::Read && notifier->isEnabled() != on) {
+      notifier->setEnabled(on);
+    }
+  }
+}
+
+// Bytes the port read by itself (while a written byte was waited for, for one) are taken at the
+// window's end with the rest.
+void QtSerialPort::OnArrival() {
+  if (receive_window_.interval() == 0) {
+    emit DataReceived();
+  } else if (!PolledWindows() && !receive_window_.isActive()) {
+    receive_window_.start();
+  }
+}
+
+void QtSerialPort::OnWindowEnd() {
+  if (!port_.isOpen()) return;
+  if (!PolledWindows()) {
+    if (port_.bytesAvailable() > 0) emit DataReceived();
+    return;
+  }
+  QString why;
+  const long waiting = SystemBytesWaiting(&why);
+  if (waiting < 0) {
+    FailLine(why);
+    return;
+  }
+  if (waiting > 0 || port_.bytesAvailable() > 0) emit DataReceived();
+}
+
+long QtSerialPort::SystemBytesWaiting(QString* why) const {
+#ifdef Q_OS_UNIX
+  const int fd = static_cast<int>(port_.handle());
+  pollfd line{fd, POLLIN, 0};
+  if (::poll(&line, 1, 0) < 0) return 0;
+  if ((line.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) {
+    *why = (line.revents & POLLHUP) != 0 ? QStringLiteral("The line has hung up")
+                                         : QStringLiteral("The line reports an error");
+    return -1;
+  }
+  int waiting = 0;
+  if (::ioctl(fd, FIONREAD, &waiting) != 0) {
+    *why = QString::fromLocal8Bit(std::strerror(errno));
+    return -1;
+  }
+  return waiting;
+#else
+  (void)why;
+  return 0;
+#endif
+}
+
+void QtSerialPort::FailLine(const QString& reason) {
+  receive_window_.stop();
+  port_.close();
+  emit ClosedOnError(reason);
 }
 
 bool QtSerialPort::IsOpen() const { return port_.isOpen(); }
 
 std::size_t QtSerialPort::BytesWaiting() const {
-  return port_.isOpen() ? static_cast<std::size_t>(port_.bytesAvailable()) : 0;
+  if (!port_.isOpen()) return 0;
+  std::size_t waiting = static_cast<std::size_t>(port_.bytesAvailable());
+  if (PolledWindows()) {
+    QString why;
+    waiting += static_cast<std::size_t>(std::max(0L, SystemBytesWaiting(&why)));
+  }
+  return waiting;
 }
 
 std::vector<std::uint8_t> QtSerialPort::ReadAll() {
   if (!port_.isOpen()) return {};
-  const QByteArray bytes = port_.readAll();
-  return std::vector<std::uint8_t>(bytes.begin(), bytes.end());
+  std::vector<std::uint8_t> bytes;
+  if (port_.bytesAvailable() > 0) {
+    const QByteArray held = port_.readAll();
+    bytes.assign(held.begin(), held.end());
+    // Reading through the port turns its read watch back on.
+    if (PolledWindows()) SetArrivalWatch(false);
+  }
+#ifdef Q_OS_UNIX
+  if (PolledWindows()) {
+    const int fd = static_cast<int>(port_.handle());
+    std::uint8_t chunk[4096];
+    for (;;) {
+      const ssize_t n = ::read(fd, chunk, sizeof chunk);
+      if (n > 0) {
+        bytes.insert(bytes.end(), chunk, chunk + n);
+        if (static_cast<std::size_t>(n) < sizeof chunk) break;
+        continue;
+      }
+      if (n < 0 && errno == EINTR) continue;
+      // Nothing more (EAGAIN); a failed line is seen at the next window's end.
+      break;
+    }
+  }
+#endif
+  return bytes;
 }
 
 void QtSerialPort::ClearInput() {

@@ -3,10 +3,13 @@
 // --port. The port is closed on the first read or resource error (a vanished pseudo-terminal
 // otherwise floods read errors and stays open); the link's reopen rule takes over from there.
 //
-// The data-received event is raised at most once per receive window (kReceiveWindowMs) after the
-// first byte arrives, the way a serial driver with a receive threshold gathers bytes: at 115,200
-// baud a window holds about 290 bytes, so live frames cost a few events a second instead of one
-// per byte. A window of 0 raises it on every arrival (the link uses that while it waits for a
+// The data-received event is raised at most once per receive window (kReceiveWindowMs), the way a
+// serial driver with a receive threshold gathers bytes: at 115,200 baud a window holds about 290
+// bytes, so live frames cost a few events a second instead of one per byte. On Unix the port's
+// own read watch is off while the windows run: the window looks at the line every
+// kReceiveWindowMs and reads what the system holds, so bytes that arrive in pieces wake nobody
+// (a line that hangs up or fails is seen there too). Elsewhere the first byte opens the window.
+// A window of 0 raises the event on every arrival (the link uses that while it waits for a
 // calibration reply, so the reply is taken the moment its last byte is in). Everything waiting is
 // read at once: a backlog of 500 bytes or more reaches the receive event whole, which cuts it.
 // A byte written is waited for until it has left (at most the link's write timeout).
@@ -46,9 +49,7 @@ class QtSerialPort : public QObject, public SerialPort {
 
   static constexpr int kReceiveWindowMs = 25;
   // 0 raises the event on every arrival.
-  void set_receive_window_ms(int ms) {
-    if (receive_window_.interval() != ms) receive_window_.setInterval(ms);
-  }
+  void set_receive_window_ms(int ms);
 
  signals:
   void DataReceived();
@@ -56,6 +57,15 @@ class QtSerialPort : public QObject, public SerialPort {
 
  private:
   void OnError(QSerialPort::SerialPortError error);
+  void OnArrival();
+  void OnWindowEnd();
+  // Whether the windows look at the line themselves (the port's read watch off).
+  bool PolledWindows() const;
+  void SetArrivalWatch(bool on);
+  void StartReceiving();
+  // Bytes in the system's buffer; -1 when the line has hung up or failed (`why` says how).
+  long SystemBytesWaiting(QString* why) const;
+  void FailLine(const QString& reason);
 
   bool windows_names_;
   QString device_override_;
