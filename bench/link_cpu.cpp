@@ -1,6 +1,7 @@
-// Processor time the program's user-interface thread spends per second while it is connected to
-// the simulated ECU at 60 live frames a second. The simulated ECU runs on its own thread in the
-// same process; only the program's thread is measured.
+// Processor time the program spends per second while it is connected to the simulated ECU at 60
+// live frames a second: every thread of the program (the user-interface thread, the window
+// system's and the 3D graph's), and the user-interface thread alone. The simulated ECU runs on a
+// thread of its own in the same process; its time is left out.
 //
 //   vela-link-cpu [SECONDS]                  the link alone (the window built but never shown)
 //   vela-link-cpu --window [--tab N] [--record] [SECONDS]
@@ -13,6 +14,7 @@
 // The thread's load swings with what the simulated engine does and with the timing of the line,
 // so the pages take turns and the median of the rounds is the figure.
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -22,7 +24,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "app/datalog_page.h"
@@ -38,6 +44,40 @@ double ThreadCpuSeconds() {
   return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
          (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
+
+double ProcessCpuSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+         (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+// The simulated ECU's thread's processor time, from /proc (0 where there is none).
+double SimulatorCpuSeconds() {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  for (const auto& task : fs::directory_iterator("/proc/self/task", error)) {
+    std::ifstream comm(task.path() / "comm");
+    std::string name;
+    std::getline(comm, name);
+    if (name != vela::sim::kInProcessThreadName) continue;
+    std::ifstream stat_file(task.path() / "stat");
+    std::string stat((std::istreambuf_iterator<char>(stat_file)), {});
+    const std::size_t after_name = stat.rfind(')');
+    if (after_name == std::string::npos) return 0.0;
+    std::istringstream fields(stat.substr(after_name + 2));
+    std::string field;
+    double ticks = 0.0;
+    // Fields 3 on: state, ..., utime is the 14th and stime the 15th of the whole line.
+    for (int i = 3; i <= 15 && (fields >> field); ++i) {
+      if (i == 14 || i == 15) ticks += std::stod(field);
+    }
+    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
+  }
+  return 0.0;
+}
+
+double ProgramCpuSeconds() { return ProcessCpuSeconds() - SimulatorCpuSeconds(); }
 
 class QuietStatus : public vela::StatusLabel {
  public:
@@ -89,7 +129,8 @@ class Measurement {
         steps_(std::move(steps)),
         seconds_(seconds),
         rounds_(rounds),
-        percent_(steps_.size()) {
+        percent_(steps_.size()),
+        thread_percent_(steps_.size()) {
     QObject::connect(&link_, &vela::LinkSession::LiveDataChanged, [this] { ++frames_; });
   }
 
@@ -105,12 +146,15 @@ class Measurement {
     const std::size_t index = turn % steps_.size();
     steps_[index].show();
     QTimer::singleShot(1000, [this, turn, index] {
-      const double cpu_start = ThreadCpuSeconds();
+      const double cpu_start = ProgramCpuSeconds();
+      const double thread_start = ThreadCpuSeconds();
       const int frames_start = frames_;
       wall_.start();
-      QTimer::singleShot(seconds_ * 1000, [this, turn, index, cpu_start, frames_start] {
+      QTimer::singleShot(seconds_ * 1000, [this, turn, index, cpu_start, thread_start,
+                                           frames_start] {
         const double elapsed = wall_.elapsed() / 1000.0;
-        percent_[index].push_back(100.0 * (ThreadCpuSeconds() - cpu_start) / elapsed);
+        percent_[index].push_back(100.0 * (ProgramCpuSeconds() - cpu_start) / elapsed);
+        thread_percent_[index].push_back(100.0 * (ThreadCpuSeconds() - thread_start) / elapsed);
         frame_rate_ = (frames_ - frames_start) / elapsed;
         Next(turn + 1);
       });
@@ -120,12 +164,22 @@ class Measurement {
   void Print() {
     std::printf("(%.1f live frames/s; median of %d rounds of %d s", frame_rate_, rounds_, seconds_);
     std::printf(rounds_ > 1 ? ", lowest to highest)\n" : ")\n");
+    std::printf("  %-44s %-22s %s\n", "", "all threads", "user-interface thread");
     for (std::size_t i = 0; i < steps_.size(); ++i) {
-      std::vector<double> values = percent_[i];
-      std::sort(values.begin(), values.end());
-      std::printf("  %-40s %5.2f %%", qPrintable(steps_[i].name), values[values.size() / 2]);
-      if (values.size() > 1) std::printf("   (%.2f to %.2f)", values.front(), values.back());
+      std::printf("  %-44s", qPrintable(steps_[i].name));
+      PrintFigure(percent_[i]);
+      PrintFigure(thread_percent_[i]);
       std::printf("\n");
+    }
+  }
+
+  void PrintFigure(std::vector<double> values) const {
+    std::sort(values.begin(), values.end());
+    std::printf(" %5.2f %%", values[values.size() / 2]);
+    if (values.size() > 1) {
+      std::printf(" (%.2f-%.2f) ", values.front(), values.back());
+    } else {
+      std::printf("             ");
     }
   }
 
@@ -134,6 +188,7 @@ class Measurement {
   int seconds_;
   int rounds_;
   std::vector<std::vector<double>> percent_;
+  std::vector<std::vector<double>> thread_percent_;
   int frames_ = 0;
   double frame_rate_ = 0.0;
   QElapsedTimer wall_;
@@ -214,7 +269,7 @@ int main(int argc, char* argv[]) {
       app.exit(1);
     }
   });
-  std::printf("Processor time of the program's thread, connected at 60 live frames a second:\n");
+  std::printf("Processor time of the program, connected at 60 live frames a second:\n");
   const int result = app.exec();
   link.Close();
   return result;

@@ -40,8 +40,9 @@ struct PtyRunnerHooks {
 int RunSimulatorOnPty(const SimCommandLine& options, const std::atomic<bool>& stop,
                       const PtyRunnerHooks& hooks, std::string* error);
 
-// A simulator running on a thread of its own. Start and Stop may be called from any one thread;
-// the destructor stops it.
+// A simulator running on a thread of its own, named kInProcessThreadName. Start and Stop may be
+// called from any one thread; the destructor stops it.
+inline constexpr char kInProcessThreadName[] = "vela-ecusim";
 class InProcessSimulator {
  public:
   InProcessSimulator();
