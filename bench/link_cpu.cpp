@@ -4,9 +4,10 @@
 // thread of its own in the same process; its time is left out.
 //
 //   vela-link-cpu [SECONDS]                  the link alone (the window built but never shown)
-//   vela-link-cpu --window [--tab N] [--record] [SECONDS]
-//                                            the whole window with page N in front, recording a
-//                                            datalog meanwhile with --record
+//   vela-link-cpu --window [--tab N] [--graph] [--record] [SECONDS]
+//                                            the whole window with page N in front (a map page
+//                                            with its graph with --graph), recording a datalog
+//                                            meanwhile with --record
 //   vela-link-cpu --pages [--rounds N] [SECONDS]
 //                                            the whole window, every page in front in turn, then
 //                                            the map pages again with their graphs shown; N
@@ -89,6 +90,7 @@ struct Options {
   enum class Mode { kLink, kWindow, kPages } mode = Mode::kLink;
   int tab = 0;
   bool record = false;
+  bool graph = false;
   int seconds = 10;
   int rounds = 1;
 };
@@ -103,6 +105,8 @@ Options ParseOptions(int argc, char* argv[]) {
       options.rounds = std::max(options.rounds, 3);
     } else if (std::strcmp(argv[i], "--rounds") == 0 && i + 1 < argc) {
       options.rounds = std::max(1, std::atoi(argv[++i]));
+    } else if (std::strcmp(argv[i], "--graph") == 0) {
+      options.graph = true;
     } else if (std::strcmp(argv[i], "--record") == 0) {
       options.record = true;
     } else if (std::strcmp(argv[i], "--tab") == 0 && i + 1 < argc) {
@@ -211,7 +215,7 @@ std::vector<Step> StepsFor(const Options& options, vela::MainWindow& window) {
     case Options::Mode::kLink:
       return {{"link alone", [] {}}};
     case Options::Mode::kWindow: {
-      Step step = page(options.tab);
+      Step step = page(options.tab, options.graph);
       if (options.record) {
         step.name += ", recording a datalog";
         step.show = [show = step.show, &window] {

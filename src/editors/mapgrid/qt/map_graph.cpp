@@ -11,6 +11,7 @@
 #include <QSurface3DSeries>
 #include <QSurfaceDataProxy>
 #include <QVBoxLayout>
+#include <QtDataVisualization/qutils.h>
 #include <QValue3DAxis>
 #include <algorithm>
 #include <cmath>
@@ -72,7 +73,12 @@ MapGraph::MapGraph(MapKind kind, QWidget* parent, GraphMode mode) : QWidget(pare
 MapGraph::~MapGraph() = default;
 
 void MapGraph::BuildSurface() {
-  surface_ = new Q3DSurface();
+  // No shadows and no multisampling: the surface is drawn again whenever the live point moves to
+  // another cell, and on a laptop without a graphics chip both cost several times the rest of
+  // the program.
+  QSurfaceFormat format = qDefaultSurfaceFormat(false);
+  surface_ = new Q3DSurface(&format);
+  surface_->setShadowQuality(QAbstract3DGraph::ShadowQualityNone);
   series_ = new QSurface3DSeries();
   series_->setDrawMode(QSurface3DSeries::DrawSurfaceAndWireframe);
   series_->setBaseGradient(RampGradient());
