@@ -1,7 +1,6 @@
 // `MapGraph`: the graph beside a map grid (`FuelGraphVelaB1`, `FuelGraphVelaB2`,
-// `IgnitionGraphVelaB1`). A three-dimensional surface where an OpenGL context can be made, and a
-// flat heat map otherwise (the surface cannot run without one and must never bring the program
-// down). It follows its grid's edits at once.
+// `IgnitionGraphVelaB1`). A three-dimensional surface, or a flat heat map where asked for. It
+// follows its grid's edits at once.
 #pragma once
 
 #include <QPointer>
@@ -12,31 +11,27 @@
 #include "editors/mapgrid/map_grid_model.h"
 #include "editors/mapgrid/qt/map_graph_data.h"
 
-class Q3DSurface;
-class QSurface3DSeries;
-
 namespace vela {
 
 class MapGrid;
 class MapHeatView;
+class MapSurfaceView;
 
 enum class GraphMode {
-  kAuto,     // the surface when OpenGL is usable, else the flat view
-  kForce2D,  // always the flat view
+  kSurface,  // the map as a surface over its load and RPM axes
+  kFlat,     // the map as a heat map
 };
 
 class MapGraph : public QWidget {
   Q_OBJECT
 
  public:
-  explicit MapGraph(MapKind kind, QWidget* parent = nullptr, GraphMode mode = GraphMode::kAuto);
+  explicit MapGraph(MapKind kind, QWidget* parent = nullptr,
+                    GraphMode mode = GraphMode::kSurface);
   ~MapGraph() override;
 
-  // True when an OpenGL context can be created and made current on an offscreen surface, and
-  // the platform is not "offscreen" (where the surface crashes). Worked out once per run.
-  static bool OpenGlUsable();
-
   bool Is3D() const { return surface_ != nullptr; }
+  MapSurfaceView* Surface() const { return surface_; }
   MapKind Kind() const { return kind_; }
 
   // numofloadsites: the load sites drawn (0 = all of the grid's).
@@ -47,24 +42,19 @@ class MapGraph : public QWidget {
   void ShowMap(const MapGridModel& grid);
   void Follow(MapGrid* grid);
 
-  // The live operating point (the surface selects the nearest point), or nothing.
+  // The live operating point, or nothing.
   void SetMarker(std::optional<OperatingPoint> point);
   std::optional<OperatingPoint> Marker() const { return marker_; }
 
   const MapGraphData& Data() const { return data_; }
 
  private:
-  void BuildSurface();
-  void UpdateSurface();
-  void UpdateSurfaceMarker();
-
   MapKind kind_;
   int num_of_load_sites_ = 0;
   MapGraphData data_;
   std::optional<OperatingPoint> marker_;
   QPointer<MapGrid> followed_;
-  Q3DSurface* surface_ = nullptr;
-  QSurface3DSeries* series_ = nullptr;
+  MapSurfaceView* surface_ = nullptr;
   MapHeatView* heat_view_ = nullptr;
 };
 
