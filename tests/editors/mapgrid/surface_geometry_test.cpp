@@ -1,10 +1,10 @@
 // The painted 3D surface: the box always fits its area, nearer cells are painted after farther
 // ones from every side, and the live point stands on the surface between its cells.
+#include "editors/mapgrid/surface_geometry.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
-#include "editors/mapgrid/surface_geometry.h"
 
 namespace vela {
 namespace {
@@ -58,8 +58,8 @@ TEST(CellsFarthestFirst, EveryCellOnceAndTheNearCornerCellLastFromEverySide) {
   for (double turn = -170; turn <= 180; turn += 20) {
     SCOPED_TRACE(turn);
     const SurfaceProjection view({turn, 30}, 500, 400);
-    const std::vector<int> order = CellsFarthestFirst(FlatGrid(view, kRows, kColumns), kRows,
-                                                      kColumns);
+    const std::vector<int> order =
+        CellsFarthestFirst(FlatGrid(view, kRows, kColumns), kRows, kColumns);
     ASSERT_EQ(order.size(), static_cast<std::size_t>((kRows - 1) * (kColumns - 1)));
     std::vector<int> sorted = order;
     std::sort(sorted.begin(), sorted.end());

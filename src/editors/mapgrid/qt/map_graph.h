@@ -26,8 +26,7 @@ class MapGraph : public QWidget {
   Q_OBJECT
 
  public:
-  explicit MapGraph(MapKind kind, QWidget* parent = nullptr,
-                    GraphMode mode = GraphMode::kSurface);
+  explicit MapGraph(MapKind kind, QWidget* parent = nullptr, GraphMode mode = GraphMode::kSurface);
   ~MapGraph() override;
 
   bool Is3D() const { return surface_ != nullptr; }

@@ -33,7 +33,8 @@ QRectF LabelRect(const QFontMetricsF& metrics, const QString& text, QPointF edge
   away = length > 1e-9 ? away / length : QPointF(0, 1);
   const QSizeF size(metrics.horizontalAdvance(text) + 2, metrics.height());
   // Far enough that the text's nearest side keeps `gap` from the edge in the direction away.
-  const double reach = gap + std::abs(away.x()) * size.width() / 2 + std::abs(away.y()) * size.height() / 2;
+  const double reach =
+      gap + std::abs(away.x()) * size.width() / 2 + std::abs(away.y()) * size.height() / 2;
   const QPointF middle = edge_point + away * reach;
   return QRectF(middle - QPointF(size.width() / 2, size.height() / 2), size);
 }
@@ -51,9 +52,8 @@ void MapSurfaceView::SetData(MapGraphData data) {
   data_ = std::move(data);
   if (!data_.values.empty()) {
     const auto [low, high] = std::minmax_element(data_.values.begin(), data_.values.end());
-    value_scale_ =
-        NiceScale(data_.kind == MapKind::kFuel ? std::min(0.0, *low) : *low, *high,
-                  kValueAxisSegments);
+    value_scale_ = NiceScale(data_.kind == MapKind::kFuel ? std::min(0.0, *low) : *low, *high,
+                             kValueAxisSegments);
   }
   Restage();
 }
@@ -148,17 +148,18 @@ std::optional<MapSurfaceView::Marker> MapSurfaceView::PlaceMarker() const {
   Marker marker;
   marker.top = At(view.Project(x, std::clamp(ValueShare(value), 0.0, 1.0), z)) + origin;
   marker.floor = At(view.Project(x, 0.0, z)) + origin;
-  marker.text = QStringLiteral("%1 rpm, %2 %3: %4 %5")
-                    .arg(std::lround(rpm))
-                    .arg(std::lround(load))
-                    .arg(data_.load_unit, ValueText(data_.kind, value),
-                         data_.kind == MapKind::kFuel ? QStringLiteral("ms") : QStringLiteral("deg"));
+  marker.text =
+      QStringLiteral("%1 rpm, %2 %3: %4 %5")
+          .arg(std::lround(rpm))
+          .arg(std::lround(load))
+          .arg(data_.load_unit, ValueText(data_.kind, value),
+               data_.kind == MapKind::kFuel ? QStringLiteral("ms") : QStringLiteral("deg"));
   const QFontMetricsF metrics(font());
   const QRectF label(marker.top + QPointF(9, -9 - metrics.height()),
                      QSizeF(metrics.horizontalAdvance(marker.text) + 8, metrics.height() + 2));
   // Beside the point, kept inside the view.
-  marker.label = label.translated(std::min(0.0, width() - label.right()),
-                                  std::max(0.0, -label.top()));
+  marker.label =
+      label.translated(std::min(0.0, width() - label.right()), std::max(0.0, -label.top()));
   marker.bounds = QRectF(marker.top, marker.floor)
                       .normalized()
                       .adjusted(-8, -8, 8, 8)
@@ -267,26 +268,43 @@ void MapSurfaceView::PaintLabels(QPainter& painter, const SurfaceProjection& vie
   };
   const auto label_row = [&](const QStringList& texts, const std::vector<double>& places,
                              auto to_point, const QString& title) {
-    for (int i = 0; i < texts.size() && i < static_cast<int>(places.size()); ++i) {
+    // Both ends first, so that a crowded axis still shows where it starts and ends.
+    const int count = std::min(static_cast<int>(texts.size()), static_cast<int>(places.size()));
+    std::vector<int> order;
+    if (count > 0) order.push_back(0);
+    if (count > 1) order.push_back(count - 1);
+    for (int i = 1; i + 1 < count; ++i) order.push_back(i);
+    for (const int i : order) {
       const QPointF edge = to_point(places[static_cast<std::size_t>(i)]);
       const QRectF box = LabelRect(metrics, texts[i].trimmed(), edge, centre, gap);
       if (!is_free(box)) continue;
       painter.drawText(box, Qt::AlignCenter, texts[i].trimmed());
       taken.push_back(box);
     }
+    // The title stands beyond the widest label, measured in the direction away from the box.
+    double widest = 0;
+    for (const QString& text : texts) {
+      widest = std::max(widest, metrics.horizontalAdvance(text.trimmed()) + 2);
+    }
     const QPointF middle = to_point(0.5);
-    const QRectF box = LabelRect(metrics, title, middle, centre, gap + metrics.height() * 1.2);
+    const QPointF away = middle - centre;
+    const double length = std::max(std::hypot(away.x(), away.y()), 1e-9);
+    const double labels_reach =
+        std::abs(away.x()) / length * widest + std::abs(away.y()) / length * metrics.height();
+    const QRectF box = LabelRect(metrics, title, middle, centre, 2 * gap + labels_reach);
     painter.drawText(box, Qt::AlignCenter, title);
   };
   std::vector<double> load_places;
   for (const double load : data_.load_axis) load_places.push_back(AxisShare(data_.load_axis, load));
-  label_row(data_.load_labels, load_places,
-            [&](double x) { return At(view.Project(x, 0, near_z)); },
-            QStringLiteral("Load (%1)").arg(data_.load_unit));
+  label_row(
+      data_.load_labels, load_places, [&](double x) { return At(view.Project(x, 0, near_z)); },
+      QStringLiteral("Load (%1)").arg(data_.load_unit));
   std::vector<double> rpm_places;
-  for (const double rpm : data_.rpm_axis) rpm_places.push_back(1.0 - AxisShare(data_.rpm_axis, rpm));
-  label_row(data_.rpm_labels, rpm_places, [&](double z) { return At(view.Project(near_x, 0, z)); },
-            QStringLiteral("RPM"));
+  for (const double rpm : data_.rpm_axis)
+    rpm_places.push_back(1.0 - AxisShare(data_.rpm_axis, rpm));
+  label_row(
+      data_.rpm_labels, rpm_places, [&](double z) { return At(view.Project(near_x, 0, z)); },
+      QStringLiteral("RPM"));
 
   // The value axis stands at whichever outer corner of the far walls lies further out.
   const double far_x = 1 - near_x;
@@ -312,7 +330,8 @@ void MapSurfaceView::PaintLabels(QPainter& painter, const SurfaceProjection& vie
   const QString title = data_.kind == MapKind::kFuel ? QStringLiteral("Injector time (ms)")
                                                      : QStringLiteral("Advance (degrees)");
   const double title_width = metrics.horizontalAdvance(title) + 2;
-  painter.drawText(QRectF(top.x() - title_width / 2, top.y() - metrics.height() * 1.9, title_width, metrics.height()),
+  painter.drawText(QRectF(top.x() - title_width / 2, top.y() - metrics.height() * 1.9, title_width,
+                          metrics.height()),
                    Qt::AlignCenter, title);
 }
 
