@@ -37,10 +37,18 @@ void LinkSession::WireCallbacks() {
       dispatcher_.CommsReceiveDispatch(first_call);
     }
     port_.set_receive_window_ms(upload_.UploadExpected() ? 0 : QtSerialPort::kReceiveWindowMs);
+    // A resting tick wakes with the data: its first tick is now, the next ones follow every
+    // kTimerCommProcessIntervalMs while whole frames wait.
+    if (running_ && !timer_comm_process_.isActive()) {
+      timer_comm_process_.start();
+      Tick();
+    }
     emit DisplayChanged();
   });
+  connect(&port_, &QtSerialPort::Closed, this, &LinkSession::WakeDispatcher);
+  connect(&port_, &QtSerialPort::ClosedOnError, this, &LinkSession::WakeDispatcher);
   connect(&timer_comm_process_, &QTimer::timeout, this, [this] {
-    dispatcher_.TimerCommProcess();
+    Tick();
     emit DisplayChanged();
   });
   connect(&comms_timer_, &QTimer::timeout, this, [this] {
@@ -75,8 +83,23 @@ void LinkSession::WireCallbacks() {
 }
 
 void LinkSession::Start() {
+  running_ = true;
   timer_comm_process_.start();
   comms_timer_.start();
+}
+
+// The tick rests once it could only wait for data (every whole frame taken, at most a part of
+// the next one there) and wakes with the next arrival or a closed port. Its ticks then fall on
+// the arrivals instead of between them: at 60 frames a second the program wakes less than half
+// as often, a frame is taken the moment it is complete, and a backlog still drains at a frame a
+// tick.
+void LinkSession::Tick() {
+  dispatcher_.TimerCommProcess();
+  if (dispatcher_.WaitsForData()) timer_comm_process_.stop();
+}
+
+void LinkSession::WakeDispatcher() {
+  if (running_ && !timer_comm_process_.isActive()) timer_comm_process_.start();
 }
 
 void LinkSession::StartCountsPerMsTimer(StatusLabel& status_label) {
@@ -103,6 +126,7 @@ void LinkSession::ForceUpload() {
 }
 
 void LinkSession::Close() {
+  running_ = false;
   timer_comm_process_.stop();
   comms_timer_.stop();
   upload_timer_.stop();

@@ -83,6 +83,10 @@ class LinkSession : public QObject {
  private:
   void WireCallbacks();
   void OnBlock(const CalibrationImage& image);
+  // One tick of `TimerCommProcess`, after which the timer rests if the dispatcher waits for data.
+  void Tick();
+  // Starts the dispatcher's tick again if it rested (and the link has not been closed).
+  void WakeDispatcher();
 
   QtSerialPort& port_;
   StartupTrace& trace_;
@@ -104,6 +108,7 @@ class LinkSession : public QObject {
   QTimer comms_timer_;
   QTimer upload_timer_;
   QTimer comms_speed_timer_;
+  bool running_ = false;
 };
 
 }  // namespace vela

@@ -90,7 +90,10 @@ QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
   table->setObjectName(kTableNames[index]);
   table->setHorizontalHeaderLabels({"Temperature", "Ohms at Temperature"});
   table->verticalHeader()->hide();
-  table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  // The temperatures take what they need, so that "Ohms at Temperature" stays whole on a
+  // netbook's screen.
+  table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+  table->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
   table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
   table->setToolTip(
       "Resistance of the sensor at each temperature. Editing a cell sends the whole table; the "

@@ -32,6 +32,14 @@ void ReceiveDispatcher::TimerCommProcess() {
   }
 }
 
+bool ReceiveDispatcher::WaitsForData() const {
+  if (!port_.IsOpen()) return false;
+  if (state_.RxPending <= state_.RxThreshold) return true;
+  const std::string& rx_buffer = buffer_.RxBuffer();
+  const std::size_t p = FindStart(rx_buffer);
+  return p == kNone || rx_buffer.find(live::kEndMarker, p) == kNone;
+}
+
 // The Qt side closes the port on its first read or resource error; the tick then finds it
 // closed and opens it again.
 void ReceiveDispatcher::ReopenPort() {

@@ -43,6 +43,11 @@ class ReceiveDispatcher {
   // The dispatcher; `FirstCall` is true on a tick's first call.
   void CommsReceiveDispatch(bool& FirstCall);
 
+  // True when a tick now could only wait for more data: the port is open and either no data is
+  // pending or `RxBuffer` holds no whole or damaged frame ("START" with an "END" after it).
+  // Nothing but the receive event changes that, so the ticks may rest until it runs again.
+  bool WaitsForData() const;
+
   // The port the tick reopens after an error ("CommPort N").
   void SetPortNumber(int port_number) { port_number_ = port_number; }
   // Take a new frame only every `limit`-th whole frame found (1: every frame).

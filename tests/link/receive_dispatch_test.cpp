@@ -130,5 +130,41 @@ TEST(TimerCommProcess, ReopensAClosedPortWithThePinkIndicator) {
   EXPECT_TRUE(rig.periods.empty());
 }
 
+// The ticks rest between arrivals: once the dispatcher waits for data, a further tick would take
+// nothing and leave the buffer as it is; while a whole or damaged frame or a closed port is
+// there, it never rests.
+TEST(TimerCommProcess, RestsOnlyWhenAFurtherTickWouldChangeNothing) {
+  ReceiveRig rig;
+  const std::string third = Frames(1, 3);
+  rig.Receive(Frames(2) + third.substr(0, 20));
+  int ticks = 0;
+  while (!rig.dispatcher.WaitsForData() && ticks < 10) {
+    rig.dispatcher.TimerCommProcess();
+    ++ticks;
+  }
+  EXPECT_EQ(ticks, 2);
+  EXPECT_EQ(rig.periods, (Periods{1, 2}));
+  const std::string waiting = rig.Buffer();
+  const int refreshes = rig.refreshes;
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_EQ(rig.Buffer(), waiting);
+  EXPECT_EQ(rig.refreshes, refreshes);
+  rig.Receive(third.substr(20));
+  EXPECT_FALSE(rig.dispatcher.WaitsForData());
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_EQ(rig.periods, (Periods{1, 2, 3}));
+  EXPECT_TRUE(rig.dispatcher.WaitsForData());
+
+  rig.Buffer() = "START" + std::string(36, '\1') + "END";  // damaged: handlers run every tick
+  EXPECT_FALSE(rig.dispatcher.WaitsForData());
+  rig.Buffer().clear();
+  rig.port.open = false;  // the tick reopens it
+  EXPECT_FALSE(rig.dispatcher.WaitsForData());
+  rig.port.open = true;
+  rig.state.RxPending = 0;  // not connected: a tick does nothing
+  rig.Buffer() = Frames(1);
+  EXPECT_TRUE(rig.dispatcher.WaitsForData());
+}
+
 }  // namespace
 }  // namespace vela::receive_testing

@@ -48,7 +48,9 @@ bool QtSerialPort::Open(int port_number) {
 
 void QtSerialPort::Close() {
   receive_window_.stop();
-  if (port_.isOpen()) port_.close();
+  if (!port_.isOpen()) return;
+  port_.close();
+  emit Closed();
 }
 
 bool QtSerialPort::PolledWindows() const {

@@ -54,6 +54,8 @@ class QtSerialPort : public QObject, public SerialPort {
  signals:
   void DataReceived();
   void ClosedOnError(const QString& reason);
+  // The port was open and is now closed, for whatever reason (Close or an error).
+  void Closed();
 
  private:
   void OnError(QSerialPort::SerialPortError error);
