@@ -77,6 +77,9 @@ QWidget* SensorSetupPage::BuildMapOptions() {
   return box;
 }
 
+// Room either side of a header text, as the style draws it.
+constexpr int kHeaderTextPadding = 5;
+
 QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
   const auto index = static_cast<std::size_t>(which);
   QGroupBox* box = MakeBox(this, QString(kTableNames[index]) + "Box", kTitles[index]);
@@ -112,6 +115,9 @@ QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
     table->setItem(row, 1, value);
   }
   table->setMinimumHeight(table->verticalHeader()->defaultSectionSize() * (kSensorPoints + 2) + 4);
+  const QFontMetrics header_metrics(table->horizontalHeader()->font());
+  table->setMinimumWidth(header_metrics.horizontalAdvance("Temperature  Ohms at Temperature") +
+                         4 * kHeaderTextPadding + 2 * table->frameWidth());
   connect(table, &QTableWidget::itemChanged, this, [this, which](QTableWidgetItem* item) {
     if (!filling_ && item->column() == 1 && item->row() < kSensorPoints) {
       CellEdited(which, item->row());
