@@ -60,6 +60,8 @@ void MapSurfaceView::SetData(MapGraphData data) {
 
 void MapSurfaceView::SetMarker(std::optional<OperatingPoint> point) {
   point_ = point;
+  // A hidden graph places its point when it is shown.
+  if (!isVisible()) return;
   const std::optional<Marker> placed = PlaceMarker();
   const bool same = placed.has_value() == marker_.has_value() &&
                     (!placed || (placed->top.toPoint() == marker_->top.toPoint() &&
@@ -79,6 +81,8 @@ void MapSurfaceView::SetAngles(ViewAngles angles) {
 
 void MapSurfaceView::Restage() {
   scene_stale_ = true;
+  box_area_ = BoxArea();
+  view_ = SurfaceProjection(angles_, box_area_.width(), box_area_.height());
   marker_ = PlaceMarker();
   marker_text_ = marker_ ? marker_->text : QString();
   update();
@@ -93,11 +97,6 @@ QRectF MapSurfaceView::BoxArea() const {
                 std::max(height() - top - bottom, 10.0));
 }
 
-SurfaceProjection MapSurfaceView::Projection() const {
-  const QRectF area = BoxArea();
-  return SurfaceProjection(angles_, area.width(), area.height());
-}
-
 double MapSurfaceView::ValueShare(double value) const {
   const double span = value_scale_.max - value_scale_.min;
   return span > 0 ? (value - value_scale_.min) / span : 0.5;
@@ -106,6 +105,16 @@ double MapSurfaceView::ValueShare(double value) const {
 void MapSurfaceView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   Restage();
+}
+
+void MapSurfaceView::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  Restage();
+}
+
+void MapSurfaceView::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::FontChange) Restage();
 }
 
 void MapSurfaceView::paintEvent(QPaintEvent*) {
@@ -141,8 +150,8 @@ std::optional<MapSurfaceView::Marker> MapSurfaceView::PlaceMarker() const {
   const double rpm = AxisAt(data_.rpm_axis, row);
   const double load = AxisAt(data_.load_axis, column);
   const double value = ValueBetween(data_.values, kMapRows, data_.sites, row, column);
-  const SurfaceProjection view = Projection();
-  const QPointF origin = BoxArea().topLeft();
+  const SurfaceProjection& view = view_;
+  const QPointF origin = box_area_.topLeft();
   const double x = AxisShare(data_.load_axis, load);
   const double z = 1.0 - AxisShare(data_.rpm_axis, rpm);
   Marker marker;
@@ -171,8 +180,8 @@ void MapSurfaceView::PaintScene(QPainter& painter) const {
   painter.fillRect(rect(), palette().window());
   if (data_.sites <= 0 || data_.values.empty()) return;
   painter.setRenderHint(QPainter::Antialiasing);
-  const SurfaceProjection view = Projection();
-  painter.translate(BoxArea().topLeft());
+  const SurfaceProjection& view = view_;
+  painter.translate(box_area_.topLeft());
   PaintFloorAndWalls(painter, view);
   PaintSurface(painter, view);
   PaintLabels(painter, view);

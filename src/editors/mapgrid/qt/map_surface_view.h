@@ -33,6 +33,8 @@ class MapSurfaceView : public QWidget {
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+  void changeEvent(QEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
@@ -47,7 +49,6 @@ class MapSurfaceView : public QWidget {
     QRectF bounds;  // everything the mark paints
   };
 
-  SurfaceProjection Projection() const;
   QRectF BoxArea() const;
   double ValueShare(double value) const;
   void PaintScene(QPainter& painter) const;
@@ -63,6 +64,9 @@ class MapSurfaceView : public QWidget {
   std::optional<Marker> marker_;
   QString marker_text_;
   ViewAngles angles_;
+  // Worked out again whenever the size, the font or the view changes.
+  QRectF box_area_;
+  SurfaceProjection view_{ViewAngles{}, 1.0, 1.0};
   QPixmap scene_;
   bool scene_stale_ = true;
   std::optional<QPointF> drag_from_;
