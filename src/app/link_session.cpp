@@ -39,14 +39,11 @@ void LinkSession::WireCallbacks() {
     port_.set_receive_window_ms(upload_.UploadExpected() ? 0 : QtSerialPort::kReceiveWindowMs);
     // A resting tick wakes with the data: its first tick is now, the next ones follow every
     // kTimerCommProcessIntervalMs while whole frames wait.
-    if (running_ && !timer_comm_process_.isActive()) {
-      timer_comm_process_.start();
-      Tick();
-    }
+    if (WakeDispatcher()) Tick();
     emit DisplayChanged();
   });
-  connect(&port_, &QtSerialPort::Closed, this, &LinkSession::WakeDispatcher);
-  connect(&port_, &QtSerialPort::ClosedOnError, this, &LinkSession::WakeDispatcher);
+  // A closed port wakes it too: the tick opens the port again.
+  connect(&port_, &QtSerialPort::Closed, this, [this] { WakeDispatcher(); });
   connect(&timer_comm_process_, &QTimer::timeout, this, [this] {
     Tick();
     emit DisplayChanged();
@@ -98,8 +95,10 @@ void LinkSession::Tick() {
   if (dispatcher_.WaitsForData()) timer_comm_process_.stop();
 }
 
-void LinkSession::WakeDispatcher() {
-  if (running_ && !timer_comm_process_.isActive()) timer_comm_process_.start();
+bool LinkSession::WakeDispatcher() {
+  if (!running_ || timer_comm_process_.isActive()) return false;
+  timer_comm_process_.start();
+  return true;
 }
 
 void LinkSession::StartCountsPerMsTimer(StatusLabel& status_label) {

@@ -85,8 +85,9 @@ class LinkSession : public QObject {
   void OnBlock(const CalibrationImage& image);
   // One tick of `TimerCommProcess`, after which the timer rests if the dispatcher waits for data.
   void Tick();
-  // Starts the dispatcher's tick again if it rested (and the link has not been closed).
-  void WakeDispatcher();
+  // Starts the dispatcher's tick again if it rested (and the link has not been closed); true
+  // when it did.
+  bool WakeDispatcher();
 
   QtSerialPort& port_;
   StartupTrace& trace_;

@@ -17,6 +17,16 @@ std::size_t FindStart(const std::string& buffer) {
   return st == kNone ? kNone : buffer.find(live::kStartMarker, st);
 }
 
+// The first frame's edges: its "START" and the first "END" after it (either kNone).
+struct FrameEdges {
+  std::size_t start;
+  std::size_t end;
+};
+FrameEdges FindFrame(const std::string& buffer) {
+  const std::size_t p = FindStart(buffer);
+  return {p, p == kNone ? kNone : buffer.find(live::kEndMarker, p)};
+}
+
 }  // namespace
 
 void ReceiveDispatcher::TimerCommProcess() {
@@ -35,9 +45,7 @@ void ReceiveDispatcher::TimerCommProcess() {
 bool ReceiveDispatcher::WaitsForData() const {
   if (!port_.IsOpen()) return false;
   if (state_.RxPending <= state_.RxThreshold) return true;
-  const std::string& rx_buffer = buffer_.RxBuffer();
-  const std::size_t p = FindStart(rx_buffer);
-  return p == kNone || rx_buffer.find(live::kEndMarker, p) == kNone;
+  return FindFrame(buffer_.RxBuffer()).end == kNone;
 }
 
 // The Qt side closes the port on its first read or resource error; the tick then finds it
@@ -72,8 +80,7 @@ void ReceiveDispatcher::Dispatch() {
   if (upload_.ReplyIncomplete(rx_buffer)) return;
   rx_frame_length_ = live::kStartToEnd;
 
-  const std::size_t p = FindStart(rx_buffer);
-  const std::size_t q = p == kNone ? kNone : rx_buffer.find(live::kEndMarker, p);
+  const auto [p, q] = FindFrame(rx_buffer);
   if (p != kNone && q != kNone && q - p == rx_frame_length_) {
     TakeWholeFrame(rx_buffer, p);
   } else if (p != kNone && q != kNone) {

@@ -32,7 +32,7 @@ QString QtSerialPort::DeviceFor(int port_number) const {
 }
 
 bool QtSerialPort::Open(int port_number) {
-  if (port_.isOpen()) port_.close();
+  Close();
   port_.setPortName(DeviceFor(port_number));
   port_.setBaudRate(QSerialPort::Baud115200);
   port_.setDataBits(QSerialPort::Data8);
@@ -46,11 +46,13 @@ bool QtSerialPort::Open(int port_number) {
   return true;
 }
 
-void QtSerialPort::Close() {
+void QtSerialPort::Close() { CloseWith(QString()); }
+
+void QtSerialPort::CloseWith(const QString& reason) {
   receive_window_.stop();
   if (!port_.isOpen()) return;
   port_.close();
-  emit Closed();
+  emit Closed(reason);
 }
 
 bool QtSerialPort::PolledWindows() const {
@@ -110,7 +112,7 @@ void QtSerialPort::OnWindowEnd() {
   QString why;
   const long waiting = SystemBytesWaiting(&why);
   if (waiting < 0) {
-    FailLine(why);
+    CloseWith(why);
     return;
   }
   if (waiting > 0 || port_.bytesAvailable() > 0) emit DataReceived();
@@ -136,12 +138,6 @@ long QtSerialPort::SystemBytesWaiting(QString* why) const {
   (void)why;
   return 0;
 #endif
-}
-
-void QtSerialPort::FailLine(const QString& reason) {
-  receive_window_.stop();
-  port_.close();
-  emit ClosedOnError(reason);
 }
 
 bool QtSerialPort::IsOpen() const { return port_.isOpen(); }
@@ -214,10 +210,7 @@ bool QtSerialPort::WriteByte(std::uint8_t byte) {
 
 void QtSerialPort::OnError(QSerialPort::SerialPortError error) {
   if (error != QSerialPort::ReadError && error != QSerialPort::ResourceError) return;
-  if (!port_.isOpen()) return;
-  const QString reason = port_.errorString();
-  port_.close();
-  emit ClosedOnError(reason);
+  CloseWith(port_.errorString());
 }
 
 }  // namespace vela

@@ -53,9 +53,9 @@ class QtSerialPort : public QObject, public SerialPort {
 
  signals:
   void DataReceived();
-  void ClosedOnError(const QString& reason);
-  // The port was open and is now closed, for whatever reason (Close or an error).
-  void Closed();
+  // The port was open and is now closed: by Close or Open (`reason` empty), or by a read or
+  // resource error or a hung-up line (`reason` says which).
+  void Closed(const QString& reason);
 
  private:
   void OnError(QSerialPort::SerialPortError error);
@@ -67,7 +67,8 @@ class QtSerialPort : public QObject, public SerialPort {
   void StartReceiving();
   // Bytes in the system's buffer; -1 when the line has hung up or failed (`why` says how).
   long SystemBytesWaiting(QString* why) const;
-  void FailLine(const QString& reason);
+  // Closes the port if it is open and tells of it.
+  void CloseWith(const QString& reason);
 
   bool windows_names_;
   QString device_override_;

@@ -38,6 +38,19 @@ std::vector<double> LoadPoints(const MapGridModel& grid, int sites) {
 
 }  // namespace
 
+QColor RampQColor(double fraction) {
+  const Rgb rgb = RampColour(fraction);
+  return QColor(rgb.red, rgb.green, rgb.blue);
+}
+
+QString GraphValueText(MapKind kind, double value) {
+  return QString::number(value, 'f', kind == MapKind::kFuel ? 2 : 1);
+}
+
+QString GraphValueUnit(MapKind kind) {
+  return kind == MapKind::kFuel ? QStringLiteral("ms") : QStringLiteral("deg");
+}
+
 MapGraphData GraphDataOf(const MapGridModel& grid, int max_sites) {
   MapGraphData data;
   data.kind = grid.Kind();

@@ -1,6 +1,7 @@
 // What a map graph draws: a copy of a grid's values and axes, taken whenever the grid changes.
 #pragma once
 
+#include <QColor>
 #include <QString>
 #include <QStringList>
 #include <vector>
@@ -29,6 +30,12 @@ struct MapGraphData {
     return fractions[static_cast<std::size_t>((row - 1) * sites + column - 1)];
   }
 };
+
+// What both views of the graph show alike: a value's colour on the grid's ramp, a value as text
+// (fuel in ms with two decimals, ignition in degrees with one) and its unit ("ms", "deg").
+QColor RampQColor(double fraction);
+QString GraphValueText(MapKind kind, double value);
+QString GraphValueUnit(MapKind kind);
 
 // A copy of `grid` with at most `max_sites` columns (all of them when 0 or less). Axes fall back
 // to the standard RPM sites and to the column numbers when the labels do not run in order.

@@ -5,19 +5,6 @@
 
 namespace vela {
 
-namespace {
-
-QColor FullColour(double fraction) {
-  const Rgb rgb = RampColour(fraction);
-  return QColor(rgb.red, rgb.green, rgb.blue);
-}
-
-QString ValueText(const MapGraphData& data, double value) {
-  return QString::number(value, 'f', data.kind == MapKind::kFuel ? 2 : 1);
-}
-
-}  // namespace
-
 MapHeatView::MapHeatView(QWidget* parent) : QWidget(parent) {
   setAttribute(Qt::WA_OpaquePaintEvent);
   setMinimumSize(160, 120);
@@ -62,10 +49,10 @@ void MapHeatView::PaintCells(QPainter& painter, const QRectF& area) const {
     for (int column = 1; column <= data_.sites; ++column) {
       const QRectF cell(area.left() + (column - 1) * cell_width,
                         area.top() + (row - 1) * cell_height, cell_width, cell_height);
-      painter.fillRect(cell, FullColour(data_.FractionAt(row, column)));
+      painter.fillRect(cell, RampQColor(data_.FractionAt(row, column)));
       if (!with_text) continue;
       painter.setPen(QColor(20, 20, 20));
-      painter.drawText(cell, Qt::AlignCenter, ValueText(data_, data_.At(row, column)));
+      painter.drawText(cell, Qt::AlignCenter, GraphValueText(data_.kind, data_.At(row, column)));
     }
   }
   painter.setPen(QPen(QColor(255, 255, 255, 110), 1));
@@ -96,7 +83,7 @@ void MapHeatView::PaintAxes(QPainter& painter, const QRectF& area) const {
                        metrics.height());
     painter.drawText(label, Qt::AlignCenter, data_.load_labels.value(column - 1));
   }
-  const QString units = data_.kind == MapKind::kFuel ? QStringLiteral("ms") : QStringLiteral("deg");
+  const QString units = GraphValueUnit(data_.kind);
   painter.drawText(
       QRectF(area.left(), area.bottom() + metrics.height() + 2, area.width(), metrics.height()),
       Qt::AlignCenter,

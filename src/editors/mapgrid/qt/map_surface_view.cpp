@@ -2,7 +2,6 @@
 
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <algorithm>
 #include <cmath>
 
@@ -14,16 +13,7 @@ constexpr int kValueAxisSegments = 5;
 constexpr double kDegreesPerPixelTurned = 0.5;
 constexpr double kDegreesPerPixelTilted = 0.3;
 
-QColor ColourOf(double fraction, int alpha = 255) {
-  const Rgb rgb = RampColour(fraction);
-  return QColor(rgb.red, rgb.green, rgb.blue, alpha);
-}
-
 QPointF At(const ScreenPoint& p) { return {p.x, p.y}; }
-
-QString ValueText(MapKind kind, double value) {
-  return QString::number(value, 'f', kind == MapKind::kFuel ? 2 : 1);
-}
 
 // `text` centred `gap` beyond `edge_point`, away from `centre`.
 QRectF LabelRect(const QFontMetricsF& metrics, const QString& text, QPointF edge_point,
@@ -50,6 +40,10 @@ MapSurfaceView::MapSurfaceView(QWidget* parent) : QWidget(parent) {
 
 void MapSurfaceView::SetData(MapGraphData data) {
   data_ = std::move(data);
+  load_x_.clear();
+  for (const double load : data_.load_axis) load_x_.push_back(AxisShare(data_.load_axis, load));
+  rpm_z_.clear();
+  for (const double rpm : data_.rpm_axis) rpm_z_.push_back(1.0 - AxisShare(data_.rpm_axis, rpm));
   if (!data_.values.empty()) {
     const auto [low, high] = std::minmax_element(data_.values.begin(), data_.values.end());
     value_scale_ = NiceScale(data_.kind == MapKind::kFuel ? std::min(0.0, *low) : *low, *high,
@@ -70,7 +64,6 @@ void MapSurfaceView::SetMarker(std::optional<OperatingPoint> point) {
   QRectF dirty = marker_ ? marker_->bounds : QRectF();
   if (placed) dirty = dirty.united(placed->bounds);
   marker_ = placed;
-  marker_text_ = placed ? placed->text : QString();
   update(dirty.toAlignedRect());
 }
 
@@ -84,7 +77,6 @@ void MapSurfaceView::Restage() {
   box_area_ = BoxArea();
   view_ = SurfaceProjection(angles_, box_area_.width(), box_area_.height());
   marker_ = PlaceMarker();
-  marker_text_ = marker_ ? marker_->text : QString();
   update();
 }
 
@@ -150,19 +142,17 @@ std::optional<MapSurfaceView::Marker> MapSurfaceView::PlaceMarker() const {
   const double rpm = AxisAt(data_.rpm_axis, row);
   const double load = AxisAt(data_.load_axis, column);
   const double value = ValueBetween(data_.values, kMapRows, data_.sites, row, column);
-  const SurfaceProjection& view = view_;
   const QPointF origin = box_area_.topLeft();
   const double x = AxisShare(data_.load_axis, load);
   const double z = 1.0 - AxisShare(data_.rpm_axis, rpm);
   Marker marker;
-  marker.top = At(view.Project(x, std::clamp(ValueShare(value), 0.0, 1.0), z)) + origin;
-  marker.floor = At(view.Project(x, 0.0, z)) + origin;
+  marker.top = At(view_.Project(x, std::clamp(ValueShare(value), 0.0, 1.0), z)) + origin;
+  marker.floor = At(view_.Project(x, 0.0, z)) + origin;
   marker.text =
       QStringLiteral("%1 rpm, %2 %3: %4 %5")
           .arg(std::lround(rpm))
           .arg(std::lround(load))
-          .arg(data_.load_unit, ValueText(data_.kind, value),
-               data_.kind == MapKind::kFuel ? QStringLiteral("ms") : QStringLiteral("deg"));
+          .arg(data_.load_unit, GraphValueText(data_.kind, value), GraphValueUnit(data_.kind));
   const QFontMetricsF metrics(font());
   const QRectF label(marker.top + QPointF(9, -9 - metrics.height()),
                      QSizeF(metrics.horizontalAdvance(marker.text) + 8, metrics.height() + 2));
@@ -180,16 +170,16 @@ void MapSurfaceView::PaintScene(QPainter& painter) const {
   painter.fillRect(rect(), palette().window());
   if (data_.sites <= 0 || data_.values.empty()) return;
   painter.setRenderHint(QPainter::Antialiasing);
-  const SurfaceProjection& view = view_;
   painter.translate(box_area_.topLeft());
-  PaintFloorAndWalls(painter, view);
-  PaintSurface(painter, view);
-  PaintLabels(painter, view);
+  PaintFloorAndWalls(painter);
+  PaintSurface(painter);
+  PaintLabels(painter);
 }
 
 // The floor with a line at every site, and the two far walls with a line at every step of the
 // value axis.
-void MapSurfaceView::PaintFloorAndWalls(QPainter& painter, const SurfaceProjection& view) const {
+void MapSurfaceView::PaintFloorAndWalls(QPainter& painter) const {
+  const SurfaceProjection& view = view_;
   const auto [near_x, near_z] = view.NearestFloorCorner();
   const double far_x = 1 - near_x;
   const double far_z = 1 - near_z;
@@ -206,12 +196,10 @@ void MapSurfaceView::PaintFloorAndWalls(QPainter& painter, const SurfaceProjecti
   quad({{{far_x, 0, 0}, {far_x, 1, 0}, {far_x, 1, 1}, {far_x, 0, 1}}});
   quad({{{0, 0, far_z}, {1, 0, far_z}, {1, 1, far_z}, {0, 1, far_z}}});
   painter.setPen(QPen(palette().midlight().color(), 1));
-  for (const double load : data_.load_axis) {
-    const double x = AxisShare(data_.load_axis, load);
+  for (const double x : load_x_) {
     painter.drawLine(At(view.Project(x, 0, 0)), At(view.Project(x, 0, 1)));
   }
-  for (const double rpm : data_.rpm_axis) {
-    const double z = 1.0 - AxisShare(data_.rpm_axis, rpm);
+  for (const double z : rpm_z_) {
     painter.drawLine(At(view.Project(0, 0, z)), At(view.Project(1, 0, z)));
   }
   for (int step = 1; step <= value_scale_.segments; ++step) {
@@ -221,17 +209,15 @@ void MapSurfaceView::PaintFloorAndWalls(QPainter& painter, const SurfaceProjecti
   }
 }
 
-void MapSurfaceView::PaintSurface(QPainter& painter, const SurfaceProjection& view) const {
+void MapSurfaceView::PaintSurface(QPainter& painter) const {
   const int rows = kMapRows;
   const int columns = data_.sites;
   std::vector<ScreenPoint> points;
   points.reserve(static_cast<std::size_t>(rows * columns));
   for (int row = 1; row <= rows; ++row) {
-    const double z = 1.0 - AxisShare(data_.rpm_axis, data_.rpm_axis[row - 1]);
     for (int column = 1; column <= columns; ++column) {
-      const double x = AxisShare(data_.load_axis, data_.load_axis[column - 1]);
       const double y = std::clamp(ValueShare(data_.At(row, column)), 0.0, 1.0);
-      points.push_back(view.Project(x, y, z));
+      points.push_back(view_.Project(load_x_[column - 1], y, rpm_z_[row - 1]));
     }
   }
   if (columns < 2) {
@@ -253,7 +239,7 @@ void MapSurfaceView::PaintSurface(QPainter& painter, const SurfaceProjection& vi
         (data_.FractionAt(row + 1, column + 1) + data_.FractionAt(row + 1, column + 2) +
          data_.FractionAt(row + 2, column + 1) + data_.FractionAt(row + 2, column + 2)) /
         4.0;
-    painter.setBrush(ColourOf(fraction));
+    painter.setBrush(RampQColor(fraction));
     const QPointF corners[] = {point(row, column), point(row, column + 1),
                                point(row + 1, column + 1), point(row + 1, column)};
     painter.drawPolygon(corners, 4);
@@ -263,7 +249,8 @@ void MapSurfaceView::PaintSurface(QPainter& painter, const SurfaceProjection& vi
 // Load labels along the near floor edge that runs with load, RPM labels along the one that runs
 // with RPM, value labels up the outer edge of the far walls; a label that would overlap one
 // already drawn is left out.
-void MapSurfaceView::PaintLabels(QPainter& painter, const SurfaceProjection& view) const {
+void MapSurfaceView::PaintLabels(QPainter& painter) const {
+  const SurfaceProjection& view = view_;
   const auto [near_x, near_z] = view.NearestFloorCorner();
   const QFontMetricsF metrics(font());
   const double gap = 4;
@@ -303,16 +290,11 @@ void MapSurfaceView::PaintLabels(QPainter& painter, const SurfaceProjection& vie
     const QRectF box = LabelRect(metrics, title, middle, centre, 2 * gap + labels_reach);
     painter.drawText(box, Qt::AlignCenter, title);
   };
-  std::vector<double> load_places;
-  for (const double load : data_.load_axis) load_places.push_back(AxisShare(data_.load_axis, load));
   label_row(
-      data_.load_labels, load_places, [&](double x) { return At(view.Project(x, 0, near_z)); },
+      data_.load_labels, load_x_, [&](double x) { return At(view.Project(x, 0, near_z)); },
       QStringLiteral("Load (%1)").arg(data_.load_unit));
-  std::vector<double> rpm_places;
-  for (const double rpm : data_.rpm_axis)
-    rpm_places.push_back(1.0 - AxisShare(data_.rpm_axis, rpm));
   label_row(
-      data_.rpm_labels, rpm_places, [&](double z) { return At(view.Project(near_x, 0, z)); },
+      data_.rpm_labels, rpm_z_, [&](double z) { return At(view.Project(near_x, 0, z)); },
       QStringLiteral("RPM"));
 
   // The value axis stands at whichever outer corner of the far walls lies further out.

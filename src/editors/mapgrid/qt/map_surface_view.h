@@ -26,7 +26,7 @@ class MapSurfaceView : public QWidget {
   ViewAngles Angles() const { return angles_; }
 
   // What the live point's label says ("3720 rpm, 62 kPa: 6.51 ms"), empty without a point.
-  QString MarkerText() const { return marker_text_; }
+  QString MarkerText() const { return marker_ ? marker_->text : QString(); }
 
   QSize sizeHint() const override { return {420, 300}; }
 
@@ -52,17 +52,19 @@ class MapSurfaceView : public QWidget {
   QRectF BoxArea() const;
   double ValueShare(double value) const;
   void PaintScene(QPainter& painter) const;
-  void PaintFloorAndWalls(QPainter& painter, const SurfaceProjection& view) const;
-  void PaintSurface(QPainter& painter, const SurfaceProjection& view) const;
-  void PaintLabels(QPainter& painter, const SurfaceProjection& view) const;
+  void PaintFloorAndWalls(QPainter& painter) const;
+  void PaintSurface(QPainter& painter) const;
+  void PaintLabels(QPainter& painter) const;
   std::optional<Marker> PlaceMarker() const;
   void Restage();
 
   MapGraphData data_;
+  // Where each load site and RPM site stands in the box (x and z, 0 to 1), taken with the data.
+  std::vector<double> load_x_;
+  std::vector<double> rpm_z_;
   AxisScale value_scale_{0.0, 1.0, 1};
   std::optional<OperatingPoint> point_;
   std::optional<Marker> marker_;
-  QString marker_text_;
   ViewAngles angles_;
   // Worked out again whenever the size, the font or the view changes.
   QRectF box_area_;
