@@ -1,17 +1,24 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and a headless run need.
 # Safe to run again: it asks apt only for what is missing. With --fuzz it also installs clang and
-# its fuzzing and sanitizer runtimes, which only `make fuzz` needs.
+# its fuzzing and sanitizer runtimes, which only `make fuzz` needs; with --list it only prints the
+# packages it would see to (scripts/check-packages.sh compares the build against that list).
 set -euo pipefail
 
 packages=(
-  cmake make g++ pkg-config
+  cmake make ninja-build g++ pkg-config
   qt6-base-dev qt6-serialport-dev qt6-charts-dev
+  # Qt Charts' CMake package needs Qt's OpenGL module, which qt6-base-dev only recommends.
+  libqt6opengl6-dev
   libgl1-mesa-dev libgl1-mesa-dri
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth fonts-dejavu-core
 )
 if [ "${1:-}" = "--fuzz" ]; then packages+=(clang-14 libclang-rt-14-dev); fi
+if [ "${1:-}" = "--list" ]; then
+  echo "${packages[*]}"
+  exit 0
+fi
 
 missing=()
 for p in "${packages[@]}"; do
