@@ -8,13 +8,17 @@ FUZZ_CXX ?= clang++-14
 FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?= receive apply-image map-file setup-file
 
-.PHONY: deps configure build run test bench clean fuzz
+.PHONY: deps configure build build-bench check-packages run test bench clean fuzz
 
 deps:
 	bash scripts/install-deps.sh
 
+# Ninja: on this kind of machine every process start is dear, and the Makefile generator starts
+# several per object. A build folder made by another generator is made anew.
 configure: deps
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	@if [ -f $(BUILD)/CMakeCache.txt ] && ! grep -qx 'CMAKE_GENERATOR:INTERNAL=Ninja' $(BUILD)/CMakeCache.txt; then \
+	  echo "$(BUILD) was made by another generator: making it anew"; rm -rf $(BUILD); fi
+	cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
@@ -24,10 +28,20 @@ run: configure
 	cmake --build $(BUILD) -j $(JOBS) --target morvane-vela
 	bash scripts/run.sh $(BUILD)/src/app/morvane-vela $(ARGS)
 
+# The GUI tests mostly wait on the simulated ECU's real-time link, each on an X server of its own,
+# so more of them run at once than there are cores.
+TEST_JOBS ?= $(shell echo $$(( $(JOBS) * 3 )))
 test: build
-	cd $(BUILD) && xvfb-run -a -s "-screen 0 1600x1000x24" ctest --output-on-failure -j $(JOBS)
+	cd $(BUILD) && ctest --output-on-failure -j $(TEST_JOBS)
 
-bench: build
+build-bench: configure
+	cmake --build $(BUILD) -j $(JOBS) --target vela-benches
+
+# Fails when the build read a Debian package that scripts/install-deps.sh does not bring.
+check-packages: build build-bench
+	bash scripts/check-packages.sh $(BUILD)
+
+bench: build build-bench
 	$(BUILD)/bench/vela-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu 10
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --pages 5

@@ -178,3 +178,5 @@ void CompensationPage::showEvent(QShowEvent* event) {
 }
 
 }  // namespace vela
+
+#include "moc_compensation_page.cpp"

@@ -145,3 +145,5 @@ void DataPage::ShowStatus(const LiveData& live, bool live_tuning, bool connected
 }
 
 }  // namespace vela
+
+#include "moc_data_page.cpp"

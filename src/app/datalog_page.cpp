@@ -428,3 +428,5 @@ QString DatalogPage::FuelCellText(double time) const {
 double DatalogPage::TimeScale() const { return parts_.setup.settings.datalog_time_scale; }
 
 }  // namespace vela
+
+#include "moc_datalog_page.cpp"

@@ -254,3 +254,5 @@ void EditorSession::SetMapSelection(int choice) {
 }
 
 }  // namespace vela
+
+#include "moc_editor_session.cpp"

@@ -62,3 +62,5 @@ void FaultMonitor::Announce(int code) {
 }
 
 }  // namespace vela
+
+#include "moc_fault_monitor.cpp"

@@ -155,3 +155,5 @@ void FaultPanel::ShowSeen() {
 }
 
 }  // namespace vela
+
+#include "moc_fault_panel.cpp"

@@ -56,3 +56,5 @@ void FormSpare::Complete() {
 }
 
 }  // namespace vela
+
+#include "moc_form_spare.cpp"

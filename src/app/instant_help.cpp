@@ -105,3 +105,5 @@ bool InstantHelp::eventFilter(QObject* watched, QEvent* event) {
 }
 
 }  // namespace vela
+
+#include "moc_instant_help.cpp"

@@ -169,3 +169,5 @@ void InputsPage::showEvent(QShowEvent* event) {
 }
 
 }  // namespace vela
+
+#include "moc_io_pages.cpp"

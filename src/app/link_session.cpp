@@ -140,3 +140,5 @@ bool LinkSession::LineReady() const {
 }
 
 }  // namespace vela
+
+#include "moc_link_session.cpp"

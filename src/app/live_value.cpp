@@ -45,3 +45,5 @@ void LiveValue::paintEvent(QPaintEvent*) {
 }
 
 }  // namespace vela
+
+#include "moc_live_value.cpp"

@@ -36,3 +36,5 @@ LiveLoad LiveView::Load() const {
 bool LiveView::Live() const { return LinkConnected(link_.state()); }
 
 }  // namespace vela
+
+#include "moc_live_view.cpp"

@@ -427,3 +427,5 @@ void MainSetupPage::ShowEditors() {
 }
 
 }  // namespace vela
+
+#include "moc_main_setup_page.cpp"

@@ -606,3 +606,5 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
 }
 
 }  // namespace vela
+
+#include "moc_main_window.cpp"

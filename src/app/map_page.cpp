@@ -168,3 +168,5 @@ void MapPage::ShowDuty(double percent) {
 }
 
 }  // namespace vela
+
+#include "moc_map_page.cpp"

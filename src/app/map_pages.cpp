@@ -185,3 +185,5 @@ void MapPages::ShowDuty(int index) {
 }
 
 }  // namespace vela
+
+#include "moc_map_pages.cpp"

@@ -47,3 +47,5 @@ void RawFieldPanel::ShowEditors() {
 }
 
 }  // namespace vela
+
+#include "moc_raw_field_panel.cpp"

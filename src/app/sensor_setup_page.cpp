@@ -305,3 +305,5 @@ void SensorSetupPage::ShowLanguage(bool english) {
 }
 
 }  // namespace vela
+
+#include "moc_sensor_setup_page.cpp"

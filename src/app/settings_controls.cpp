@@ -268,3 +268,5 @@ void SettingsControls::ShowSettings() {
 }
 
 }  // namespace vela
+
+#include "moc_settings_controls.cpp"

@@ -82,3 +82,5 @@ void SetupPages::InstantHelpChanged() { help_->UpdateVisibility(); }
 void SetupPages::LanguageChanged(bool english) { sensor_setup_->ShowLanguage(english); }
 
 }  // namespace vela
+
+#include "moc_setup_pages.cpp"

@@ -196,3 +196,5 @@ std::vector<RawFieldEditor*> AddRawGroup(
 }
 
 }  // namespace vela
+
+#include "moc_setup_widgets.cpp"

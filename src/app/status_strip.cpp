@@ -192,3 +192,5 @@ void StatusStrip::ShowStartupText(const QString& text) {
 }
 
 }  // namespace vela
+
+#include "moc_status_strip.cpp"

@@ -111,4 +111,7 @@ consteval SetupField SetupFieldNamed(std::string_view name) {
   return *field;
 }
 
+// The image position of a field the program names in its own code.
+consteval int FieldPos(std::string_view name) { return SetupFieldNamed(name).position; }
+
 }  // namespace vela

@@ -12,7 +12,6 @@ namespace vela {
 
 namespace {
 
-consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
 
 template <std::size_t N>
 std::array<std::uint8_t, N> BytesAt(const CalibrationImage& image, int first) {
@@ -53,12 +52,12 @@ MapValues ReadIgnGrid(const CalibrationImage& image, int sites) {
 
 void ApplyEcuNumber(const CalibrationImage& image, EditorState& state) {
   state.version.EcuNumber = image.EcuNumber();
-  state.io.GpiAux[1] = image.Byte(Pos("GpiAux") + 1);
+  state.io.GpiAux[1] = image.Byte(FieldPos("GpiAux") + 1);
 }
 
 void ApplyCylindersAndRpmSites(const CalibrationImage& image, EditorState& state) {
-  state.setup.Cylinders = image.Byte(Pos("Cylinders"));
-  state.setup.ComboSiteRPM = image.Byte(Pos("RpmSitesSetup"));
+  state.setup.Cylinders = image.Byte(FieldPos("Cylinders"));
+  state.setup.ComboSiteRPM = image.Byte(FieldPos("RpmSitesSetup"));
   RunStepChecks(3, image, state);
 }
 
@@ -80,7 +79,7 @@ void ApplyFuelSites(const CalibrationImage& image, EditorState& state) {
 void ApplyMaps(const CalibrationImage& image, EditorState& state) {
   state.maps.FuelMap1 = ReadFuelGrid(image, kFuelMap1Start, state.maps.FuelLoadSites);
   state.maps.FuelMap2 = ReadFuelGrid(image, kFuelMap2Start, state.maps.FuelLoadSites);
-  state.setup.TriggerOffset = image.Byte(Pos("TriggerOffset"));
+  state.setup.TriggerOffset = image.Byte(FieldPos("TriggerOffset"));
   state.setup.ComboSiteIgnition = image.IgnSites() == 0 ? 0 : 1;
   state.maps.IgnLoadSites = IgnLoadSitesOfChoice(state.setup.ComboSiteIgnition);
   state.maps.IgnMap = ReadIgnGrid(image, state.maps.IgnLoadSites);
@@ -119,21 +118,21 @@ void ApplyVersion(const CalibrationImage& image, EditorState& state, ApplyEnviro
 void ApplyEngineSetup(const CalibrationImage& image, EditorState& state) {
   EngineSetup& setup = state.setup;
   setup.RevLimit2 = static_cast<std::uint16_t>(image.RevLimit2());
-  setup.ComboTrigger = image.Byte(Pos("TriggerPattern"));
-  const std::uint8_t trigger_sensor = image.Byte(Pos("TriggerSensor"));
+  setup.ComboTrigger = image.Byte(FieldPos("TriggerPattern"));
+  const std::uint8_t trigger_sensor = image.Byte(FieldPos("TriggerSensor"));
   setup.TriggerHallMagnetic = trigger_sensor & kSensorTypeMask;
   setup.TriggerSensorFlag = Bit(trigger_sensor, 7);
   setup.TriggerVoltage = image.TriggerVoltage();
-  setup.ComboHome = image.Byte(Pos("HomePattern"));
-  const std::uint8_t home_sensor = image.Byte(Pos("HomeSensor"));
+  setup.ComboHome = image.Byte(FieldPos("HomePattern"));
+  const std::uint8_t home_sensor = image.Byte(FieldPos("HomeSensor"));
   setup.HomeHallMagnetic = home_sensor & kSensorTypeMask;
   setup.HomeSensorFlag = Bit(home_sensor, 7);
   setup.HomeVoltage = image.HomeVoltage();
-  setup.ComboSpark = image.Byte(Pos("SparkMode"));
-  const std::uint8_t injection = image.Byte(Pos("InjectionMode"));
+  setup.ComboSpark = image.Byte(FieldPos("SparkMode"));
+  const std::uint8_t injection = image.Byte(FieldPos("InjectionMode"));
   setup.FuelMode = injection & 0x03;
   setup.OptionImpedance = (injection >> 6) & 0x03;
-  setup.TriggerToothOffset = image.Byte(Pos("TriggerToothOffset"));
+  setup.TriggerToothOffset = image.Byte(FieldPos("TriggerToothOffset"));
   SetupIgnitionDivide(setup);
   RunStepChecks(7, image, state);
 }
@@ -142,7 +141,7 @@ void ApplyOutputsAndEdges(const CalibrationImage& image, EditorState& state) {
   state.io.Gpo1Setup = BytesAt<16>(image, kGpoStarts[0]);
   state.io.Gpo2Setup = BytesAt<16>(image, kGpoStarts[1]);
   state.io.Gpo3Setup = BytesAt<16>(image, kGpoStarts[2]);
-  const std::uint8_t value = image.Byte(Pos("LimiterTacho"));
+  const std::uint8_t value = image.Byte(FieldPos("LimiterTacho"));
   EngineSetup& setup = state.setup;
   setup.TriggerEdgeInput = Bit(value, 0) ? 1 : 0;
   setup.TriggerEdgeHome = Bit(value, 1) ? 1 : 0;
@@ -154,18 +153,18 @@ void ApplyOutputsAndEdges(const CalibrationImage& image, EditorState& state) {
 }
 
 void ApplyFuelTpsAndMapSensor(const CalibrationImage& image, EditorState& state) {
-  state.setup.FuelSetting948 = image.Byte(Pos("FuelSetting948"));
+  state.setup.FuelSetting948 = image.Byte(FieldPos("FuelSetting948"));
   state.setup.RevLimit1 = static_cast<std::uint16_t>(image.RevLimit1());
   SensorSetup& sensors = state.sensors;
-  sensors.TpsCal1 = BytesAt<2>(image, Pos("TpsCal1"));
-  sensors.TpsSetup = image.Byte(Pos("TpsSetup"));
-  sensors.TpsCal2 = BytesAt<2>(image, Pos("TpsCal2"));
-  const std::uint8_t map_setup = image.Byte(Pos("MapSensorSetup"));
+  sensors.TpsCal1 = BytesAt<2>(image, FieldPos("TpsCal1"));
+  sensors.TpsSetup = image.Byte(FieldPos("TpsSetup"));
+  sensors.TpsCal2 = BytesAt<2>(image, FieldPos("TpsCal2"));
+  const std::uint8_t map_setup = image.Byte(FieldPos("MapSensorSetup"));
   sensors.AltitudeComp = Bit(map_setup, 5);
   sensors.LoadSensing = Bit(map_setup, 6) ? 1 : 0;
   sensors.TPumpBased = Bit(map_setup, 7);
   sensors.ComboMAP = map_setup & kMapSensorTypeBits;
-  sensors.MapSensorScaling = image.Byte(Pos("MapSensorScaling"));
+  sensors.MapSensorScaling = image.Byte(FieldPos("MapSensorScaling"));
   const std::optional<int> entry = MapScaleEntryOfCode(sensors.ComboMAP, sensors.MapSensorScaling);
   if (entry) sensors.ComboMAPScale = *entry;
   RunStepChecks(9, image, state);
@@ -174,42 +173,42 @@ void ApplyFuelTpsAndMapSensor(const CalibrationImage& image, EditorState& state)
 void ApplyInputsAndDwell(const CalibrationImage& image, EditorState& state) {
   InputsOutputs& io = state.io;
   io.Gpi1Setup = BytesAt<6>(image, kGpiStarts[0]);
-  io.Gpi1Aux = BytesAt<2>(image, Pos("Gpi1Aux"));
-  io.Gpi1Function = image.Byte(Pos("Gpi1Function"));
+  io.Gpi1Aux = BytesAt<2>(image, FieldPos("Gpi1Aux"));
+  io.Gpi1Function = image.Byte(FieldPos("Gpi1Function"));
   io.Gpi2Setup = BytesAt<6>(image, kGpiStarts[1]);
-  io.GpiAux = BytesAt<2>(image, Pos("GpiAux"));
-  io.Gpi2Function = image.Byte(Pos("Gpi2Function"));
-  state.setup.DwellTime = image.Byte(Pos("DwellTime"));
+  io.GpiAux = BytesAt<2>(image, FieldPos("GpiAux"));
+  io.Gpi2Function = image.Byte(FieldPos("Gpi2Function"));
+  state.setup.DwellTime = image.Byte(FieldPos("DwellTime"));
   RunStepChecks(10, image, state);
 }
 
 void ApplyTablesAndIdle(const CalibrationImage& image, EditorState& state) {
   Compensation& tables = state.compensation;
-  const auto pump = BytesAt<3>(image, Pos("ThrottlePumpValues"));
+  const auto pump = BytesAt<3>(image, FieldPos("ThrottlePumpValues"));
   std::copy(pump.begin(), pump.end(), tables.ThrottlePump.begin());
-  tables.ThrottlePump[3] = image.Byte(Pos("Setting951"));
-  tables.AirMap = BytesAt<8>(image, Pos("AirComp"));
-  state.sensors.Air = BytesAt<8>(image, Pos("AirSensorCal"));
-  tables.WaterMap = BytesAt<8>(image, Pos("WaterComp"));
-  state.sensors.Water = BytesAt<8>(image, Pos("WaterSensorCal"));
-  state.setup.Setting997 = image.Byte(Pos("Setting997"));
-  state.setup.StartupPrime = image.Byte(Pos("StartupPrime"));
-  tables.BattMap = BytesAt<12>(image, Pos("BattComp"));
+  tables.ThrottlePump[3] = image.Byte(FieldPos("Setting951"));
+  tables.AirMap = BytesAt<8>(image, FieldPos("AirComp"));
+  state.sensors.Air = BytesAt<8>(image, FieldPos("AirSensorCal"));
+  tables.WaterMap = BytesAt<8>(image, FieldPos("WaterComp"));
+  state.sensors.Water = BytesAt<8>(image, FieldPos("WaterSensorCal"));
+  state.setup.Setting997 = image.Byte(FieldPos("Setting997"));
+  state.setup.StartupPrime = image.Byte(FieldPos("StartupPrime"));
+  tables.BattMap = BytesAt<12>(image, FieldPos("BattComp"));
   IdleControl& idle = state.idle;
   idle.IdleTargetRpm = image.IdleTargetRpm();
-  const auto min_max = BytesAt<2>(image, Pos("IdleMinMax"));
-  const auto mod0 = BytesAt<3>(image, Pos("IdleMod0Values"));
+  const auto min_max = BytesAt<2>(image, FieldPos("IdleMinMax"));
+  const auto mod0 = BytesAt<3>(image, FieldPos("IdleMod0Values"));
   idle.IdleMod0 = {min_max[0], min_max[1], mod0[0], mod0[1], mod0[2]};
-  idle.IdleCold = BytesAt<3>(image, Pos("IdleCold"));
+  idle.IdleCold = BytesAt<3>(image, FieldPos("IdleCold"));
   idle.IdlePwmFrequency = image.IdlePwmFrequency();
-  idle.IdleMod2 = BytesAt<4>(image, Pos("IdleMod2Values"));
-  const std::uint8_t flags2 = image.Byte(Pos("IdleFlags2"));
-  const std::uint8_t flags1 = image.Byte(Pos("IdleFlags1"));
+  idle.IdleMod2 = BytesAt<4>(image, FieldPos("IdleMod2Values"));
+  const std::uint8_t flags2 = image.Byte(FieldPos("IdleFlags2"));
+  const std::uint8_t flags1 = image.Byte(FieldPos("IdleFlags1"));
   for (int bit = 0; bit < 8; ++bit) {
     idle.CheckIdle[static_cast<std::size_t>(8 + bit)] = Bit(flags2, bit);
     idle.CheckIdle[static_cast<std::size_t>(bit)] = Bit(flags1, bit);
   }
-  idle.IdleSetting858 = image.Byte(Pos("IdleSetting858"));
+  idle.IdleSetting858 = image.Byte(FieldPos("IdleSetting858"));
   RunStepChecks(11, image, state);
 }
 

@@ -12,7 +12,6 @@ namespace vela {
 
 namespace {
 
-consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
 
 // A list index as its image byte. An index no byte can hold (kNoEntry: nothing chosen) is
 // written as 255, which every list check refuses.
@@ -58,83 +57,83 @@ std::uint8_t SensorTypeByte(int type, bool flag) {
 }
 
 void EncodeEngineSetup(const EngineSetup& setup, CalibrationImage& image) {
-  image.SetByte(Pos("Cylinders"), CodeByte(setup.Cylinders));
-  image.SetByte(Pos("RpmSitesSetup"), CodeByte(setup.ComboSiteRPM));
-  image.SetByte(Pos("FuelSitesSelection"), FuelSitesByte(setup));
-  image.SetByte(Pos("TriggerOffset"), setup.TriggerOffset);
-  image.SetByte(Pos("IgnSites"), CodeByte(setup.ComboSiteIgnition));
-  image.SetByte(Pos("IgnitionLock"), setup.IgnitionLock ? 1 : 0);
-  image.Write16(Pos("RevLimit2"), setup.RevLimit2);
-  image.SetByte(Pos("TriggerPattern"), CodeByte(setup.ComboTrigger));
-  image.SetByte(Pos("TriggerSensor"),
+  image.SetByte(FieldPos("Cylinders"), CodeByte(setup.Cylinders));
+  image.SetByte(FieldPos("RpmSitesSetup"), CodeByte(setup.ComboSiteRPM));
+  image.SetByte(FieldPos("FuelSitesSelection"), FuelSitesByte(setup));
+  image.SetByte(FieldPos("TriggerOffset"), setup.TriggerOffset);
+  image.SetByte(FieldPos("IgnSites"), CodeByte(setup.ComboSiteIgnition));
+  image.SetByte(FieldPos("IgnitionLock"), setup.IgnitionLock ? 1 : 0);
+  image.Write16(FieldPos("RevLimit2"), setup.RevLimit2);
+  image.SetByte(FieldPos("TriggerPattern"), CodeByte(setup.ComboTrigger));
+  image.SetByte(FieldPos("TriggerSensor"),
                 SensorTypeByte(setup.TriggerHallMagnetic, setup.TriggerSensorFlag));
-  image.SetByte(Pos("TriggerVoltage"), setup.TriggerVoltage);
-  image.SetByte(Pos("HomePattern"), CodeByte(setup.ComboHome));
-  image.SetByte(Pos("HomeSensor"), SensorTypeByte(setup.HomeHallMagnetic, setup.HomeSensorFlag));
-  image.SetByte(Pos("HomeVoltage"), setup.HomeVoltage);
-  image.SetByte(Pos("SparkMode"), CodeByte(setup.ComboSpark));
+  image.SetByte(FieldPos("TriggerVoltage"), setup.TriggerVoltage);
+  image.SetByte(FieldPos("HomePattern"), CodeByte(setup.ComboHome));
+  image.SetByte(FieldPos("HomeSensor"), SensorTypeByte(setup.HomeHallMagnetic, setup.HomeSensorFlag));
+  image.SetByte(FieldPos("HomeVoltage"), setup.HomeVoltage);
+  image.SetByte(FieldPos("SparkMode"), CodeByte(setup.ComboSpark));
   image.SetByte(
-      Pos("InjectionMode"),
+      FieldPos("InjectionMode"),
       static_cast<std::uint8_t>(TwoBits(setup.FuelMode) | TwoBits(setup.OptionImpedance) << 6));
-  image.SetByte(Pos("TriggerToothOffset"), setup.TriggerToothOffset);
-  image.SetByte(Pos("LimiterTacho"), LimiterTachoByte(setup));
-  image.SetByte(Pos("FuelSetting948"), setup.FuelSetting948);
-  image.Write16(Pos("RevLimit1"), setup.RevLimit1);
-  image.SetByte(Pos("DwellTime"), setup.DwellTime);
-  image.SetByte(Pos("Setting997"), setup.Setting997);
-  image.SetByte(Pos("StartupPrime"), setup.StartupPrime);
+  image.SetByte(FieldPos("TriggerToothOffset"), setup.TriggerToothOffset);
+  image.SetByte(FieldPos("LimiterTacho"), LimiterTachoByte(setup));
+  image.SetByte(FieldPos("FuelSetting948"), setup.FuelSetting948);
+  image.Write16(FieldPos("RevLimit1"), setup.RevLimit1);
+  image.SetByte(FieldPos("DwellTime"), setup.DwellTime);
+  image.SetByte(FieldPos("Setting997"), setup.Setting997);
+  image.SetByte(FieldPos("StartupPrime"), setup.StartupPrime);
 }
 
 void EncodeSensors(const SensorSetup& sensors, CalibrationImage& image) {
-  PutBytes(image, Pos("TpsCal1"), sensors.TpsCal1);
-  image.SetByte(Pos("TpsSetup"), sensors.TpsSetup);
-  PutBytes(image, Pos("TpsCal2"), sensors.TpsCal2);
+  PutBytes(image, FieldPos("TpsCal1"), sensors.TpsCal1);
+  image.SetByte(FieldPos("TpsSetup"), sensors.TpsSetup);
+  PutBytes(image, FieldPos("TpsCal2"), sensors.TpsCal2);
   // The sensor type in bits 0 to 2; no selection counts as the first type, as the scaling
   // table takes it.
   const int type = sensors.ComboMAP >= 0 ? std::min(sensors.ComboMAP, int{kMapSensorTypeBits}) : 0;
   const int map_setup = (sensors.AltitudeComp ? 0x20 : 0) | (sensors.LoadSensing == 1 ? 0x40 : 0) |
                         (sensors.TPumpBased ? 0x80 : 0) | type;
-  image.SetByte(Pos("MapSensorSetup"), static_cast<std::uint8_t>(map_setup));
-  image.SetByte(Pos("MapSensorScaling"), sensors.MapSensorScaling);
-  PutBytes(image, Pos("AirSensorCal"), sensors.Air);
-  PutBytes(image, Pos("WaterSensorCal"), sensors.Water);
+  image.SetByte(FieldPos("MapSensorSetup"), static_cast<std::uint8_t>(map_setup));
+  image.SetByte(FieldPos("MapSensorScaling"), sensors.MapSensorScaling);
+  PutBytes(image, FieldPos("AirSensorCal"), sensors.Air);
+  PutBytes(image, FieldPos("WaterSensorCal"), sensors.Water);
 }
 
 void EncodeTablesAndIo(const EditorState& state, CalibrationImage& image) {
   const Compensation& tables = state.compensation;
-  PutBytes(image, Pos("ThrottlePumpValues"), std::span(tables.ThrottlePump).first(3));
-  image.SetByte(Pos("Setting951"), tables.ThrottlePump[3]);
-  PutBytes(image, Pos("AirComp"), tables.AirMap);
-  PutBytes(image, Pos("WaterComp"), tables.WaterMap);
-  PutBytes(image, Pos("BattComp"), tables.BattMap);
+  PutBytes(image, FieldPos("ThrottlePumpValues"), std::span(tables.ThrottlePump).first(3));
+  image.SetByte(FieldPos("Setting951"), tables.ThrottlePump[3]);
+  PutBytes(image, FieldPos("AirComp"), tables.AirMap);
+  PutBytes(image, FieldPos("WaterComp"), tables.WaterMap);
+  PutBytes(image, FieldPos("BattComp"), tables.BattMap);
   const InputsOutputs& io = state.io;
   PutBytes(image, kGpoStarts[0], io.Gpo1Setup);
   PutBytes(image, kGpoStarts[1], io.Gpo2Setup);
   PutBytes(image, kGpoStarts[2], io.Gpo3Setup);
   PutBytes(image, kGpiStarts[0], io.Gpi1Setup);
-  PutBytes(image, Pos("Gpi1Aux"), io.Gpi1Aux);
-  image.SetByte(Pos("Gpi1Function"), io.Gpi1Function);
+  PutBytes(image, FieldPos("Gpi1Aux"), io.Gpi1Aux);
+  image.SetByte(FieldPos("Gpi1Function"), io.Gpi1Function);
   PutBytes(image, kGpiStarts[1], io.Gpi2Setup);
-  PutBytes(image, Pos("GpiAux"), io.GpiAux);
-  image.SetByte(Pos("Gpi2Function"), io.Gpi2Function);
+  PutBytes(image, FieldPos("GpiAux"), io.GpiAux);
+  image.SetByte(FieldPos("Gpi2Function"), io.Gpi2Function);
 }
 
 void EncodeIdle(const IdleControl& idle, CalibrationImage& image) {
-  image.Write24(Pos("IdleTargetRpm"), idle.IdleTargetRpm);
-  PutBytes(image, Pos("IdleMinMax"), std::span(idle.IdleMod0).first(2));
-  PutBytes(image, Pos("IdleMod0Values"), std::span(idle.IdleMod0).last(3));
-  PutBytes(image, Pos("IdleCold"), idle.IdleCold);
-  image.SetByte(Pos("IdlePwmFrequency"), idle.IdlePwmFrequency);
-  PutBytes(image, Pos("IdleMod2Values"), idle.IdleMod2);
+  image.Write24(FieldPos("IdleTargetRpm"), idle.IdleTargetRpm);
+  PutBytes(image, FieldPos("IdleMinMax"), std::span(idle.IdleMod0).first(2));
+  PutBytes(image, FieldPos("IdleMod0Values"), std::span(idle.IdleMod0).last(3));
+  PutBytes(image, FieldPos("IdleCold"), idle.IdleCold);
+  image.SetByte(FieldPos("IdlePwmFrequency"), idle.IdlePwmFrequency);
+  PutBytes(image, FieldPos("IdleMod2Values"), idle.IdleMod2);
   int flags1 = 0;
   int flags2 = 0;
   for (int bit = 0; bit < 8; ++bit) {
     if (idle.CheckIdle[static_cast<std::size_t>(bit)]) flags1 |= 1 << bit;
     if (idle.CheckIdle[static_cast<std::size_t>(8 + bit)]) flags2 |= 1 << bit;
   }
-  image.SetByte(Pos("IdleFlags1"), static_cast<std::uint8_t>(flags1));
-  image.SetByte(Pos("IdleFlags2"), static_cast<std::uint8_t>(flags2));
-  image.SetByte(Pos("IdleSetting858"), idle.IdleSetting858);
+  image.SetByte(FieldPos("IdleFlags1"), static_cast<std::uint8_t>(flags1));
+  image.SetByte(FieldPos("IdleFlags2"), static_cast<std::uint8_t>(flags2));
+  image.SetByte(FieldPos("IdleSetting858"), idle.IdleSetting858);
 }
 
 }  // namespace
@@ -145,8 +144,8 @@ CalibrationImage EncodeSetup(const EditorState& state) {
   EncodeSensors(state.sensors, image);
   EncodeTablesAndIo(state, image);
   EncodeIdle(state.idle, image);
-  image.SetByte(Pos("FirmwareVersion"), state.version.FirmwareVersion);
-  image.Write24(Pos("EcuNumber"), state.version.EcuNumber);
+  image.SetByte(FieldPos("FirmwareVersion"), state.version.FirmwareVersion);
+  image.Write24(FieldPos("EcuNumber"), state.version.EcuNumber);
   return image;
 }
 

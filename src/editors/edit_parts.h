@@ -3,12 +3,19 @@
 // `SuppressChangeEvents`, which stops them while the editors are being filled.
 #pragma once
 
+#include <string_view>
+
 #include "calibration/calibration_image.h"
 #include "editors/editor_state.h"
 #include "link/link_state.h"
 #include "shell/platform.h"
 
 namespace vela {
+
+// The command code of the single-value write that takes each changed byte to the ECU.
+inline constexpr int kSingleValueWrite = 4;
+// The title of the editors' warnings and refusals.
+inline constexpr std::string_view kEditorWarningTitle = "MORVANE Warning";
 
 struct EditParts {
   EditorState& state;

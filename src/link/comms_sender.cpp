@@ -25,7 +25,6 @@ constexpr std::array<PacingBound, 25> kPacingTable = {{
 constexpr PacingRow kTopRow = {40.0f, 3};
 
 constexpr std::int32_t kValueStep = 16'777'216;
-constexpr std::int64_t kMinIterations = 100;
 constexpr int kPreWaitBaseSteps = 10;
 
 std::uint8_t LowByte(std::int64_t v) { return static_cast<std::uint8_t>(v & 0xFF); }
@@ -36,7 +35,7 @@ std::int32_t RepeatsOf(const LinkState& link) {
 }
 
 std::int64_t AtLeastMin(double iterations) {
-  return std::max(kMinIterations, static_cast<std::int64_t>(std::nearbyint(iterations)));
+  return std::max(DelayLoop::kMinIterations, static_cast<std::int64_t>(std::nearbyint(iterations)));
 }
 
 }  // namespace

@@ -11,7 +11,6 @@ constexpr std::int64_t kQuickCount = 500'000;
 constexpr std::int64_t kFullCount = 2'000'000;
 constexpr double kMeasureFactor = 1.003;
 constexpr double kDelayFactor = 0.55;
-constexpr std::int64_t kMinIterations = 100;
 constexpr std::int64_t kEscapeFactor = 10;
 
 }  // namespace

@@ -12,6 +12,9 @@ namespace vela {
 
 class DelayLoop {
  public:
+  // No wait, however short its time, runs fewer iterations than this.
+  static constexpr std::int64_t kMinIterations = 100;
+
   DelayLoop(Clock& clock, LinkState& link) : clock_(clock), link_(link) {}
 
   // Runs N iterations (500,000 when `quick`, else 2,000,000) between two readings of the tick

@@ -16,6 +16,7 @@
 #include "app/map_pages.h"
 #include "program_fixture.h"
 #include "sim/pty_runner.h"
+#include "support/gui_test_main.h"
 
 using namespace vela;
 
@@ -311,5 +312,5 @@ class CalibrationRoadTest : public QObject {
   }
 };
 
-QTEST_MAIN(CalibrationRoadTest)
+VELA_GUI_TEST(CalibrationRoadTest)
 #include "calibration_road_test.moc"

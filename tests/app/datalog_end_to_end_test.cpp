@@ -15,6 +15,7 @@
 #include "app/main_window.h"
 #include "program_fixture.h"
 #include "sim/pty_runner.h"
+#include "support/gui_test_main.h"
 
 using namespace vela;
 
@@ -170,5 +171,5 @@ class DatalogEndToEndTest : public QObject {
   }
 };
 
-QTEST_MAIN(DatalogEndToEndTest)
+VELA_GUI_TEST(DatalogEndToEndTest)
 #include "datalog_end_to_end_test.moc"

@@ -10,6 +10,7 @@
 
 #include "app/link_session.h"
 #include "program_fixture.h"
+#include "support/gui_test_main.h"
 
 using namespace vela;
 
@@ -67,5 +68,5 @@ class DatalogPageTest : public QObject {
   }
 };
 
-QTEST_MAIN(DatalogPageTest)
+VELA_GUI_TEST(DatalogPageTest)
 #include "datalog_page_test.moc"

@@ -10,6 +10,7 @@
 #include "link/qt/qt_serial_port.h"
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
+#include "support/gui_test_main.h"
 
 using namespace vela;
 
@@ -156,5 +157,5 @@ class LinkEndToEndTest : public QObject {
   }
 };
 
-QTEST_MAIN(LinkEndToEndTest)
+VELA_GUI_TEST(LinkEndToEndTest)
 #include "link_end_to_end_test.moc"

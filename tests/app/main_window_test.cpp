@@ -19,6 +19,7 @@
 #include "link/qt/qt_serial_port.h"
 #include "program_fixture.h"
 #include "shell/qt/single_instance.h"
+#include "support/gui_test_main.h"
 
 using namespace vela;
 
@@ -186,5 +187,5 @@ class MainWindowTest : public QObject {
   }
 };
 
-QTEST_MAIN(MainWindowTest)
+VELA_GUI_TEST(MainWindowTest)
 #include "main_window_test.moc"

@@ -26,6 +26,7 @@
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
 #include "support/recording_sender.h"
+#include "support/gui_test_main.h"
 
 using namespace vela;
 using vela::testing::SentFrame;
@@ -369,5 +370,5 @@ class SetupPagesRoadTest : public QObject {
   }
 };
 
-QTEST_MAIN(SetupPagesRoadTest)
+VELA_GUI_TEST(SetupPagesRoadTest)
 #include "setup_pages_road_test.moc"

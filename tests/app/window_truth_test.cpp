@@ -20,6 +20,7 @@
 #include "link/connection_supervisor.h"
 #include "program_fixture.h"
 #include "sim/pty_runner.h"
+#include "support/gui_test_main.h"
 
 using namespace vela;
 
@@ -194,5 +195,5 @@ class WindowTruthTest : public QObject {
   }
 };
 
-QTEST_MAIN(WindowTruthTest)
+VELA_GUI_TEST(WindowTruthTest)
 #include "window_truth_test.moc"

@@ -79,7 +79,9 @@ TEST(ShowHelpTopic, OnlyTheOutputsInputsAndMainSetupTabsShowTheirOwnLabelsTopics
   EXPECT_EQ(ShowHelpTopic(cylinders, kHelpTabMainSetup, true),
             " Cylinders: Number of cylinders in the engine.");
   for (int tab = 0; tab < 12; ++tab) {
-    if (tab != kHelpTabMainSetup) EXPECT_FALSE(ShowHelpTopic(cylinders, tab, true)) << tab;
+    if (tab != kHelpTabMainSetup) {
+      EXPECT_FALSE(ShowHelpTopic(cylinders, tab, true)) << tab;
+    }
   }
   const int rpm_fault = help_label::kFaultsFirst + 5;
   EXPECT_THAT(*ShowHelpTopic(rpm_fault, kHelpTabOutputs, true),

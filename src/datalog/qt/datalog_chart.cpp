@@ -159,3 +159,5 @@ void DatalogChart::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 }  // namespace vela
+
+#include "moc_datalog_chart.cpp"

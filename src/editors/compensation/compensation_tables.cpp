@@ -12,12 +12,10 @@ namespace vela {
 
 namespace {
 
-constexpr int kCommandWrite = 4;
 constexpr double kWaterStep = 0.390625;  // percent per stored count (100 / 256)
 constexpr double kTpsCountsPerPercent = 10.23;
 constexpr double kKpaPerBar = 100.0;
 constexpr int kByteMax = 255;
-constexpr std::string_view kRefusalTitle = "MORVANE Warning";
 
 double RoundToOneDecimal(double value) { return RoundHalfEven(value * 10.0) / 10.0; }
 int Whole(double value) {
@@ -34,14 +32,6 @@ constexpr std::array<double, 6> kPercentSteps = {1.0, 0.1, 0.1, 5.0, 0.0, 0.0};
 constexpr std::array<double, 6> kAirSteps = {0.5, 0.1, 0.1, 2.0, 0.0, 0.0};
 constexpr std::array<double, 6> kBattSteps = {0.05, 0.01, 0.01, 0.2, 1.0, 2.0};
 constexpr std::array<double, 6> kBarSteps = {0.05, 0.01, 0.01, 0.2, 0.0, 0.0};
-
-// A table of the eight temperatures, its cells from `first` on.
-CompTableLayout TemperatureLayout(std::string_view name, int first) {
-  std::vector<int> positions;
-  for (int i = 0; i < static_cast<int>(kTemperatureRows.size()); ++i)
-    positions.push_back(first + i);
-  return {name, kTemperatureRows, "Temp", " Compensation\nat Temp", positions};
-}
 
 std::string TableName(CompTable table) { return std::string(LayoutOf(table).name); }
 
@@ -147,7 +137,7 @@ std::vector<int> StoredValues(CompTable table, const Compensation& tables) {
 void CompensationEditor::Refuse(CompTable table, int row, const std::string& why) {
   const CompTableLayout layout = LayoutOf(table);
   const std::string& label = layout.row_labels[static_cast<std::size_t>(row)];
-  parts_.messages.Show(MessageIcon::kExclamation, std::string(kRefusalTitle),
+  parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle),
                        {TableName(table) + " row " + label + ": " + why,
                         "Nothing was sent to the ECU; the cell keeps its value."});
 }
@@ -210,7 +200,7 @@ bool CompensationEditor::CellChanged(CompTable table, int row, int reported, int
       break;
   }
   parts_.image.SetByte(position, byte);
-  parts_.sender.Send(kCommandWrite, position, byte);
+  parts_.sender.Send(kSingleValueWrite, position, byte);
   return true;
 }
 

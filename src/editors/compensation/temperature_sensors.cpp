@@ -10,9 +10,7 @@ namespace vela {
 
 namespace {
 
-constexpr int kCommandWrite = 4;
 constexpr double kKelvinOffset = 273.15;
-constexpr std::string_view kRefusalTitle = "MORVANE Warning";
 constexpr std::string_view kNothingSent =
     "Nothing was sent to the ECU; it keeps the sensor curve it had.";
 
@@ -107,7 +105,7 @@ bool SensorTableSender::Send(SensorTable table,
   if (parts_.suppress_change_events) return false;
   const SensorBytes result = SensorBytesOf(ohms_texts, separator);
   if (!result.bytes) {
-    parts_.messages.Show(MessageIcon::kExclamation, std::string(kRefusalTitle), result.refusal);
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle), result.refusal);
     return false;
   }
   std::array<std::uint16_t, 11>& sent = table == SensorTable::kWater ? water_sent_ : air_sent_;
@@ -120,7 +118,7 @@ bool SensorTableSender::Send(SensorTable table,
     state[static_cast<std::size_t>(i - 1)] = byte;
     const int position = first + i - 1;
     parts_.image.SetByte(position, byte);
-    parts_.sender.Send(kCommandWrite, position, byte);
+    parts_.sender.Send(kSingleValueWrite, position, byte);
   }
   return true;
 }

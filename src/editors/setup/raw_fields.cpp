@@ -8,7 +8,6 @@ namespace vela {
 
 namespace {
 
-consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
 
 struct CheckPositions {
   std::string_view message;
@@ -80,39 +79,39 @@ std::vector<RawGroup> OutputGroups() {
 
 std::vector<RawGroup> InputGroups() {
   RawGroup input1{"General Purpose Input 1", {}};
-  input1.fields.push_back(Byte("Gpi1Function: function code", Pos("Gpi1Function")));
+  input1.fields.push_back(Byte("Gpi1Function: function code", FieldPos("Gpi1Function")));
   AddBytes(input1.fields, "Gpi1Setup", kGpiStarts[0], 6);
-  AddBytes(input1.fields, "Gpi1Aux", Pos("Gpi1Aux"), 2);
+  AddBytes(input1.fields, "Gpi1Aux", FieldPos("Gpi1Aux"), 2);
   RawGroup input2{"General Purpose Input 2", {}};
-  input2.fields.push_back(Byte("Gpi2Function: function code", Pos("Gpi2Function")));
+  input2.fields.push_back(Byte("Gpi2Function: function code", FieldPos("Gpi2Function")));
   AddBytes(input2.fields, "Gpi2Setup", kGpiStarts[1], 6);
-  AddBytes(input2.fields, "GpiAux", Pos("GpiAux"), 2);
+  AddBytes(input2.fields, "GpiAux", FieldPos("GpiAux"), 2);
   return {input1, input2};
 }
 
 std::vector<RawGroup> IdleGroups() {
   RawGroup target{"Idle Speed", {}};
-  target.fields.push_back({"IdleTargetRpm (1011 to 1013)", Pos("IdleTargetRpm"), RawShow::kRpm24});
-  target.fields.push_back(Byte("IdleMinMax, minimum", Pos("IdleMinMax")));
-  target.fields.push_back(Byte("IdleMinMax, maximum", Pos("IdleMinMax") + 1));
-  target.fields.push_back(Byte("IdlePwmFrequency", Pos("IdlePwmFrequency")));
-  target.fields.push_back(Byte("IdleSetting858", Pos("IdleSetting858")));
+  target.fields.push_back({"IdleTargetRpm (1011 to 1013)", FieldPos("IdleTargetRpm"), RawShow::kRpm24});
+  target.fields.push_back(Byte("IdleMinMax, minimum", FieldPos("IdleMinMax")));
+  target.fields.push_back(Byte("IdleMinMax, maximum", FieldPos("IdleMinMax") + 1));
+  target.fields.push_back(Byte("IdlePwmFrequency", FieldPos("IdlePwmFrequency")));
+  target.fields.push_back(Byte("IdleSetting858", FieldPos("IdleSetting858")));
   RawGroup cold{"Idle Cold Adjuster and Further Values", {}};
-  AddBytes(cold.fields, "IdleCold", Pos("IdleCold"), 2);
-  cold.fields.push_back(Byte("IdleCold byte 3, halved", Pos("IdleCold") + 2, RawShow::kHalved));
-  AddBytes(cold.fields, "IdleMod0", Pos("IdleMod0Values"), 3, 3);
-  AddBytes(cold.fields, "IdleMod2", Pos("IdleMod2Values"), 4);
+  AddBytes(cold.fields, "IdleCold", FieldPos("IdleCold"), 2);
+  cold.fields.push_back(Byte("IdleCold byte 3, halved", FieldPos("IdleCold") + 2, RawShow::kHalved));
+  AddBytes(cold.fields, "IdleMod0", FieldPos("IdleMod0Values"), 3, 3);
+  AddBytes(cold.fields, "IdleMod2", FieldPos("IdleMod2Values"), 4);
   RawGroup flags{"Idle Options: CheckIdle 0 to 15, bit 0 first", {}};
-  flags.fields.push_back(Byte("IdleFlags1", Pos("IdleFlags1"), RawShow::kBits));
-  flags.fields.push_back(Byte("IdleFlags2", Pos("IdleFlags2"), RawShow::kBits));
+  flags.fields.push_back(Byte("IdleFlags1", FieldPos("IdleFlags1"), RawShow::kBits));
+  flags.fields.push_back(Byte("IdleFlags2", FieldPos("IdleFlags2"), RawShow::kBits));
   return {target, cold, flags};
 }
 
 std::vector<RawGroup> TpsGroups() {
   RawGroup tps{"Throttle Position Sensor", {}};
-  tps.fields.push_back(Byte("TpsSetup", Pos("TpsSetup")));
-  AddBytes(tps.fields, "TpsCal1", Pos("TpsCal1"), 2);
-  AddBytes(tps.fields, "TpsCal2", Pos("TpsCal2"), 2);
+  tps.fields.push_back(Byte("TpsSetup", FieldPos("TpsSetup")));
+  AddBytes(tps.fields, "TpsCal1", FieldPos("TpsCal1"), 2);
+  AddBytes(tps.fields, "TpsCal2", FieldPos("TpsCal2"), 2);
   return {tps};
 }
 

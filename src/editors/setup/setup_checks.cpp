@@ -10,7 +10,6 @@ namespace {
 using Image = CalibrationImage;
 using Context = CheckContext;
 
-consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
 
 int Fails(bool failed) { return failed ? 1 : 0; }
 int ByteAt(const Image& image, int position) { return image.Byte(position); }
@@ -41,16 +40,16 @@ constexpr int kLastMapSensorType = 5;
 constexpr std::array<int, 6> kToothPositions = {0, 12, 24, 36, 36, 60};
 
 int ToothOffsetFailures(const Image& image, const Context&) {
-  const int pattern = ByteAt(image, Pos("TriggerPattern"));
+  const int pattern = ByteAt(image, FieldPos("TriggerPattern"));
   if (pattern < 1 || pattern >= static_cast<int>(kToothPositions.size())) return 0;
-  return Fails(ByteAt(image, Pos("TriggerToothOffset")) >=
+  return Fails(ByteAt(image, FieldPos("TriggerToothOffset")) >=
                kToothPositions[static_cast<std::size_t>(pattern)]);
 }
 
 int MoreThanOneBit(std::uint8_t bits) { return Fails((bits & (bits - 1)) != 0); }
 
 int InjectionModeFailures(const Image& image, const Context&) {
-  const std::uint8_t value = image.Byte(Pos("InjectionMode"));
+  const std::uint8_t value = image.Byte(FieldPos("InjectionMode"));
   return Fails((value & kInjectionModeBits) == kInjectionModeBits ||
                (value & kImpedanceBits) == kImpedanceBits ||
                (value & ~(kInjectionModeBits | kImpedanceBits)) != 0);
@@ -65,7 +64,7 @@ int SensorCurveFailures(const Image& image, int first) {
 }
 
 int BattCompFailures(const Image& image, const Context&) {
-  const int first = Pos("BattComp") + 1;  // bytes 1000 to 1010
+  const int first = FieldPos("BattComp") + 1;  // bytes 1000 to 1010
   for (int p = first; p <= first + 10; ++p) {
     if (image.Byte(p) > kMaxBattComp) return 1;
   }
@@ -73,14 +72,14 @@ int BattCompFailures(const Image& image, const Context&) {
 }
 
 int ThrottlePumpFailures(const Image& image, const Context&) {
-  const std::uint8_t value = image.Byte(Pos("MapSensorSetup"));
+  const std::uint8_t value = image.Byte(FieldPos("MapSensorSetup"));
   const bool map_basis = (value & kThrottlePumpMapBit) != 0;
   const bool map_sensor_used = (value & (kMapLoadSensingBit | kAltitudeCompBit)) != 0;
   return Fails(map_basis && !map_sensor_used);
 }
 
 int MapScalingFailures(const Image& image, const Context& context) {
-  return Fails(!MapScaleEntryOfCode(context.combo_map, image.Byte(Pos("MapSensorScaling"))));
+  return Fails(!MapScaleEntryOfCode(context.combo_map, image.Byte(FieldPos("MapSensorScaling"))));
 }
 
 int GpoFailures(const Image& image, int group_start) {
@@ -90,32 +89,32 @@ int GpoFailures(const Image& image, int group_start) {
 constexpr auto kStep3 = std::to_array<SetupCheck>({
     {"Cylinders Setup Invalid",
      [](const Image& i, const Context&) {
-       return Fails(ByteAt(i, Pos("Cylinders")) >= kCylinderChoices);
+       return Fails(ByteAt(i, FieldPos("Cylinders")) >= kCylinderChoices);
      }},
     {"RPM Sites Setup is invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("RpmSitesSetup")) > 3); }},
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("RpmSitesSetup")) > 3); }},
 });
 
 constexpr auto kStep4 = std::to_array<SetupCheck>({
     {"Fuel Load Sites Error",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("FuelSitesSelection")) & kSitesCodeBits) > 2);
+       return Fails((i.Byte(FieldPos("FuelSitesSelection")) & kSitesCodeBits) > 2);
      }},
     {"Fuel Map Selection Error",
      [](const Image& i, const Context&) {
-       return MoreThanOneBit(i.Byte(Pos("FuelSitesSelection")) & kMapSelectionBits);
+       return MoreThanOneBit(i.Byte(FieldPos("FuelSitesSelection")) & kMapSelectionBits);
      }},
 });
 
 constexpr auto kStep5 = std::to_array<SetupCheck>({
     {"Trigger Offset Error",
      [](const Image& i, const Context&) {
-       return Fails(ByteAt(i, Pos("TriggerOffset")) > kMaxTriggerOffset);
+       return Fails(ByteAt(i, FieldPos("TriggerOffset")) > kMaxTriggerOffset);
      }},
     {"Ignition Load Sites Error",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("IgnSites")) > 1); }},
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("IgnSites")) > 1); }},
     {"Ignition Timing Lock Active",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("IgnitionLock")) != 0); },
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("IgnitionLock")) != 0); },
      false},
 });
 
@@ -123,23 +122,23 @@ constexpr auto kStep7 = std::to_array<SetupCheck>({
     {"Rev Limiter 2 Invalid",
      [](const Image& i, const Context&) { return Fails(i.RevLimit2() == 0); }},
     {"Trigger Pattern Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("TriggerPattern")) > 5); }},
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("TriggerPattern")) > 5); }},
     {"Trigger Hall or Magnetic Invalid",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("TriggerSensor")) & kSensorTypeMask) > 2);
+       return Fails((i.Byte(FieldPos("TriggerSensor")) & kSensorTypeMask) > 2);
      }},
     {"Trigger Voltage Invalid",
      [](const Image& i, const Context&) { return Fails(i.TriggerVoltage() > kMaxSensorVoltage); }},
     {"Home Position Pattern Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("HomePattern")) > 4); }},
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("HomePattern")) > 4); }},
     {"Home Position Hall or Magnetic Invalid",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("HomeSensor")) & kSensorTypeMask) > 2);
+       return Fails((i.Byte(FieldPos("HomeSensor")) & kSensorTypeMask) > 2);
      }},
     {"Home Position Voltage Invalid",
      [](const Image& i, const Context&) { return Fails(i.HomeVoltage() > kMaxSensorVoltage); }},
     {"Ignition Spark Mode Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("SparkMode")) > 3); }},
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("SparkMode")) > 3); }},
     {"Fuel Injection Mode and Injector Impedance", InjectionModeFailures},
     {"Trigger Tooth Offset Invalid", ToothOffsetFailures},
 });
@@ -153,15 +152,15 @@ constexpr auto kStep8 = std::to_array<SetupCheck>({
      [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[2]); }},
     {"Rev Limiter Type Invalid",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("LimiterTacho")) & kLimiterModeBits) == 0);
+       return Fails((i.Byte(FieldPos("LimiterTacho")) & kLimiterModeBits) == 0);
      }},
     {"Tacho Output Setup Invalid",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("LimiterTacho")) & kUnusedTachoBit) != 0);
+       return Fails((i.Byte(FieldPos("LimiterTacho")) & kUnusedTachoBit) != 0);
      }},
     {"Trigger Edges Setup Invalid",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("LimiterTacho")) & kUnusedEdgeBit) != 0);
+       return Fails((i.Byte(FieldPos("LimiterTacho")) & kUnusedEdgeBit) != 0);
      }},
 });
 
@@ -169,15 +168,15 @@ constexpr auto kStep9 = std::to_array<SetupCheck>({
     {"Rev Limiter 1 Invalid",
      [](const Image& i, const Context&) { return Fails(i.RevLimit1() == 0); }},
     {"TPS Setup Error",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("TpsSetup")) > 1); }},
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("TpsSetup")) > 1); }},
     {"Map Sensor Setup Invalid",
      [](const Image& i, const Context&) {
-       return Fails(ByteAt(i, Pos("MapSensorSetup")) > kMaxMapSensorSetup);
+       return Fails(ByteAt(i, FieldPos("MapSensorSetup")) > kMaxMapSensorSetup);
      }},
     {"Throttle Pump Setup Error", ThrottlePumpFailures},
     {"Map Sensor Setup Error",
      [](const Image& i, const Context&) {
-       return Fails((i.Byte(Pos("MapSensorSetup")) & kMapSensorLowBits) > kLastMapSensorType);
+       return Fails((i.Byte(FieldPos("MapSensorSetup")) & kMapSensorLowBits) > kLastMapSensorType);
      }},
     {"Map Sensor Scaling Invalid", MapScalingFailures},
 });
@@ -185,34 +184,34 @@ constexpr auto kStep9 = std::to_array<SetupCheck>({
 constexpr auto kStep10 = std::to_array<SetupCheck>({
     {"GPI1 Function Invalid",
      [](const Image& i, const Context&) {
-       return Fails(ByteAt(i, Pos("Gpi1Function")) >= kGpiFunctionCodes);
+       return Fails(ByteAt(i, FieldPos("Gpi1Function")) >= kGpiFunctionCodes);
      }},
     {"GPI2 Function Invalid",
      [](const Image& i, const Context&) {
-       return Fails(ByteAt(i, Pos("Gpi2Function")) >= kGpiFunctionCodes);
+       return Fails(ByteAt(i, FieldPos("Gpi2Function")) >= kGpiFunctionCodes);
      }},
     {"Dwell Time Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, Pos("DwellTime")) >= 128); }},
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("DwellTime")) >= 128); }},
 });
 
 constexpr auto kStep11 = std::to_array<SetupCheck>({
     {"Air Temp Sensor Calibration Error",
-     [](const Image& i, const Context&) { return SensorCurveFailures(i, Pos("AirSensorCal")); }},
+     [](const Image& i, const Context&) { return SensorCurveFailures(i, FieldPos("AirSensorCal")); }},
     {"Water Temp Sensor Calibration Error",
-     [](const Image& i, const Context&) { return SensorCurveFailures(i, Pos("WaterSensorCal")); }},
+     [](const Image& i, const Context&) { return SensorCurveFailures(i, FieldPos("WaterSensorCal")); }},
     {"Injector Startup Prime Invalid",
      [](const Image& i, const Context&) {
-       return Fails(ByteAt(i, Pos("StartupPrime")) > kMaxStartupPrime);
+       return Fails(ByteAt(i, FieldPos("StartupPrime")) > kMaxStartupPrime);
      }},
     {"Battery Voltage Compensation Invalid", BattCompFailures},
     {"Idle Target RPM Invalid",
      [](const Image& i, const Context&) { return Fails(i.IdleTargetRpm() == 0); }},
     {"Idle Minimum Larger than Maximum Error",
      [](const Image& i, const Context&) {
-       return Fails(i.Byte(Pos("IdleMinMax")) > i.Byte(Pos("IdleMinMax") + 1));
+       return Fails(i.Byte(FieldPos("IdleMinMax")) > i.Byte(FieldPos("IdleMinMax") + 1));
      }},
     {"Idle Cold Adjuster Invalid",
-     [](const Image& i, const Context&) { return Fails(i.Byte(Pos("IdleCold") + 2) >= 128); }},
+     [](const Image& i, const Context&) { return Fails(i.Byte(FieldPos("IdleCold") + 2) >= 128); }},
     {"Idle PWM Frequency Invalid",
      [](const Image& i, const Context&) { return Fails(i.IdlePwmFrequency() >= 4); }},
 });

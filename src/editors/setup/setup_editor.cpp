@@ -13,7 +13,6 @@ namespace vela {
 
 namespace {
 
-constexpr int kCommandWrite = 4;
 constexpr double kMaxTriggerOffsetDegrees = kMaxTriggerOffset / 2.0;
 
 // The image field a choice lives in.
@@ -72,7 +71,6 @@ std::uint8_t* InGroup(std::array<std::uint8_t, N>& bytes, int first, int positio
                                                    : nullptr;
 }
 
-consteval int Pos(std::string_view name) { return SetupFieldNamed(name).position; }
 
 // The state's byte for a position a raw editor owns, or null.
 std::uint8_t* RawStateByte(EditorState& state, int position) {
@@ -86,39 +84,39 @@ std::uint8_t* RawStateByte(EditorState& state, int position) {
            InGroup(io.Gpo3Setup, kGpoStarts[2], position),
            InGroup(io.Gpi1Setup, kGpiStarts[0], position),
            InGroup(io.Gpi2Setup, kGpiStarts[1], position),
-           InGroup(io.Gpi1Aux, Pos("Gpi1Aux"), position),
-           InGroup(io.GpiAux, Pos("GpiAux"), position),
-           InGroup(idle.IdleCold, Pos("IdleCold"), position),
-           InGroup(idle.IdleMod2, Pos("IdleMod2Values"), position),
-           InGroup(sensors.TpsCal1, Pos("TpsCal1"), position),
-           InGroup(sensors.TpsCal2, Pos("TpsCal2"), position),
+           InGroup(io.Gpi1Aux, FieldPos("Gpi1Aux"), position),
+           InGroup(io.GpiAux, FieldPos("GpiAux"), position),
+           InGroup(idle.IdleCold, FieldPos("IdleCold"), position),
+           InGroup(idle.IdleMod2, FieldPos("IdleMod2Values"), position),
+           InGroup(sensors.TpsCal1, FieldPos("TpsCal1"), position),
+           InGroup(sensors.TpsCal2, FieldPos("TpsCal2"), position),
        }) {
     if (byte != nullptr) return byte;
   }
-  if (position >= Pos("IdleMinMax") && position <= Pos("IdleMinMax") + 1) {
-    return &idle.IdleMod0[static_cast<std::size_t>(position - Pos("IdleMinMax"))];
+  if (position >= FieldPos("IdleMinMax") && position <= FieldPos("IdleMinMax") + 1) {
+    return &idle.IdleMod0[static_cast<std::size_t>(position - FieldPos("IdleMinMax"))];
   }
-  if (position >= Pos("IdleMod0Values") && position <= Pos("IdleMod0Values") + 2) {
-    return &idle.IdleMod0[static_cast<std::size_t>(2 + position - Pos("IdleMod0Values"))];
+  if (position >= FieldPos("IdleMod0Values") && position <= FieldPos("IdleMod0Values") + 2) {
+    return &idle.IdleMod0[static_cast<std::size_t>(2 + position - FieldPos("IdleMod0Values"))];
   }
   switch (position) {
-    case Pos("Gpi1Function"):
+    case FieldPos("Gpi1Function"):
       return &io.Gpi1Function;
-    case Pos("Gpi2Function"):
+    case FieldPos("Gpi2Function"):
       return &io.Gpi2Function;
-    case Pos("IdlePwmFrequency"):
+    case FieldPos("IdlePwmFrequency"):
       return &idle.IdlePwmFrequency;
-    case Pos("IdleSetting858"):
+    case FieldPos("IdleSetting858"):
       return &idle.IdleSetting858;
-    case Pos("TpsSetup"):
+    case FieldPos("TpsSetup"):
       return &sensors.TpsSetup;
-    case Pos("TriggerVoltage"):
+    case FieldPos("TriggerVoltage"):
       return &setup.TriggerVoltage;
-    case Pos("HomeVoltage"):
+    case FieldPos("HomeVoltage"):
       return &setup.HomeVoltage;
-    case Pos("TriggerToothOffset"):
+    case FieldPos("TriggerToothOffset"):
       return &setup.TriggerToothOffset;
-    case Pos("FuelSetting948"):
+    case FieldPos("FuelSetting948"):
       return &setup.FuelSetting948;
     default:
       return nullptr;
@@ -340,7 +338,7 @@ std::vector<ByteWrite> SetupEditor::StorePositions(const std::vector<int>& posit
     const std::uint8_t value = encoded.Byte(position);
     if (value == parts_.image.Byte(position)) continue;
     parts_.image.SetByte(position, value);
-    parts_.sender.Send(kCommandWrite, position, value);
+    parts_.sender.Send(kSingleValueWrite, position, value);
     sent.push_back({position, value});
   }
   return sent;

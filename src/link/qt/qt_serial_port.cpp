@@ -214,3 +214,5 @@ void QtSerialPort::OnError(QSerialPort::SerialPortError error) {
 }
 
 }  // namespace vela
+
+#include "moc_qt_serial_port.cpp"

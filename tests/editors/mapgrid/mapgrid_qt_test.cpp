@@ -1,4 +1,4 @@
-// Widget tests of the map editors. They need a display: run under xvfb-run -a. Set
+// Widget tests of the map editors. They need a display (gui_tests runs them on one of its own). Set
 // MAPGRID_SCREENSHOT to a file path to keep a picture of a filled fuel page.
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -15,6 +15,7 @@
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"
 #include "support/recording_sender.h"
+#include "support/gui_test_main.h"
 
 namespace vela {
 namespace {
@@ -255,5 +256,6 @@ void MapGridQtTest::CellsAreColouredByValue() {
 
 }  // namespace vela
 
-QTEST_MAIN(vela::MapGridQtTest)
+using vela::MapGridQtTest;
+VELA_GUI_TEST(MapGridQtTest)
 #include "mapgrid_qt_test.moc"

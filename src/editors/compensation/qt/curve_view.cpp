@@ -259,3 +259,5 @@ void CurveView::PaintLive(QPainter& painter) const {
 }
 
 }  // namespace vela
+
+#include "moc_curve_view.cpp"

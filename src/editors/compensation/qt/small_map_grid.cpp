@@ -182,3 +182,5 @@ void SmallMapGrid::PushCurrent() {
 }
 
 }  // namespace vela
+
+#include "moc_small_map_grid.cpp"

@@ -48,3 +48,5 @@ void CrossHair::Redraw() {
 }
 
 }  // namespace vela
+
+#include "moc_cross_hair.cpp"

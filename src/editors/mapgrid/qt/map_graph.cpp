@@ -56,3 +56,5 @@ void MapGraph::SetMarker(std::optional<OperatingPoint> point) {
 }
 
 }  // namespace vela
+
+#include "moc_map_graph.cpp"

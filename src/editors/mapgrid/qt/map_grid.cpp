@@ -322,3 +322,5 @@ void MapGrid::ApplyLook() {
 }
 
 }  // namespace vela
+
+#include "moc_map_grid.cpp"

@@ -169,3 +169,5 @@ void MapGridTable::Refresh() {
 }
 
 }  // namespace vela
+
+#include "moc_map_grid_table.cpp"

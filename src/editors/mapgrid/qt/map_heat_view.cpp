@@ -103,3 +103,5 @@ void MapHeatView::PaintMarker(QPainter& painter, const QRectF& area) const {
 }
 
 }  // namespace vela
+
+#include "moc_map_heat_view.cpp"

@@ -122,3 +122,5 @@ void MapReadout::Show(const LiveData& live, bool live_values) {
 }
 
 }  // namespace vela
+
+#include "moc_map_readout.cpp"

@@ -349,3 +349,5 @@ void MapSurfaceView::mouseReleaseEvent(QMouseEvent* event) {
 void MapSurfaceView::mouseDoubleClickEvent(QMouseEvent*) { SetAngles(ViewAngles{}); }
 
 }  // namespace vela
+
+#include "moc_map_surface_view.cpp"

@@ -1,0 +1,31 @@
+# Run after every build of the GUI test program: writes one CTest test per test function, so that
+# the long end-to-end functions run beside each other, each on an X server of its own.
+#   cmake -DPROGRAM=... -DRUNNER=... -DOUTPUT=... -P discover_gui_tests.cmake
+execute_process(COMMAND ${PROGRAM} --classes OUTPUT_VARIABLE classes RESULT_VARIABLE failed)
+if(failed)
+  message(FATAL_ERROR "${PROGRAM} --classes failed")
+endif()
+string(REPLACE "\n" ";" classes "${classes}")
+set(ENV{QT_QPA_PLATFORM} offscreen)
+set(content "")
+foreach(class IN LISTS classes)
+  if(class STREQUAL "")
+    continue()
+  endif()
+  execute_process(COMMAND ${PROGRAM} ${class} -functions
+                  OUTPUT_VARIABLE functions RESULT_VARIABLE failed ERROR_QUIET)
+  if(failed)
+    message(FATAL_ERROR "${PROGRAM} ${class} -functions failed")
+  endif()
+  string(REPLACE "()" "" functions "${functions}")
+  string(REPLACE "\n" ";" functions "${functions}")
+  foreach(function IN LISTS functions)
+    if(function STREQUAL "")
+      continue()
+    endif()
+    string(APPEND content
+      "add_test([=[${class}.${function}]=] bash [=[${RUNNER}]=] [=[${PROGRAM}]=] ${class} ${function})\n"
+      "set_tests_properties([=[${class}.${function}]=] PROPERTIES TIMEOUT 180)\n")
+  endforeach()
+endforeach()
+file(WRITE ${OUTPUT} "${content}")

@@ -1,0 +1,1 @@
+// Compiles the precompiled headers that the test programs share; holds no test.
