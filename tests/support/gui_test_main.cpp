@@ -28,7 +28,8 @@ bool Register(const char* name, Factory factory) {
 // `--classes` lists the classes (the build lists each one's functions for CTest).
 int main(int argc, char* argv[]) {
   if (argc == 2 && std::string(argv[1]) == "--classes") {
-    for (const auto& [name, factory] : vela::gui_test::Registry()) std::printf("%s\n", name.c_str());
+    for (const auto& [name, factory] : vela::gui_test::Registry())
+      std::printf("%s\n", name.c_str());
     return 0;
   }
   QApplication app(argc, argv);

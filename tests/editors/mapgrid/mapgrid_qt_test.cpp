@@ -11,11 +11,11 @@
 #include "editors/mapgrid/cell_transmission.h"
 #include "editors/mapgrid/qt/cross_hair.h"
 #include "editors/mapgrid/qt/map_graph.h"
-#include "editors/mapgrid/qt/map_surface_view.h"
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"
-#include "support/recording_sender.h"
+#include "editors/mapgrid/qt/map_surface_view.h"
 #include "support/gui_test_main.h"
+#include "support/recording_sender.h"
 
 namespace vela {
 namespace {
