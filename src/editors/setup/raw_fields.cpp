@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "editors/editor_state.h"
+
 namespace vela {
 
 namespace {
@@ -56,7 +58,7 @@ std::vector<RawGroup> InputGroups() {
 std::vector<RawGroup> IdleGroups() {
   RawGroup target{"Idle Speed", {}};
   target.fields.push_back(
-      {"IdleTargetRpm (1011 to 1013)", FieldPos("IdleTargetRpm"), RawShow::kRpm24});
+      {"IdleTargetRpm (1011-1013)", FieldPos("IdleTargetRpm"), RawShow::kRpm24});
   target.fields.push_back(Byte("IdleMinMax, minimum", FieldPos("IdleMinMax")));
   target.fields.push_back(Byte("IdleMinMax, maximum", FieldPos("IdleMinMax") + 1));
   target.fields.push_back(Byte("IdlePwmFrequency", FieldPos("IdlePwmFrequency")));
@@ -79,6 +81,13 @@ std::vector<RawGroup> TpsGroups() {
   AddBytes(tps.fields, "TpsCal1", FieldPos("TpsCal1"), 2);
   AddBytes(tps.fields, "TpsCal2", FieldPos("TpsCal2"), 2);
   return {tps};
+}
+
+RawGroup UnshownBattGroup() {
+  RawGroup group{"Battery compensation beyond 16 V, bytes 1006 to 1010 as stored (0.01 ms)", {}};
+  const int first = FieldPos("BattComp");
+  AddBytes(group.fields, "BattComp", kFirstUnshownBattByte, 5, kFirstUnshownBattByte - first + 1);
+  return group;
 }
 
 std::vector<std::string> FailedChecksAt(const CalibrationImage& image, int position,

@@ -289,6 +289,100 @@ int ChoiceEntries(SetupChoice choice, const EditorState& state) {
   return 0;
 }
 
+namespace {
+
+// Bit 7 of byte 958, which neither dwell control sets; the fuel map selection bits of byte 995.
+constexpr std::uint8_t kDwellBitNoControlSets = 0x80;
+constexpr std::uint8_t kSelectionBitsOf995 = 0xE0;
+
+int HeldChoice(SetupChoice choice, const EditorState& state) {
+  const EngineSetup& setup = state.setup;
+  const SensorSetup& sensors = state.sensors;
+  switch (choice) {
+    case SetupChoice::kCylinders:
+      return setup.Cylinders;
+    case SetupChoice::kFuelMode:
+      return setup.FuelMode;
+    case SetupChoice::kOptionImpedance:
+      return setup.OptionImpedance;
+    case SetupChoice::kLimiterMode:
+      return setup.LimiterMode;
+    case SetupChoice::kTriggerEdgeInput:
+      return setup.TriggerEdgeInput;
+    case SetupChoice::kTriggerEdgeHome:
+      return setup.TriggerEdgeHome;
+    case SetupChoice::kTriggerEdgeSpark:
+      return setup.TriggerEdgeSpark;
+    case SetupChoice::kComboAuxOutput:
+      return setup.ComboAuxOutput;
+    case SetupChoice::kComboTrigger:
+      return setup.ComboTrigger;
+    case SetupChoice::kTriggerHallMagnetic:
+      return setup.TriggerHallMagnetic;
+    case SetupChoice::kTriggerSensorFlag:
+      return setup.TriggerSensorFlag ? 1 : 0;
+    case SetupChoice::kComboHome:
+      return setup.ComboHome;
+    case SetupChoice::kHomeHallMagnetic:
+      return setup.HomeHallMagnetic;
+    case SetupChoice::kHomeSensorFlag:
+      return setup.HomeSensorFlag ? 1 : 0;
+    case SetupChoice::kComboSpark:
+      return setup.ComboSpark;
+    case SetupChoice::kDwellMode:
+      return DwellModeOf(setup.DwellTime);
+    case SetupChoice::kComboSiteRPM:
+      return setup.ComboSiteRPM;
+    case SetupChoice::kComboSiteFuel:
+      return setup.ComboSiteFuel;
+    case SetupChoice::kComboSiteIgnition:
+      return setup.ComboSiteIgnition;
+    case SetupChoice::kFuelPumpPrime:
+      return setup.StartupPrime;
+    case SetupChoice::kWarningLight:
+      return setup.Setting997;
+    case SetupChoice::kLoadSensing:
+      return sensors.LoadSensing;
+    case SetupChoice::kAltitudeComp:
+      return sensors.AltitudeComp ? 1 : 0;
+    case SetupChoice::kTPumpBased:
+      return sensors.TPumpBased ? 1 : 0;
+    case SetupChoice::kComboMAP:
+      return sensors.ComboMAP < 0 ? 0 : sensors.ComboMAP;
+    case SetupChoice::kComboMAPScale:
+      return sensors.ComboMAPScale;
+    case SetupChoice::kMapSelection:
+      return setup.MapSelection;
+  }
+  return kNoEntry;
+}
+
+bool HeldShowable(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
+  switch (choice) {
+    case SetupChoice::kDwellMode:
+      return (state.setup.DwellTime & kDwellBitNoControlSets) == 0;
+    case SetupChoice::kComboMAPScale:
+      return MapScaleEntryOfCode(state.sensors.ComboMAP, state.sensors.MapSensorScaling)
+          .has_value();
+    case SetupChoice::kMapSelection: {
+      const int bits = image.Byte(FieldPos("FuelSitesSelection")) & kSelectionBitsOf995;
+      return (bits & (bits - 1)) == 0;
+    }
+    default:
+      return true;
+  }
+}
+
+}  // namespace
+
+int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
+  const int held = HeldChoice(choice, state);
+  if (held < 0 || held >= ChoiceEntries(choice, state) || !HeldShowable(choice, state, image)) {
+    return kNoEntry;
+  }
+  return held;
+}
+
 int DwellModeOf(std::uint8_t dwell_byte) { return (dwell_byte & kDwellChargeTimeBit) ? 1 : 0; }
 int DwellValueOf(std::uint8_t dwell_byte) { return dwell_byte & kMaxDwellValue; }
 
@@ -325,7 +419,7 @@ void SetupEditor::LayOutMaps() {
 }
 
 ChangeOutcome SetupEditor::Outcome(const Change& change,
-                                   const std::vector<std::string_view>& fields) const {
+                                   const std::vector<std::string_view>& fields, bool mends) const {
   EditorState candidate = parts_.state;
   change(candidate);
   const CalibrationImage encoded = EncodeSetup(candidate);
@@ -343,12 +437,25 @@ ChangeOutcome SetupEditor::Outcome(const Change& change,
     }
   }
   outcome.refusals = ChangeBreaks(after, {candidate.sensors.ComboMAP}, written);
+  if (mends) {
+    const std::vector<SetupCheck> already =
+        FailedChecksReading(parts_.image, {parts_.state.sensors.ComboMAP}, written);
+    std::erase_if(outcome.refusals, [&already](const SetupCheck& check) {
+      return std::any_of(already.begin(), already.end(),
+                         [&check](const SetupCheck& a) { return a.message == check.message; });
+    });
+  }
   return outcome;
 }
 
 std::optional<std::vector<ByteWrite>> SetupEditor::Make(
     const Change& change, const std::vector<std::string_view>& fields) {
   if (Outcome(change, fields).Refused()) return std::nullopt;
+  return Commit(change, fields);
+}
+
+std::vector<ByteWrite> SetupEditor::Commit(const Change& change,
+                                           const std::vector<std::string_view>& fields) {
   change(parts_.state);
   std::vector<ByteWrite> sent;
   for (const std::string_view field : fields) {
@@ -364,8 +471,9 @@ ChangeOutcome SetupEditor::TryChoose(SetupChoice choice, int value) const {
     outcome.offered = false;
     return outcome;
   }
+  const bool mends = ShownChoice(choice, parts_.state, parts_.image) == kNoEntry;
   return Outcome([choice, value](EditorState& state) { UpdateState(state, choice, value); },
-                 FieldsOf(choice));
+                 FieldsOf(choice), mends);
 }
 
 std::vector<ByteWrite> SetupEditor::Choose(SetupChoice choice, int value) {
@@ -374,10 +482,8 @@ std::vector<ByteWrite> SetupEditor::Choose(SetupChoice choice, int value) {
     parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
                          {kRisingEdgeWarningLines.begin(), kRisingEdgeWarningLines.end()});
   }
-  std::vector<ByteWrite> sent =
-      Make([choice, value](EditorState& state) { UpdateState(state, choice, value); },
-           FieldsOf(choice))
-          .value_or(std::vector<ByteWrite>{});
+  std::vector<ByteWrite> sent = Commit(
+      [choice, value](EditorState& state) { UpdateState(state, choice, value); }, FieldsOf(choice));
   if (choice == SetupChoice::kComboSiteFuel || choice == SetupChoice::kComboSiteIgnition) {
     LayOutMaps();
   }
@@ -449,6 +555,20 @@ std::optional<std::pair<int, int>> SetupEditor::RawRange(int position) const {
     range->second = value;
   }
   return range;
+}
+
+std::string SetupEditor::RawRangeNote(int position) const {
+  const std::optional<std::pair<int, int>> range = RawRange(position);
+  if (!range) return "Takes no value now.";
+  if (*range == std::pair{0, 255}) return {};
+  std::string note =
+      "Takes " + std::to_string(range->first) + " to " + std::to_string(range->second) + " now";
+  for (const int beyond : {range->first - 1, range->second + 1}) {
+    if (beyond < 0 || beyond > 255) continue;
+    const ChangeOutcome outcome = TryRawByte(position, static_cast<std::uint8_t>(beyond));
+    if (outcome.Refused()) note += "; " + std::to_string(beyond) + ": " + RefusalText(outcome);
+  }
+  return note + ".";
 }
 
 std::vector<ByteWrite> SetupEditor::SetRawByte(int position, std::uint8_t value) {

@@ -4,8 +4,11 @@
 // filled from a calibration nothing is kept, sent or shown.
 //
 // A change whose bytes would fail a setup check that reads them is refused: nothing is kept or
-// sent (ChangeBreaks in setup_checks.h). The pages ask first (TryChoose, RawRange) and offer only
-// what can be chosen, saying why the rest cannot.
+// sent (ChangeBreaks in setup_checks.h). One exception lets a byte the ECU holds bad be mended
+// part by part: a choice that puts its control from no entry onto an entry may leave a check
+// failing that failed already (byte 907 with both its injection mode and its impedance bad takes
+// one of them, then the other). The pages ask first (TryChoose, RawRange) and offer only what
+// can be chosen, saying why the rest cannot.
 #pragma once
 
 #include <cstdint>
@@ -59,6 +62,11 @@ std::string_view SetupFieldOf(SetupChoice choice);
 // How many entries a group or list offers (the MAP scalings: those of the chosen type); 2 for a
 // tick box.
 int ChoiceEntries(SetupChoice choice, const EditorState& state);
+
+// The entry a group or list shows for what the editors and the image hold; kNoEntry when no
+// entry stands for it (a code beyond the entries, no limiter type, more than one fuel map
+// selection bit, a dwell byte with bit 7 set, a scaling code the sensor type does not take).
+int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image);
 
 struct ByteWrite {
   int position;
@@ -124,6 +132,9 @@ class SetupEditor {
   // The lowest and highest value a raw byte can take now (every value between them can);
   // nullopt when none can.
   std::optional<std::pair<int, int>> RawRange(int position) const;
+  // Why a raw byte takes only RawRange: "Takes 0 to 15: 16 would set byte 884 to 16, which
+  // fails ...". Empty when it takes every value.
+  std::string RawRangeNote(int position) const;
   // Idle option `index` (0 to 7: byte 856, bits 0 to 7; 8 to 15: byte 857).
   std::vector<ByteWrite> SetIdleFlag(int index, bool on);
 
@@ -134,11 +145,15 @@ class SetupEditor {
   using Change = std::function<void(EditorState&)>;
 
   bool Filling() const { return parts_.suppress_change_events; }
-  // What `change` would write into `fields`, judged by the checks that read those bytes.
-  ChangeOutcome Outcome(const Change& change, const std::vector<std::string_view>& fields) const;
+  // What `change` would write into `fields`, judged by the checks that read those bytes; with
+  // `mends` set, a check that fails already does not refuse it.
+  ChangeOutcome Outcome(const Change& change, const std::vector<std::string_view>& fields,
+                        bool mends = false) const;
   // Makes `change` and stores `fields` unless it is refused; nullopt when refused.
   std::optional<std::vector<ByteWrite>> Make(const Change& change,
                                              const std::vector<std::string_view>& fields);
+  // Makes `change` and stores `fields`, judged already.
+  std::vector<ByteWrite> Commit(const Change& change, const std::vector<std::string_view>& fields);
   // Writes the bytes of `field` as the editors now hold them and sends the ones that changed.
   std::vector<ByteWrite> Store(std::string_view field);
   std::vector<ByteWrite> StorePositions(const std::vector<int>& positions);

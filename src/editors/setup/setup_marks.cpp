@@ -16,7 +16,6 @@ namespace {
 
 constexpr int kChargeTimeTenthsPerMs = 10;
 constexpr std::uint8_t kDwellUnusedBit = 0x80;
-constexpr std::uint8_t kMapSelectionBits = 0xE0;
 
 std::string Whole(double value) {
   char text[32];
@@ -69,96 +68,6 @@ NumberShow SpeedShow(std::uint32_t period, int lowest_rpm, const std::string& na
 }
 
 }  // namespace
-
-namespace {
-
-int HeldChoice(SetupChoice choice, const EditorState& state) {
-  const EngineSetup& setup = state.setup;
-  const SensorSetup& sensors = state.sensors;
-  switch (choice) {
-    case SetupChoice::kCylinders:
-      return setup.Cylinders;
-    case SetupChoice::kFuelMode:
-      return setup.FuelMode;
-    case SetupChoice::kOptionImpedance:
-      return setup.OptionImpedance;
-    case SetupChoice::kLimiterMode:
-      return setup.LimiterMode;
-    case SetupChoice::kTriggerEdgeInput:
-      return setup.TriggerEdgeInput;
-    case SetupChoice::kTriggerEdgeHome:
-      return setup.TriggerEdgeHome;
-    case SetupChoice::kTriggerEdgeSpark:
-      return setup.TriggerEdgeSpark;
-    case SetupChoice::kComboAuxOutput:
-      return setup.ComboAuxOutput;
-    case SetupChoice::kComboTrigger:
-      return setup.ComboTrigger;
-    case SetupChoice::kTriggerHallMagnetic:
-      return setup.TriggerHallMagnetic;
-    case SetupChoice::kTriggerSensorFlag:
-      return setup.TriggerSensorFlag ? 1 : 0;
-    case SetupChoice::kComboHome:
-      return setup.ComboHome;
-    case SetupChoice::kHomeHallMagnetic:
-      return setup.HomeHallMagnetic;
-    case SetupChoice::kHomeSensorFlag:
-      return setup.HomeSensorFlag ? 1 : 0;
-    case SetupChoice::kComboSpark:
-      return setup.ComboSpark;
-    case SetupChoice::kDwellMode:
-      return DwellModeOf(setup.DwellTime);
-    case SetupChoice::kComboSiteRPM:
-      return setup.ComboSiteRPM;
-    case SetupChoice::kComboSiteFuel:
-      return setup.ComboSiteFuel;
-    case SetupChoice::kComboSiteIgnition:
-      return setup.ComboSiteIgnition;
-    case SetupChoice::kFuelPumpPrime:
-      return setup.StartupPrime;
-    case SetupChoice::kWarningLight:
-      return setup.Setting997;
-    case SetupChoice::kLoadSensing:
-      return sensors.LoadSensing;
-    case SetupChoice::kAltitudeComp:
-      return sensors.AltitudeComp ? 1 : 0;
-    case SetupChoice::kTPumpBased:
-      return sensors.TPumpBased ? 1 : 0;
-    case SetupChoice::kComboMAP:
-      return sensors.ComboMAP < 0 ? 0 : sensors.ComboMAP;
-    case SetupChoice::kComboMAPScale:
-      return sensors.ComboMAPScale;
-    case SetupChoice::kMapSelection:
-      return setup.MapSelection;
-  }
-  return kNoEntry;
-}
-
-bool HeldShowable(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
-  switch (choice) {
-    case SetupChoice::kDwellMode:
-      return (state.setup.DwellTime & kDwellUnusedBit) == 0;
-    case SetupChoice::kComboMAPScale:
-      return MapScaleEntryOfCode(state.sensors.ComboMAP, state.sensors.MapSensorScaling)
-          .has_value();
-    case SetupChoice::kMapSelection: {
-      const int bits = image.Byte(FieldPos("FuelSitesSelection")) & kMapSelectionBits;
-      return (bits & (bits - 1)) == 0;
-    }
-    default:
-      return true;
-  }
-}
-
-}  // namespace
-
-int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
-  const int held = HeldChoice(choice, state);
-  if (held < 0 || held >= ChoiceEntries(choice, state) || !HeldShowable(choice, state, image)) {
-    return kNoEntry;
-  }
-  return held;
-}
 
 std::string ChoiceMark(SetupChoice choice, const EditorState& state,
                        const CalibrationImage& image) {

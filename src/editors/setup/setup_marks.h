@@ -15,10 +15,6 @@
 
 namespace vela {
 
-// The entry a group or list shows for what the editors and the image hold; kNoEntry when no
-// entry stands for it (a code beyond the entries, no limiter type, more than one fuel map
-// selection bit, a dwell byte with bit 7 set, a scaling code the sensor type does not take).
-int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image);
 // The mark beside a group or list that shows no entry: "The ECU holds byte 902 = 9, which no
 // entry stands for: it fails "Trigger Pattern Invalid" (byte 902 is above 5)." Empty otherwise.
 std::string ChoiceMark(SetupChoice choice, const EditorState& state, const CalibrationImage& image);
@@ -55,9 +51,8 @@ inline constexpr std::string_view kSparkPullUpNote =
     "from the ECU or a map file as \"Falling (Default)\".";
 // Beside the battery table's bytes that have no voltage row.
 inline constexpr std::string_view kUnshownBattNote =
-    "Bytes 1006 to 1010 of the battery compensation lie beyond its 16 V row; no table row shows "
-    "them, so they stand here as the ECU holds them (0.01 ms each). \"Battery Voltage "
-    "Compensation Invalid\" counts them: it fails when any of bytes 1000 to 1010 is above 200 "
-    "(2.00 ms).";
+    "No voltage row of the table shows these bytes. \"Battery Voltage Compensation Invalid\" "
+    "counts them: it fails when any of bytes 1000 to 1010 is above 200 (2.00 ms), so they take "
+    "0 to 200.";
 
 }  // namespace vela

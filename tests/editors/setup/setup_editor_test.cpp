@@ -190,6 +190,30 @@ TEST_F(SetupEditorTest, ABadByteFromTheEcuIsReplacedOnlyByAGoodOne) {
   EXPECT_EQ(image.Byte(1007), 250);
 }
 
+TEST_F(SetupEditorTest, AByteBadInTwoPartsIsMendedOnePartAtATime) {
+  // Byte 907 with no injection mode and no impedance (and bits no control sets): each control
+  // shows no entry, and choosing an entry in either mends its part, though the byte still fails
+  // until the other is chosen too.
+  Load([] {
+    CalibrationImage i = SoundImage();
+    i.SetByte(907, 0xFF);
+    return i;
+  }());
+  EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 0), ElementsAre(ByteWrite{907, 0xC0}));
+  // The injection mode now shows an entry: changing it again would leave the byte failing.
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
+  EXPECT_THAT(editor.Choose(SetupChoice::kOptionImpedance, 2), ElementsAre(ByteWrite{907, 0x80}));
+  EXPECT_FALSE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
+  // A byte bad in one part only: the other control waits for it.
+  Load([] {
+    CalibrationImage i = SoundImage();
+    i.SetByte(907, 0x43);
+    return i;
+  }());
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kOptionImpedance, 2).Refused());
+  EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 2), ElementsAre(ByteWrite{907, 0x42}));
+}
+
 TEST_F(SetupEditorTest, ABytePartOnlyOneControlShowsWaitsForThatControl) {
   // Fuel load sites code 5 shares byte 995 with the fuel map selection: the selection cannot be
   // written beside it until the tuner picks load sites; then both go.
