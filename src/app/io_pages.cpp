@@ -1,6 +1,7 @@
 #include "app/io_pages.h"
 
 #include <QGridLayout>
+#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -98,6 +99,12 @@ OutputsPage::OutputsPage(SetupPageParts parts, SettingsControls& settings, QWidg
   display_row->addWidget(help.MakeLabel(display, l::kOutputDisplay, "Output Display"));
   auto* display_box = static_cast<QGroupBox*>(settings.BuildOutputsDisplay(display));
   display_box->setTitle(QString());  // the help caption beside it names it
+  // Tight margins: the page fits 1280 x 720 with the error list shown under it.
+  display_box->layout()->setContentsMargins(4, 2, 4, 2);
+  display_box->layout()->setSpacing(2);
+  for (auto* pair : display_box->findChildren<QGroupBox*>(Qt::FindDirectChildrenOnly)) {
+    pair->layout()->setContentsMargins(6, 1, 6, 1);
+  }
   display_row->addWidget(display_box, 1);
   left->addWidget(display);
   left->addStretch(1);
@@ -138,9 +145,9 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
   auto* left = new QVBoxLayout(left_column);
   left->setContentsMargins(0, 0, 0, 0);
   for (int n = 0; n < static_cast<int>(inputs.size()); ++n) {
-    left->addWidget(RawBox(left_column, help, *fields_, inputs[static_cast<std::size_t>(n)],
-                           QString("Gpi%1").arg(n + 1),
-                           [n](int i) { return l::kGpiFirst + 10 * n + i; }));
+    left->addWidget(RawBox(
+        left_column, help, *fields_, inputs[static_cast<std::size_t>(n)],
+        QString("Gpi%1").arg(n + 1), [n](int i) { return l::kGpiFirst + 10 * n + i; }, 2));
   }
   left->addStretch(1);
   columns->AddColumn(left_column);

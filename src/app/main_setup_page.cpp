@@ -219,17 +219,6 @@ QWidget* MainSetupPage::BuildEngine() {
               Container(impedance)));
   note_impedance_ = MakeNote(box, "NoteImpedance");
   AddNote(grid, note_impedance_);
-  auto* selection = new QWidget(box);
-  QButtonGroup* map_selection =
-      MakeOptionGroup(selection, "MapSelectionSetup", Views(kMapSelectionTexts), 2);
-  connect(map_selection, &QButtonGroup::idToggled, this, [this](int id, bool on) {
-    if (!on || parts_.editors.suppress_change_events()) return;
-    parts_.editors.SetMapSelection(id);
-    parts_.maps_changed();
-    ShowEditors();
-  });
-  Bind(SetupChoice::kMapSelection, map_selection,
-       AddRow(grid, Caption(box, l::kFuelMapSelection, "Fuel Map Selection"), selection));
   QComboBox* prime =
       List(box, "ComboPrime", Strings(kFuelPumpPrimeTexts), SetupChoice::kFuelPumpPrime);
   Bind(SetupChoice::kFuelPumpPrime, prime,
@@ -384,6 +373,18 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
   note_sites_ = MakeNote(box, "NoteLoadSites");
   ShowNote(note_sites_, QString::fromStdString(LoadSitesNote()));
   AddNote(grid, note_sites_);
+  // The fuel map selection stands with the map layouts (the Engine column is the tallest).
+  auto* selection = new QWidget(box);
+  QButtonGroup* map_selection =
+      MakeOptionGroup(selection, "MapSelectionSetup", Views(kMapSelectionTexts), 2);
+  connect(map_selection, &QButtonGroup::idToggled, this, [this](int id, bool on) {
+    if (!on || parts_.editors.suppress_change_events()) return;
+    parts_.editors.SetMapSelection(id);
+    parts_.maps_changed();
+    ShowEditors();
+  });
+  Bind(SetupChoice::kMapSelection, map_selection,
+       AddRow(grid, Caption(box, l::kFuelMapSelection, "Fuel Map Selection"), selection));
   QComboBox* afr_mode = settings.BuildAfrDisplayMode(box);
   GuardWheel(afr_mode);
   AddRow(grid, Caption(box, l::kAfrDisplay, "AFR Display"), afr_mode);

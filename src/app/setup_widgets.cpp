@@ -294,9 +294,9 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
       row->addStretch(1);
       break;
   }
-  // The checks wrap under the field to its width: a long one never widens the page.
+  // The checks wrap to the width they are given (AddRawGroup: under the caption and the field):
+  // a long one never widens the page.
   checks_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  column->addWidget(checks_);
 }
 
 void RawFieldEditor::SetAccessibleName(const QString& name) {
@@ -360,8 +360,13 @@ std::vector<RawFieldEditor*> AddRawGroup(
     auto* editor = new RawFieldEditor(field, caption, box);
     editor->SetAccessibleName(caption->text());
     caption->setMinimumHeight(editor->sizeHint().height());
-    grid->addWidget(caption, i % rows, 2 * (i / rows), Qt::AlignTop);
-    grid->addWidget(editor, i % rows, 2 * (i / rows) + 1);
+    // Each field takes two grid rows: the caption and the field, then its failed checks across
+    // both (a hidden note leaves its row empty, and an empty row takes no room).
+    const int row = 2 * (i % rows);
+    const int column = 2 * (i / rows);
+    grid->addWidget(caption, row, column, Qt::AlignTop);
+    grid->addWidget(editor, row, column + 1);
+    grid->addWidget(editor->checks(), row + 1, column, 1, 2);
     editors.push_back(editor);
   }
   for (int column = 0; column < columns; ++column) grid->setColumnStretch(2 * column + 1, 1);

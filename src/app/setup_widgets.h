@@ -121,6 +121,8 @@ class RawFieldEditor : public QWidget {
 
   const RawField& field() const { return field_; }
   QLabel* caption() const { return caption_; }
+  // The failed checks that read the field, in red; placed by the field's owner.
+  QLabel* checks() const { return checks_; }
   // The stored bytes (one, or three for an RPM field, lowest first) shown without sending; for a
   // byte, the values it can take now and why not the others (the tooltip).
   void Show(std::uint32_t value, std::optional<std::pair<int, int>> range = std::pair{0, 255},

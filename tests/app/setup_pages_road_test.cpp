@@ -24,6 +24,7 @@
 #include "app/editor_session.h"
 #include "app/map_pages.h"
 #include "app/setup_pages.h"
+#include "app/setup_widgets.h"
 #include "editors/compensation/temperature_sensors.h"
 #include "program_fixture.h"
 #include "shell/context_help.h"
@@ -453,6 +454,29 @@ class SetupPagesRoadTest : public QObject {
     }
   }
 
+  // An image whose output and input functions fail (each marked under its field, the errors
+  // listed under the pages) still leaves every set-up page whole at 1280 x 720.
+  void failingFunctionsFitA1280By720Window() {
+    CalibrationImage image = sim::EmbeddedBaseCalibration();
+    for (const auto& [position, value] :
+         {std::pair{884, 200}, {910, 31}, {926, 16}, {1022, 9}, {1023, 99}}) {
+      image.SetByte(position, static_cast<std::uint8_t>(value));
+    }
+    StartWith(image, "functions.sm1");
+    Program& p = *program_;
+    p.window->resize(1280, 720);
+    QTRY_COMPARE(p.window->size(), QSize(1280, 720));
+    QTabWidget* tabs = p.window->tabs();
+    for (const int tab : {3, 4, 5, 6, 7}) {
+      tabs->setCurrentIndex(tab);
+      QTest::qWait(100);
+      auto* scroll = tabs->widget(tab)->findChild<QScrollArea*>();
+      SaveShot(QString("functions_tab%1_1280x720").arg(tab));
+      QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+      QVERIFY2(!scroll->verticalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+    }
+  }
+
   // With every check that has a mark failing (the outputs' functions among them), the set-up
   // pages keep every column in a 1280-wide window, and at 1024 x 600 they scroll only downwards.
   void thePagesFitTheScreenWithAnyCalibration() {
@@ -473,6 +497,8 @@ class SetupPagesRoadTest : public QObject {
         QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(where));
         QVERIFY2(scroll->widget()->width() <= scroll->viewport()->width(), qPrintable(where));
       }
+      // At 1280 the idle column stands beside the outputs, however long their notes.
+      if (size.width() == 1280) QCOMPARE(p.Find<FlowColumns>("OutputsColumns")->PerRow(), 2);
     }
   }
 
