@@ -1,11 +1,14 @@
 #include "app/compensation_page.h"
 
 #include <QGridLayout>
+#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 
 #include "app/editor_session.h"
+#include "app/setup_widgets.h"
+#include "editors/setup/setup_marks.h"
 #include "shell/qt/qt_platform.h"
 
 namespace vela {
@@ -38,20 +41,13 @@ constexpr const char* kToolTips[] = {
     "dies away, Dead Band the throttle movement ignored, De-activate Over the throttle (or "
     "boost) above which the pump stays off."};
 
-std::optional<double> NumberOf(const std::string& text) {
-  try {
-    std::size_t used = 0;
-    const double value = std::stod(text, &used);
-    if (used == text.size()) return value;
-  } catch (...) {
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
 CompensationPage::CompensationPage(SetupPageParts parts, QWidget* parent)
-    : QWidget(parent), parts_(parts), readout_(new MapReadout(this, Qt::Horizontal)) {
+    : QWidget(parent),
+      parts_(parts),
+      readout_(new MapReadout(this, Qt::Horizontal)),
+      fields_(new RawFieldPanel(parts.editors, this)) {
   setObjectName("CompensationPage");
   readout_->setObjectName("CompensationReadout");
   readout_->setFixedHeight(readout_->fontMetrics().height() * 2 + 16);
@@ -62,6 +58,7 @@ CompensationPage::CompensationPage(SetupPageParts parts, QWidget* parent)
   auto* tables = new QGridLayout;
   for (int i = 0; i < 4; ++i) tables->addWidget(BuildTable(kCompTables[i]), i / 2, i % 2);
   layout->addLayout(tables, 1);
+  connect(fields_, &RawFieldPanel::Edited, this, &CompensationPage::ShowEditors);
   ShowEditors();
 }
 
@@ -69,8 +66,10 @@ QWidget* CompensationPage::BuildTable(CompTable table) {
   const auto index = static_cast<std::size_t>(table);
   const CompTableLayout layout = LayoutOf(table);
   auto* box = new QWidget(this);
-  auto* row = new QHBoxLayout(box);
-  row->setContentsMargins(0, 0, 0, 0);
+  auto* cell = new QVBoxLayout(box);
+  cell->setContentsMargins(0, 0, 0, 0);
+  auto* row = new QHBoxLayout;
+  cell->addLayout(row, 1);
   auto* grid =
       new SmallMapGrid(layout.row_labels, layout.positions, QString::fromStdString(layout.corner),
                        QString::fromStdString(layout.heading), box);
@@ -88,8 +87,33 @@ QWidget* CompensationPage::BuildTable(CompTable table) {
   curve->SetUnits(QString::fromUtf8(kLooks[index].x_unit), kLooks[index].y_unit);
   row->addWidget(grid, 0, Qt::AlignTop);
   row->addWidget(curve, 1);
+  if (table == CompTable::kBattMap) cell->addWidget(BuildUnshownBattery(box));
   grids_[index] = grid;
   curves_[index] = curve;
+  return box;
+}
+
+// One row of five bytes under the battery table and its curve, each captioned by its position.
+QWidget* CompensationPage::BuildUnshownBattery(QWidget* parent) {
+  const RawGroup group = UnshownBattGroup();
+  QGroupBox* box = MakeBox(parent, "UnshownBattComp", QString::fromStdString(group.title));
+  const std::vector<RawFieldEditor*> editors = AddRawGroup(
+      box, group,
+      [](QWidget* owner, const RawField& field, int) {
+        return new QLabel(QString::number(field.position), owner);
+      },
+      static_cast<int>(group.fields.size()));
+  for (RawFieldEditor* editor : editors) {
+    editor->SetAccessibleName(QString::fromStdString(editor->field().label));
+  }
+  fields_->Add(editors);
+  auto* note = new QLabel(Text(kUnshownBattNote), box);
+  note->setObjectName("UnshownBattNote");
+  note->setWordWrap(true);
+  note->setStyleSheet("color: #606060;");
+  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  auto* grid = static_cast<QGridLayout*>(box->layout());
+  grid->addWidget(note, grid->rowCount(), 0, 1, grid->columnCount());
   return box;
 }
 
@@ -126,6 +150,7 @@ void CompensationPage::ShowEditors() {
   }
   const bool map_basis = state.sensors.TPumpBased;
   curves_[3]->SetUnits(map_basis ? "bar boost" : "% throttle", "");
+  fields_->ShowEditors();
 }
 
 void CompensationPage::ShowCurve(CompTable table) {
@@ -163,8 +188,8 @@ void CompensationPage::ShowLive(const LiveData& live, bool connected) {
     for (auto* curve : curves_) curve->SetLiveX(std::nullopt);
     return;
   }
-  curves_[0]->SetLiveX(NumberOf(live.air_temp_text));
-  curves_[1]->SetLiveX(NumberOf(live.water_temp_text));
+  curves_[0]->SetLiveX(CurveTemperature(live.air_temp_text));
+  curves_[1]->SetLiveX(CurveTemperature(live.water_temp_text));
   curves_[2]->SetLiveX(live.battery_volts > 0 ? std::optional<double>(live.battery_volts)
                                               : std::nullopt);
   const bool map_basis = parts_.editors.state().sensors.TPumpBased;

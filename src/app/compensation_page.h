@@ -1,11 +1,14 @@
 // The "&Compensation" tab: the air, water and battery compensation tables and the throttle pump
 // as small map grids edited with the map keys, each beside its curve with the live operating
-// point on it, and the live read-out across the top.
+// point on it (none while a temperature stands for no temperature: "Error", "999", ">120",
+// "<-20"), the battery table's bytes beyond its rows as stored, and the live read-out across the
+// top.
 #pragma once
 
 #include <QWidget>
 #include <array>
 
+#include "app/raw_field_panel.h"
 #include "app/setup_page_parts.h"
 #include "editors/compensation/compensation_tables.h"
 #include "editors/compensation/qt/curve_view.h"
@@ -33,12 +36,15 @@ class CompensationPage : public QWidget {
 
  private:
   QWidget* BuildTable(CompTable table);
+  // The battery compensation's bytes beyond its 16 V row, as stored, with the check they count in.
+  QWidget* BuildUnshownBattery(QWidget* parent);
   void CellsChanged(CompTable table, const std::vector<SmallGridChange>& changes);
   void TextTyped(CompTable table, int row, const QString& text);
   void ShowCurve(CompTable table);
 
   SetupPageParts parts_;
   MapReadout* readout_;
+  RawFieldPanel* fields_;
   std::array<SmallMapGrid*, 4> grids_{};
   std::array<CurveView*, 4> curves_{};
   LiveData live_;

@@ -241,16 +241,10 @@ void EditorSession::SetOffline(bool offline) {
 }
 
 void EditorSession::SetMapSelection(int choice) {
+  // Through the set-up editor, so that the selection bits never go out beside a fuel load site
+  // code that fails its check (the byte is refused whole; the pages show why).
   if (parts_.suppress_change_events || state_.setup.MapSelection == choice) return;
-  NoteEdit();
-  state_.setup.MapSelection = choice;
-  // Bits 5, 6 and 7 of the fuel sites byte stand for choices 0, 1 and 2; none set combines.
-  constexpr int kFuelSitesPosition = 995;
-  const std::uint8_t sites_bits = image_.Byte(kFuelSitesPosition) & 0x1F;
-  const std::uint8_t selection_bit = choice < 3 ? static_cast<std::uint8_t>(0x20 << choice) : 0;
-  const std::uint8_t value = sites_bits | selection_bit;
-  image_.SetByte(kFuelSitesPosition, value);
-  gate_.Send(4, kFuelSitesPosition, value);
+  setup_editor_.Choose(SetupChoice::kMapSelection, choice);
 }
 
 }  // namespace vela

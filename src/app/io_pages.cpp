@@ -1,6 +1,7 @@
 #include "app/io_pages.h"
 
 #include <QGridLayout>
+#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -66,49 +67,62 @@ OutputsPage::OutputsPage(SetupPageParts parts, SettingsControls& settings, QWidg
   setObjectName("OutputsPage");
   InstantHelp& help = parts_.help;
   // The three outputs side by side over the function and fault captions and the display
-  // options; the idle control on the right.
-  auto* columns = new QHBoxLayout(this);
-  columns->setContentsMargins(0, 0, 0, 0);
-  auto* left = new QVBoxLayout;
+  // options; the idle control on the right. A narrow page wraps the columns below each other.
+  auto* page = new QVBoxLayout(this);
+  page->setContentsMargins(0, 0, 0, 0);
+  auto* columns = new FlowColumns(this);
+  columns->setObjectName("OutputsColumns");
+  page->addWidget(columns);
+  auto* left_column = new QWidget(this);
+  auto* left = new QVBoxLayout(left_column);
+  left->setContentsMargins(0, 0, 0, 0);
   auto* outputs_row = new QHBoxLayout;
   const std::vector<RawGroup> outputs = OutputGroups();
   for (int n = 0; n < static_cast<int>(outputs.size()); ++n) {
     outputs_row->addWidget(
         RawBox(
-            this, help, *fields_, outputs[static_cast<std::size_t>(n)],
+            left_column, help, *fields_, outputs[static_cast<std::size_t>(n)],
             QString("Gpo%1Setup").arg(n + 1), [n](int i) { return l::kGpoFirst + 16 * n + i; }, 2),
-        1, Qt::AlignTop);
+        1);
   }
   left->addLayout(outputs_row);
   auto* guides = new QHBoxLayout;
-  guides->addWidget(GuideBox(this, help, "OutputFunctions", "Output Functions",
+  guides->addWidget(GuideBox(left_column, help, "OutputFunctions", "Output Functions",
                              l::kOutputFunctionsFirst, kOutputFunctionTopics, 2, kFunctionNote),
                     2);
   guides->addWidget(
-      GuideBox(this, help, "EcuFaults", "ECU Faults", l::kFaultsFirst, kFaultTopics, 3), 3);
+      GuideBox(left_column, help, "EcuFaults", "ECU Faults", l::kFaultsFirst, kFaultTopics, 3), 3);
   left->addLayout(guides);
-  auto* display = new QWidget(this);
+  auto* display = new QWidget(left_column);
   auto* display_row = new QHBoxLayout(display);
   display_row->setContentsMargins(0, 0, 0, 0);
   display_row->addWidget(help.MakeLabel(display, l::kOutputDisplay, "Output Display"));
   auto* display_box = static_cast<QGroupBox*>(settings.BuildOutputsDisplay(display));
   display_box->setTitle(QString());  // the help caption beside it names it
+  // Tight margins: the page fits 1280 x 720 with the error list shown under it.
+  display_box->layout()->setContentsMargins(4, 2, 4, 2);
+  display_box->layout()->setSpacing(2);
+  for (auto* pair : display_box->findChildren<QGroupBox*>(Qt::FindDirectChildrenOnly)) {
+    pair->layout()->setContentsMargins(6, 1, 6, 1);
+  }
   display_row->addWidget(display_box, 1);
   left->addWidget(display);
   left->addStretch(1);
-  columns->addLayout(left, 3);
-  auto* right = new QVBoxLayout;
+  columns->AddColumn(left_column, 3);
+  auto* right_column = new QWidget(this);
+  auto* right = new QVBoxLayout(right_column);
+  right->setContentsMargins(0, 0, 0, 0);
   const std::vector<RawGroup> idle = IdleGroups();
   const std::function<int(int)> idle_indexes[] = {[](int i) { return l::kIdleTarget + i; },
                                                   [](int i) { return l::kIdleColdFirst + i; },
                                                   [](int i) { return l::kIdleFlagsFirst + i; }};
   const char* idle_names[] = {"IdleSpeed", "IdleValues", "CheckIdle"};
   for (int g = 0; g < static_cast<int>(idle.size()); ++g) {
-    right->addWidget(RawBox(this, help, *fields_, idle[static_cast<std::size_t>(g)], idle_names[g],
-                            idle_indexes[g]));
+    right->addWidget(RawBox(right_column, help, *fields_, idle[static_cast<std::size_t>(g)],
+                            idle_names[g], idle_indexes[g]));
   }
   right->addStretch(1);
-  columns->addLayout(right, 1);
+  columns->AddColumn(right_column, 1);
   ShowEditors();
 }
 
@@ -121,22 +135,30 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
     : QWidget(parent), parts_(parts), fields_(new RawFieldPanel(parts.editors, this)) {
   setObjectName("InputsPage");
   InstantHelp& help = parts_.help;
-  auto* columns = new QHBoxLayout(this);
-  columns->setContentsMargins(0, 0, 0, 0);
+  auto* page = new QVBoxLayout(this);
+  page->setContentsMargins(0, 0, 0, 0);
+  auto* columns = new FlowColumns(this);
+  columns->setObjectName("InputsColumns");
+  page->addWidget(columns);
   const std::vector<RawGroup> inputs = InputGroups();
-  auto* left = new QVBoxLayout;
+  auto* left_column = new QWidget(this);
+  auto* left = new QVBoxLayout(left_column);
+  left->setContentsMargins(0, 0, 0, 0);
   for (int n = 0; n < static_cast<int>(inputs.size()); ++n) {
-    left->addWidget(RawBox(this, help, *fields_, inputs[static_cast<std::size_t>(n)],
-                           QString("Gpi%1").arg(n + 1),
-                           [n](int i) { return l::kGpiFirst + 10 * n + i; }));
+    left->addWidget(RawBox(
+        left_column, help, *fields_, inputs[static_cast<std::size_t>(n)],
+        QString("Gpi%1").arg(n + 1), [n](int i) { return l::kGpiFirst + 10 * n + i; }, 2));
   }
   left->addStretch(1);
-  columns->addLayout(left, 1);
-  auto* right = new QVBoxLayout;
-  right->addWidget(GuideBox(this, help, "LaunchAntiLag", "Launch and Anti-Lag", l::kLaunchFirst,
-                            kLaunchTopics, 3, kFunctionNote));
-  QGroupBox* closed_loop = GuideBox(this, help, "ClosedLoop", "Closed-Loop Air-Fuel Control",
-                                    l::kClosedLoopFirst, kClosedLoopTopics, 2);
+  columns->AddColumn(left_column);
+  auto* right_column = new QWidget(this);
+  auto* right = new QVBoxLayout(right_column);
+  right->setContentsMargins(0, 0, 0, 0);
+  right->addWidget(GuideBox(right_column, help, "LaunchAntiLag", "Launch and Anti-Lag",
+                            l::kLaunchFirst, kLaunchTopics, 3, kFunctionNote));
+  QGroupBox* closed_loop =
+      GuideBox(right_column, help, "ClosedLoop", "Closed-Loop Air-Fuel Control",
+               l::kClosedLoopFirst, kClosedLoopTopics, 2);
   current_afr_ =
       new LiveValue(QStringLiteral("00.0 Natural Gas (NGV)"), Qt::AlignLeft, closed_loop);
   current_afr_->setObjectName("CurrentAFR");
@@ -148,10 +170,10 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
   current_afr_->SetText("-");
   static_cast<QGridLayout*>(closed_loop->layout())->addWidget(current_afr_, 0, 2);
   right->addWidget(closed_loop);
-  right->addWidget(GuideBox(this, help, "SensorFaults", "Sensor Faults", l::kSensorFaultsFirst,
-                            kSensorFaultTopics, 2));
+  right->addWidget(GuideBox(right_column, help, "SensorFaults", "Sensor Faults",
+                            l::kSensorFaultsFirst, kSensorFaultTopics, 2));
   right->addStretch(1);
-  columns->addLayout(right, 1);
+  columns->AddColumn(right_column);
   ShowEditors();
 }
 

@@ -1,5 +1,6 @@
 #include "app/main_setup_page.h"
 
+#include <QAbstractSpinBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
@@ -12,6 +13,7 @@
 #include "calibration/conversions.h"
 #include "editors/apply_calibration.h"
 #include "editors/setup/map_sensor.h"
+#include "editors/setup/setup_marks.h"
 #include "editors/setup/setup_notes.h"
 #include "editors/setup/setup_options.h"
 
@@ -21,8 +23,10 @@ namespace {
 
 namespace l = help_label;
 
-constexpr int kMinRevLimitRpm = 916;  // the longest period 16 bits hold, 65535 us
-constexpr int kMaxRevLimitRpm = 20000;
+constexpr int kTriggerVoltage = SetupFieldNamed("TriggerVoltage").position;
+constexpr int kHomeVoltage = SetupFieldNamed("HomeVoltage").position;
+constexpr int kToothOffset = SetupFieldNamed("TriggerToothOffset").position;
+constexpr int kTriggerOffset = SetupFieldNamed("TriggerOffset").position;
 
 template <std::size_t N>
 std::vector<std::string_view> Views(const std::array<std::string_view, N>& texts) {
@@ -43,6 +47,7 @@ bool MovesTheMaps(SetupChoice choice) {
     case SetupChoice::kLoadSensing:
     case SetupChoice::kComboMAP:
     case SetupChoice::kComboMAPScale:
+    case SetupChoice::kMapSelection:
       return true;
     default:
       return false;
@@ -55,7 +60,7 @@ QWidget* SideBySide(QWidget* parent, QWidget* left, QWidget* right) {
   auto* row = new QWidget(parent);
   auto* layout = new QHBoxLayout(row);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(left);
+  layout->addWidget(left, 1);
   layout->addWidget(right);
   return row;
 }
@@ -67,17 +72,30 @@ QGridLayout* Grid(QGroupBox* box) {
   return grid;
 }
 
+// A note on choices the calibration cannot tell apart: said always, in grey.
+QLabel* InfoNote(QWidget* parent, const QString& name, std::string_view text) {
+  auto* note = new QLabel(Text(text), parent);
+  note->setObjectName(name);
+  note->setWordWrap(true);
+  note->setStyleSheet("color: #606060;");
+  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  return note;
+}
+
 }  // namespace
 
 MainSetupPage::MainSetupPage(SetupPageParts parts, SettingsControls& settings, QWidget* parent)
     : QWidget(parent), parts_(parts) {
   setObjectName("MainSetupPage");
-  auto* columns = new QHBoxLayout(this);
-  columns->setContentsMargins(0, 0, 0, 0);
-  columns->addWidget(BuildEngine(), 1);
-  columns->addWidget(BuildIgnition(), 1);
-  columns->addWidget(BuildTrigger(), 1);
-  columns->addWidget(BuildLoad(settings), 1);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  auto* columns = new FlowColumns(this);
+  columns->setObjectName("MainSetupColumns");
+  columns->AddColumn(BuildEngine());
+  columns->AddColumn(BuildIgnition());
+  columns->AddColumn(BuildTrigger());
+  columns->AddColumn(BuildLoad(settings));
+  layout->addWidget(columns);
   ShowEditors();
 }
 
@@ -85,16 +103,34 @@ QLabel* MainSetupPage::Caption(QWidget* parent, int index, const char* text) {
   return parts_.help.MakeLabel(parent, index, QString::fromUtf8(text));
 }
 
-// The caption over its control, so that four columns fit a laptop's screen.
-void MainSetupPage::AddRow(QGridLayout* grid, QLabel* caption, QWidget* control) {
+QLabel* MainSetupPage::AddRow(QGridLayout* grid, QLabel* caption, QWidget* control) {
   const int row = grid->rowCount();
   caption->setStyleSheet("font-weight: bold;");
   grid->addWidget(caption, row, 0);
   grid->addWidget(control, row + 1, 0);
+  // A screen reader names a field by its own caption, not by the box around it.
+  QWidget* field = control;
+  if (qobject_cast<QComboBox*>(field) == nullptr &&
+      qobject_cast<QAbstractSpinBox*>(field) == nullptr) {
+    field = control->findChild<QAbstractSpinBox*>();
+  }
+  control->setAccessibleName(caption->text());
+  if (field != nullptr) field->setAccessibleName(caption->text());
+  // The caption labels its field for a screen reader, ahead of the box around both.
+  if (field == control) caption->setBuddy(control);
+  QLabel* mark = MakeNote(control->parentWidget(), control->objectName() + "Mark");
+  mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  grid->addWidget(mark, row + 2, 0);
+  return mark;
 }
 
 void MainSetupPage::AddNote(QGridLayout* grid, QLabel* note) {
+  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   grid->addWidget(note, grid->rowCount(), 0);
+}
+
+void MainSetupPage::Bind(SetupChoice choice, ChoiceControl::Widget widget, QLabel* mark) {
+  choices_.push_back({choice, widget, mark});
 }
 
 QButtonGroup* MainSetupPage::Group(QWidget* parent, const QString& name,
@@ -119,58 +155,82 @@ QSpinBox* MainSetupPage::RawSpin(QWidget* parent, const QString& name, int posit
   auto* spin = new QSpinBox(parent);
   GuardWheel(spin);
   spin->setObjectName(name);
-  spin->setRange(0, 255);
   spin->setKeyboardTracking(false);
   connect(spin, &QSpinBox::valueChanged, this, [this, position](int value) {
-    parts_.editors.setup_editor().SetRawByte(position, static_cast<std::uint8_t>(value));
-    ShowChecks();
+    SetupEditor& editor = parts_.editors.setup_editor();
+    const auto range = editor.RawRange(position).value_or(std::pair{value, value});
+    editor.SetRawByte(position,
+                      static_cast<std::uint8_t>(std::clamp(value, range.first, range.second)));
+    ShowEditors();
   });
+  raw_spins_.push_back({spin, position});
   return spin;
 }
 
-QCheckBox* MainSetupPage::Flag(QWidget* parent, const QString& name, SetupChoice choice) {
+QCheckBox* MainSetupPage::Flag(QWidget* parent, const QString& name, const QString& accessible_name,
+                               SetupChoice choice) {
   auto* flag = new QCheckBox("Bit 7 flag", parent);
   flag->setObjectName(name);
+  flag->setAccessibleName(accessible_name);
   flag->setToolTip("Bit 7 of the sensor byte, kept and sent as it is.");
   connect(flag, &QCheckBox::toggled, this, [this, choice](bool on) { Choose(choice, on ? 1 : 0); });
   return flag;
+}
+
+QSpinBox* MainSetupPage::RevSpin(QWidget* parent, const QString& name, int limiter) {
+  auto* spin = new QSpinBox(parent);
+  GuardWheel(spin);
+  spin->setObjectName(name);
+  spin->setSingleStep(50);
+  spin->setSuffix(" RPM");
+  spin->setKeyboardTracking(false);
+  connect(spin, &QSpinBox::valueChanged, this, [this, limiter](int rpm) {
+    const NumberShow show = RevLimiterShow(limiter, parts_.editors.state().setup);
+    // "Not set" (one step below the range) is no speed: the field shows the limiter again.
+    if (rpm >= show.low) {
+      parts_.editors.setup_editor().SetRevLimitRpm(limiter, ClampInto(rpm, show));
+    }
+    ShowEditors();
+  });
+  return spin;
 }
 
 QWidget* MainSetupPage::BuildEngine() {
   auto* box = MakeBox(this, "EngineBox", "Engine");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  cylinders_ = Group(box, "Cylinders", Views(kCylinderTexts), 5, SetupChoice::kCylinders);
-  AddRow(grid, Caption(box, l::kCylinders, "Number of Cylinders"), Container(cylinders_));
-  fuel_mode_ = Group(box, "FuelMode", Views(kFuelModeTexts), 2, SetupChoice::kFuelMode);
-  AddRow(grid, Caption(box, l::kFuelMode, "Fuel Mode"), Container(fuel_mode_));
+  QButtonGroup* cylinders =
+      Group(box, "Cylinders", Views(kCylinderTexts), 5, SetupChoice::kCylinders);
+  Bind(SetupChoice::kCylinders, cylinders,
+       AddRow(grid, Caption(box, l::kCylinders, "Number of Cylinders"), Container(cylinders)));
+  QButtonGroup* fuel_mode =
+      Group(box, "FuelMode", Views(kFuelModeTexts), 2, SetupChoice::kFuelMode);
+  Bind(SetupChoice::kFuelMode, fuel_mode,
+       AddRow(grid, Caption(box, l::kFuelMode, "Fuel Mode"), Container(fuel_mode)));
   injection_name_ = new QLabel(box);
   injection_name_->setObjectName("InjectionModeName");
   AddNote(grid, injection_name_);
   note_injection_ = MakeNote(box, "NoteInjection");
   AddNote(grid, note_injection_);
-  impedance_ =
+  QButtonGroup* impedance =
       Group(box, "OptionImpedance", Views(kImpedanceTexts), 3, SetupChoice::kOptionImpedance);
-  AddRow(grid, Caption(box, l::kInjectorImpedance, "Injector Impedance"), Container(impedance_));
+  Bind(SetupChoice::kOptionImpedance, impedance,
+       AddRow(grid, Caption(box, l::kInjectorImpedance, "Injector Impedance"),
+              Container(impedance)));
   note_impedance_ = MakeNote(box, "NoteImpedance");
   AddNote(grid, note_impedance_);
-  auto* selection = new QWidget(box);
-  map_selection_ =
-      MakeOptionGroup(selection, "MapSelectionSetup",
-                      {" Only Map 1", " Only Map 2", "   ECU Selected", "Combine Maps"}, 2);
-  connect(map_selection_, &QButtonGroup::idToggled, this, [this](int id, bool on) {
-    if (!on || parts_.editors.suppress_change_events()) return;
-    parts_.editors.SetMapSelection(id);
-    parts_.maps_changed();
-  });
-  AddRow(grid, Caption(box, l::kFuelMapSelection, "Fuel Map Selection"), selection);
-  prime_ = List(box, "ComboPrime", Strings(kFuelPumpPrimeTexts), SetupChoice::kFuelPumpPrime);
-  AddRow(grid, Caption(box, l::kStartupPrime, "Startup Prime"), prime_);
-  aux_output_ = List(box, "Combo1", Strings(kAuxOutputTexts), SetupChoice::kComboAuxOutput);
-  AddRow(grid, Caption(box, l::kAuxiliaryOutput, "Auxiliary Output"), aux_output_);
-  warning_light_ =
+  QComboBox* prime =
+      List(box, "ComboPrime", Strings(kFuelPumpPrimeTexts), SetupChoice::kFuelPumpPrime);
+  Bind(SetupChoice::kFuelPumpPrime, prime,
+       AddRow(grid, Caption(box, l::kStartupPrime, "Startup Prime"), prime));
+  QComboBox* aux = List(box, "Combo1", Strings(kAuxOutputTexts), SetupChoice::kComboAuxOutput);
+  Bind(SetupChoice::kComboAuxOutput, aux,
+       AddRow(grid, Caption(box, l::kAuxiliaryOutput, "Auxiliary Output"), aux));
+  AddNote(grid, InfoNote(box, "NoteAuxOutput", kAuxOutputNote));
+  QComboBox* light =
       List(box, "ComboWarningLight", Strings(kWarningLightTexts), SetupChoice::kWarningLight);
-  AddRow(grid, Caption(box, l::kWarningLight, "Warning Light"), warning_light_);
+  Bind(SetupChoice::kWarningLight, light,
+       AddRow(grid, Caption(box, l::kWarningLight, "Warning Light"), light));
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }
@@ -179,52 +239,46 @@ QWidget* MainSetupPage::BuildIgnition() {
   auto* box = MakeBox(this, "IgnitionBox", "Limits and Ignition");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  const auto rev_spin = [this, box](const QString& name, int limiter) {
-    auto* spin = new QSpinBox(box);
-    GuardWheel(spin);
-    spin->setObjectName(name);
-    // One below the lowest speed reads "Not set": a limiter of 0 (no speed at all).
-    spin->setRange(kMinRevLimitRpm - 1, kMaxRevLimitRpm);
-    spin->setSpecialValueText("Not set");
-    spin->setSingleStep(50);
-    spin->setSuffix(" RPM");
-    spin->setKeyboardTracking(false);
-    connect(spin, &QSpinBox::valueChanged, this, [this, limiter](int rpm) {
-      if (!parts_.editors.setup_editor().SetRevLimitRpm(limiter, rpm)) ShowEditors();
-      ShowNotes();
-    });
-    return spin;
-  };
-  rev_limit1_ = rev_spin("RevLimit1", 1);
-  rev_limit2_ = rev_spin("RevLimit2", 2);
-  AddRow(grid, Caption(box, l::kRevLimiter1, "Rev Limiter 1"), rev_limit1_);
-  AddRow(grid, Caption(box, l::kRevLimiter2, "Rev Limiter 2"), rev_limit2_);
+  rev_limit1_ = RevSpin(box, "RevLimit1", 1);
+  mark_rev1_ = AddRow(grid, Caption(box, l::kRevLimiter1, "Rev Limiter 1"), rev_limit1_);
+  rev_limit2_ = RevSpin(box, "RevLimit2", 2);
+  mark_rev2_ = AddRow(grid, Caption(box, l::kRevLimiter2, "Rev Limiter 2"), rev_limit2_);
   note_rev_ = MakeNote(box, "NoteRevLimiter");
   AddNote(grid, note_rev_);
-  limiter_mode_ = Group(box, "LimiterMode", Views(kLimiterModeTexts), 3, SetupChoice::kLimiterMode);
-  AddRow(grid, Caption(box, l::kLimiterType, "Limiter Type"), Container(limiter_mode_));
-  spark_ = List(box, "ComboSpark", Strings(kSparkModeTexts), SetupChoice::kComboSpark);
-  AddRow(grid, Caption(box, l::kSparkMode, "Spark Mode"), spark_);
+  QButtonGroup* limiter =
+      Group(box, "LimiterMode", Views(kLimiterModeTexts), 3, SetupChoice::kLimiterMode);
+  Bind(SetupChoice::kLimiterMode, limiter,
+       AddRow(grid, Caption(box, l::kLimiterType, "Limiter Type"), Container(limiter)));
+  QComboBox* spark = List(box, "ComboSpark", Strings(kSparkModeTexts), SetupChoice::kComboSpark);
+  Bind(SetupChoice::kComboSpark, spark,
+       AddRow(grid, Caption(box, l::kSparkMode, "Spark Mode"), spark));
   note_spark_ = MakeNote(box, "NoteSparkMode");
   AddNote(grid, note_spark_);
-  dwell_mode_ = List(box, "ComboDwell", Strings(kDwellModeTexts), SetupChoice::kDwellMode);
-  AddRow(grid, Caption(box, l::kDwellControl, "Dwell Control"), dwell_mode_);
+  QComboBox* dwell = List(box, "ComboDwell", Strings(kDwellModeTexts), SetupChoice::kDwellMode);
+  Bind(SetupChoice::kDwellMode, dwell,
+       AddRow(grid, Caption(box, l::kDwellControl, "Dwell Control"), dwell));
   dwell_value_ = new QDoubleSpinBox(box);
   GuardWheel(dwell_value_);
   dwell_value_->setObjectName("DwellValue");
   dwell_value_->setKeyboardTracking(false);
   connect(dwell_value_, &QDoubleSpinBox::valueChanged, this, [this](double value) {
-    const bool charge = DwellModeOf(parts_.editors.state().setup.DwellTime) == 1;
-    parts_.editors.setup_editor().SetDwellValue(
-        static_cast<int>(std::lround(charge ? value * 10.0 : value)));
-    ShowNotes();
+    const std::uint8_t dwell = parts_.editors.state().setup.DwellTime;
+    const NumberShow show = DwellShow(dwell);
+    if (value >= show.low) {
+      const double kept = ClampInto(value, show);
+      parts_.editors.setup_editor().SetDwellValue(
+          static_cast<int>(std::lround(DwellModeOf(dwell) == 1 ? kept * 10.0 : kept)));
+    }
+    ShowEditors();
   });
-  AddRow(grid, Caption(box, l::kDwellSetting, "Charge Time / Duty"), dwell_value_);
+  mark_dwell_ = AddRow(grid, Caption(box, l::kDwellSetting, "Charge Time / Duty"), dwell_value_);
   note_dwell_ = MakeNote(box, "NoteDwell");
   AddNote(grid, note_dwell_);
-  edge_spark_ = Group(box, "TriggerEdgeSpark", Views(kTriggerEdgeSparkTexts), 2,
-                      SetupChoice::kTriggerEdgeSpark);
-  AddRow(grid, Caption(box, l::kSparkOutputEdge, "Spark Output Edge"), Container(edge_spark_));
+  QButtonGroup* edge_spark = Group(box, "TriggerEdgeSpark", Views(kTriggerEdgeSparkTexts), 2,
+                                   SetupChoice::kTriggerEdgeSpark);
+  Bind(SetupChoice::kTriggerEdgeSpark, edge_spark,
+       AddRow(grid, Caption(box, l::kSparkOutputEdge, "Spark Output Edge"), Container(edge_spark)));
+  AddNote(grid, InfoNote(box, "NoteSparkPullUp", kSparkPullUpNote));
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }
@@ -233,48 +287,58 @@ QWidget* MainSetupPage::BuildTrigger() {
   auto* box = MakeBox(this, "TriggerBox", "Trigger and Home Position");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  trigger_ = List(box, "ComboTrigger", Strings(kTriggerPatternTexts), SetupChoice::kComboTrigger);
-  AddRow(grid, Caption(box, l::kTriggerPattern, "Trigger Pattern"), trigger_);
-  trigger_type_ = Group(box, "TriggerHallMagnetic", Views(kSensorTypeTexts), 3,
-                        SetupChoice::kTriggerHallMagnetic);
-  AddRow(grid, Caption(box, l::kTriggerSensorType, "Trigger Sensor"), Container(trigger_type_));
-  trigger_flag_ = Flag(box, "TriggerSensorFlag", SetupChoice::kTriggerSensorFlag);
-  trigger_voltage_ = RawSpin(box, "TriggerVoltage", SetupFieldNamed("TriggerVoltage").position);
+  QComboBox* trigger =
+      List(box, "ComboTrigger", Strings(kTriggerPatternTexts), SetupChoice::kComboTrigger);
+  Bind(SetupChoice::kComboTrigger, trigger,
+       AddRow(grid, Caption(box, l::kTriggerPattern, "Trigger Pattern"), trigger));
+  QButtonGroup* trigger_type = Group(box, "TriggerHallMagnetic", Views(kSensorTypeTexts), 3,
+                                     SetupChoice::kTriggerHallMagnetic);
+  Bind(
+      SetupChoice::kTriggerHallMagnetic, trigger_type,
+      AddRow(grid, Caption(box, l::kTriggerSensorType, "Trigger Sensor"), Container(trigger_type)));
+  trigger_flag_ =
+      Flag(box, "TriggerSensorFlag", "Trigger Sensor Bit 7 flag", SetupChoice::kTriggerSensorFlag);
+  Bind(SetupChoice::kTriggerSensorFlag, trigger_flag_, nullptr);
+  QSpinBox* trigger_voltage = RawSpin(box, "TriggerVoltage", kTriggerVoltage);
   AddRow(grid, Caption(box, l::kTriggerVoltage, "Trigger Voltage"),
-         SideBySide(box, trigger_voltage_, trigger_flag_));
-  edge_input_ = Group(box, "TriggerEdgeInput", Views(kTriggerEdgeInputTexts), 2,
-                      SetupChoice::kTriggerEdgeInput);
-  AddRow(grid, Caption(box, l::kTriggerInputEdge, "Trigger Edge"), Container(edge_input_));
+         SideBySide(box, trigger_voltage, trigger_flag_));
+  QButtonGroup* edge_input = Group(box, "TriggerEdgeInput", Views(kTriggerEdgeInputTexts), 2,
+                                   SetupChoice::kTriggerEdgeInput);
+  Bind(SetupChoice::kTriggerEdgeInput, edge_input,
+       AddRow(grid, Caption(box, l::kTriggerInputEdge, "Trigger Edge"), Container(edge_input)));
   trigger_offset_ = new QDoubleSpinBox(box);
   GuardWheel(trigger_offset_);
   trigger_offset_->setObjectName("TriggerOffset");
-  trigger_offset_->setRange(0.0, kMaxTriggerOffset / 2.0);
   trigger_offset_->setDecimals(1);
   trigger_offset_->setSingleStep(0.5);
   trigger_offset_->setSuffix(QString::fromUtf8("\u00B0 BTDC"));
   trigger_offset_->setKeyboardTracking(false);
   connect(trigger_offset_, &QDoubleSpinBox::valueChanged, this, [this](double degrees) {
-    parts_.editors.setup_editor().SetTriggerOffsetDegrees(degrees);
-    ShowChecks();
+    const NumberShow show = TriggerOffsetShow(parts_.editors.state().setup.TriggerOffset);
+    parts_.editors.setup_editor().SetTriggerOffsetDegrees(ClampInto(degrees, show));
+    ShowEditors();
   });
-  AddRow(grid, Caption(box, l::kTriggerAngle, "Trigger Angle"), trigger_offset_);
-  tooth_offset_ =
-      RawSpin(box, "TriggerToothOffset", SetupFieldNamed("TriggerToothOffset").position);
-  AddRow(grid, Caption(box, l::kTriggerToothOffset, "Tooth Offset"), tooth_offset_);
+  mark_offset_ = AddRow(grid, Caption(box, l::kTriggerAngle, "Trigger Angle"), trigger_offset_);
+  QSpinBox* tooth = RawSpin(box, "TriggerToothOffset", kToothOffset);
+  AddRow(grid, Caption(box, l::kTriggerToothOffset, "Tooth Offset"), tooth);
   check_trigger_ = MakeNote(box, "CheckTrigger");
   AddNote(grid, check_trigger_);
-  home_ = List(box, "ComboHome", Strings(kHomePatternTexts), SetupChoice::kComboHome);
-  AddRow(grid, Caption(box, l::kHomePosition, "Home Position"), home_);
-  home_type_ =
+  QComboBox* home = List(box, "ComboHome", Strings(kHomePatternTexts), SetupChoice::kComboHome);
+  Bind(SetupChoice::kComboHome, home,
+       AddRow(grid, Caption(box, l::kHomePosition, "Home Position"), home));
+  QButtonGroup* home_type =
       Group(box, "HomeHallMagnetic", Views(kSensorTypeTexts), 3, SetupChoice::kHomeHallMagnetic);
-  AddRow(grid, Caption(box, l::kHomeSensorType, "Home Sensor"), Container(home_type_));
-  home_flag_ = Flag(box, "HomeSensorFlag", SetupChoice::kHomeSensorFlag);
-  home_voltage_ = RawSpin(box, "HomeVoltage", SetupFieldNamed("HomeVoltage").position);
+  Bind(SetupChoice::kHomeHallMagnetic, home_type,
+       AddRow(grid, Caption(box, l::kHomeSensorType, "Home Sensor"), Container(home_type)));
+  home_flag_ = Flag(box, "HomeSensorFlag", "Home Sensor Bit 7 flag", SetupChoice::kHomeSensorFlag);
+  Bind(SetupChoice::kHomeSensorFlag, home_flag_, nullptr);
+  QSpinBox* home_voltage = RawSpin(box, "HomeVoltage", kHomeVoltage);
   AddRow(grid, Caption(box, l::kHomeVoltage, "Home Voltage"),
-         SideBySide(box, home_voltage_, home_flag_));
-  edge_home_ =
+         SideBySide(box, home_voltage, home_flag_));
+  QButtonGroup* edge_home =
       Group(box, "TriggerEdgeHome", Views(kTriggerEdgeHomeTexts), 2, SetupChoice::kTriggerEdgeHome);
-  AddRow(grid, Caption(box, l::kHomeInputEdge, "Home Edge"), Container(edge_home_));
+  Bind(SetupChoice::kTriggerEdgeHome, edge_home,
+       AddRow(grid, Caption(box, l::kHomeInputEdge, "Home Edge"), Container(edge_home)));
   check_home_ = MakeNote(box, "CheckHome");
   AddNote(grid, check_home_);
   grid->setRowStretch(grid->rowCount(), 1);
@@ -285,22 +349,42 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
   auto* box = MakeBox(this, "LoadBox", "Load and Map Sites");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  load_sensing_ = Group(box, "LoadSensing", Views(kLoadSensingTexts), 2, SetupChoice::kLoadSensing);
-  AddRow(grid, Caption(box, l::kLoadSensing, "Load Sensing"), Container(load_sensing_));
-  map_sensor_ = List(box, "ComboMAP", Strings(kMapSensorTexts), SetupChoice::kComboMAP);
-  AddRow(grid, Caption(box, l::kInstalledMapSensor, "Installed Map Sensor"), map_sensor_);
+  QButtonGroup* load =
+      Group(box, "LoadSensing", Views(kLoadSensingTexts), 2, SetupChoice::kLoadSensing);
+  Bind(SetupChoice::kLoadSensing, load,
+       AddRow(grid, Caption(box, l::kLoadSensing, "Load Sensing"), Container(load)));
+  QComboBox* sensor = List(box, "ComboMAP", Strings(kMapSensorTexts), SetupChoice::kComboMAP);
+  Bind(SetupChoice::kComboMAP, sensor,
+       AddRow(grid, Caption(box, l::kInstalledMapSensor, "Installed Map Sensor"), sensor));
   map_scale_ = List(box, "ComboMAPScale", {}, SetupChoice::kComboMAPScale);
-  AddRow(grid, Caption(box, l::kMapSensorScaling, "MAP Sensor Scaling"), map_scale_);
-  site_rpm_ = List(box, "ComboSiteRPM", Strings(kRpmSiteTexts), SetupChoice::kComboSiteRPM);
-  AddRow(grid, Caption(box, l::kEngineSpeedSites, "Engine Speed Sites"), site_rpm_);
-  site_fuel_ = List(box, "ComboSiteFuel", Strings(kFuelSiteTexts), SetupChoice::kComboSiteFuel);
-  AddRow(grid, Caption(box, l::kFuelLoadSites, "Fuel Load Sites"), site_fuel_);
-  site_ignition_ =
+  Bind(SetupChoice::kComboMAPScale, map_scale_,
+       AddRow(grid, Caption(box, l::kMapSensorScaling, "MAP Sensor Scaling"), map_scale_));
+  QComboBox* rpm = List(box, "ComboSiteRPM", Strings(kRpmSiteTexts), SetupChoice::kComboSiteRPM);
+  Bind(SetupChoice::kComboSiteRPM, rpm,
+       AddRow(grid, Caption(box, l::kEngineSpeedSites, "Engine Speed Sites"), rpm));
+  QComboBox* fuel =
+      List(box, "ComboSiteFuel", Strings(kFuelSiteTexts), SetupChoice::kComboSiteFuel);
+  Bind(SetupChoice::kComboSiteFuel, fuel,
+       AddRow(grid, Caption(box, l::kFuelLoadSites, "Fuel Load Sites"), fuel));
+  QComboBox* ignition =
       List(box, "ComboSiteIgnition", Strings(kIgnSiteTexts), SetupChoice::kComboSiteIgnition);
-  AddRow(grid, Caption(box, l::kIgnitionLoadSites, "Ignition Load Sites"), site_ignition_);
+  Bind(SetupChoice::kComboSiteIgnition, ignition,
+       AddRow(grid, Caption(box, l::kIgnitionLoadSites, "Ignition Load Sites"), ignition));
   note_sites_ = MakeNote(box, "NoteLoadSites");
   ShowNote(note_sites_, QString::fromStdString(LoadSitesNote()));
   AddNote(grid, note_sites_);
+  // The fuel map selection stands with the map layouts (the Engine column is the tallest).
+  auto* selection = new QWidget(box);
+  QButtonGroup* map_selection =
+      MakeOptionGroup(selection, "MapSelectionSetup", Views(kMapSelectionTexts), 2);
+  connect(map_selection, &QButtonGroup::idToggled, this, [this](int id, bool on) {
+    if (!on || parts_.editors.suppress_change_events()) return;
+    parts_.editors.SetMapSelection(id);
+    parts_.maps_changed();
+    ShowEditors();
+  });
+  Bind(SetupChoice::kMapSelection, map_selection,
+       AddRow(grid, Caption(box, l::kFuelMapSelection, "Fuel Map Selection"), selection));
   QComboBox* afr_mode = settings.BuildAfrDisplayMode(box);
   GuardWheel(afr_mode);
   AddRow(grid, Caption(box, l::kAfrDisplay, "AFR Display"), afr_mode);
@@ -311,11 +395,9 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
 void MainSetupPage::Choose(SetupChoice choice, int value) {
   if (parts_.editors.suppress_change_events()) return;
   parts_.editors.setup_editor().Choose(choice, value);
-  if (choice == SetupChoice::kComboMAP) ShowMapScaleList();
-  if (choice == SetupChoice::kDwellMode) ShowDwellUnits();
   if (MovesTheMaps(choice)) parts_.maps_changed();
-  ShowNotes();
-  ShowChecks();
+  // A refused choice shows what stands again; every other control may now offer more or less.
+  ShowEditors();
 }
 
 void MainSetupPage::ShowMapScaleList() {
@@ -325,18 +407,37 @@ void MainSetupPage::ShowMapScaleList() {
   for (const std::string& text : MapScaleTexts(sensors.ComboMAP)) {
     map_scale_->addItem(QString::fromStdString(text));
   }
-  ShowChoice(map_scale_, sensors.ComboMAPScale);
 }
 
-void MainSetupPage::ShowDwellUnits() {
-  const std::uint8_t dwell = parts_.editors.state().setup.DwellTime;
-  const bool charge = DwellModeOf(dwell) == 1;
-  const QSignalBlocker block(dwell_value_);
+void MainSetupPage::ShowNumbers() {
+  const EditorState& state = parts_.editors.state();
+  const EngineSetup& setup = state.setup;
+  for (auto [spin, mark, limiter] :
+       {std::tuple{rev_limit1_, mark_rev1_, 1}, std::tuple{rev_limit2_, mark_rev2_, 2}}) {
+    const NumberShow show = RevLimiterShow(limiter, setup);
+    ShowNumber(spin, show, "Not set");
+    ShowNote(mark, QString::fromStdString(show.mark));
+  }
+  const NumberShow dwell = DwellShow(setup.DwellTime);
+  const bool charge = DwellModeOf(setup.DwellTime) == 1;
   dwell_value_->setDecimals(charge ? 1 : 0);
   dwell_value_->setSingleStep(charge ? 0.1 : 1.0);
-  dwell_value_->setRange(0.0, charge ? kMaxDwellValue / 10.0 : kMaxDwellValue);
-  dwell_value_->setSuffix(charge ? " ms" : " %");
-  dwell_value_->setValue(charge ? DwellValueOf(dwell) / 10.0 : DwellValueOf(dwell));
+  dwell_value_->setSuffix(dwell.value ? (charge ? " ms" : " %") : "");
+  ShowNumber(dwell_value_, dwell,
+             dwell.value ? QString() : QString("%1 as stored").arg(setup.DwellTime));
+  ShowNote(mark_dwell_, QString::fromStdString(dwell.mark));
+  const NumberShow offset = TriggerOffsetShow(setup.TriggerOffset);
+  ShowNumber(trigger_offset_, offset, QString());
+  ShowNote(mark_offset_, QString::fromStdString(offset.mark));
+  SetupEditor& editor = parts_.editors.setup_editor();
+  for (auto [spin, position] : raw_spins_) {
+    const int held = parts_.editors.image().Byte(position);
+    const auto range = editor.RawRange(position).value_or(std::pair{held, held});
+    const QSignalBlocker block(spin);
+    spin->setRange(std::min(range.first, held), std::max(range.second, held));
+    spin->setValue(held);
+    spin->setToolTip(QString::fromStdString(editor.RawRangeNote(position)));
+  }
 }
 
 void MainSetupPage::ShowNotes() {
@@ -347,10 +448,7 @@ void MainSetupPage::ShowNotes() {
   ShowNote(note_impedance_, QString::fromStdString(ImpedanceNote(setup)));
   ShowNote(note_spark_, QString::fromStdString(SparkModeNote(setup)));
   ShowNote(note_dwell_, QString::fromStdString(DwellNote(setup, state.idle)));
-  const bool sequential = setup.FuelMode == kFuelModeSequential;
-  const int name = sequential ? (setup.ComboHome == 0 ? 2 : 3) : setup.FuelMode;
-  injection_name_->setText(
-      Text(name >= 0 && name <= 3 ? kInjectionModeNames[name] : kUnknownInjectionMode));
+  injection_name_->setText(Text(InjectionModeName(setup)));
 }
 
 void MainSetupPage::ShowChecks() {
@@ -360,13 +458,15 @@ void MainSetupPage::ShowChecks() {
     QStringList lines;
     for (const int position : positions) {
       for (const std::string& message : FailedChecksAt(image, position, context)) {
-        lines << QString::fromStdString(message);
+        if (!lines.contains(QString::fromStdString(message))) {
+          lines << QString::fromStdString(message);
+        }
       }
     }
     return lines.join("; ");
   };
-  ShowNote(check_trigger_, messages({852, 908, 959}));
-  ShowNote(check_home_, messages({853}));
+  ShowNote(check_trigger_, messages({kTriggerVoltage, kToothOffset, kTriggerOffset}));
+  ShowNote(check_home_, messages({kHomeVoltage}));
 }
 
 void MainSetupPage::showEvent(QShowEvent* event) {
@@ -376,52 +476,9 @@ void MainSetupPage::showEvent(QShowEvent* event) {
 
 void MainSetupPage::ShowEditors() {
   const ChangeEventsSuppressed filling(parts_.editors.suppress_change_events());
-  const EditorState& state = parts_.editors.state();
-  const EngineSetup& setup = state.setup;
-  ShowChoice(cylinders_, setup.Cylinders);
-  ShowChoice(fuel_mode_, setup.FuelMode);
-  ShowChoice(impedance_, setup.OptionImpedance);
-  ShowChoice(map_selection_, setup.MapSelection);
-  ShowChoice(limiter_mode_, setup.LimiterMode);
-  ShowChoice(load_sensing_, state.sensors.LoadSensing);
-  ShowChoice(trigger_type_, setup.TriggerHallMagnetic);
-  ShowChoice(home_type_, setup.HomeHallMagnetic);
-  ShowChoice(edge_input_, setup.TriggerEdgeInput);
-  ShowChoice(edge_home_, setup.TriggerEdgeHome);
-  ShowChoice(edge_spark_, setup.TriggerEdgeSpark);
-  ShowChoice(trigger_, setup.ComboTrigger);
-  ShowChoice(home_, setup.ComboHome);
-  ShowChoice(spark_, setup.ComboSpark);
-  ShowChoice(dwell_mode_, DwellModeOf(setup.DwellTime));
-  ShowChoice(site_rpm_, setup.ComboSiteRPM);
-  ShowChoice(site_fuel_, setup.ComboSiteFuel);
-  ShowChoice(site_ignition_, setup.ComboSiteIgnition);
-  ShowChoice(prime_, setup.StartupPrime);
-  ShowChoice(aux_output_, setup.ComboAuxOutput);
-  ShowChoice(warning_light_, setup.Setting997);
-  ShowChoice(map_sensor_, state.sensors.ComboMAP);
   ShowMapScaleList();
-  ShowDwellUnits();
-  for (auto [flag, on] : {std::pair{trigger_flag_, setup.TriggerSensorFlag},
-                          std::pair{home_flag_, setup.HomeSensorFlag}}) {
-    const QSignalBlocker block(flag);
-    flag->setChecked(on);
-  }
-  for (auto [spin, value] :
-       {std::pair{rev_limit1_, setup.RevLimit1}, std::pair{rev_limit2_, setup.RevLimit2}}) {
-    const QSignalBlocker block(spin);
-    spin->setValue(static_cast<int>(std::lround(RpmFromEnginePeriod(value))));
-  }
-  for (auto [spin, value] : {std::pair{trigger_voltage_, setup.TriggerVoltage},
-                             std::pair{home_voltage_, setup.HomeVoltage},
-                             std::pair{tooth_offset_, setup.TriggerToothOffset}}) {
-    const QSignalBlocker block(spin);
-    spin->setValue(value);
-  }
-  {
-    const QSignalBlocker block(trigger_offset_);
-    trigger_offset_->setValue(TriggerOffsetFromRaw(setup.TriggerOffset));
-  }
+  for (const ChoiceControl& control : choices_) ShowChoiceControl(control, parts_.editors);
+  ShowNumbers();
   ShowNotes();
   ShowChecks();
 }

@@ -1,5 +1,7 @@
 // The "&Main Setup" tab: the choices that describe the engine to the ECU, each sent at once, with
-// red notes beside dangerous choices and instant help on every caption.
+// red notes beside dangerous choices and instant help on every caption. Only what the ECU can be
+// sent is offered (the rest greyed with the reason beside it); a byte a control cannot show is
+// shown as it is and marked.
 #pragma once
 
 #include <QButtonGroup>
@@ -10,7 +12,9 @@
 #include <QLabel>
 #include <QSpinBox>
 #include <QWidget>
+#include <vector>
 
+#include "app/setup_choices.h"
 #include "app/setup_page_parts.h"
 #include "app/setup_widgets.h"
 #include "editors/setup/setup_editor.h"
@@ -38,43 +42,27 @@ class MainSetupPage : public QWidget {
   QWidget* BuildTrigger();
   QWidget* BuildLoad(SettingsControls& settings);
   QLabel* Caption(QWidget* parent, int index, const char* text);
-  void AddRow(QGridLayout* grid, QLabel* caption, QWidget* control);
+  // The caption over its control, and under it the control's mark (returned). Spin boxes and
+  // lists take the caption as their accessible name.
+  QLabel* AddRow(QGridLayout* grid, QLabel* caption, QWidget* control);
   void AddNote(QGridLayout* grid, QLabel* note);
   QButtonGroup* Group(QWidget* parent, const QString& name,
                       const std::vector<std::string_view>& texts, int columns, SetupChoice choice);
   QComboBox* List(QWidget* parent, const QString& name, const std::vector<std::string>& texts,
                   SetupChoice choice);
   QSpinBox* RawSpin(QWidget* parent, const QString& name, int position);
-  QCheckBox* Flag(QWidget* parent, const QString& name, SetupChoice choice);
+  QCheckBox* Flag(QWidget* parent, const QString& name, const QString& accessible_name,
+                  SetupChoice choice);
+  QSpinBox* RevSpin(QWidget* parent, const QString& name, int limiter);
+  void Bind(SetupChoice choice, ChoiceControl::Widget widget, QLabel* mark);
   void Choose(SetupChoice choice, int value);
   void ShowMapScaleList();
-  void ShowDwellUnits();
+  void ShowNumbers();
   void ShowNotes();
   void ShowChecks();
 
   SetupPageParts parts_;
-  QButtonGroup* cylinders_ = nullptr;
-  QButtonGroup* fuel_mode_ = nullptr;
-  QButtonGroup* impedance_ = nullptr;
-  QButtonGroup* map_selection_ = nullptr;
-  QButtonGroup* limiter_mode_ = nullptr;
-  QButtonGroup* load_sensing_ = nullptr;
-  QButtonGroup* trigger_type_ = nullptr;
-  QButtonGroup* home_type_ = nullptr;
-  QButtonGroup* edge_input_ = nullptr;
-  QButtonGroup* edge_home_ = nullptr;
-  QButtonGroup* edge_spark_ = nullptr;
-  QComboBox* trigger_ = nullptr;
-  QComboBox* home_ = nullptr;
-  QComboBox* spark_ = nullptr;
-  QComboBox* dwell_mode_ = nullptr;
-  QComboBox* site_rpm_ = nullptr;
-  QComboBox* site_fuel_ = nullptr;
-  QComboBox* site_ignition_ = nullptr;
-  QComboBox* prime_ = nullptr;
-  QComboBox* aux_output_ = nullptr;
-  QComboBox* warning_light_ = nullptr;
-  QComboBox* map_sensor_ = nullptr;
+  std::vector<ChoiceControl> choices_;
   QComboBox* map_scale_ = nullptr;
   QCheckBox* trigger_flag_ = nullptr;
   QCheckBox* home_flag_ = nullptr;
@@ -82,10 +70,12 @@ class MainSetupPage : public QWidget {
   QSpinBox* rev_limit2_ = nullptr;
   QDoubleSpinBox* dwell_value_ = nullptr;
   QDoubleSpinBox* trigger_offset_ = nullptr;
-  QSpinBox* trigger_voltage_ = nullptr;
-  QSpinBox* home_voltage_ = nullptr;
-  QSpinBox* tooth_offset_ = nullptr;
+  std::vector<std::pair<QSpinBox*, int>> raw_spins_;
   QLabel* injection_name_ = nullptr;
+  QLabel* mark_rev1_ = nullptr;
+  QLabel* mark_rev2_ = nullptr;
+  QLabel* mark_dwell_ = nullptr;
+  QLabel* mark_offset_ = nullptr;
   QLabel* note_rev_ = nullptr;
   QLabel* note_injection_ = nullptr;
   QLabel* note_impedance_ = nullptr;
@@ -94,7 +84,6 @@ class MainSetupPage : public QWidget {
   QLabel* note_sites_ = nullptr;
   QLabel* check_trigger_ = nullptr;
   QLabel* check_home_ = nullptr;
-  QLabel* check_tooth_ = nullptr;
 };
 
 }  // namespace vela

@@ -38,10 +38,22 @@ void RawFieldPanel::Add(const std::vector<RawFieldEditor*>& editors) {
 void RawFieldPanel::ShowEditors() {
   const CalibrationImage& image = editors_.image();
   const CheckContext context{editors_.state().sensors.ComboMAP};
+  const SetupEditor& editor = editors_.setup_editor();
   for (RawFieldEditor* field : fields_) {
     const int position = field->field().position;
-    field->Show(field->field().show == RawShow::kRpm24 ? image.Read24(position)
-                                                       : image.Byte(position));
+    switch (field->field().show) {
+      case RawShow::kRpm24:
+        field->Show(image.Read24(position));
+        break;
+      case RawShow::kBits:
+        field->Show(image.Byte(position));
+        break;
+      case RawShow::kByte:
+      case RawShow::kHalved:
+        field->Show(image.Byte(position), editor.RawRange(position),
+                    QString::fromStdString(editor.RawRangeNote(position)));
+        break;
+    }
     field->ShowChecks(FailedChecksAt(image, position, context));
   }
 }

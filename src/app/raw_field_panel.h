@@ -1,5 +1,6 @@
 // The raw field editors of a page bound to the editors: every change goes to the ECU at once,
-// and the failed setup checks of each field are shown beside it.
+// each byte takes only the values its setup checks let it take (the tooltip says why), and the
+// failed setup checks that read a field are shown under it.
 #pragma once
 
 #include <QObject>

@@ -31,9 +31,14 @@ QString Ohms(double ohms) { return QString::number(std::lround(ohms)); }
 SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
     : QWidget(parent), parts_(parts), fields_(new RawFieldPanel(parts.editors, this)) {
   setObjectName("SensorSetupPage");
-  auto* columns = new QHBoxLayout(this);
-  columns->setContentsMargins(0, 0, 0, 0);
-  auto* left = new QVBoxLayout;
+  auto* page = new QVBoxLayout(this);
+  page->setContentsMargins(0, 0, 0, 0);
+  auto* columns = new FlowColumns(this);
+  columns->setObjectName("SensorSetupColumns");
+  page->addWidget(columns);
+  auto* left_column = new QWidget(this);
+  auto* left = new QVBoxLayout(left_column);
+  left->setContentsMargins(0, 0, 0, 0);
   left->addWidget(BuildMapOptions());
   QGroupBox* tps = MakeBox(this, "ThrottleCal", "Throttle Position Sensor");
   tps->setToolTip(
@@ -44,10 +49,11 @@ SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
   }));
   left->addWidget(tps);
   left->addStretch(1);
-  columns->addLayout(left, 1);
-  columns->addWidget(BuildSensorTable(SensorTable::kWater), 1);
-  columns->addWidget(BuildSensorTable(SensorTable::kAir), 1);
-  columns->addWidget(BuildCustomSensor(), 1);
+  columns->AddColumn(left_column);
+  columns->AddColumn(BuildSensorTable(SensorTable::kWater));
+  columns->AddColumn(BuildSensorTable(SensorTable::kAir));
+  columns->AddColumn(BuildCustomSensor());
+  connect(fields_, &RawFieldPanel::Edited, this, &SensorSetupPage::ShowEditors);
   ShowEditors();
 }
 
@@ -56,25 +62,39 @@ QWidget* SensorSetupPage::BuildMapOptions() {
   auto* layout = new QVBoxLayout(box);
   altitude_ = new QCheckBox("Altitude Compensation", box);
   altitude_->setObjectName("AltitudeComp");
-  altitude_->setToolTip(
-      "Corrects the fuel for the air pressure of the place the car is driven, measured by the "
-      "MAP sensor before the engine starts.");
-  connect(altitude_, &QCheckBox::toggled, this, [this](bool on) {
-    parts_.editors.setup_editor().Choose(SetupChoice::kAltitudeComp, on ? 1 : 0);
-  });
+  box->setToolTip(
+      "Altitude Compensation corrects the fuel for the air pressure of the place the car is "
+      "driven, measured by the MAP sensor before the engine starts.");
+  connect(altitude_, &QCheckBox::toggled, this,
+          [this](bool on) { Choose(SetupChoice::kAltitudeComp, on ? 1 : 0); });
   layout->addWidget(altitude_);
+  QLabel* altitude_mark = MakeNote(box, "AltitudeCompMark");
+  altitude_mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  layout->addWidget(altitude_mark);
+  choices_.push_back({SetupChoice::kAltitudeComp, altitude_, altitude_mark});
   layout->addWidget(new QLabel("Throttle Pump Based On", box));
   auto* basis = new QWidget(box);
   pump_basis_ = MakeOptionGroup(basis, "TPumpBased",
                                 {"Throttle Position (TPS)", "Manifold Pressure (MAP)"}, 1);
+  basis->setAccessibleName("Throttle Pump Based On");
   basis->setToolTip(
       "What the throttle pump's \" De-activate Over\" limit is measured in: percent of "
       "throttle, or boost in bar through the MAP sensor.");
   connect(pump_basis_, &QButtonGroup::idToggled, this, [this](int id, bool on) {
-    if (on) parts_.editors.setup_editor().Choose(SetupChoice::kTPumpBased, id);
+    if (on) Choose(SetupChoice::kTPumpBased, id);
   });
   layout->addWidget(basis);
+  QLabel* basis_mark = MakeNote(box, "TPumpBasedMark");
+  basis_mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  layout->addWidget(basis_mark);
+  choices_.push_back({SetupChoice::kTPumpBased, pump_basis_, basis_mark});
   return box;
+}
+
+void SensorSetupPage::Choose(SetupChoice choice, int value) {
+  if (parts_.editors.suppress_change_events()) return;
+  parts_.editors.setup_editor().Choose(choice, value);
+  ShowEditors();
 }
 
 // Room either side of a header text, as the style draws it.
@@ -85,12 +105,14 @@ QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
   QGroupBox* box = MakeBox(this, QString(kTableNames[index]) + "Box", kTitles[index]);
   auto* layout = new QVBoxLayout(box);
   QComboBox* list = MakeList(box, kListNames[index], SensorListTexts(which, false));
+  list->setAccessibleName(kTitles[index]);
   list->setToolTip("Choosing a known sensor fills the table and sends it to the ECU.");
   connect(list, &QComboBox::activated, this,
           [this, which](int choice) { ChooseSensor(which, choice); });
   layout->addWidget(list);
-  auto* table = new QTableWidget(kSensorPoints + 1, 2, box);
+  auto* table = new NoSearchTable(kSensorPoints + 1, 2, box);
   table->setObjectName(kTableNames[index]);
+  table->setAccessibleName(QString(kTitles[index]) + " Table");
   table->setHorizontalHeaderLabels({"Temperature", "Ohms at Temperature"});
   table->verticalHeader()->hide();
   // The temperatures take what they need, so that "Ohms at Temperature" stays whole on a
@@ -99,8 +121,9 @@ QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
   table->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
   table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
   table->setToolTip(
-      "Resistance of the sensor at each temperature. Editing a cell sends the whole table; the "
-      "ECU keeps each point as the divider ratio with its 560 ohm pull-up.");
+      "Resistance of the sensor at each temperature. Editing a cell sends that point; the ECU "
+      "keeps each point as the divider ratio with its 560 ohm pull-up. The temperatures and the "
+      "actual temperature are read-only.");
   for (int row = 0; row <= kSensorPoints; ++row) {
     const QString temperature = row == kActualTempRow
                                     ? QString("Actual Temp")
@@ -111,6 +134,7 @@ QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
     table->setItem(row, 0, label);
     auto* value = new QTableWidgetItem;
     value->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    // The live row is read-only: it can be neither selected for typing nor edited.
     if (row == kActualTempRow) value->setFlags(Qt::ItemIsEnabled);
     table->setItem(row, 1, value);
   }
@@ -139,7 +163,13 @@ QWidget* SensorSetupPage::BuildCustomSensor() {
   custom_target_ = new QComboBox(box);
   custom_target_->setObjectName("CustomSensorTarget");
   custom_target_->addItems({"Fill the Water table", "Fill the Air table"});
-  layout->addWidget(custom_target_);
+  auto* target_caption = new QLabel("Table to Fill", box);
+  target_caption->setBuddy(custom_target_);
+  custom_target_->setAccessibleName(target_caption->text());
+  auto* target_row = new QHBoxLayout;
+  target_row->addWidget(target_caption);
+  target_row->addWidget(custom_target_, 1);
+  layout->addLayout(target_row);
   auto* points = new QGridLayout;
   points->addWidget(new QLabel("\u00B0C", box), 0, 0);
   points->addWidget(new QLabel("Ohms", box), 0, 1);
@@ -149,8 +179,10 @@ QWidget* SensorSetupPage::BuildCustomSensor() {
     custom_celsius_[i]->setRange(-40.0, 150.0);
     custom_celsius_[i]->setDecimals(1);
     custom_celsius_[i]->setValue(kCustomDefaultCelsius[i]);
+    custom_celsius_[i]->setAccessibleName(QString("Custom Sensor Point %1 \u00B0C").arg(i + 1));
     custom_ohms_[i] = new QLineEdit(box);
     custom_ohms_[i]->setObjectName(QString("CustomOhms%1").arg(i));
+    custom_ohms_[i]->setAccessibleName(QString("Custom Sensor Point %1 Ohms").arg(i + 1));
     points->addWidget(custom_celsius_[i], i + 1, 0);
     points->addWidget(custom_ohms_[i], i + 1, 1);
   }
@@ -209,10 +241,16 @@ void SensorSetupPage::ChooseSensor(SensorTable which, int choice) {
 }
 
 void SensorSetupPage::CellEdited(SensorTable which, int row) {
-  (void)row;
   if (parts_.editors.suppress_change_events()) return;
-  ShowChoice(lists_[static_cast<std::size_t>(which)], 0);
-  if (!SendTable(which)) FillTable(which, sent_texts_[static_cast<std::size_t>(which)]);
+  const auto index = static_cast<std::size_t>(which);
+  ShowChoice(lists_[index], 0);
+  // Only the row the tuner typed goes to the ECU; a refused row shows what was sent again.
+  const std::string text = tables_[index]->item(row, 1)->text().toStdString();
+  if (parts_.editors.sensor_tables().SendRow(which, row, text, SystemDecimalSeparator())) {
+    sent_texts_[index][static_cast<std::size_t>(row)] = text;
+  } else {
+    FillTable(which, sent_texts_[index]);
+  }
 }
 
 void SensorSetupPage::FitCustomSensor() {
@@ -264,11 +302,7 @@ void SensorSetupPage::FitCustomSensor() {
 void SensorSetupPage::ShowEditors() {
   const ChangeEventsSuppressed filling(parts_.editors.suppress_change_events());
   const SensorSetup& sensors = parts_.editors.state().sensors;
-  {
-    const QSignalBlocker block(altitude_);
-    altitude_->setChecked(sensors.AltitudeComp);
-  }
-  ShowChoice(pump_basis_, sensors.TPumpBased ? 1 : 0);
+  for (const ChoiceControl& control : choices_) ShowChoiceControl(control, parts_.editors);
   for (const SensorTable which : {SensorTable::kWater, SensorTable::kAir}) {
     const std::array<std::uint8_t, 8>& bytes =
         which == SensorTable::kWater ? sensors.Water : sensors.Air;

@@ -1,7 +1,8 @@
 // The "&Sensor Setup" tab: the MAP sensor's flags (altitude compensation, the throttle pump's
 // basis), the throttle position sensor's bytes, the two temperature sensor tables (`Water`,
 // `Air`) with their sensor lists (`Combop4`, `Combop3`), and a custom sensor fitted through three
-// measured points.
+// measured points. A typed row sends that row alone; the tables' temperatures and their live
+// "Actual Temp" row take no keys.
 #pragma once
 
 #include <QButtonGroup>
@@ -16,6 +17,7 @@
 #include <array>
 
 #include "app/raw_field_panel.h"
+#include "app/setup_choices.h"
 #include "app/setup_page_parts.h"
 #include "editors/compensation/qt/curve_view.h"
 #include "editors/compensation/temperature_sensors.h"
@@ -40,6 +42,7 @@ class SensorSetupPage : public QWidget {
   QWidget* BuildMapOptions();
   QWidget* BuildSensorTable(SensorTable which);
   QWidget* BuildCustomSensor();
+  void Choose(SetupChoice choice, int value);
   void ChooseSensor(SensorTable which, int choice);
   void CellEdited(SensorTable which, int row);
   bool SendTable(SensorTable which);
@@ -51,6 +54,7 @@ class SensorSetupPage : public QWidget {
   RawFieldPanel* fields_;
   QCheckBox* altitude_ = nullptr;
   QButtonGroup* pump_basis_ = nullptr;
+  std::vector<ChoiceControl> choices_;
   std::array<QTableWidget*, 2> tables_{};
   std::array<QComboBox*, 2> lists_{};
   // What each table last sent, to put back when a typed row is refused.

@@ -14,6 +14,9 @@
 namespace vela {
 
 void Place(QWidget* page, QWidget* content) {
+  // Narrow margins: every pixel counts on a netbook, and at 1280 the outputs and the idle
+  // control stand side by side only with them.
+  page->layout()->setContentsMargins(3, 3, 3, 3);
   auto* scroll = new QScrollArea(page);
   scroll->setObjectName(content->objectName() + "Scroll");
   scroll->setWidgetResizable(true);

@@ -4,7 +4,11 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QRadioButton>
+#include <QResizeEvent>
 #include <QSignalBlocker>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
 
 #include "calibration/conversions.h"
 
@@ -47,7 +51,142 @@ QButtonGroup* MakeOptionGroup(QWidget* container, const QString& name,
     group->addButton(button, i);
     layout->addWidget(button, i / columns, i % columns);
   }
+  QObject::connect(group, &QButtonGroup::idToggled, group, [group] { KeepTabOnChosen(group); });
+  KeepTabOnChosen(group);
   return group;
+}
+
+void KeepTabOnChosen(QButtonGroup* group) {
+  QAbstractButton* stop = group->checkedButton();
+  if (stop == nullptr || !stop->isEnabled()) {
+    stop = nullptr;
+    for (QAbstractButton* button : group->buttons()) {
+      if (button->isEnabled()) {
+        stop = button;
+        break;
+      }
+    }
+  }
+  for (QAbstractButton* button : group->buttons()) {
+    button->setFocusPolicy(button == stop ? Qt::StrongFocus : Qt::ClickFocus);
+  }
+}
+
+namespace {
+
+template <typename Spin>
+void ShowNumberIn(Spin* spin, const NumberShow& show, const QString& unset_text, double step) {
+  const QSignalBlocker block(spin);
+  double low = show.low;
+  if (!unset_text.isEmpty()) low -= step;  // the slot that reads `unset_text`
+  const double value = show.value.value_or(low);
+  spin->setSpecialValueText(unset_text);
+  spin->setRange(std::min(low, value), std::max(show.high, value));
+  spin->setValue(value);
+}
+
+}  // namespace
+
+void ShowNumber(QSpinBox* spin, const NumberShow& show, const QString& unset_text) {
+  const QSignalBlocker block(spin);
+  const int low = static_cast<int>(std::lround(show.low)) - (unset_text.isEmpty() ? 0 : 1);
+  const int value = show.value ? static_cast<int>(std::lround(*show.value)) : low;
+  spin->setSpecialValueText(unset_text);
+  spin->setRange(std::min(low, value), std::max(static_cast<int>(std::lround(show.high)), value));
+  spin->setValue(value);
+}
+
+void ShowNumber(QDoubleSpinBox* spin, const NumberShow& show, const QString& unset_text) {
+  ShowNumberIn(spin, show, unset_text, spin->singleStep());
+}
+
+FlowColumns::FlowColumns(QWidget* parent) : QWidget(parent), grid_(new QGridLayout(this)) {
+  grid_->setContentsMargins(0, 0, 0, 0);
+  grid_->setHorizontalSpacing(6);
+  grid_->setVerticalSpacing(6);
+  QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+  policy.setHeightForWidth(true);
+  setSizePolicy(policy);
+}
+
+void FlowColumns::AddColumn(QWidget* column, int stretch) {
+  column->setParent(this);
+  columns_.push_back(column);
+  stretch_.push_back(stretch);
+  per_row_ = 0;
+  Arrange(static_cast<int>(columns_.size()));
+}
+
+int FlowColumns::Wanted(std::size_t column) const {
+  return columns_[column]->minimumSizeHint().width();
+}
+
+int FlowColumns::PerRowFor(int width) const {
+  const int count = static_cast<int>(columns_.size());
+  for (int n = count; n > 1; --n) {
+    bool fits = true;
+    for (int first = 0; first < count && fits; first += n) {
+      int needed = grid_->horizontalSpacing() * (std::min(first + n, count) - first - 1);
+      for (int i = first; i < std::min(first + n, count); ++i) {
+        needed += Wanted(static_cast<std::size_t>(i));
+      }
+      fits = needed <= width;
+    }
+    if (fits) return n;
+  }
+  return 1;
+}
+
+void FlowColumns::Arrange(int per_row) {
+  if (per_row == per_row_) return;
+  for (QWidget* column : columns_) grid_->removeWidget(column);
+  for (int c = 0; c < grid_->columnCount(); ++c) grid_->setColumnStretch(c, 0);
+  for (int i = 0; i < static_cast<int>(columns_.size()); ++i) {
+    grid_->addWidget(columns_[static_cast<std::size_t>(i)], i / per_row, i % per_row);
+    const int stretch = stretch_[static_cast<std::size_t>(i)];
+    grid_->setColumnStretch(i % per_row, std::max(grid_->columnStretch(i % per_row), stretch));
+  }
+  per_row_ = per_row;
+  updateGeometry();
+}
+
+int FlowColumns::heightForWidth(int width) const {
+  const std::size_t n = static_cast<std::size_t>(PerRowFor(width));
+  int height = 0;
+  for (std::size_t first = 0; first < columns_.size(); first += n) {
+    const std::size_t last = std::min(first + n, columns_.size());
+    int stretch = 0;
+    for (std::size_t i = first; i < last; ++i) stretch += stretch_[i];
+    const int room = width - grid_->horizontalSpacing() * static_cast<int>(n - 1);
+    int row = 0;
+    for (std::size_t i = first; i < last; ++i) {
+      const QWidget* column = columns_[i];
+      const int column_width =
+          std::max(column->minimumSizeHint().width(), room * stretch_[i] / std::max(stretch, 1));
+      int h = column->minimumSizeHint().height();
+      if (column->hasHeightForWidth()) h = std::max(h, column->heightForWidth(column_width));
+      row = std::max(row, h);
+    }
+    height += row + (first > 0 ? grid_->verticalSpacing() : 0);
+  }
+  return height;
+}
+
+QSize FlowColumns::minimumSizeHint() const {
+  int width = 0;
+  for (const QWidget* column : columns_) width = std::max(width, column->minimumSizeHint().width());
+  return {width, heightForWidth(std::max(width, this->width()))};
+}
+
+QSize FlowColumns::sizeHint() const {
+  int width = grid_->horizontalSpacing() * std::max(static_cast<int>(columns_.size()) - 1, 0);
+  for (std::size_t i = 0; i < columns_.size(); ++i) width += Wanted(i);
+  return {width, heightForWidth(width)};
+}
+
+void FlowColumns::resizeEvent(QResizeEvent* event) {
+  Arrange(PerRowFor(event->size().width()));
+  QWidget::resizeEvent(event);
 }
 
 QComboBox* MakeList(QWidget* parent, const QString& name, const std::vector<std::string>& texts) {
@@ -61,15 +200,18 @@ QComboBox* MakeList(QWidget* parent, const QString& name, const std::vector<std:
 }
 
 void ShowChoice(QButtonGroup* group, int choice) {
-  const QSignalBlocker block(group);
-  if (QAbstractButton* button = group->button(choice)) {
-    button->setChecked(true);
-    return;
+  {
+    const QSignalBlocker block(group);
+    if (QAbstractButton* button = group->button(choice)) {
+      button->setChecked(true);
+    } else {
+      // No entry: clear every button (an exclusive group keeps one unless told otherwise).
+      group->setExclusive(false);
+      for (QAbstractButton* button : group->buttons()) button->setChecked(false);
+      group->setExclusive(true);
+    }
   }
-  // No entry: clear every button (an exclusive group keeps one unless told otherwise).
-  group->setExclusive(false);
-  for (QAbstractButton* button : group->buttons()) button->setChecked(false);
-  group->setExclusive(true);
+  KeepTabOnChosen(group);
 }
 
 void ShowChoice(QComboBox* list, int choice) {
@@ -100,9 +242,12 @@ QGroupBox* MakeBox(QWidget* parent, const QString& name, const QString& title) {
 RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* parent)
     : QWidget(parent), field_(field), caption_(caption), checks_(MakeNote(this, QString())) {
   setObjectName(QStringLiteral("Field%1").arg(field.position));
-  auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(0, 0, 0, 0);
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  auto* row = new QHBoxLayout;
   row->setSpacing(4);
+  column->addLayout(row);
   switch (field.show) {
     case RawShow::kByte:
     case RawShow::kRpm24:
@@ -112,15 +257,16 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
       spin_->setKeyboardTracking(false);
       if (field.show == RawShow::kByte) {
         spin_->setRange(0, 255);
-        connect(spin_, &QSpinBox::valueChanged, this,
-                [this](int value) { emit ByteEdited(field_.position, value); });
+        connect(spin_, &QSpinBox::valueChanged, this, &RawFieldEditor::EmitByte);
       } else {
-        spin_->setRange(4, 20000);  // a 24-bit period reaches down to 4 RPM
         spin_->setSingleStep(25);
         spin_->setSuffix(QStringLiteral(" RPM"));
         spin_->setMinimumWidth(spin_->fontMetrics().horizontalAdvance(QStringLiteral("20000 RPM")) +
                                30);
-        connect(spin_, &QSpinBox::valueChanged, this, [this](int rpm) { emit RpmEdited(rpm); });
+        connect(spin_, &QSpinBox::valueChanged, this, [this](int rpm) {
+          // The "Not set" slot is not a speed: the editor refuses it and the field shows again.
+          emit RpmEdited(rpm < rpm_show_.low ? rpm : ClampInto(rpm, rpm_show_));
+        });
       }
       row->addWidget(spin_);
       break;
@@ -132,9 +278,8 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
       halved_->setRange(0.0, 127.5);
       halved_->setDecimals(1);
       halved_->setSingleStep(0.5);
-      connect(halved_, &QDoubleSpinBox::valueChanged, this, [this](double value) {
-        emit ByteEdited(field_.position, static_cast<int>(std::lround(value * 2.0)));
-      });
+      connect(halved_, &QDoubleSpinBox::valueChanged, this,
+              [this](double value) { EmitByte(static_cast<int>(std::lround(value * 2.0))); });
       row->addWidget(halved_);
       break;
     case RawShow::kBits:
@@ -146,20 +291,46 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
                 [this, bit](bool on) { emit BitEdited(field_.position, bit, on); });
         row->addWidget(bits_[bit]);
       }
+      row->addStretch(1);
       break;
   }
-  row->addWidget(checks_, 1);
+  // The checks wrap to the width they are given (AddRawGroup: under the caption and the field):
+  // a long one never widens the page.
+  checks_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
-void RawFieldEditor::Show(std::uint32_t value) {
-  if (spin_ != nullptr) {
+void RawFieldEditor::SetAccessibleName(const QString& name) {
+  if (spin_ != nullptr) spin_->setAccessibleName(name);
+  if (halved_ != nullptr) halved_->setAccessibleName(name);
+  for (int bit = 0; bit < 8; ++bit) {
+    if (bits_[bit] != nullptr)
+      bits_[bit]->setAccessibleName(name + QStringLiteral(" bit %1").arg(bit));
+  }
+}
+
+void RawFieldEditor::EmitByte(int value) {
+  emit ByteEdited(field_.position, std::clamp(value, range_.first, range_.second));
+}
+
+void RawFieldEditor::Show(std::uint32_t value, std::optional<std::pair<int, int>> range,
+                          const QString& range_note) {
+  const int held = static_cast<int>(value);
+  range_ = range.value_or(std::pair{held, held});
+  if (spin_ != nullptr && field_.show == RawShow::kRpm24) {
+    rpm_show_ = IdleTargetShow(value);
+    ShowNumber(spin_, rpm_show_, QStringLiteral("Not set"));
+  } else if (spin_ != nullptr) {
     const QSignalBlocker block(spin_);
-    spin_->setValue(field_.show == RawShow::kRpm24
-                        ? static_cast<int>(std::lround(RpmFromEnginePeriod(value)))
-                        : static_cast<int>(value));
+    spin_->setRange(std::min(range_.first, held), std::max(range_.second, held));
+    spin_->setValue(held);
+    spin_->setToolTip(range_note);
+    spin_->setEnabled(range.has_value());
   } else if (halved_ != nullptr) {
     const QSignalBlocker block(halved_);
-    halved_->setValue(value / 2.0);
+    halved_->setRange(std::min(range_.first, held) / 2.0, std::max(range_.second, held) / 2.0);
+    halved_->setValue(held / 2.0);
+    halved_->setToolTip(range_note);
+    halved_->setEnabled(range.has_value());
   } else {
     for (int bit = 0; bit < 8; ++bit) {
       const QSignalBlocker block(bits_[bit]);
@@ -187,8 +358,15 @@ std::vector<RawFieldEditor*> AddRawGroup(
     const RawField& field = group.fields[static_cast<std::size_t>(i)];
     QLabel* caption = make_caption(box, field, i);
     auto* editor = new RawFieldEditor(field, caption, box);
-    grid->addWidget(caption, i % rows, 2 * (i / rows));
-    grid->addWidget(editor, i % rows, 2 * (i / rows) + 1);
+    editor->SetAccessibleName(caption->text());
+    caption->setMinimumHeight(editor->sizeHint().height());
+    // Each field takes two grid rows: the caption and the field, then its failed checks across
+    // both (a hidden note leaves its row empty, and an empty row takes no room).
+    const int row = 2 * (i % rows);
+    const int column = 2 * (i / rows);
+    grid->addWidget(caption, row, column, Qt::AlignTop);
+    grid->addWidget(editor, row, column + 1);
+    grid->addWidget(editor->checks(), row + 1, column, 1, 2);
     editors.push_back(editor);
   }
   for (int column = 0; column < columns; ++column) grid->setColumnStretch(2 * column + 1, 1);

@@ -12,7 +12,6 @@ namespace vela {
 
 namespace {
 
-
 template <std::size_t N>
 std::array<std::uint8_t, N> BytesAt(const CalibrationImage& image, int first) {
   std::array<std::uint8_t, N> bytes{};
@@ -70,8 +69,9 @@ void ApplyFuelSites(const CalibrationImage& image, EditorState& state) {
   if (Bit(value, 6)) selection = kMapSelectionOnlyMap2;
   if (Bit(value, 5)) selection = kMapSelectionOnlyMap1;
   state.setup.MapSelection = selection;
-  const int code = value & 0x1F;
-  state.setup.ComboSiteFuel = std::min(code, 2);
+  // The code is kept as held: the list shows no entry for an invalid one, the maps are read
+  // with 17 columns for it.
+  state.setup.ComboSiteFuel = value & 0x1F;
   state.maps.FuelLoadSites = FuelLoadSitesOfChoice(state.setup.ComboSiteFuel);
   RunStepChecks(4, image, state);
 }
@@ -80,7 +80,7 @@ void ApplyMaps(const CalibrationImage& image, EditorState& state) {
   state.maps.FuelMap1 = ReadFuelGrid(image, kFuelMap1Start, state.maps.FuelLoadSites);
   state.maps.FuelMap2 = ReadFuelGrid(image, kFuelMap2Start, state.maps.FuelLoadSites);
   state.setup.TriggerOffset = image.Byte(FieldPos("TriggerOffset"));
-  state.setup.ComboSiteIgnition = image.IgnSites() == 0 ? 0 : 1;
+  state.setup.ComboSiteIgnition = image.IgnSites();
   state.maps.IgnLoadSites = IgnLoadSitesOfChoice(state.setup.ComboSiteIgnition);
   state.maps.IgnMap = ReadIgnGrid(image, state.maps.IgnLoadSites);
   state.setup.IgnitionLock = image.IgnitionLock() != 0;

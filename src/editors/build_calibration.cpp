@@ -12,7 +12,6 @@ namespace vela {
 
 namespace {
 
-
 // A list index as its image byte. An index no byte can hold (kNoEntry: nothing chosen) is
 // written as 255, which every list check refuses.
 std::uint8_t CodeByte(int code) {
@@ -69,7 +68,8 @@ void EncodeEngineSetup(const EngineSetup& setup, CalibrationImage& image) {
                 SensorTypeByte(setup.TriggerHallMagnetic, setup.TriggerSensorFlag));
   image.SetByte(FieldPos("TriggerVoltage"), setup.TriggerVoltage);
   image.SetByte(FieldPos("HomePattern"), CodeByte(setup.ComboHome));
-  image.SetByte(FieldPos("HomeSensor"), SensorTypeByte(setup.HomeHallMagnetic, setup.HomeSensorFlag));
+  image.SetByte(FieldPos("HomeSensor"),
+                SensorTypeByte(setup.HomeHallMagnetic, setup.HomeSensorFlag));
   image.SetByte(FieldPos("HomeVoltage"), setup.HomeVoltage);
   image.SetByte(FieldPos("SparkMode"), CodeByte(setup.ComboSpark));
   image.SetByte(

@@ -1,5 +1,7 @@
 #include "editors/editor_state.h"
 
+#include <algorithm>
+
 namespace vela {
 
 namespace {
@@ -8,18 +10,13 @@ constexpr int kMaxIgnitionDivide = 4;
 }  // namespace
 
 int FuelLoadSitesOfChoice(int combo_site_fuel) {
-  if (combo_site_fuel < 0 || combo_site_fuel >= static_cast<int>(kFuelLoadSiteChoices.size())) {
-    return kFuelLoadSiteChoices[0];
-  }
-  return kFuelLoadSiteChoices[static_cast<std::size_t>(combo_site_fuel)];
+  if (combo_site_fuel < 0) return kFuelLoadSiteChoices.front();
+  const int last = static_cast<int>(kFuelLoadSiteChoices.size()) - 1;
+  return kFuelLoadSiteChoices[static_cast<std::size_t>(std::min(combo_site_fuel, last))];
 }
 
 int IgnLoadSitesOfChoice(int combo_site_ignition) {
-  if (combo_site_ignition < 0 ||
-      combo_site_ignition >= static_cast<int>(kIgnLoadSiteChoices.size())) {
-    return kIgnLoadSiteChoices[0];
-  }
-  return kIgnLoadSiteChoices[static_cast<std::size_t>(combo_site_ignition)];
+  return combo_site_ignition > 0 ? kIgnLoadSiteChoices.back() : kIgnLoadSiteChoices.front();
 }
 
 void SetupIgnitionDivide(EngineSetup& setup) {

@@ -56,9 +56,9 @@ struct EngineSetup {
   int Cylinders = 0;     // byte 947: entry of "1", "2", "3", "4", "5", "6", "8", "10", "12"
   int ComboSiteRPM = 0;  // byte 946: RPM site spacing, 0 to 3
   int MapSelection = kMapSelectionCombine;  // byte 995, bits 5 to 7
-  int ComboSiteFuel = 0;                    // byte 995, bits 0 to 4: 9, 13 or 17 load sites
-  int ComboSiteIgnition = 0;                // byte 996: 5 or 6 load sites
-  std::uint8_t TriggerOffset = 0;           // byte 959, half degrees (shown raw / 2)
+  int ComboSiteFuel = 0;      // byte 995, bits 0 to 4: 9, 13 or 17 load sites (the code as held)
+  int ComboSiteIgnition = 0;  // byte 996: 5 or 6 load sites (the code as held)
+  std::uint8_t TriggerOffset = 0;  // byte 959, half degrees (shown raw / 2)
 
   std::uint16_t RevLimit2 = 0;      // bytes 900 to 901, raw timer value
   int ComboTrigger = 0;             // byte 902: trigger pattern, 0 to 5
@@ -113,11 +113,15 @@ struct SensorSetup {
   std::array<std::uint8_t, 8> Water{};  // bytes 987 to 994
 };
 
+inline constexpr int kFirstUnshownBattByte = 1006;
+
 // The compensation page, in stored form.
 struct Compensation {
   std::array<std::uint8_t, 8> AirMap{};    // bytes 963 to 970: shown (raw - 128) / 10
   std::array<std::uint8_t, 8> WaterMap{};  // bytes 979 to 986: shown raw x 0.390625 %
-  std::array<std::uint8_t, 12> BattMap{};  // bytes 999 to 1010: shown raw x 0.01 ms
+  // Bytes 999 to 1010: shown raw x 0.01 ms. The table's rows (10 to 16 V) are 999 to 1005; the
+  // bytes from kFirstUnshownBattByte on have no row and are shown as stored.
+  std::array<std::uint8_t, 12> BattMap{};
   // " Increase", " Decay", " Dead Band" (bytes 960 to 962) and " De-activate Over" (byte 951).
   std::array<std::uint8_t, 4> ThrottlePump{};
 };
@@ -172,8 +176,8 @@ struct EditorState {
   std::vector<std::string> SetupErrors;
 };
 
-// Load sites of a `ComboSiteFuel` / `ComboSiteIgnition` entry; 9 and 5 for an entry the lists
-// do not offer.
+// Load sites of a `ComboSiteFuel` / `ComboSiteIgnition` code as the ECU lays its maps out: a
+// fuel code of 2 or more gives 17, an ignition code other than 0 gives 6; no entry gives 9 and 5.
 int FuelLoadSitesOfChoice(int combo_site_fuel);
 int IgnLoadSitesOfChoice(int combo_site_ignition);
 

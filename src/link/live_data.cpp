@@ -32,7 +32,7 @@ std::string SensorTemperatureText(std::uint16_t reading, bool fault, double degr
   if (reading < kSensorRailCounts || reading > live::kSensorReadingMask - kSensorRailCounts) {
     return "999";
   }
-  if (degrees == kTemperatureBeyondHot) return "Over";
+  if (degrees == kTemperatureBeyondHot) return ">120";
   if (degrees == kTemperatureBeyondCold) return "<-20";
   return std::to_string(static_cast<int>(RoundHalfEven(degrees)));
 }

@@ -111,8 +111,9 @@ std::string InjectionText(double milliseconds, char separator);
 std::string DutyText(double percent, char separator);
 inline constexpr std::string_view kFirmwareTextPrefix = "ECU Firmware Ver. ";
 // A temperature sensor: "Error" when the ECU flags the sensor, "999" when the divider count sits
-// at a rail (sensor shorted or open), "Over" beyond the hottest calibration point, otherwise
-// `degrees` as whole degrees ("<-20" beyond the coldest point).
+// at a rail (sensor shorted or open), ">120" beyond the hottest calibration point and "<-20"
+// beyond the coldest (the temperature texts of the calibration's conversions), otherwise
+// `degrees` as whole degrees.
 std::string SensorTemperatureText(std::uint16_t reading, bool fault, double degrees);
 // The temperature of a 10-bit divider count through the sensor's eight calibration points
 // (ratio bytes, -20 to 120 C): degrees, or the sentinels of SensorTemperature.

@@ -1,5 +1,7 @@
 // The set-up pages against the simulated ECU over a pseudo-terminal, used as a tuner uses them:
 // an upload fills every page, and each kind of control sends exactly its command-4 frames.
+#include <QAccessible>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QDoubleSpinBox>
@@ -9,6 +11,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -20,13 +24,14 @@
 #include "app/editor_session.h"
 #include "app/map_pages.h"
 #include "app/setup_pages.h"
+#include "app/setup_widgets.h"
 #include "editors/compensation/temperature_sensors.h"
 #include "program_fixture.h"
 #include "shell/context_help.h"
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
-#include "support/recording_sender.h"
 #include "support/gui_test_main.h"
+#include "support/recording_sender.h"
 
 using namespace vela;
 using vela::testing::SentFrame;
@@ -88,6 +93,11 @@ void TypeInto(QAbstractSpinBox* spin, const QString& text) {
   QTest::keyClick(spin, Qt::Key_Return);
 }
 
+// Types `text` key by key into whichever widget has the focus, as a keyboard does.
+void TypeKeys(const QString& text) {
+  for (const QChar c : text) QTest::keyClick(QApplication::focusWidget(), c.toLatin1());
+}
+
 QString SetupLine(const Program& program, int line) {
   QFile file(QString::fromStdString(program.setup.SetupFilePath()));
   if (!file.open(QIODevice::ReadOnly)) return {};
@@ -142,17 +152,22 @@ class SetupPagesRoadTest : public QObject {
     dir_.reset();
   }
 
-  void aCalibrationWithARisingEdgeFillsThePageWithoutTheWarning() {
-    CalibrationImage image = sim::EmbeddedBaseCalibration();
-    image.SetByte(942, 64 | 1);  // rising trigger edge
-    image.SetByte(955, 64 | 4);  // a 4 bar sensor
-    image.SetByte(956, 128);     // scaled to 2.000 bar
-    const QString path = dir_->filePath("rising.sm1");
+  // Starts against a simulated ECU that holds `image`.
+  void StartWith(const CalibrationImage& image, const QString& name) {
+    const QString path = dir_->filePath(name);
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(reinterpret_cast<const char*>(image.Bytes().data()), kImageLength);
     file.close();
     Start(path.toStdString());
+  }
+
+  void aCalibrationWithARisingEdgeFillsThePageWithoutTheWarning() {
+    CalibrationImage image = sim::EmbeddedBaseCalibration();
+    image.SetByte(942, 64 | 1);  // rising trigger edge
+    image.SetByte(955, 64 | 4);  // a 4 bar sensor
+    image.SetByte(956, 128);     // scaled to 2.000 bar
+    StartWith(image, "rising.sm1");
     Program& p = *program_;
     QVERIFY(p.Find<QRadioButton>("TriggerEdgeInput1")->isChecked());
     QCOMPARE(p.Find<QComboBox>("ComboMAP")->currentText(), QString(" 4 Bar Sensor"));
@@ -318,6 +333,175 @@ class SetupPagesRoadTest : public QObject {
                              3000);
   }
 
+  // Space works on the set-up pages' controls, and Tab enters an option group on its chosen
+  // button; on a map page Space still never reaches the grid.
+  void theSetupPagesWorkFromTheKeyboard() {
+    Program& p = *program_;
+    QTabWidget* tabs = p.window->tabs();
+    QTest::keyClick(p.window.get(), Qt::Key_M);
+    QCOMPARE(tabs->currentIndex(), 6);
+    auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
+    ExpectWrites("Space on a tick box",
+                 [&] {
+                   flag->setFocus();
+                   QTest::keyClick(flag, Qt::Key_Space);
+                 },
+                 {{4, 903, 0x81}});
+    QVERIFY(flag->isChecked());
+    // Tab from the trigger pattern list lands on the sensor group's chosen button, "Magnetic".
+    p.Find<QComboBox>("ComboTrigger")->setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), p.Find<QRadioButton>("TriggerHallMagnetic1"));
+    // Space on an option button chooses it.
+    auto* cut_spark = p.Find<QRadioButton>("LimiterMode1");
+    ExpectWrites("Space on an option button",
+                 [&] {
+                   cut_spark->setFocus();
+                   QTest::keyClick(cut_spark, Qt::Key_Space);
+                 },
+                 {{4, 942, 128}});
+    // The next Tab leaves the group instead of walking through its other buttons.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QVERIFY(!p.Find<QWidget>("LimiterMode")->isAncestorOf(QApplication::focusWidget()));
+    tabs->setCurrentIndex(0);
+    QTest::keyClick(p.window->map_pages().page(0)->grid(), Qt::Key_Space);
+    QVERIFY(!p.Find<QCheckBox>("AllRanges")->isChecked());
+  }
+
+  // The sensor table's live row and temperatures take no keys, and a typed row goes alone.
+  void aReadOnlyRowTakesNoKeys() {
+    Program& p = *program_;
+    p.window->tabs()->setCurrentIndex(7);
+    QTableWidget* water = p.Find<QTableWidget>("Water");
+    const QString before = water->item(3, 1)->text();
+    const std::size_t boxes = p.messages.shown.size();
+    ExpectWrites("typing on the live row",
+                 [&] {
+                   QTest::mouseClick(water->viewport(), Qt::LeftButton, {},
+                                     water->visualItemRect(water->item(8, 1)).center());
+                   TypeKeys("1");
+                   QCOMPARE(water->currentRow(), 8);  // no search jumps to a row starting "1"
+                   TypeKeys("2.5");
+                   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+                   QTest::mouseClick(water->viewport(), Qt::LeftButton, {},
+                                     water->visualItemRect(water->item(3, 0)).center());
+                   TypeKeys("12.5");
+                   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+                 },
+                 {});
+    QCOMPARE(water->item(3, 1)->text(), before);
+    QVERIFY(water->item(8, 1)->text() != "12.5");
+    QCOMPARE(p.messages.shown.size(), boxes);  // nothing was typed into a row to refuse
+    ExpectWrites("typing a row",
+                 [&] {
+                   QTest::mouseClick(water->viewport(), Qt::LeftButton, {},
+                                     water->visualItemRect(water->item(3, 1)).center());
+                   TypeKeys("1000");
+                   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+                 },
+                 {{4, 990, 164}});
+  }
+
+  // Each spin box and list of the set-up pages carries the name of its own caption.
+  void eachFieldIsNamedByItsOwnCaption() {
+    Program& p = *program_;
+    QTabWidget* tabs = p.window->tabs();
+    QMap<QString, QString> names;
+    for (const int tab : {3, 4, 5, 6, 7}) {
+      QWidget* page = tabs->widget(tab);
+      QList<QWidget*> fields;
+      for (auto* w : page->findChildren<QAbstractSpinBox*>()) fields << w;
+      for (auto* w : page->findChildren<QComboBox*>()) fields << w;
+      for (QWidget* field : fields) {
+        const QString name = field->accessibleName();
+        QVERIFY2(!name.isEmpty(), qPrintable(field->objectName()));
+        QAccessibleInterface* face = QAccessible::queryAccessibleInterface(field);
+        QVERIFY(face != nullptr);
+        if (qobject_cast<QAbstractSpinBox*>(field) != nullptr) {
+          QCOMPARE(face->text(QAccessible::Name), name);
+        } else {
+          // A list reads its entry as its name here; its caption labels it, ahead of its box.
+          const auto labels = face->relations(QAccessible::Label);
+          QVERIFY2(!labels.isEmpty(), qPrintable(name));
+          QCOMPARE(labels.front().first->text(QAccessible::Name), name);
+        }
+        QVERIFY2(!names.contains(name),
+                 qPrintable(name + ": " + field->objectName() + ", " + names.value(name)));
+        names[name] = field->objectName();
+      }
+    }
+    QCOMPARE(names.value("Rev Limiter 1"), QString("RevLimit1"));
+    QCOMPARE(names.value("Rev Limiter 2"), QString("RevLimit2"));
+    QCOMPARE(names.value("Trigger Voltage"), QString("TriggerVoltage"));
+    QCOMPARE(names.value("Water Temperature Sensor"), QString("Combop4"));
+    QCOMPARE(names.value("Gpo1Setup byte 2 (885)").isEmpty(), true);
+    QCOMPARE(names.value("byte 2 (885)"), QString("Byte885"));
+  }
+
+  // A sound calibration's set-up pages need no scrolling at 1280 x 720.
+  void aSoundCalibrationFitsA1280By720Window() {
+    Program& p = *program_;
+    p.window->resize(1280, 720);
+    QTRY_COMPARE(p.window->size(), QSize(1280, 720));
+    QTabWidget* tabs = p.window->tabs();
+    for (const int tab : {3, 4, 5, 6, 7}) {
+      tabs->setCurrentIndex(tab);
+      QTest::qWait(100);
+      auto* scroll = tabs->widget(tab)->findChild<QScrollArea*>();
+      SaveShot(QString("sound_tab%1_1280x720").arg(tab));
+      QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+      QVERIFY2(!scroll->verticalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+    }
+  }
+
+  // An image whose output and input functions fail (each marked under its field, the errors
+  // listed under the pages) still leaves every set-up page whole at 1280 x 720.
+  void failingFunctionsFitA1280By720Window() {
+    CalibrationImage image = sim::EmbeddedBaseCalibration();
+    for (const auto& [position, value] :
+         {std::pair{884, 200}, {910, 31}, {926, 16}, {1022, 9}, {1023, 99}}) {
+      image.SetByte(position, static_cast<std::uint8_t>(value));
+    }
+    StartWith(image, "functions.sm1");
+    Program& p = *program_;
+    p.window->resize(1280, 720);
+    QTRY_COMPARE(p.window->size(), QSize(1280, 720));
+    QTabWidget* tabs = p.window->tabs();
+    for (const int tab : {3, 4, 5, 6, 7}) {
+      tabs->setCurrentIndex(tab);
+      QTest::qWait(100);
+      auto* scroll = tabs->widget(tab)->findChild<QScrollArea*>();
+      SaveShot(QString("functions_tab%1_1280x720").arg(tab));
+      QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+      QVERIFY2(!scroll->verticalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+    }
+  }
+
+  // With every check that has a mark failing (the outputs' functions among them), the set-up
+  // pages keep every column in a 1280-wide window, and at 1024 x 600 they scroll only downwards.
+  void thePagesFitTheScreenWithAnyCalibration() {
+    StartWith(FailingCalibration(), "failing.sm1");
+    Program& p = *program_;
+    QTabWidget* tabs = p.window->tabs();
+    for (const QSize size : {QSize(1280, 720), QSize(1024, 600)}) {
+      p.window->resize(size);
+      QTRY_COMPARE(p.window->size(), size);
+      for (const int tab : {3, 4, 5, 6, 7}) {
+        tabs->setCurrentIndex(tab);
+        QTest::qWait(100);
+        auto* scroll = tabs->widget(tab)->findChild<QScrollArea*>();
+        QVERIFY(scroll != nullptr);
+        const QString where =
+            QString("tab %1 at %2x%3").arg(tab).arg(size.width()).arg(size.height());
+        SaveShot(QString("tab%1_%2x%3").arg(tab).arg(size.width()).arg(size.height()));
+        QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(where));
+        QVERIFY2(scroll->widget()->width() <= scroll->viewport()->width(), qPrintable(where));
+      }
+      // At 1280 the idle column stands beside the outputs, however long their notes.
+      if (size.width() == 1280) QCOMPARE(p.Find<FlowColumns>("OutputsColumns")->PerRow(), 2);
+    }
+  }
+
   void instantHelpShowsATopicOnTheHelpTabsOnly() {
     Program& p = *program_;
     // Every help label stands on the tab of its topic set.
@@ -357,6 +541,32 @@ class SetupPagesRoadTest : public QObject {
   }
 
  private:
+  // A calibration failing every check a set-up page marks beside a control: output functions,
+  // a trigger pattern, a rev limiter of 60,000 RPM, a dwell byte with bit 7, no idle target, an
+  // unknown injection mode, battery bytes beyond the table above 2.00 ms, and more.
+  static CalibrationImage FailingCalibration() {
+    CalibrationImage image = sim::EmbeddedBaseCalibration();
+    const std::pair<int, int> bytes[] = {
+        {884, 200},  {910, 31},   {926, 16},   {1022, 9},  {1023, 99},  {902, 9},    {903, 7},
+        {905, 9},    {852, 250},  {853, 240},  {906, 7},   {907, 0xFF}, {908, 77},   {947, 12},
+        {946, 9},    {995, 0xE7}, {996, 3},    {959, 200}, {942, 0x18}, {958, 0xC5}, {998, 20},
+        {997, 9},    {952, 5},    {955, 0xFF}, {956, 99},  {1007, 250}, {1008, 201}, {1011, 0},
+        {1012, 0},   {1013, 0},   {1014, 200}, {1015, 10}, {1018, 200}, {867, 9},    {949, 0xE8},
+        {950, 0x03}, {900, 0},    {901, 0}};
+    for (const auto& [position, value] : bytes) {
+      image.SetByte(position, static_cast<std::uint8_t>(value));
+    }
+    return image;
+  }
+
+  void SaveShot(const QString& name) {
+    const QString folder = qEnvironmentVariable("VELA_SHOT_DIR");
+    if (folder.isEmpty()) return;
+    QDir().mkpath(folder);
+    QTest::qWait(300);
+    program_->window->grab().save(QString("%1/%2.png").arg(folder, name));
+  }
+
   void SaveScreenshots() {
     const QString folder = qEnvironmentVariable("VELA_SHOT_DIR");
     if (folder.isEmpty()) return;

@@ -98,7 +98,7 @@ TEST_F(HandlerTest, OutOfRangeValuesShowTheirMarkers) {
   EXPECT_EQ(live.water_temp_text, "30");
   EXPECT_EQ(live.air_temp_text, "Error");
   Run(FrameBuilder().U16(17, 90 * 4).U16(19, 250 * 4));
-  EXPECT_EQ(live.water_temp_text, "Over");
+  EXPECT_EQ(live.water_temp_text, ">120");
   EXPECT_EQ(live.air_temp_text, "<-20");
   EXPECT_EQ(live.injector_duty_text, "0.00");  // a standing engine
   EXPECT_EQ(live.fuel_map_text, "");

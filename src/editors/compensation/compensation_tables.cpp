@@ -60,6 +60,14 @@ double DeactivateShownMap(int raw, const MapSensorLine& line) {
   return kpa / kKpaPerBar - 1.0;
 }
 
+std::optional<double> CurveTemperature(std::string_view text) {
+  constexpr double kColdest = -20.0;
+  constexpr double kHottest = 120.0;
+  const std::optional<double> value = NumberOfText(text, '.');
+  if (!value || *value < kColdest || *value > kHottest) return std::nullopt;
+  return value;
+}
+
 CompTableLayout LayoutOf(CompTable table) {
   switch (table) {
     case CompTable::kAirMap:
@@ -183,6 +191,17 @@ bool CompensationEditor::CellChanged(CompTable table, int row, int reported, int
     return false;
   }
   const auto byte = static_cast<std::uint8_t>(stored);
+  CalibrationImage after = parts_.image;
+  after.SetByte(position, byte);
+  const std::vector<SetupCheck> broken =
+      ChangeBreaks(after, {parts_.state.sensors.ComboMAP}, {&position, 1});
+  if (!broken.empty()) {
+    Refuse(table, row,
+           "the value would be stored as " + std::to_string(stored) + ", which fails \"" +
+               std::string(broken.front().message) + "\": " + std::string(broken.front().rule) +
+               ".");
+    return false;
+  }
   Compensation& tables = parts_.state.compensation;
   const auto index = static_cast<std::size_t>(row);
   switch (table) {

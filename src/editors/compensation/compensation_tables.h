@@ -61,6 +61,12 @@ CellFormat FormatOf(CompTable table, int row, const SensorSetup& sensors);
 // The table's bytes as the editors hold them.
 std::vector<int> StoredValues(CompTable table, const Compensation& tables);
 
+// Where a temperature compensation curve draws its live point: the read-out's temperature when
+// it is a number on the table's -20 to 120 C; nullopt for the texts that stand for no
+// temperature: "Error" (a sensor the ECU flags), "999" (an open or shorted sensor), ">120" and
+// "<-20" (beyond the sensor's points), and anything else.
+std::optional<double> CurveTemperature(std::string_view text);
+
 // Writes changed cells into the editors' state and the image and sends them.
 class CompensationEditor {
  public:
@@ -68,8 +74,9 @@ class CompensationEditor {
 
   // The grid's change report for one cell: the cell's image position plus one, and the lowest
   // number the grid may report. The byte goes to position `reported - 1` when `reported` is not
-  // below `lower_bound`; a stored value outside the byte (or the row's limit) is refused with a
-  // message and nothing is sent. True when written and sent.
+  // below `lower_bound`; a stored value outside the byte, or one that fails a setup check that
+  // reads it (a battery byte above 2.00 ms), is refused with a message and nothing is sent. True
+  // when written and sent.
   bool CellChanged(CompTable table, int row, int reported, int lower_bound, int stored);
 
   // The stored value of text typed into a row, or nullopt after the refusal's message: text that

@@ -5,6 +5,7 @@
 #include "calibration/conversions.h"
 #include "calibration/decimal_text.h"
 #include "calibration/rounding.h"
+#include "editors/setup/setup_checks.h"
 
 namespace vela {
 
@@ -72,29 +73,43 @@ int SensorTablePosition(SensorTable table) {
                                       : SetupFieldNamed("AirSensorCal").position;
 }
 
+namespace {
+
+// The ratio byte of one row's text, or nullopt with the refusal's lines.
+std::optional<std::uint8_t> SensorRowByte(int row, const std::string& text, char separator,
+                                          std::vector<std::string>& refusal) {
+  const std::optional<double> ohms = NumberOfText(text, separator);
+  if (!ohms) {
+    refusal = Refusal("The resistance at " + RowName(row) + " (\"" + text +
+                      "\") is not a number of ohms.");
+    return std::nullopt;
+  }
+  if (!(*ohms > 0.0)) {
+    refusal = Refusal("The resistance at " + RowName(row) +
+                      " must be above 0 ohms: a sensor of no resistance is a short circuit.");
+    return std::nullopt;
+  }
+  const int byte = SensorRatioByte(*ohms);
+  if (byte > 255) {
+    refusal = Refusal("The resistance at " + RowName(row) + " (" + text +
+                      " ohms) is too high for the ECU: from 286,160 ohms up the sensor reads as "
+                      "an open circuit.");
+    return std::nullopt;
+  }
+  return static_cast<std::uint8_t>(byte);
+}
+
+}  // namespace
+
 SensorBytes SensorBytesOf(const std::array<std::string, kSensorPoints>& ohms_texts,
                           char separator) {
   std::array<std::uint8_t, kSensorPoints> bytes{};
   for (int row = 0; row < kSensorPoints; ++row) {
-    const std::string& text = ohms_texts[static_cast<std::size_t>(row)];
-    const std::optional<double> ohms = NumberOfText(text, separator);
-    if (!ohms) {
-      return {std::nullopt, Refusal("The resistance at " + RowName(row) + " (\"" + text +
-                                    "\") is not a number of ohms.")};
-    }
-    if (!(*ohms > 0.0)) {
-      return {std::nullopt,
-              Refusal("The resistance at " + RowName(row) +
-                      " must be above 0 ohms: a sensor of no resistance is a short circuit.")};
-    }
-    const int byte = SensorRatioByte(*ohms);
-    if (byte > 255) {
-      return {std::nullopt,
-              Refusal("The resistance at " + RowName(row) + " (" + text +
-                      " ohms) is too high for the ECU: from 286,160 ohms up the sensor reads as "
-                      "an open circuit.")};
-    }
-    bytes[static_cast<std::size_t>(row)] = static_cast<std::uint8_t>(byte);
+    std::vector<std::string> refusal;
+    const std::optional<std::uint8_t> byte =
+        SensorRowByte(row, ohms_texts[static_cast<std::size_t>(row)], separator, refusal);
+    if (!byte) return {std::nullopt, refusal};
+    bytes[static_cast<std::size_t>(row)] = *byte;
   }
   return {bytes, {}};
 }
@@ -105,20 +120,56 @@ bool SensorTableSender::Send(SensorTable table,
   if (parts_.suppress_change_events) return false;
   const SensorBytes result = SensorBytesOf(ohms_texts, separator);
   if (!result.bytes) {
-    parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle), result.refusal);
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle),
+                         result.refusal);
+    return false;
+  }
+  return Store(table, {0, 1, 2, 3, 4, 5, 6, 7}, *result.bytes);
+}
+
+bool SensorTableSender::SendRow(SensorTable table, int row, const std::string& ohms_text,
+                                char separator) {
+  if (parts_.suppress_change_events || row < 0 || row >= kSensorPoints) return false;
+  std::vector<std::string> refusal;
+  const std::optional<std::uint8_t> byte = SensorRowByte(row, ohms_text, separator, refusal);
+  if (!byte) {
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle), refusal);
+    return false;
+  }
+  // The other rows stay as the ECU holds them: only the typed row is judged and sent.
+  std::array<std::uint8_t, kSensorPoints> bytes =
+      table == SensorTable::kWater ? parts_.state.sensors.Water : parts_.state.sensors.Air;
+  bytes[static_cast<std::size_t>(row)] = *byte;
+  return Store(table, {row}, bytes);
+}
+
+bool SensorTableSender::Store(SensorTable table, const std::vector<int>& rows,
+                              const std::array<std::uint8_t, kSensorPoints>& bytes) {
+  const int first = SensorTablePosition(table);
+  CalibrationImage after = parts_.image;
+  std::vector<int> written;
+  for (const int row : rows) {
+    after.SetByte(first + row, bytes[static_cast<std::size_t>(row)]);
+    written.push_back(first + row);
+  }
+  const std::vector<SetupCheck> broken =
+      ChangeBreaks(after, {parts_.state.sensors.ComboMAP}, written);
+  if (!broken.empty()) {
+    parts_.messages.Show(
+        MessageIcon::kExclamation, std::string(kEditorWarningTitle),
+        Refusal("These resistances would fail \"" + std::string(broken.front().message) +
+                "\": " + std::string(broken.front().rule) + "."));
     return false;
   }
   std::array<std::uint16_t, 11>& sent = table == SensorTable::kWater ? water_sent_ : air_sent_;
   std::array<std::uint8_t, 8>& state =
       table == SensorTable::kWater ? parts_.state.sensors.Water : parts_.state.sensors.Air;
-  const int first = SensorTablePosition(table);
-  for (int i = 1; i <= kSensorPoints; ++i) {
-    const std::uint8_t byte = (*result.bytes)[static_cast<std::size_t>(i - 1)];
-    sent[static_cast<std::size_t>(i)] = byte;
-    state[static_cast<std::size_t>(i - 1)] = byte;
-    const int position = first + i - 1;
-    parts_.image.SetByte(position, byte);
-    parts_.sender.Send(kSingleValueWrite, position, byte);
+  for (const int row : rows) {
+    const std::uint8_t byte = bytes[static_cast<std::size_t>(row)];
+    sent[static_cast<std::size_t>(row + 1)] = byte;
+    state[static_cast<std::size_t>(row)] = byte;
+    parts_.image.SetByte(first + row, byte);
+    parts_.sender.Send(kSingleValueWrite, first + row, byte);
   }
   return true;
 }

@@ -71,20 +71,29 @@ int SensorTablePosition(SensorTable table);
 // Sends a table: each row's resistance read from its text, turned into its ratio byte, kept in
 // the table's list of sent bytes (indices 1 to 8), in the image and the editors' state, and sent
 // with command 4 at its position, points 1 to 8 in order. A row that is no number, not above
-// zero, or rounds to 256 is refused with a message naming it, and nothing at all is sent.
+// zero, or rounds to 256 is refused with a message naming it, and nothing at all is sent; so is
+// a table whose bytes would fail the sensor curve check (a warmer point above a colder one).
 class SensorTableSender {
  public:
   explicit SensorTableSender(EditParts parts) : parts_(parts) {}
 
-  // The rows' texts (ohms, with `separator` as the decimal separator). True when sent.
+  // The rows' texts (ohms, with `separator` as the decimal separator): a known sensor or a
+  // fitted curve, all eight points. True when sent.
   bool Send(SensorTable table, const std::array<std::string, kSensorPoints>& ohms_texts,
             char separator);
+  // One row the tuner typed (0 = -20 C): only that point is kept and sent, refused like a whole
+  // table. True when sent.
+  bool SendRow(SensorTable table, int row, const std::string& ohms_text, char separator);
   // The last bytes sent for a table, indices 1 to 8 (0, 9 and 10 are spare).
   const std::array<std::uint16_t, 11>& LastSent(SensorTable table) const {
     return table == SensorTable::kWater ? water_sent_ : air_sent_;
   }
 
  private:
+  // Keeps and sends `bytes` at rows `rows`, unless their curve check fails (then says why).
+  bool Store(SensorTable table, const std::vector<int>& rows,
+             const std::array<std::uint8_t, kSensorPoints>& bytes);
+
   EditParts parts_;
   std::array<std::uint16_t, 11> water_sent_{};
   std::array<std::uint16_t, 11> air_sent_{};

@@ -10,6 +10,10 @@ KeyRoute Route(KeyAction action) { return KeyRoute{action, -1}; }
 
 }  // namespace
 
+bool IsMapPage(int page) {
+  return page == kPageFuelMap1 || page == kPageFuelMap2 || page == kPageIgnition;
+}
+
 int PageOfLetter(char letter, int current_page) {
   switch (Upper(letter)) {
     case 'F':
@@ -40,6 +44,8 @@ int PageOfLetter(char letter, int current_page) {
 KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context) {
   if (press.key == MapKey::kEnter) return Route(KeyAction::kInsertLiveValue);
   if (press.key == MapKey::kSpace) {
+    // Off the map pages Space is the focused control's: it sets a tick box or option button.
+    if (!IsMapPage(context.current_page)) return Route(KeyAction::kPassToGrid);
     return Route(context.previous_key_was_space ? KeyAction::kMovePointerToLoadSite
                                                 : KeyAction::kDiscard);
   }

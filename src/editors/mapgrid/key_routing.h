@@ -57,9 +57,13 @@ struct KeyContext {
 // Page letters: F, I, T, C, M, S, H, D, O and G in either case, alone, with Shift or with Alt.
 // F shows Fuel Map 1, and Fuel Map 2 when Fuel Map 1 is up (a further F goes back); T shows
 // Outputs, and Inputs when Outputs is up. Control with any key, and every key not named here
-// (N, P, the value keys, Left/Right), pass to the grid. Enter and Space never do. K drops a
-// marker into the datalog.
+// (N, P, the value keys, Left/Right), pass to the grid. Enter never does, nor Space on a map
+// page (two in a row move the pointer there); on any other page Space is the focused control's
+// (a tick box or an option button). K drops a marker into the datalog.
 KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context);
+
+// Fuel Map 1, Fuel Map 2 and Ignition Maps: the pages with a map grid.
+bool IsMapPage(int page);
 
 // The page a page letter selects from `current_page`; -1 for any other letter.
 int PageOfLetter(char letter, int current_page);

@@ -4,45 +4,11 @@
 #include <array>
 #include <utility>
 
+#include "editors/editor_state.h"
+
 namespace vela {
 
 namespace {
-
-
-struct CheckPositions {
-  std::string_view message;
-  int first;
-  int last;
-};
-
-// Which positions each check speaks of.
-constexpr auto kCheckPositions = std::to_array<CheckPositions>({
-    {"Trigger Voltage Invalid", 852, 852},
-    {"Home Position Voltage Invalid", 853, 853},
-    {"Idle PWM Frequency Invalid", 867, 867},
-    {"GPO1 Function Invalid", 884, 884},
-    {"Rev Limiter 2 Invalid", 900, 901},
-    {"Trigger Tooth Offset Invalid", 908, 908},
-    {"GPO2 Function Invalid", 910, 910},
-    {"GPO3 Function Invalid", 926, 926},
-    {"Rev Limiter 1 Invalid", 949, 950},
-    {"TPS Setup Error", 952, 952},
-    {"Dwell Time Invalid", 958, 958},
-    {"Trigger Offset Error", 959, 959},
-    {"Injector Startup Prime Invalid", 998, 998},
-    {"Battery Voltage Compensation Invalid", 1000, 1010},
-    {"Idle Target RPM Invalid", 1011, 1013},
-    {"Idle Minimum Larger than Maximum Error", 1014, 1015},
-    {"Idle Cold Adjuster Invalid", 1018, 1018},
-    {"GPI1 Function Invalid", 1022, 1022},
-    {"GPI2 Function Invalid", 1023, 1023},
-});
-
-bool Speaks(std::string_view message, int position) {
-  return std::any_of(kCheckPositions.begin(), kCheckPositions.end(), [&](const auto& entry) {
-    return entry.message == message && position >= entry.first && position <= entry.last;
-  });
-}
 
 // "Gpi1Setup byte 2 (873)"; with no field name, "byte 2 (873)".
 std::string Named(std::string_view field, int index, int position) {
@@ -91,14 +57,16 @@ std::vector<RawGroup> InputGroups() {
 
 std::vector<RawGroup> IdleGroups() {
   RawGroup target{"Idle Speed", {}};
-  target.fields.push_back({"IdleTargetRpm (1011 to 1013)", FieldPos("IdleTargetRpm"), RawShow::kRpm24});
+  target.fields.push_back(
+      {"IdleTargetRpm (1011-1013)", FieldPos("IdleTargetRpm"), RawShow::kRpm24});
   target.fields.push_back(Byte("IdleMinMax, minimum", FieldPos("IdleMinMax")));
   target.fields.push_back(Byte("IdleMinMax, maximum", FieldPos("IdleMinMax") + 1));
   target.fields.push_back(Byte("IdlePwmFrequency", FieldPos("IdlePwmFrequency")));
   target.fields.push_back(Byte("IdleSetting858", FieldPos("IdleSetting858")));
   RawGroup cold{"Idle Cold Adjuster and Further Values", {}};
   AddBytes(cold.fields, "IdleCold", FieldPos("IdleCold"), 2);
-  cold.fields.push_back(Byte("IdleCold byte 3, halved", FieldPos("IdleCold") + 2, RawShow::kHalved));
+  cold.fields.push_back(
+      Byte("IdleCold byte 3, halved", FieldPos("IdleCold") + 2, RawShow::kHalved));
   AddBytes(cold.fields, "IdleMod0", FieldPos("IdleMod0Values"), 3, 3);
   AddBytes(cold.fields, "IdleMod2", FieldPos("IdleMod2Values"), 4);
   RawGroup flags{"Idle Options: CheckIdle 0 to 15, bit 0 first", {}};
@@ -115,15 +83,18 @@ std::vector<RawGroup> TpsGroups() {
   return {tps};
 }
 
+RawGroup UnshownBattGroup() {
+  RawGroup group{"Battery compensation beyond 16 V, bytes 1006 to 1010 as stored (0.01 ms)", {}};
+  const int first = FieldPos("BattComp");
+  AddBytes(group.fields, "BattComp", kFirstUnshownBattByte, 5, kFirstUnshownBattByte - first + 1);
+  return group;
+}
+
 std::vector<std::string> FailedChecksAt(const CalibrationImage& image, int position,
                                         const CheckContext& context) {
   std::vector<std::string> messages;
-  for (const int step : {3, 4, 5, 7, 8, 9, 10, 11}) {
-    for (const SetupCheck& check : ChecksOfStep(step)) {
-      if (Speaks(check.message, position) && check.failures(image, context) > 0) {
-        messages.emplace_back(check.message);
-      }
-    }
+  for (const SetupCheck& check : FailedChecksReading(image, context, {&position, 1})) {
+    messages.emplace_back(check.message);
   }
   return messages;
 }

@@ -39,6 +39,8 @@ std::vector<RawGroup> InputGroups();
 std::vector<RawGroup> IdleGroups();
 // Throttle position sensor set-up and calibration.
 std::vector<RawGroup> TpsGroups();
+// The battery compensation's bytes beyond its 16 V row (1006 to 1010).
+RawGroup UnshownBattGroup();
 
 // The messages of the setup checks that speak of `position` and fail on `image`, in check order.
 std::vector<std::string> FailedChecksAt(const CalibrationImage& image, int position,

@@ -10,7 +10,6 @@ namespace {
 using Image = CalibrationImage;
 using Context = CheckContext;
 
-
 int Fails(bool failed) { return failed ? 1 : 0; }
 int ByteAt(const Image& image, int position) { return image.Byte(position); }
 
@@ -25,7 +24,7 @@ constexpr std::uint8_t kImpedanceBits = 0xC0;
 constexpr std::uint8_t kLimiterModeBits = 0xC0;
 constexpr std::uint8_t kUnusedTachoBit = 0x10;
 constexpr std::uint8_t kUnusedEdgeBit = 0x08;
-// Byte 955.
+// Byte 955: the MAP sensor type in bits 0 to 2 and three flags, so at most 4 + 32 + 64 + 128.
 constexpr int kMaxMapSensorSetup = 228;
 constexpr std::uint8_t kAltitudeCompBit = 0x20;
 constexpr std::uint8_t kMapLoadSensingBit = 0x40;
@@ -38,6 +37,13 @@ constexpr int kLastMapSensorType = 5;
 // The tooth offset must name a tooth position of the selected wheel (pattern 0, a single
 // trigger, has no teeth to offset). Index: trigger pattern.
 constexpr std::array<int, 6> kToothPositions = {0, 12, 24, 36, 36, 60};
+
+constexpr PositionRange kNoRange = {0, -1};
+constexpr CheckReads At(int position) { return {PositionRange{position, position}, kNoRange}; }
+constexpr CheckReads Span(int first, int last) { return {PositionRange{first, last}, kNoRange}; }
+constexpr CheckReads Both(int first, int second) {
+  return {PositionRange{first, first}, PositionRange{second, second}};
+}
 
 int ToothOffsetFailures(const Image& image, const Context&) {
   const int pattern = ByteAt(image, FieldPos("TriggerPattern"));
@@ -55,20 +61,16 @@ int InjectionModeFailures(const Image& image, const Context&) {
                (value & ~(kInjectionModeBits | kImpedanceBits)) != 0);
 }
 
-// A temperature sensor's divider ratio falls as the temperature rises (NTC); a point above its
-// colder neighbour fails. Equal neighbours pass.
-int SensorCurveFailures(const Image& image, int first) {
-  int failures = 0;
-  for (int p = first; p < first + 7; ++p) failures += Fails(image.Byte(p + 1) > image.Byte(p));
-  return failures;
+// A temperature sensor's divider ratio falls as the temperature rises (NTC): the point at
+// `Warmer` above its colder neighbour fails. Equal neighbours pass. One check per pair.
+template <int Warmer>
+int CurvePairFails(const Image& image, const Context&) {
+  return Fails(image.Byte(Warmer) > image.Byte(Warmer - 1));
 }
 
-int BattCompFailures(const Image& image, const Context&) {
-  const int first = FieldPos("BattComp") + 1;  // bytes 1000 to 1010
-  for (int p = first; p <= first + 10; ++p) {
-    if (image.Byte(p) > kMaxBattComp) return 1;
-  }
-  return 0;
+template <int Position>
+int BattCompFails(const Image& image, const Context&) {
+  return Fails(image.Byte(Position) > kMaxBattComp);
 }
 
 int ThrottlePumpFailures(const Image& image, const Context&) {
@@ -87,133 +89,200 @@ int GpoFailures(const Image& image, int group_start) {
 }
 
 constexpr auto kStep3 = std::to_array<SetupCheck>({
-    {"Cylinders Setup Invalid",
+    {"Cylinders Setup Invalid", At(947),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("Cylinders")) >= kCylinderChoices);
-     }},
-    {"RPM Sites Setup is invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("RpmSitesSetup")) > 3); }},
+     },
+     true, false, "byte 947 is 9 or more: the list has entries 0 to 8"},
+    {"RPM Sites Setup is invalid", At(946),
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("RpmSitesSetup")) > 3); },
+     true, false, "byte 946 is above 3"},
 });
 
 constexpr auto kStep4 = std::to_array<SetupCheck>({
-    {"Fuel Load Sites Error",
+    {"Fuel Load Sites Error", At(995),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("FuelSitesSelection")) & kSitesCodeBits) > 2);
-     }},
-    {"Fuel Map Selection Error",
+     },
+     true, false, "bits 0 to 4 of byte 995 are above 2"},
+    {"Fuel Map Selection Error", At(995),
      [](const Image& i, const Context&) {
        return MoreThanOneBit(i.Byte(FieldPos("FuelSitesSelection")) & kMapSelectionBits);
-     }},
+     },
+     true, false, "more than one of bits 5, 6 and 7 of byte 995 is set"},
 });
 
 constexpr auto kStep5 = std::to_array<SetupCheck>({
-    {"Trigger Offset Error",
+    {"Trigger Offset Error", At(959),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("TriggerOffset")) > kMaxTriggerOffset);
-     }},
-    {"Ignition Load Sites Error",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("IgnSites")) > 1); }},
-    {"Ignition Timing Lock Active",
+     },
+     true, false, "byte 959 is above 120 (60 degrees)"},
+    {"Ignition Load Sites Error", At(996),
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("IgnSites")) > 1); },
+     true, false, "byte 996 is above 1"},
+    {"Ignition Timing Lock Active", At(871),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("IgnitionLock")) != 0); },
-     false},
+     false, false, "byte 871 is not 0"},
 });
 
 constexpr auto kStep7 = std::to_array<SetupCheck>({
-    {"Rev Limiter 2 Invalid",
-     [](const Image& i, const Context&) { return Fails(i.RevLimit2() == 0); }},
-    {"Trigger Pattern Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("TriggerPattern")) > 5); }},
-    {"Trigger Hall or Magnetic Invalid",
+    {"Rev Limiter 2 Invalid", Span(900, 901),
+     [](const Image& i, const Context&) { return Fails(i.RevLimit2() == 0); }, true, false,
+     "bytes 900 and 901 are 0 (no speed)"},
+    {"Trigger Pattern Invalid", At(902),
+     [](const Image& i, const Context&) {
+       return Fails(ByteAt(i, FieldPos("TriggerPattern")) > 5);
+     },
+     true, false, "byte 902 is above 5"},
+    {"Trigger Hall or Magnetic Invalid", At(903),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("TriggerSensor")) & kSensorTypeMask) > 2);
-     }},
-    {"Trigger Voltage Invalid",
-     [](const Image& i, const Context&) { return Fails(i.TriggerVoltage() > kMaxSensorVoltage); }},
-    {"Home Position Pattern Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("HomePattern")) > 4); }},
-    {"Home Position Hall or Magnetic Invalid",
+     },
+     true, false, "bits 0 to 6 of byte 903 are above 2"},
+    {"Trigger Voltage Invalid", At(852),
+     [](const Image& i, const Context&) { return Fails(i.TriggerVoltage() > kMaxSensorVoltage); },
+     true, false, "byte 852 is above 229"},
+    {"Home Position Pattern Invalid", At(904),
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("HomePattern")) > 4); },
+     true, false, "byte 904 is above 4"},
+    {"Home Position Hall or Magnetic Invalid", At(905),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("HomeSensor")) & kSensorTypeMask) > 2);
-     }},
-    {"Home Position Voltage Invalid",
-     [](const Image& i, const Context&) { return Fails(i.HomeVoltage() > kMaxSensorVoltage); }},
-    {"Ignition Spark Mode Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("SparkMode")) > 3); }},
-    {"Fuel Injection Mode and Injector Impedance", InjectionModeFailures},
-    {"Trigger Tooth Offset Invalid", ToothOffsetFailures},
+     },
+     true, false, "bits 0 to 6 of byte 905 are above 2"},
+    {"Home Position Voltage Invalid", At(853),
+     [](const Image& i, const Context&) { return Fails(i.HomeVoltage() > kMaxSensorVoltage); },
+     true, false, "byte 853 is above 229"},
+    {"Ignition Spark Mode Invalid", At(906),
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("SparkMode")) > 3); },
+     true, false, "byte 906 is above 3"},
+    {"Fuel Injection Mode and Injector Impedance", At(907), InjectionModeFailures, true, false,
+     "byte 907 has both bits 0 and 1, both bits 6 and 7, or one of bits 2 to 5"},
+    {"Trigger Tooth Offset Invalid", Both(902, 908), ToothOffsetFailures, true, false,
+     "byte 908 names no tooth of the wheel in byte 902 (12, 24, 36 or 60 teeth: 0 to one less)"},
 });
 
 constexpr auto kStep8 = std::to_array<SetupCheck>({
-    {"GPO1 Function Invalid",
-     [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[0]); }},
-    {"GPO2 Function Invalid",
-     [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[1]); }},
-    {"GPO3 Function Invalid",
-     [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[2]); }},
-    {"Rev Limiter Type Invalid",
+    {"GPO1 Function Invalid", At(884),
+     [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[0]); }, true, false,
+     "byte 884 is 16 or more"},
+    {"GPO2 Function Invalid", At(910),
+     [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[1]); }, true, false,
+     "byte 910 is 16 or more"},
+    {"GPO3 Function Invalid", At(926),
+     [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[2]); }, true, false,
+     "byte 926 is 16 or more"},
+    {"Rev Limiter Type Invalid", At(942),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("LimiterTacho")) & kLimiterModeBits) == 0);
-     }},
-    {"Tacho Output Setup Invalid",
+     },
+     true, false, "bits 6 and 7 of byte 942 are both clear (no limiter type)"},
+    {"Tacho Output Setup Invalid", At(942),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("LimiterTacho")) & kUnusedTachoBit) != 0);
-     }},
-    {"Trigger Edges Setup Invalid",
+     },
+     true, false, "bit 4 of byte 942 is set"},
+    {"Trigger Edges Setup Invalid", At(942),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("LimiterTacho")) & kUnusedEdgeBit) != 0);
-     }},
+     },
+     true, false, "bit 3 of byte 942 is set"},
 });
 
 constexpr auto kStep9 = std::to_array<SetupCheck>({
-    {"Rev Limiter 1 Invalid",
-     [](const Image& i, const Context&) { return Fails(i.RevLimit1() == 0); }},
-    {"TPS Setup Error",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("TpsSetup")) > 1); }},
-    {"Map Sensor Setup Invalid",
+    {"Rev Limiter 1 Invalid", Span(949, 950),
+     [](const Image& i, const Context&) { return Fails(i.RevLimit1() == 0); }, true, false,
+     "bytes 949 and 950 are 0 (no speed)"},
+    {"TPS Setup Error", At(952),
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("TpsSetup")) > 1); },
+     true, false, "byte 952 is above 1"},
+    {"Map Sensor Setup Invalid", At(955),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("MapSensorSetup")) > kMaxMapSensorSetup);
-     }},
-    {"Throttle Pump Setup Error", ThrottlePumpFailures},
-    {"Map Sensor Setup Error",
+     },
+     true, false, "byte 955 (the MAP sensor type and its three flags) is above 228"},
+    {"Throttle Pump Setup Error", At(955), ThrottlePumpFailures, true, false,
+     "a throttle pump on a MAP basis without the MAP sensor in use (neither MAP load sensing nor "
+     "altitude compensation)"},
+    {"Map Sensor Setup Error", At(955),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("MapSensorSetup")) & kMapSensorLowBits) > kLastMapSensorType);
-     }},
-    {"Map Sensor Scaling Invalid", MapScalingFailures},
+     },
+     true, false, "bits 0 to 4 of byte 955 are above 5"},
+    {"Map Sensor Scaling Invalid", Both(955, 956), MapScalingFailures, true, false,
+     "byte 956 is not a scaling of the MAP sensor type"},
 });
 
 constexpr auto kStep10 = std::to_array<SetupCheck>({
-    {"GPI1 Function Invalid",
+    {"GPI1 Function Invalid", At(1022),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("Gpi1Function")) >= kGpiFunctionCodes);
-     }},
-    {"GPI2 Function Invalid",
+     },
+     true, false, "byte 1022 is 8 or more"},
+    {"GPI2 Function Invalid", At(1023),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("Gpi2Function")) >= kGpiFunctionCodes);
-     }},
-    {"Dwell Time Invalid",
-     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("DwellTime")) >= 128); }},
+     },
+     true, false, "byte 1023 is 8 or more"},
+    {"Dwell Time Invalid", At(958),
+     [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("DwellTime")) >= 128); },
+     true, false, "byte 958 is 128 or more"},
 });
 
+constexpr std::string_view kAirCurve = "Air Temp Sensor Calibration Error";
+constexpr std::string_view kWaterCurve = "Water Temp Sensor Calibration Error";
+constexpr std::string_view kCurveRule =
+    "a warmer point's ratio byte is above its colder neighbour's (the sensor's resistance must "
+    "fall as it warms)";
+constexpr std::string_view kBatt = "Battery Voltage Compensation Invalid";
+constexpr std::string_view kBattRule = "one of bytes 1000 to 1010 is above 200 (2.00 ms)";
+
 constexpr auto kStep11 = std::to_array<SetupCheck>({
-    {"Air Temp Sensor Calibration Error",
-     [](const Image& i, const Context&) { return SensorCurveFailures(i, FieldPos("AirSensorCal")); }},
-    {"Water Temp Sensor Calibration Error",
-     [](const Image& i, const Context&) { return SensorCurveFailures(i, FieldPos("WaterSensorCal")); }},
-    {"Injector Startup Prime Invalid",
+    {kAirCurve, Both(971, 972), CurvePairFails<972>, true, false, kCurveRule},
+    {kAirCurve, Both(972, 973), CurvePairFails<973>, true, false, kCurveRule},
+    {kAirCurve, Both(973, 974), CurvePairFails<974>, true, false, kCurveRule},
+    {kAirCurve, Both(974, 975), CurvePairFails<975>, true, false, kCurveRule},
+    {kAirCurve, Both(975, 976), CurvePairFails<976>, true, false, kCurveRule},
+    {kAirCurve, Both(976, 977), CurvePairFails<977>, true, false, kCurveRule},
+    {kAirCurve, Both(977, 978), CurvePairFails<978>, true, false, kCurveRule},
+    {kWaterCurve, Both(987, 988), CurvePairFails<988>, true, false, kCurveRule},
+    {kWaterCurve, Both(988, 989), CurvePairFails<989>, true, false, kCurveRule},
+    {kWaterCurve, Both(989, 990), CurvePairFails<990>, true, false, kCurveRule},
+    {kWaterCurve, Both(990, 991), CurvePairFails<991>, true, false, kCurveRule},
+    {kWaterCurve, Both(991, 992), CurvePairFails<992>, true, false, kCurveRule},
+    {kWaterCurve, Both(992, 993), CurvePairFails<993>, true, false, kCurveRule},
+    {kWaterCurve, Both(993, 994), CurvePairFails<994>, true, false, kCurveRule},
+    {"Injector Startup Prime Invalid", At(998),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("StartupPrime")) > kMaxStartupPrime);
-     }},
-    {"Battery Voltage Compensation Invalid", BattCompFailures},
-    {"Idle Target RPM Invalid",
-     [](const Image& i, const Context&) { return Fails(i.IdleTargetRpm() == 0); }},
-    {"Idle Minimum Larger than Maximum Error",
+     },
+     true, false, "byte 998 is above 14: the list has entries 0 to 14"},
+    {kBatt, At(1000), BattCompFails<1000>, true, false, kBattRule},
+    {kBatt, At(1001), BattCompFails<1001>, true, true, kBattRule},
+    {kBatt, At(1002), BattCompFails<1002>, true, true, kBattRule},
+    {kBatt, At(1003), BattCompFails<1003>, true, true, kBattRule},
+    {kBatt, At(1004), BattCompFails<1004>, true, true, kBattRule},
+    {kBatt, At(1005), BattCompFails<1005>, true, true, kBattRule},
+    {kBatt, At(1006), BattCompFails<1006>, true, true, kBattRule},
+    {kBatt, At(1007), BattCompFails<1007>, true, true, kBattRule},
+    {kBatt, At(1008), BattCompFails<1008>, true, true, kBattRule},
+    {kBatt, At(1009), BattCompFails<1009>, true, true, kBattRule},
+    {kBatt, At(1010), BattCompFails<1010>, true, true, kBattRule},
+    {"Idle Target RPM Invalid", Span(1011, 1013),
+     [](const Image& i, const Context&) { return Fails(i.IdleTargetRpm() == 0); }, true, false,
+     "bytes 1011 to 1013 are 0 (no speed)"},
+    {"Idle Minimum Larger than Maximum Error", Span(1014, 1015),
      [](const Image& i, const Context&) {
        return Fails(i.Byte(FieldPos("IdleMinMax")) > i.Byte(FieldPos("IdleMinMax") + 1));
-     }},
-    {"Idle Cold Adjuster Invalid",
-     [](const Image& i, const Context&) { return Fails(i.Byte(FieldPos("IdleCold") + 2) >= 128); }},
-    {"Idle PWM Frequency Invalid",
-     [](const Image& i, const Context&) { return Fails(i.IdlePwmFrequency() >= 4); }},
+     },
+     true, false, "byte 1014 (the minimum) is above byte 1015 (the maximum)"},
+    {"Idle Cold Adjuster Invalid", At(1018),
+     [](const Image& i, const Context&) { return Fails(i.Byte(FieldPos("IdleCold") + 2) >= 128); },
+     true, false, "byte 1018 is 128 or more (64.0 shown)"},
+    {"Idle PWM Frequency Invalid", At(867),
+     [](const Image& i, const Context&) { return Fails(i.IdlePwmFrequency() >= 4); }, true, false,
+     "byte 867 is 4 or more"},
 });
 
 constexpr std::array<int, 8> kCheckedSteps = {3, 4, 5, 7, 8, 9, 10, 11};
@@ -243,21 +312,64 @@ std::span<const SetupCheck> ChecksOfStep(int step) {
   }
 }
 
+bool SetupCheck::Reads(int position) const {
+  return std::any_of(reads.begin(), reads.end(), [position](const PositionRange& range) {
+    return position >= range.first && position <= range.last;
+  });
+}
+
 void RunChecks(std::span<const SetupCheck> checks, const CalibrationImage& image,
                const CheckContext& context, std::vector<std::string>& out) {
+  bool run_said = false;
   for (const SetupCheck& check : checks) {
-    for (int n = check.failures(image, context); n > 0; --n) out.emplace_back(check.message);
+    if (!check.said_once) run_said = false;
+    if (run_said || check.failures(image, context) == 0) continue;
+    out.emplace_back(check.message);
+    run_said = true;
   }
 }
 
-std::vector<std::string> ValidateSetup(const CalibrationImage& image, const CheckContext& context) {
-  std::vector<std::string> messages;
-  for (const int step : kCheckedSteps) {
-    for (const SetupCheck& check : ChecksOfStep(step)) {
-      if (check.setup_error) RunChecks({&check, 1}, image, context, messages);
+const std::vector<SetupCheck>& AllSetupChecks() {
+  static const std::vector<SetupCheck> checks = [] {
+    std::vector<SetupCheck> all;
+    for (const int step : kCheckedSteps) {
+      const std::span<const SetupCheck> of_step = ChecksOfStep(step);
+      all.insert(all.end(), of_step.begin(), of_step.end());
     }
+    return all;
+  }();
+  return checks;
+}
+
+std::vector<std::string> ValidateSetup(const CalibrationImage& image, const CheckContext& context) {
+  std::vector<SetupCheck> errors;
+  for (const SetupCheck& check : AllSetupChecks()) {
+    if (check.setup_error) errors.push_back(check);
   }
+  std::vector<std::string> messages;
+  RunChecks(errors, image, context, messages);
   return messages;
+}
+
+std::vector<SetupCheck> FailedChecksReading(const CalibrationImage& image,
+                                            const CheckContext& context,
+                                            std::span<const int> positions) {
+  std::vector<SetupCheck> failed;
+  for (const SetupCheck& check : AllSetupChecks()) {
+    const bool reads = std::any_of(positions.begin(), positions.end(),
+                                   [&check](int position) { return check.Reads(position); });
+    if (!reads || check.failures(image, context) == 0) continue;
+    const bool said = std::any_of(failed.begin(), failed.end(), [&check](const SetupCheck& seen) {
+      return seen.message == check.message;
+    });
+    if (!said) failed.push_back(check);
+  }
+  return failed;
+}
+
+std::vector<SetupCheck> ChangeBreaks(const CalibrationImage& after, const CheckContext& context,
+                                     std::span<const int> written) {
+  return FailedChecksReading(after, context, written);
 }
 
 bool FirmwareOlderThanSoftware(std::uint8_t version) { return version != 0 && version < 1; }

@@ -1,6 +1,8 @@
 // The consistency checks of a calibration's setup values. Applying a calibration runs them step
 // by step and lists every failure in the setup error list; saving a map runs the setup-error ones
-// on the block it builds. docs/calibration-checks.md gives the condition of each check.
+// on the block it builds; the set-up pages run the ones that read a byte before they write it,
+// so that no choice writes a byte that fails (ChangeBreaks). docs/calibration-checks.md gives the
+// condition of each check.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +14,7 @@
 
 #include "calibration/calibration_image.h"
 #include "calibration/map_axes.h"
+#include "calibration/setup_fields.h"
 
 namespace vela {
 
@@ -30,23 +33,50 @@ struct CheckContext {
   int combo_map = -1;
 };
 
+// The image positions a check reads: up to two ranges, an unused one {0, -1}. A check's outcome
+// depends on these bytes (and the context) only.
+using CheckReads = std::array<PositionRange, 2>;
+
 struct SetupCheck {
   std::string_view message;
-  // How many times the message is added (0 when the check passes; the sensor curve checks can
-  // add theirs once for each failing pair of points).
+  CheckReads reads;
+  // 1 when the check fails, 0 when it passes.
   int (*failures)(const CalibrationImage& image, const CheckContext& context);
   // False for a notice that is not an error of the block ("Ignition Timing Lock Active"); the
   // save validation skips those.
   bool setup_error = true;
+  // Set on every check after the first of a run that shares one message said at most once for
+  // the run ("Battery Voltage Compensation Invalid": one check per byte, one line in the list).
+  bool said_once = false;
+  // When it fails, in the tuner's words: what the bytes it reads must be.
+  std::string_view rule = {};
+
+  bool Reads(int position) const;
 };
 
 // The checks of one step of ApplyUploadedCalibration (3, 4, 5, 7, 8, 9, 10, 11), in order;
 // empty for any other step. The version checks of step 6 live with the procedure itself.
 std::span<const SetupCheck> ChecksOfStep(int step);
 
-// Appends each failed check's message to `out`, as often as the check fails.
+// Appends each failed check's message to `out` (a run of `said_once` checks once).
 void RunChecks(std::span<const SetupCheck> checks, const CalibrationImage& image,
                const CheckContext& context, std::vector<std::string>& out);
+
+// Every check of steps 3 to 11 in order, notices included.
+const std::vector<SetupCheck>& AllSetupChecks();
+
+// The checks that read one of `positions` and fail on `image`, each once, in check order.
+std::vector<SetupCheck> FailedChecksReading(const CalibrationImage& image,
+                                            const CheckContext& context,
+                                            std::span<const int> positions);
+
+// The rule that decides whether the set-up pages may write bytes: a change that writes the
+// bytes at `written` (already in `after`) is refused when a check that reads one of them fails
+// on `after`. Checks that read no written byte keep their outcome, so a change never breaks a
+// check, and a byte the tuner writes never fails one, even where the ECU's calibration already
+// fails elsewhere. Returns the checks that refuse it; empty when the change may go ahead.
+std::vector<SetupCheck> ChangeBreaks(const CalibrationImage& after, const CheckContext& context,
+                                     std::span<const int> written);
 
 // The setup validation of a save: the messages of every failed setup-error check of steps 3 to
 // 11, in the order in which applying the block would list them.

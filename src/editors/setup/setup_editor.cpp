@@ -15,8 +15,9 @@ namespace {
 
 constexpr double kMaxTriggerOffsetDegrees = kMaxTriggerOffset / 2.0;
 
-// The image field a choice lives in.
-std::string_view FieldOf(SetupChoice choice) {
+}  // namespace
+
+std::string_view SetupFieldOf(SetupChoice choice) {
   switch (choice) {
     case SetupChoice::kCylinders:
       return "Cylinders";
@@ -60,8 +61,18 @@ std::string_view FieldOf(SetupChoice choice) {
       return "MapSensorSetup";
     case SetupChoice::kComboMAPScale:
       return "MapSensorScaling";
+    case SetupChoice::kMapSelection:
+      return "FuelSitesSelection";
   }
   return {};
+}
+
+namespace {
+
+// The fields a choice writes: its own, and for a new MAP sensor type the scaling it starts at.
+std::vector<std::string_view> FieldsOf(SetupChoice choice) {
+  if (choice == SetupChoice::kComboMAP) return {"MapSensorSetup", "MapSensorScaling"};
+  return {SetupFieldOf(choice)};
 }
 
 template <std::size_t N>
@@ -70,7 +81,6 @@ std::uint8_t* InGroup(std::array<std::uint8_t, N>& bytes, int first, int positio
   return index >= 0 && index < static_cast<int>(N) ? &bytes[static_cast<std::size_t>(index)]
                                                    : nullptr;
 }
-
 
 // The state's byte for a position a raw editor owns, or null.
 std::uint8_t* RawStateByte(EditorState& state, int position) {
@@ -92,6 +102,9 @@ std::uint8_t* RawStateByte(EditorState& state, int position) {
            InGroup(sensors.TpsCal2, FieldPos("TpsCal2"), position),
        }) {
     if (byte != nullptr) return byte;
+  }
+  if (position >= kFirstUnshownBattByte && position <= SetupFieldNamed("BattComp").LastPosition()) {
+    return &state.compensation.BattMap[static_cast<std::size_t>(position - FieldPos("BattComp"))];
   }
   if (position >= FieldPos("IdleMinMax") && position <= FieldPos("IdleMinMax") + 1) {
     return &idle.IdleMod0[static_cast<std::size_t>(position - FieldPos("IdleMinMax"))];
@@ -123,37 +136,9 @@ std::uint8_t* RawStateByte(EditorState& state, int position) {
   }
 }
 
-}  // namespace
-
-int DwellModeOf(std::uint8_t dwell_byte) { return (dwell_byte & kDwellChargeTimeBit) ? 1 : 0; }
-int DwellValueOf(std::uint8_t dwell_byte) { return dwell_byte & kMaxDwellValue; }
-
-std::uint8_t LimiterTachoByte(const EngineSetup& setup) {
-  int value = 0;
-  if (setup.TriggerEdgeInput == 1) value |= 1;
-  if (setup.TriggerEdgeHome == 1) value |= 2;
-  if (setup.TriggerEdgeSpark == 1) value |= 4;
-  if (setup.ComboAuxOutput == 1) value |= 32;
-  if (setup.LimiterMode >= 0 && setup.LimiterMode <= 2) value |= (setup.LimiterMode + 1) << 6;
-  return static_cast<std::uint8_t>(value);
-}
-
-std::vector<int> SafeByteOrder(int first_position, int width, std::uint32_t old_value,
-                               std::uint32_t new_value) {
-  std::vector<int> positions;
-  for (int i = 0; i < width; ++i) positions.push_back(first_position + i);
-  if (new_value > old_value) std::reverse(positions.begin(), positions.end());
-  return positions;
-}
-
-bool SetupEditor::IsRawPosition(int position) {
-  EditorState probe;
-  return RawStateByte(probe, position) != nullptr;
-}
-
-void SetupEditor::UpdateState(SetupChoice choice, int value) {
-  EngineSetup& setup = parts_.state.setup;
-  SensorSetup& sensors = parts_.state.sensors;
+void UpdateState(EditorState& state, SetupChoice choice, int value) {
+  EngineSetup& setup = state.setup;
+  SensorSetup& sensors = state.sensors;
   switch (choice) {
     case SetupChoice::kCylinders:
       setup.Cylinders = value;
@@ -202,7 +187,8 @@ void SetupEditor::UpdateState(SetupChoice choice, int value) {
       setup.ComboSpark = value;
       break;
     case SetupChoice::kDwellMode:
-      setup.DwellTime = static_cast<std::uint8_t>((setup.DwellTime & ~kDwellChargeTimeBit) |
+      // The byte is written whole from the two dwell controls: bit 7, which neither sets, clear.
+      setup.DwellTime = static_cast<std::uint8_t>((setup.DwellTime & kMaxDwellValue) |
                                                   (value == 1 ? kDwellChargeTimeBit : 0));
       break;
     case SetupChoice::kComboSiteRPM:
@@ -230,6 +216,7 @@ void SetupEditor::UpdateState(SetupChoice choice, int value) {
       sensors.TPumpBased = value != 0;
       break;
     case SetupChoice::kComboMAP: {
+      if (value == sensors.ComboMAP) break;
       sensors.ComboMAP = value;
       // A new type starts at its full span, the one scaling every type offers.
       sensors.ComboMAPScale = 0;
@@ -237,12 +224,189 @@ void SetupEditor::UpdateState(SetupChoice choice, int value) {
       break;
     }
     case SetupChoice::kComboMAPScale:
-      sensors.ComboMAPScale = value;
       if (const auto code = MapScaleCodeOfEntry(sensors.ComboMAP, value)) {
+        sensors.ComboMAPScale = value;
         sensors.MapSensorScaling = *code;
       }
       break;
+    case SetupChoice::kMapSelection:
+      setup.MapSelection = value;
+      break;
   }
+}
+
+}  // namespace
+
+int ChoiceEntries(SetupChoice choice, const EditorState& state) {
+  switch (choice) {
+    case SetupChoice::kCylinders:
+      return static_cast<int>(kCylinderTexts.size());
+    case SetupChoice::kFuelMode:
+      return static_cast<int>(kFuelModeTexts.size());
+    case SetupChoice::kOptionImpedance:
+      return static_cast<int>(kImpedanceTexts.size());
+    case SetupChoice::kLimiterMode:
+      return static_cast<int>(kLimiterModeTexts.size());
+    case SetupChoice::kTriggerEdgeSpark:
+      return static_cast<int>(kTriggerEdgeSparkTexts.size());
+    case SetupChoice::kComboAuxOutput:
+      return static_cast<int>(kAuxOutputTexts.size());
+    case SetupChoice::kComboTrigger:
+      return static_cast<int>(kTriggerPatternTexts.size());
+    case SetupChoice::kTriggerHallMagnetic:
+    case SetupChoice::kHomeHallMagnetic:
+      return static_cast<int>(kSensorTypeTexts.size());
+    case SetupChoice::kComboHome:
+      return static_cast<int>(kHomePatternTexts.size());
+    case SetupChoice::kComboSpark:
+      return static_cast<int>(kSparkModeTexts.size());
+    case SetupChoice::kComboSiteRPM:
+      return static_cast<int>(kRpmSiteTexts.size());
+    case SetupChoice::kComboSiteFuel:
+      return static_cast<int>(kFuelSiteTexts.size());
+    case SetupChoice::kComboSiteIgnition:
+      return static_cast<int>(kIgnSiteTexts.size());
+    case SetupChoice::kFuelPumpPrime:
+      return static_cast<int>(kFuelPumpPrimeTexts.size());
+    case SetupChoice::kWarningLight:
+      return static_cast<int>(kWarningLightTexts.size());
+    case SetupChoice::kComboMAP:
+      return kMapSensorTypes;
+    case SetupChoice::kComboMAPScale:
+      return static_cast<int>(MapScaleTexts(state.sensors.ComboMAP).size());
+    case SetupChoice::kMapSelection:
+      return static_cast<int>(kMapSelectionTexts.size());
+    case SetupChoice::kTriggerEdgeInput:
+    case SetupChoice::kTriggerEdgeHome:
+    case SetupChoice::kTriggerSensorFlag:
+    case SetupChoice::kHomeSensorFlag:
+    case SetupChoice::kDwellMode:
+    case SetupChoice::kLoadSensing:
+    case SetupChoice::kAltitudeComp:
+    case SetupChoice::kTPumpBased:
+      return 2;
+  }
+  return 0;
+}
+
+namespace {
+
+// Bit 7 of byte 958, which neither dwell control sets; the fuel map selection bits of byte 995.
+constexpr std::uint8_t kDwellBitNoControlSets = 0x80;
+constexpr std::uint8_t kSelectionBitsOf995 = 0xE0;
+
+int HeldChoice(SetupChoice choice, const EditorState& state) {
+  const EngineSetup& setup = state.setup;
+  const SensorSetup& sensors = state.sensors;
+  switch (choice) {
+    case SetupChoice::kCylinders:
+      return setup.Cylinders;
+    case SetupChoice::kFuelMode:
+      return setup.FuelMode;
+    case SetupChoice::kOptionImpedance:
+      return setup.OptionImpedance;
+    case SetupChoice::kLimiterMode:
+      return setup.LimiterMode;
+    case SetupChoice::kTriggerEdgeInput:
+      return setup.TriggerEdgeInput;
+    case SetupChoice::kTriggerEdgeHome:
+      return setup.TriggerEdgeHome;
+    case SetupChoice::kTriggerEdgeSpark:
+      return setup.TriggerEdgeSpark;
+    case SetupChoice::kComboAuxOutput:
+      return setup.ComboAuxOutput;
+    case SetupChoice::kComboTrigger:
+      return setup.ComboTrigger;
+    case SetupChoice::kTriggerHallMagnetic:
+      return setup.TriggerHallMagnetic;
+    case SetupChoice::kTriggerSensorFlag:
+      return setup.TriggerSensorFlag ? 1 : 0;
+    case SetupChoice::kComboHome:
+      return setup.ComboHome;
+    case SetupChoice::kHomeHallMagnetic:
+      return setup.HomeHallMagnetic;
+    case SetupChoice::kHomeSensorFlag:
+      return setup.HomeSensorFlag ? 1 : 0;
+    case SetupChoice::kComboSpark:
+      return setup.ComboSpark;
+    case SetupChoice::kDwellMode:
+      return DwellModeOf(setup.DwellTime);
+    case SetupChoice::kComboSiteRPM:
+      return setup.ComboSiteRPM;
+    case SetupChoice::kComboSiteFuel:
+      return setup.ComboSiteFuel;
+    case SetupChoice::kComboSiteIgnition:
+      return setup.ComboSiteIgnition;
+    case SetupChoice::kFuelPumpPrime:
+      return setup.StartupPrime;
+    case SetupChoice::kWarningLight:
+      return setup.Setting997;
+    case SetupChoice::kLoadSensing:
+      return sensors.LoadSensing;
+    case SetupChoice::kAltitudeComp:
+      return sensors.AltitudeComp ? 1 : 0;
+    case SetupChoice::kTPumpBased:
+      return sensors.TPumpBased ? 1 : 0;
+    case SetupChoice::kComboMAP:
+      return sensors.ComboMAP < 0 ? 0 : sensors.ComboMAP;
+    case SetupChoice::kComboMAPScale:
+      return sensors.ComboMAPScale;
+    case SetupChoice::kMapSelection:
+      return setup.MapSelection;
+  }
+  return kNoEntry;
+}
+
+bool HeldShowable(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
+  switch (choice) {
+    case SetupChoice::kDwellMode:
+      return (state.setup.DwellTime & kDwellBitNoControlSets) == 0;
+    case SetupChoice::kComboMAPScale:
+      return MapScaleEntryOfCode(state.sensors.ComboMAP, state.sensors.MapSensorScaling)
+          .has_value();
+    case SetupChoice::kMapSelection: {
+      const int bits = image.Byte(FieldPos("FuelSitesSelection")) & kSelectionBitsOf995;
+      return (bits & (bits - 1)) == 0;
+    }
+    default:
+      return true;
+  }
+}
+
+}  // namespace
+
+int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
+  const int held = HeldChoice(choice, state);
+  if (held < 0 || held >= ChoiceEntries(choice, state) || !HeldShowable(choice, state, image)) {
+    return kNoEntry;
+  }
+  return held;
+}
+
+int DwellModeOf(std::uint8_t dwell_byte) { return (dwell_byte & kDwellChargeTimeBit) ? 1 : 0; }
+int DwellValueOf(std::uint8_t dwell_byte) { return dwell_byte & kMaxDwellValue; }
+
+std::uint8_t LimiterTachoByte(const EngineSetup& setup) {
+  int value = 0;
+  if (setup.TriggerEdgeInput == 1) value |= 1;
+  if (setup.TriggerEdgeHome == 1) value |= 2;
+  if (setup.TriggerEdgeSpark == 1) value |= 4;
+  if (setup.ComboAuxOutput == 1) value |= 32;
+  if (setup.LimiterMode >= 0 && setup.LimiterMode <= 2) value |= (setup.LimiterMode + 1) << 6;
+  return static_cast<std::uint8_t>(value);
+}
+
+std::vector<int> SafeByteOrder(int first_position, int width, std::uint32_t old_value,
+                               std::uint32_t new_value) {
+  std::vector<int> positions;
+  for (int i = 0; i < width; ++i) positions.push_back(first_position + i);
+  if (new_value > old_value) std::reverse(positions.begin(), positions.end());
+  return positions;
+}
+
+bool SetupEditor::IsRawPosition(int position) {
+  static EditorState probe;
+  return RawStateByte(probe, position) != nullptr;
 }
 
 void SetupEditor::LayOutMaps() {
@@ -254,18 +418,72 @@ void SetupEditor::LayOutMaps() {
   maps.IgnMap = parts_.image.ReadIgnMap();
 }
 
+ChangeOutcome SetupEditor::Outcome(const Change& change,
+                                   const std::vector<std::string_view>& fields, bool mends) const {
+  EditorState candidate = parts_.state;
+  change(candidate);
+  const CalibrationImage encoded = EncodeSetup(candidate);
+  CalibrationImage after = parts_.image;
+  ChangeOutcome outcome;
+  std::vector<int> written;
+  for (const std::string_view name : fields) {
+    const std::optional<SetupField> field = FindSetupField(name);
+    if (!field) continue;
+    for (int p = field->position; p <= field->LastPosition(); ++p) {
+      if (encoded.Byte(p) == after.Byte(p)) continue;
+      after.SetByte(p, encoded.Byte(p));
+      written.push_back(p);
+      outcome.bytes.push_back({p, encoded.Byte(p)});
+    }
+  }
+  outcome.refusals = ChangeBreaks(after, {candidate.sensors.ComboMAP}, written);
+  if (mends) {
+    const std::vector<SetupCheck> already =
+        FailedChecksReading(parts_.image, {parts_.state.sensors.ComboMAP}, written);
+    std::erase_if(outcome.refusals, [&already](const SetupCheck& check) {
+      return std::any_of(already.begin(), already.end(),
+                         [&check](const SetupCheck& a) { return a.message == check.message; });
+    });
+  }
+  return outcome;
+}
+
+std::optional<std::vector<ByteWrite>> SetupEditor::Make(
+    const Change& change, const std::vector<std::string_view>& fields) {
+  if (Outcome(change, fields).Refused()) return std::nullopt;
+  return Commit(change, fields);
+}
+
+std::vector<ByteWrite> SetupEditor::Commit(const Change& change,
+                                           const std::vector<std::string_view>& fields) {
+  change(parts_.state);
+  std::vector<ByteWrite> sent;
+  for (const std::string_view field : fields) {
+    const std::vector<ByteWrite> stored = Store(field);
+    sent.insert(sent.end(), stored.begin(), stored.end());
+  }
+  return sent;
+}
+
+ChangeOutcome SetupEditor::TryChoose(SetupChoice choice, int value) const {
+  if (value < 0 || value >= ChoiceEntries(choice, parts_.state)) {
+    ChangeOutcome outcome;
+    outcome.offered = false;
+    return outcome;
+  }
+  const bool mends = ShownChoice(choice, parts_.state, parts_.image) == kNoEntry;
+  return Outcome([choice, value](EditorState& state) { UpdateState(state, choice, value); },
+                 FieldsOf(choice), mends);
+}
+
 std::vector<ByteWrite> SetupEditor::Choose(SetupChoice choice, int value) {
-  if (Filling()) return {};
+  if (Filling() || TryChoose(choice, value).Refused()) return {};
   if (choice == SetupChoice::kTriggerEdgeInput && value == 1) {
     parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
                          {kRisingEdgeWarningLines.begin(), kRisingEdgeWarningLines.end()});
   }
-  UpdateState(choice, value);
-  std::vector<ByteWrite> sent = Store(FieldOf(choice));
-  if (choice == SetupChoice::kComboMAP) {
-    const std::vector<ByteWrite> scaling = Store("MapSensorScaling");
-    sent.insert(sent.end(), scaling.begin(), scaling.end());
-  }
+  std::vector<ByteWrite> sent = Commit(
+      [choice, value](EditorState& state) { UpdateState(state, choice, value); }, FieldsOf(choice));
   if (choice == SetupChoice::kComboSiteFuel || choice == SetupChoice::kComboSiteIgnition) {
     LayOutMaps();
   }
@@ -276,36 +494,86 @@ std::optional<std::vector<ByteWrite>> SetupEditor::SetRevLimitRpm(int limiter, d
   if (Filling() || (limiter != 1 && limiter != 2)) return std::nullopt;
   const std::optional<std::uint32_t> period = EnginePeriodFromRpm(rpm, 0xFFFF);
   if (!period) return std::nullopt;
-  std::uint16_t& field = limiter == 1 ? parts_.state.setup.RevLimit1 : parts_.state.setup.RevLimit2;
-  field = static_cast<std::uint16_t>(*period);
-  return Store(limiter == 1 ? "RevLimit1" : "RevLimit2");
+  return Make(
+      [limiter, period](EditorState& state) {
+        (limiter == 1 ? state.setup.RevLimit1 : state.setup.RevLimit2) =
+            static_cast<std::uint16_t>(*period);
+      },
+      {limiter == 1 ? "RevLimit1" : "RevLimit2"});
 }
 
 std::optional<std::vector<ByteWrite>> SetupEditor::SetIdleTargetRpm(double rpm) {
   if (Filling()) return std::nullopt;
   const std::optional<std::uint32_t> period = EnginePeriodFromRpm(rpm, 0xFFFFFF);
   if (!period) return std::nullopt;
-  parts_.state.idle.IdleTargetRpm = *period;
-  return Store("IdleTargetRpm");
+  return Make([period](EditorState& state) { state.idle.IdleTargetRpm = *period; },
+              {"IdleTargetRpm"});
 }
 
 std::optional<std::vector<ByteWrite>> SetupEditor::SetTriggerOffsetDegrees(double degrees) {
   if (Filling() || !(degrees >= 0.0 && degrees <= kMaxTriggerOffsetDegrees)) return std::nullopt;
-  parts_.state.setup.TriggerOffset = RawFromTriggerOffset(degrees);
-  return Store("TriggerOffset");
+  const std::uint8_t raw = RawFromTriggerOffset(degrees);
+  return Make([raw](EditorState& state) { state.setup.TriggerOffset = raw; }, {"TriggerOffset"});
 }
 
 std::vector<ByteWrite> SetupEditor::SetDwellValue(int value) {
   if (Filling()) return {};
-  std::uint8_t& dwell = parts_.state.setup.DwellTime;
-  dwell = static_cast<std::uint8_t>((dwell & kDwellChargeTimeBit) |
-                                    std::clamp(value, 0, kMaxDwellValue));
-  return Store("DwellTime");
+  // Bit 7, which no dwell control sets, is written clear.
+  const auto change = [value](EditorState& state) {
+    std::uint8_t& dwell = state.setup.DwellTime;
+    dwell = static_cast<std::uint8_t>((dwell & kDwellChargeTimeBit) |
+                                      std::clamp(value, 0, kMaxDwellValue));
+  };
+  return Make(change, {"DwellTime"}).value_or(std::vector<ByteWrite>{});
+}
+
+ChangeOutcome SetupEditor::TryRawByte(int position, std::uint8_t value) const {
+  ChangeOutcome outcome;
+  if (!IsRawPosition(position)) return outcome;
+  CalibrationImage after = parts_.image;
+  if (after.Byte(position) == value) return outcome;
+  after.SetByte(position, value);
+  outcome.bytes.push_back({position, value});
+  outcome.refusals = ChangeBreaks(after, {parts_.state.sensors.ComboMAP}, {&position, 1});
+  return outcome;
+}
+
+std::optional<std::pair<int, int>> SetupEditor::RawRange(int position) const {
+  const std::vector<SetupCheck>& checks = AllSetupChecks();
+  const bool checked = std::any_of(checks.begin(), checks.end(),
+                                   [position](const SetupCheck& c) { return c.Reads(position); });
+  if (!checked) return std::pair{0, 255};
+  std::optional<std::pair<int, int>> range;
+  for (int value = 0; value <= 255; ++value) {
+    const bool ok =
+        value == parts_.image.Byte(position)
+            ? FailedChecksReading(parts_.image, {parts_.state.sensors.ComboMAP}, {&position, 1})
+                  .empty()
+            : !TryRawByte(position, static_cast<std::uint8_t>(value)).Refused();
+    if (!ok) continue;
+    if (!range) range = std::pair{value, value};
+    range->second = value;
+  }
+  return range;
+}
+
+std::string SetupEditor::RawRangeNote(int position) const {
+  const std::optional<std::pair<int, int>> range = RawRange(position);
+  if (!range) return "Takes no value now.";
+  if (*range == std::pair{0, 255}) return {};
+  std::string note =
+      "Takes " + std::to_string(range->first) + " to " + std::to_string(range->second) + " now";
+  for (const int beyond : {range->first - 1, range->second + 1}) {
+    if (beyond < 0 || beyond > 255) continue;
+    const ChangeOutcome outcome = TryRawByte(position, static_cast<std::uint8_t>(beyond));
+    if (outcome.Refused()) note += "; " + std::to_string(beyond) + ": " + RefusalText(outcome);
+  }
+  return note + ".";
 }
 
 std::vector<ByteWrite> SetupEditor::SetRawByte(int position, std::uint8_t value) {
   std::uint8_t* byte = RawStateByte(parts_.state, position);
-  if (Filling() || byte == nullptr) return {};
+  if (Filling() || byte == nullptr || TryRawByte(position, value).Refused()) return {};
   *byte = value;
   return StorePositions({position});
 }
@@ -314,8 +582,30 @@ std::vector<ByteWrite> SetupEditor::SetIdleFlag(int index, bool on) {
   if (Filling() || index < 0 || index >= static_cast<int>(parts_.state.idle.CheckIdle.size())) {
     return {};
   }
-  parts_.state.idle.CheckIdle[static_cast<std::size_t>(index)] = on;
-  return Store(index < 8 ? "IdleFlags1" : "IdleFlags2");
+  return Make(
+             [index, on](EditorState& state) {
+               state.idle.CheckIdle[static_cast<std::size_t>(index)] = on;
+             },
+             {index < 8 ? "IdleFlags1" : "IdleFlags2"})
+      .value_or(std::vector<ByteWrite>{});
+}
+
+std::string RefusalText(const ChangeOutcome& outcome) {
+  if (!outcome.Refused()) return {};
+  if (!outcome.offered) return "no such entry";
+  std::string text = "it would set ";
+  for (std::size_t i = 0; i < outcome.bytes.size(); ++i) {
+    if (i > 0) text += i + 1 == outcome.bytes.size() ? " and " : ", ";
+    text += "byte " + std::to_string(outcome.bytes[i].position) + " to " +
+            std::to_string(outcome.bytes[i].value);
+  }
+  text += ", which fails ";
+  for (std::size_t i = 0; i < outcome.refusals.size(); ++i) {
+    const SetupCheck& check = outcome.refusals[i];
+    if (i > 0) text += "; and ";
+    text += "\"" + std::string(check.message) + "\": " + std::string(check.rule);
+  }
+  return text;
 }
 
 std::vector<ByteWrite> SetupEditor::Store(std::string_view name) {

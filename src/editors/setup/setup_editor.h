@@ -2,14 +2,25 @@
 // editors' state, written into the calibration image and sent to the ECU at once, one
 // single-value write (command 4) for each image byte that changed. While the editors are being
 // filled from a calibration nothing is kept, sent or shown.
+//
+// A change whose bytes would fail a setup check that reads them is refused: nothing is kept or
+// sent (ChangeBreaks in setup_checks.h). One exception lets a byte the ECU holds bad be mended
+// part by part: a choice that puts its control from no entry onto an entry may leave a check
+// failing that failed already (byte 907 with both its injection mode and its impedance bad takes
+// one of them, then the other). The pages ask first (TryChoose, RawRange) and offer only what
+// can be chosen, saying why the rest cannot.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "editors/edit_parts.h"
+#include "editors/setup/setup_checks.h"
 
 namespace vela {
 
@@ -41,13 +52,39 @@ enum class SetupChoice {
   kTPumpBased,           // byte 955, bit 7 (0 or 1)
   kComboMAP,             // byte 955, bits 0 to 2
   kComboMAPScale,        // byte 956
+  kMapSelection,         // byte 995, bits 5 to 7
 };
+
+// The image field a choice lives in ("LimiterTacho" for the edges, the limiter and the
+// auxiliary output).
+std::string_view SetupFieldOf(SetupChoice choice);
+
+// How many entries a group or list offers (the MAP scalings: those of the chosen type); 2 for a
+// tick box.
+int ChoiceEntries(SetupChoice choice, const EditorState& state);
+
+// The entry a group or list shows for what the editors and the image hold; kNoEntry when no
+// entry stands for it (a code beyond the entries, no limiter type, more than one fuel map
+// selection bit, a dwell byte with bit 7 set, a scaling code the sensor type does not take).
+int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image);
 
 struct ByteWrite {
   int position;
   std::uint8_t value;
   bool operator==(const ByteWrite&) const = default;
 };
+
+// What a change would write, and the checks that refuse it (none: it may go ahead). A value a
+// control does not offer (an entry beyond its list) is refused as not offered.
+struct ChangeOutcome {
+  std::vector<ByteWrite> bytes;  // the bytes it would change, in position order
+  std::vector<SetupCheck> refusals;
+  bool offered = true;
+  bool Refused() const { return !offered || !refusals.empty(); }
+};
+// Why a refused change cannot be made, in the tuner's words: "it would set byte 955 to 229,
+// which fails Map Sensor Setup Invalid: byte 955 (...) is above 228". Empty when not refused.
+std::string RefusalText(const ChangeOutcome& outcome);
 
 // Byte 958: bit 6 chooses "Constant Charge Time" over "Constant Duty Percentage"; bits 0 to 5
 // hold the duty in percent or the charge time in tenths of a millisecond.
@@ -74,8 +111,11 @@ class SetupEditor {
   // A choice of a group or list (`value` is the entry index, or 0/1 for a flag). Choosing
   // "Rising" for the trigger input first shows the rising-edge warning; the choice is kept and
   // sent whatever the answer. A change of the site lists lays the editors' maps out afresh from
-  // the image (the ECU reads the same map bytes with the new layout). Returns the bytes sent.
+  // the image (the ECU reads the same map bytes with the new layout). Choosing the MAP sensor
+  // type already chosen changes nothing. Returns the bytes sent; nothing for a refused choice.
   std::vector<ByteWrite> Choose(SetupChoice choice, int value);
+  // What Choose would write now, and whether it would be refused; nothing is kept or sent.
+  ChangeOutcome TryChoose(SetupChoice choice, int value) const;
 
   // Numbers in the tuner's units. nullopt (and nothing kept or sent) when the value cannot be
   // held: a speed whose period does not fit the field, an offset outside 0 to 60 degrees.
@@ -84,9 +124,17 @@ class SetupEditor {
   std::optional<std::vector<ByteWrite>> SetTriggerOffsetDegrees(double degrees);
   std::vector<ByteWrite> SetDwellValue(int value);
 
-  // A byte that an editor shows raw (an output or input group, the idle, TPS and trigger bytes);
-  // nothing happens for a position no raw editor owns.
+  // A byte that an editor shows raw (an output or input group, the idle, TPS and trigger bytes,
+  // the battery table's bytes beyond its rows); nothing happens for a position no raw editor
+  // owns, or for a value refused.
   std::vector<ByteWrite> SetRawByte(int position, std::uint8_t value);
+  ChangeOutcome TryRawByte(int position, std::uint8_t value) const;
+  // The lowest and highest value a raw byte can take now (every value between them can);
+  // nullopt when none can.
+  std::optional<std::pair<int, int>> RawRange(int position) const;
+  // Why a raw byte takes only RawRange: "Takes 0 to 15: 16 would set byte 884 to 16, which
+  // fails ...". Empty when it takes every value.
+  std::string RawRangeNote(int position) const;
   // Idle option `index` (0 to 7: byte 856, bits 0 to 7; 8 to 15: byte 857).
   std::vector<ByteWrite> SetIdleFlag(int index, bool on);
 
@@ -94,11 +142,21 @@ class SetupEditor {
   static bool IsRawPosition(int position);
 
  private:
+  using Change = std::function<void(EditorState&)>;
+
   bool Filling() const { return parts_.suppress_change_events; }
+  // What `change` would write into `fields`, judged by the checks that read those bytes; with
+  // `mends` set, a check that fails already does not refuse it.
+  ChangeOutcome Outcome(const Change& change, const std::vector<std::string_view>& fields,
+                        bool mends = false) const;
+  // Makes `change` and stores `fields` unless it is refused; nullopt when refused.
+  std::optional<std::vector<ByteWrite>> Make(const Change& change,
+                                             const std::vector<std::string_view>& fields);
+  // Makes `change` and stores `fields`, judged already.
+  std::vector<ByteWrite> Commit(const Change& change, const std::vector<std::string_view>& fields);
   // Writes the bytes of `field` as the editors now hold them and sends the ones that changed.
   std::vector<ByteWrite> Store(std::string_view field);
   std::vector<ByteWrite> StorePositions(const std::vector<int>& positions);
-  void UpdateState(SetupChoice choice, int value);
   void LayOutMaps();
 
   EditParts parts_;

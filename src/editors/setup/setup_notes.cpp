@@ -121,6 +121,22 @@ std::string DwellNote(const EngineSetup& setup, const IdleControl& idle) {
          "Charge Time avoids it.";
 }
 
+std::string_view InjectionModeName(const EngineSetup& setup) {
+  switch (setup.FuelMode) {
+    case 0:
+    case 1:
+      return kInjectionModeNames[static_cast<std::size_t>(setup.FuelMode)];
+    case kFuelModeSequential:
+      if (setup.ComboHome == kHomeDisabled) return kInjectionModeNames[2];
+      if (setup.ComboHome > 0 && setup.ComboHome < static_cast<int>(kHomePatternTexts.size())) {
+        return kInjectionModeNames[3];
+      }
+      return kUnknownInjectionMode;
+    default:
+      return kUnknownInjectionMode;
+  }
+}
+
 std::string LoadSitesNote() {
   return "A change of the load sites does not convert the maps: the ECU reads the same map "
          "bytes in the new layout. Re-tune, or load a map made for it, before running.";

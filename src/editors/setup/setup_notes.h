@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "editors/editor_state.h"
 
@@ -18,6 +19,12 @@ std::string ImpedanceNote(const EngineSetup& setup);
 // A dwell that charges the coils long enough to overheat them: a charge time above 5.0 ms, or a
 // duty that gives more than 6 ms at the idle target (1000 RPM when none is set).
 std::string DwellNote(const EngineSetup& setup, const IdleControl& idle);
+// The injection mode's name for read-outs and reports: "Batch Mode", "Semi-Sequential Pairs
+// Mode", and for "Sequential" "Full Phased Sequential Mode" with a home position or "Un-Phased
+// Sequential Mode" without one; "***" for a mode code no choice has (or a home position code no
+// entry has, with which the phasing cannot be told).
+std::string_view InjectionModeName(const EngineSetup& setup);
+
 // Always said beside the load site lists: a change does not convert the maps.
 std::string LoadSitesNote();
 

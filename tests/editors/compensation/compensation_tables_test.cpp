@@ -131,5 +131,25 @@ TEST(SmallGridModel, ValueKeysStepTheShownValueAndAlwaysReachAnotherByte) {
   EXPECT_EQ(grid.Current(), 1);
 }
 
+TEST_F(CompensationEditorTest, ABatteryByteAboveTheCheckIsRefusedWhateverTheOthersHold) {
+  image.SetByte(1007, 250);  // a byte beyond the table's rows that the ECU holds too high
+  state.compensation.BattMap[8] = 250;
+  EXPECT_FALSE(editor.CellChanged(CompTable::kBattMap, 1, 1001, 1000, 201));
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_THAT(messages.shown[0].lines[0],
+              ::testing::HasSubstr("\"Battery Voltage Compensation Invalid\""));
+  EXPECT_TRUE(editor.CellChanged(CompTable::kBattMap, 1, 1001, 1000, 200));
+  EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 1000, 200}));
+}
+
+TEST(CurveTemperature, OnlyATemperatureOnTheTableGetsALivePoint) {
+  EXPECT_EQ(CurveTemperature("23"), 23.0);
+  EXPECT_EQ(CurveTemperature("-20"), -20.0);
+  EXPECT_EQ(CurveTemperature("120"), 120.0);
+  for (const char* none : {"999", ">120", "<-20", "Error", "Over", "", "--"}) {
+    EXPECT_FALSE(CurveTemperature(none)) << none;
+  }
+}
+
 }  // namespace
 }  // namespace vela

@@ -105,6 +105,27 @@ TEST_F(SensorTableSenderTest, ABadRowIsNamedAndNothingOfTheTableIsSent) {
   EXPECT_EQ(image.Byte(994), 0);
 }
 
+TEST_F(SensorTableSenderTest, ATypedRowSendsThatRowAloneAndNeverACurveThatRises) {
+  ASSERT_TRUE(
+      tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 7)), '.'));
+  sender.frames.clear();
+  // 40 C from 1147 to 1000 ohms: byte 172 becomes 164; its neighbours stay as they are.
+  ASSERT_TRUE(tables.SendRow(SensorTable::kWater, 3, "1000", '.'));
+  EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 990, 164}));
+  EXPECT_EQ(state.sensors.Water[3], 164);
+  EXPECT_EQ(tables.LastSent(SensorTable::kWater)[4], 164);
+  // 2.5 ohms at 40 C would sit below 60 C's point: the curve would rise, so nothing is sent.
+  sender.frames.clear();
+  EXPECT_FALSE(tables.SendRow(SensorTable::kWater, 3, "2.5", '.'));
+  EXPECT_FALSE(tables.SendRow(SensorTable::kWater, 4, "5000", '.'));  // 60 C above 40 C's
+  EXPECT_FALSE(tables.SendRow(SensorTable::kWater, 8, "1000", '.'));  // the live row
+  EXPECT_THAT(sender.frames, IsEmpty());
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_THAT(messages.shown[0].lines[0],
+              ::testing::HasSubstr("\"Water Temp Sensor Calibration Error\""));
+  EXPECT_EQ(image.Byte(990), 164);
+}
+
 TEST(SteinhartHart, ThreePointsOfAKnownSensorGiveItsCurveBack) {
   // An NTC of 10 kilohm at 25 C, B = 3950: R = 10000 exp(3950 (1/T - 1/298.15)).
   const auto ohms = [](double c) {

@@ -67,6 +67,19 @@ TEST(MainWindowKeys, EnterAndSpaceNeverReachTheGrid) {
             Action(KeyAction::kDiscard));
   EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageFuelMap1, true}),
             Action(KeyAction::kMovePointerToLoadSite));
+  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageIgnition, false}),
+            Action(KeyAction::kDiscard));
+}
+
+TEST(MainWindowKeys, OffTheMapPagesSpaceIsTheFocusedControls) {
+  for (const int page : {kPageOutputs, kPageInputs, kPageCompensation, kPageMainSetup,
+                         kPageSensorSetup, kPageDataPage, kPageFileOptions, kPageDataLogging}) {
+    for (const bool after_space : {false, true}) {
+      EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {page, after_space}),
+                Action(KeyAction::kPassToGrid))
+          << page;
+    }
+  }
 }
 
 TEST(MainWindowKeys, GridKeysAndControlCombinationsPassThrough) {

@@ -10,6 +10,7 @@
 #include "editors/apply_calibration.h"
 #include "editors/setup/map_sensor.h"
 #include "editors/setup/raw_fields.h"
+#include "editors/setup/setup_marks.h"
 #include "editors/setup/setup_notes.h"
 
 namespace vela {
@@ -138,6 +139,164 @@ TEST_F(SetupEditorTest, RevLimitersAreEnginePeriodsSentSoNoPassingSpeedExceedsBo
   EXPECT_FALSE(editor.SetRevLimitRpm(2, 900));
   EXPECT_FALSE(editor.SetRevLimitRpm(2, 0));
   EXPECT_THAT(sender.frames, IsEmpty());
+}
+
+TEST_F(SetupEditorTest, TheFiveBarSensorWithAllThreeMapFlagsIsNotOfferedAndSaysWhy) {
+  // MAP load sensing is on in the sound image; altitude compensation, then the 5 bar sensor.
+  ASSERT_FALSE(editor.Choose(SetupChoice::kAltitudeComp, 1).empty());
+  ASSERT_FALSE(editor.Choose(SetupChoice::kComboMAP, 5).empty());
+  sender.frames.clear();
+  // A MAP-based throttle pump would make byte 955 read 32 + 64 + 128 + 5 = 229.
+  const ChangeOutcome pump = editor.TryChoose(SetupChoice::kTPumpBased, 1);
+  ASSERT_TRUE(pump.Refused());
+  EXPECT_EQ(RefusalText(pump),
+            "it would set byte 955 to 229, which fails \"Map Sensor Setup Invalid\": byte 955 (the "
+            "MAP sensor type and its three flags) is above 228");
+  EXPECT_THAT(editor.Choose(SetupChoice::kTPumpBased, 1), IsEmpty());
+  EXPECT_FALSE(state.sensors.TPumpBased);
+  // The other way round: with all three flags on, the 5 bar sensor is the one not offered.
+  ASSERT_FALSE(editor.Choose(SetupChoice::kComboMAP, 4).empty());
+  ASSERT_FALSE(editor.Choose(SetupChoice::kTPumpBased, 1).empty());
+  sender.frames.clear();
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kComboMAP, 5).Refused());
+  EXPECT_FALSE(editor.TryChoose(SetupChoice::kComboMAP, 3).Refused());
+  EXPECT_THAT(editor.Choose(SetupChoice::kComboMAP, 5), IsEmpty());
+  // Nor can the pump lose its MAP sensor: turning both its users off is refused at the last.
+  ASSERT_FALSE(editor.Choose(SetupChoice::kAltitudeComp, 0).empty());
+  EXPECT_THAT(RefusalText(editor.TryChoose(SetupChoice::kLoadSensing, kLoadSensingTps)),
+              ::testing::HasSubstr("\"Throttle Pump Setup Error\""));
+  EXPECT_EQ(image.Byte(955), 64 | 128 | 4);
+}
+
+TEST_F(SetupEditorTest, ABadByteFromTheEcuIsReplacedOnlyByAGoodOne) {
+  Load([] {
+    CalibrationImage i = SoundImage();
+    i.SetByte(884, 20);   // no output function
+    i.SetByte(1014, 50);  // idle minimum above the maximum
+    i.SetByte(1015, 40);
+    i.SetByte(1007, 250);  // a battery byte beyond the table, above 2.00 ms
+    return i;
+  }());
+  EXPECT_EQ(editor.RawRange(884), (std::pair{0, 15}));
+  EXPECT_THAT(editor.SetRawByte(884, 19), IsEmpty());
+  EXPECT_THAT(editor.SetRawByte(884, 15), ElementsAre(ByteWrite{884, 15}));
+  EXPECT_EQ(editor.RawRange(1015), (std::pair{50, 255}));
+  EXPECT_THAT(editor.SetRawByte(1015, 45), IsEmpty());
+  EXPECT_THAT(editor.SetRawByte(1015, 50), ElementsAre(ByteWrite{1015, 50}));
+  // A byte no check reads takes anything, and a good byte beside a bad one can still change.
+  EXPECT_EQ(editor.RawRange(885), (std::pair{0, 255}));
+  EXPECT_EQ(editor.RawRange(1008), (std::pair{0, 200}));
+  EXPECT_THAT(editor.SetRawByte(1008, 120), ElementsAre(ByteWrite{1008, 120}));
+  EXPECT_EQ(image.Byte(1007), 250);
+}
+
+TEST_F(SetupEditorTest, AByteBadInTwoPartsIsMendedOnePartAtATime) {
+  // Byte 907 with no injection mode and no impedance (and bits no control sets): each control
+  // shows no entry, and choosing an entry in either mends its part, though the byte still fails
+  // until the other is chosen too.
+  Load([] {
+    CalibrationImage i = SoundImage();
+    i.SetByte(907, 0xFF);
+    return i;
+  }());
+  EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 0), ElementsAre(ByteWrite{907, 0xC0}));
+  // The injection mode now shows an entry: changing it again would leave the byte failing.
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
+  EXPECT_THAT(editor.Choose(SetupChoice::kOptionImpedance, 2), ElementsAre(ByteWrite{907, 0x80}));
+  EXPECT_FALSE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
+  // A byte bad in one part only: the other control waits for it.
+  Load([] {
+    CalibrationImage i = SoundImage();
+    i.SetByte(907, 0x43);
+    return i;
+  }());
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kOptionImpedance, 2).Refused());
+  EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 2), ElementsAre(ByteWrite{907, 0x42}));
+}
+
+TEST_F(SetupEditorTest, ABytePartOnlyOneControlShowsWaitsForThatControl) {
+  // Fuel load sites code 5 shares byte 995 with the fuel map selection: the selection cannot be
+  // written beside it until the tuner picks load sites; then both go.
+  Load([] {
+    CalibrationImage i = SoundImage();
+    i.SetByte(995, 0x20 | 5);
+    i.SetByte(958, 0xC5);  // dwell with bit 7 set
+    return i;
+  }());
+  EXPECT_EQ(state.maps.FuelLoadSites, 17);
+  EXPECT_EQ(ShownChoice(SetupChoice::kComboSiteFuel, state, image), kNoEntry);
+  EXPECT_EQ(ChoiceMark(SetupChoice::kComboSiteFuel, state, image),
+            "The ECU holds byte 995 = 37, which no entry here stands for: it fails \"Fuel Load "
+            "Sites Error\" (bits 0 to 4 of byte 995 are above 2). Choosing an entry writes it.");
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kMapSelection, kMapSelectionOnlyMap2).Refused());
+  EXPECT_THAT(editor.Choose(SetupChoice::kComboSiteFuel, 1), ElementsAre(ByteWrite{995, 0x21}));
+  EXPECT_THAT(editor.Choose(SetupChoice::kMapSelection, kMapSelectionOnlyMap2),
+              ElementsAre(ByteWrite{995, 0x41}));
+  // The dwell byte shows no mode and no value until the tuner sets one; then bit 7 goes.
+  EXPECT_EQ(ShownChoice(SetupChoice::kDwellMode, state, image), kNoEntry);
+  EXPECT_FALSE(DwellShow(state.setup.DwellTime).value);
+  EXPECT_THAT(DwellShow(state.setup.DwellTime).mark, ::testing::HasSubstr("byte 958 = 197"));
+  EXPECT_THAT(editor.Choose(SetupChoice::kLimiterMode, 1), ElementsAre(ByteWrite{942, 128}));
+  EXPECT_EQ(image.Byte(958), 0xC5);
+  EXPECT_THAT(editor.SetDwellValue(30), ElementsAre(ByteWrite{958, 0x40 | 30}));
+}
+
+TEST(SetupMarks, AControlNeverShowsAPlausibleValueForAByteItCannotHold) {
+  EditorState state;
+  CalibrationImage image;
+  state.setup.ComboTrigger = 9;
+  image.SetByte(902, 9);
+  EXPECT_EQ(ShownChoice(SetupChoice::kComboTrigger, state, image), kNoEntry);
+  EXPECT_THAT(ChoiceMark(SetupChoice::kComboTrigger, state, image),
+              ::testing::HasSubstr("byte 902 = 9, which no entry here stands for: it fails "
+                                   "\"Trigger Pattern Invalid\""));
+  state.setup.LimiterMode = kNoEntry;
+  EXPECT_EQ(ShownChoice(SetupChoice::kLimiterMode, state, image), kNoEntry);
+  image.SetByte(995, 0xC0);  // two fuel map selections at once
+  state.setup.MapSelection = kMapSelectionOnlyMap2;
+  EXPECT_EQ(ShownChoice(SetupChoice::kMapSelection, state, image), kNoEntry);
+  state.sensors.ComboMAP = 2;
+  state.sensors.MapSensorScaling = 99;  // not a scaling of the 2.5 bar sensor
+  state.sensors.ComboMAPScale = 1;
+  EXPECT_EQ(ShownChoice(SetupChoice::kComboMAPScale, state, image), kNoEntry);
+  state.setup.ComboSpark = 3;
+  EXPECT_EQ(ShownChoice(SetupChoice::kComboSpark, state, image), 3);
+  EXPECT_EQ(ChoiceMark(SetupChoice::kComboSpark, state, image), "");
+
+  state.setup.RevLimit1 = 1000;  // 60,000 RPM
+  const NumberShow rev = RevLimiterShow(1, state.setup);
+  EXPECT_EQ(rev.value, 60000.0);
+  EXPECT_EQ(rev.high, 20000.0);
+  EXPECT_EQ(ClampInto(59950, rev), 20000.0);
+  EXPECT_THAT(rev.mark, ::testing::HasSubstr("60000 RPM (a period of 1000 us)"));
+  EXPECT_EQ(RevLimiterShow(2, state.setup).mark,
+            "Not set: the ECU holds 0, a period with no "
+            "speed (it fails \"Rev Limiter 2 Invalid\"). "
+            "Setting a speed writes it.");
+  EXPECT_FALSE(IdleTargetShow(0).value);
+  EXPECT_EQ(IdleTargetShow(60000).value, 1000.0);
+  EXPECT_EQ(IdleTargetShow(60000).mark, "");
+  EXPECT_EQ(TriggerOffsetShow(130).value, 65.0);
+  EXPECT_THAT(TriggerOffsetShow(130).mark, ::testing::HasSubstr("65.0 degrees"));
+  EXPECT_EQ(DwellShow(0x40 | 25).value, 2.5);
+  EXPECT_EQ(DwellShow(0x40 | 25).mark, "");
+}
+
+TEST(InjectionModeName, AnUnknownModeCodeReadsStars) {
+  EngineSetup setup;
+  const std::pair<int, int> known[] = {{0, 0}, {1, 0}, {2, 0}, {2, 3}};
+  const char* names[] = {"Batch Mode", "Semi-Sequential Pairs Mode", "Un-Phased Sequential Mode",
+                         "Full Phased Sequential Mode"};
+  for (int i = 0; i < 4; ++i) {
+    setup.FuelMode = known[i].first;
+    setup.ComboHome = known[i].second;
+    EXPECT_EQ(InjectionModeName(setup), names[i]);
+  }
+  for (const auto& [mode, home] : {std::pair{3, 1}, {3, 0}, {-1, 0}, {7, 2}, {2, 9}}) {
+    setup.FuelMode = mode;
+    setup.ComboHome = home;
+    EXPECT_EQ(InjectionModeName(setup), "***") << mode << " " << home;
+  }
 }
 
 TEST(SafeByteOrder, NoIntermediateValueFallsBelowBothTheOldAndTheNewNumber) {

@@ -32,6 +32,8 @@ class SmallMapGrid : public QTableView {
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override { return sizeHint(); }
+  // No keyboard search: a digit typed on a label never moves the cursor to another row.
+  void keyboardSearch(const QString&) override {}
 
  signals:
   // A key changed these rows (the model already holds the new bytes).

@@ -1,0 +1,35 @@
+// The groups, lists and tick boxes of the set-up pages bound to the editors' choices: each shows
+// what the editors hold (no entry, with the reason beside it, for a byte it cannot show), offers
+// only the entries the editors would take (the others greyed, each with its reason in its
+// tooltip and beside the control), and hands the tuner's choice on.
+#pragma once
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QString>
+#include <variant>
+#include <vector>
+
+#include "editors/setup/setup_editor.h"
+
+namespace vela {
+
+class EditorSession;
+
+struct ChoiceControl {
+  using Widget = std::variant<QButtonGroup*, QComboBox*, QCheckBox*>;
+  SetupChoice choice;
+  Widget widget;
+  // Beside the control: the byte it cannot show and the entries not offered.
+  QLabel* mark = nullptr;
+};
+
+// Shows one control from the editors, without raising its change signal.
+void ShowChoiceControl(const ChoiceControl& control, EditorSession& editors);
+
+// The text of entry `entry` as the control shows it.
+QString EntryText(const ChoiceControl& control, int entry);
+
+}  // namespace vela
