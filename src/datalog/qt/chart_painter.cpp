@@ -60,7 +60,8 @@ void PaintSeries(QPainter& painter, const Frame& frame, const DatalogLog& log, i
   const auto y = [&](double v) {
     return static_cast<int>(std::lround(bottom - (v - range.low) * scale));
   };
-  painter.setPen(QPen(QColor(series.colour.red, series.colour.green, series.colour.blue), 0));
+  const QColor colour(series.colour.red, series.colour.green, series.colour.blue);
+  painter.setPen(QPen(colour, 0));
   if (raw) {
     LineBuilder line(painter, 64);
     const std::size_t begin = bounds[columns.first] > 0 ? bounds[columns.first] - 1 : 0;
@@ -75,10 +76,13 @@ void PaintSeries(QPainter& painter, const Frame& frame, const DatalogLog& log, i
     }
     return;
   }
-  // Dense: one vertical bar from the lowest to the highest value of each column, and a short
-  // line from the last value of the column before to the first of this one.
+  // Dense: one bar a pixel wide from the lowest to the highest value of each column (filled as
+  // a rectangle, which the raster engine does far faster than a line), and a short line from
+  // the last value of the column before to the first of this one.
+  QVector<QRect> bars;
   QVector<QLine> lines;
-  lines.reserve(static_cast<qsizetype>(bounds.size() * 2));
+  bars.reserve(static_cast<qsizetype>(columns.end - columns.first));
+  lines.reserve(static_cast<qsizetype>(columns.end - columns.first));
   const int left = frame.plot.left();
   std::optional<int> last_y;
   for (std::size_t c = columns.first; c < columns.end; ++c) {
@@ -88,11 +92,19 @@ void PaintSeries(QPainter& painter, const Frame& frame, const DatalogLog& log, i
       continue;
     }
     const int x = left + static_cast<int>(c);
-    if (last_y && !std::isnan(s.first)) lines.append(QLine(x - 1, *last_y, x, y(s.first)));
-    lines.append(QLine(x, y(s.min), x, y(s.max)));
+    if (last_y && !std::isnan(s.first)) {
+      const int first_y = y(s.first);
+      if (std::abs(first_y - *last_y) > 1) lines.append(QLine(x - 1, *last_y, x, first_y));
+    }
+    const int top = y(s.max);
+    bars.append(QRect(x, top, 1, y(s.min) - top + 1));
     last_y = std::isnan(s.last) ? std::nullopt : std::optional<int>(y(s.last));
   }
   painter.drawLines(lines.constData(), lines.size());
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(colour);
+  painter.drawRects(bars.constData(), bars.size());
+  painter.setBrush(Qt::NoBrush);
 }
 
 void PaintAxes(QPainter& painter, const Frame& frame, const ChartScene& scene,
