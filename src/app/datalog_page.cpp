@@ -77,8 +77,10 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
   connect(chart_, &DatalogChart::CursorsChanged, this, &DatalogPage::ShowCursorValues);
   refresh_.setInterval(kRefreshMs);
   connect(&refresh_, &QTimer::timeout, this, &DatalogPage::Refresh);
-  journal_flush_.setInterval(kJournalFlushMs);
-  connect(&journal_flush_, &QTimer::timeout, this, [this] { journal_.Flush(log_); });
+  // Frames ask for the journal's flush as they arrive; this asks when none arrives.
+  journal_check_.setInterval(kJournalCheckMs);
+  connect(&journal_check_, &QTimer::timeout, this, &DatalogPage::FlushJournalIfDue);
+  clock_.start();
 }
 
 // A program closed while logging leaves a closed journal behind, offered back at the next start.
@@ -169,7 +171,7 @@ QWidget* DatalogPage::BuildReadout() {
   connect(axis_channel_, &QComboBox::currentIndexChanged, chart_, &DatalogChart::SetAxisChannel);
   axis_row->addWidget(axis_channel_, 1);
   column->addLayout(axis_row);
-  cursor_values_ = new QTableWidget(kChannelCount + 1, 4, panel);
+  cursor_values_ = new QTableWidget(kChannelCount + 2, 4, panel);
   cursor_values_->setObjectName("DatalogCursorValues");
   cursor_values_->setHorizontalHeaderLabels({"Channel", "A", "B", "B - A"});
   cursor_values_->verticalHeader()->hide();
@@ -181,12 +183,22 @@ QWidget* DatalogPage::BuildReadout() {
   cursor_values_->setStyleSheet(
       "QTableWidget { background-color: rgb(12, 12, 18); color: silver; }");
   cursor_values_->setItem(0, 0, new QTableWidgetItem("Time s"));
+  auto* clock = new QTableWidgetItem("Clock s");
+  clock->setToolTip("When the record arrived, on the program's clock from the start of logging");
+  cursor_values_->setItem(1, 0, clock);
   for (int n = 0; n < kChannelCount; ++n) {
     auto* name = new QTableWidgetItem(Text(kChannels[n].label));
     name->setForeground(ChannelQColor(kChannels[n].colour));
-    cursor_values_->setItem(n + 1, 0, name);
+    cursor_values_->setItem(n + 2, 0, name);
   }
   column->addWidget(cursor_values_, 1);
+  gaps_ = new QLabel(panel);
+  gaps_->setObjectName("DatalogGaps");
+  gaps_->setWordWrap(true);
+  gaps_->setToolTip(
+      "Frames the link lost while logging. The log's time counts frames at the chosen rate, so a "
+      "gap takes no room on the chart: a red tick at the top and bottom marks it.");
+  column->addWidget(gaps_);
   fuel_cell_ = new QLabel(panel);
   fuel_cell_->setObjectName("DatalogFuelCell");
   fuel_cell_->setWordWrap(true);
@@ -237,7 +249,7 @@ void DatalogPage::OfferRecovery() {
   log_.ReplaceWith(std::move(recovered->log));
   log_.axis = WholeLogAxis(log_);
   journal_holds_log_ = true;
-  ShowSeriesStates();
+  ShowLoadedLog();
 }
 
 void DatalogPage::Command6(int index) {
@@ -264,13 +276,15 @@ void DatalogPage::StartLogging() {
   command6_[0]->setText(kStopCaption);
   status_->setText(kLoggingStatus);
   command6_[1]->setEnabled(false);
-  capture_.StartLogging(TimeScale());
+  capture_.FramesPerSecond = FramesPerSecondOfChoice(parts_.setup.settings.frames_per_second_index);
+  capture_.StartLogging(TimeScale(), NowSeconds());
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
   journal_holds_log_ = journal_.Begin(log_);
   if (!journal_holds_log_) status_->setText("Logging... (no recovery journal)");
-  journal_flush_.start();
+  journal_check_.start();
   refresh_.start();
+  ShowGaps();
 }
 
 void DatalogPage::StopLogging(bool by_button) {
@@ -282,9 +296,10 @@ void DatalogPage::StopLogging(bool by_button) {
   // Every frame is recorded live, so there is no log in the ECU to build the chart from.
   log_.axis = TimeAxis{0.0, TimeScale()};
   chart_->ReleaseAxis();
-  journal_flush_.stop();
+  journal_check_.stop();
   refresh_.stop();
   journal_.End(log_);
+  records_new_ = true;
   Refresh();
   ShowCursorValues();
 }
@@ -293,20 +308,54 @@ void DatalogPage::LinkLost() {
   if (Logging()) StopLogging(false);
 }
 
+double DatalogPage::NowSeconds() const { return static_cast<double>(clock_.nsecsElapsed()) / 1e9; }
+
+void DatalogPage::FlushJournalIfDue() {
+  if (Logging()) journal_.FlushIfDue(log_, capture_.ArrivalOf(NowSeconds()));
+}
+
 void DatalogPage::FrameTaken(const live::Frame& frame) {
   if (!Logging()) return;
   const LiveData& live = parts_.link.live();
   const ChannelInputs inputs{live.afr, live.water_temp_c, live.air_temp_c,
                              live.injector_duty_percent};
-  capture_.CaptureFrame(frame, inputs, parts_.link.state().CommsRepeat, !chart_->AxisInHand());
+  // The time base is the rate the link chose, which the tuner may change during a log.
+  capture_.FramesPerSecond = FramesPerSecondOfChoice(parts_.setup.settings.frames_per_second_index);
+  capture_.CaptureFrame(frame, inputs, parts_.link.state().CommsRepeat, !chart_->AxisInHand(),
+                        NowSeconds());
   records_new_ = true;
+  FlushJournalIfDue();
 }
 
 void DatalogPage::Refresh() {
   if (!records_new_) return;
   records_new_ = false;
   ShowTime(capture_.DatalogTime);
+  ShowGaps();
   chart_->RefreshIfChanged();
+}
+
+// The clock beside the log's time, and the gaps: a log that lost frames must say so.
+void DatalogPage::ShowGaps() {
+  const std::optional<double> clock = log_.ClockEnd();
+  QString text;
+  if (log_.RecordCount() == 0) {
+    text = Logging() ? "Waiting for the first frame" : QString();
+  } else if (!clock) {
+    text = "Arrival times were not recorded in this file: gaps cannot be told.";
+  } else {
+    text = QString("Clock %1 s for %2 s of log: ")
+               .arg(ValueText(*clock, 2), ValueText(log_.EndTime(), 2));
+    const std::size_t gaps = log_.Gaps().size();
+    text += gaps == 0 ? QString("no frames lost")
+                      : QString("%1 %2, %3 frames lost")
+                            .arg(gaps)
+                            .arg(gaps == 1 ? "gap" : "gaps")
+                            .arg(log_.MissingFrames());
+  }
+  if (gaps_->text() != text) gaps_->setText(text);
+  const QString style = log_.Gaps().empty() ? QString() : QString("color: rgb(200, 30, 20);");
+  if (gaps_->styleSheet() != style) gaps_->setStyleSheet(style);
 }
 
 void DatalogPage::ShowTime(double seconds) { time_box_->setText(ValueText(seconds, 2)); }
@@ -342,13 +391,14 @@ void DatalogPage::Load() {
   if (files_.LoadDatalog(log_).result != DatalogFileResult::kDone) return;
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
-  ShowSeriesStates();
+  ShowLoadedLog();
 }
 
-// A log from a file: the check boxes, the channels and the time box show it.
-void DatalogPage::ShowSeriesStates() {
-  for (int n = 0; n < kChannelCount; ++n) check2_[n]->setChecked(log_.Series(n).active);
+// The chart draws the log's channels as it was saved; ticking a box still shows or hides that
+// channel of it, and sets what the next recording takes.
+void DatalogPage::ShowLoadedLog() {
   ShowTime(log_.EndTime());
+  ShowGaps();
   chart_->update();
   ShowCursorValues();
 }
@@ -383,13 +433,18 @@ void DatalogPage::ShowCursorValues() {
   set(0, 1, ValueText(a, 3));
   set(0, 2, ValueText(b, 3));
   set(0, 3, ValueText(difference(a, b), 3));
+  const std::optional<double> clock_a = a ? log_.ArrivalAt(*a) : std::nullopt;
+  const std::optional<double> clock_b = b ? log_.ArrivalAt(*b) : std::nullopt;
+  set(1, 1, ValueText(clock_a, 3));
+  set(1, 2, ValueText(clock_b, 3));
+  set(1, 3, ValueText(difference(clock_a, clock_b), 3));
   for (int n = 0; n < kChannelCount; ++n) {
     const std::optional<double> va = a ? log_.ValueAt(n, *a) : std::nullopt;
     const std::optional<double> vb = b ? log_.ValueAt(n, *b) : std::nullopt;
     const int decimals = kChannels[n].decimals;
-    set(n + 1, 1, ValueText(va, decimals));
-    set(n + 1, 2, ValueText(vb, decimals));
-    set(n + 1, 3, ValueText(difference(va, vb), decimals));
+    set(n + 2, 1, ValueText(va, decimals));
+    set(n + 2, 2, ValueText(vb, decimals));
+    set(n + 2, 3, ValueText(difference(va, vb), decimals));
   }
   fuel_cell_->setText(a ? FuelCellText(*a) : QString());
 }

@@ -1,5 +1,6 @@
 // The DataLogging tab in the whole window: the channel boxes read from and written to
-// DatalogSetup.txt, the chart's make-up, and a lost link ending the log.
+// DatalogSetup.txt and never changed by a loaded log, the chart's make-up, and a lost link ending
+// the log.
 #include "app/datalog_page.h"
 
 #include <QCheckBox>
@@ -9,6 +10,7 @@
 #include <QtTest>
 
 #include "app/link_session.h"
+#include "datalog/log_file.h"
 #include "program_fixture.h"
 #include "support/gui_test_main.h"
 
@@ -20,6 +22,12 @@ class DatalogPageTest : public QObject {
   static QString SetupText(testing::TestProgram& program) {
     QFile file(QString::fromStdString(program.setup.ProgramInfoFolder()) + "DatalogSetup.txt");
     return file.open(QIODevice::ReadOnly) ? QString::fromLatin1(file.readAll()) : QString();
+  }
+
+  static void Write(const QString& path, const std::string& bytes) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes.data(), static_cast<qint64>(bytes.size()));
   }
 
  private slots:
@@ -65,6 +73,49 @@ class DatalogPageTest : public QObject {
     QVERIFY(!page.Logging());
     QCOMPARE(start_stop->text(), QString("Start DataLogging"));
     QVERIFY(QFile::exists(QString::fromStdString(program.folders.datalogs) + "Recording.journal"));
+  }
+
+  // A log whose series block is damaged: its records load, but the channel settings (the check
+  // boxes, DatalogSetup.txt and what the next recording takes) stay as the tuner set them.
+  void loadingADamagedLogNeverChangesWhatTheNextRecordingTakes() {
+    QTemporaryDir dir;
+    const QString program_folder = dir.path() + "/MORVANE Programs Info/MORVANE VELA/";
+    QDir().mkpath(program_folder + "Datalogs");
+    const std::string setup = "Channel 0 = 1\r\nChannel 1 = 1\r\nChannel 2 = 0\r\n";
+    Write(program_folder + "DatalogSetup.txt", setup);
+    DatalogLog saved;
+    ChannelValues values{};
+    values.fill(50.0);
+    for (int i = 0; i < 100; ++i) saved.Append(i * 0.05, i * 0.05, values, 0x0FFF);
+    std::string bytes = EncodeLogFile(saved);
+    bytes[kLogHeaderSize + kBlockOverhead] ^= 0x01;  // inside the series block
+    Write(program_folder + "Datalogs/pull.SL1", bytes);
+
+    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
+    QVERIFY(program.window->Load());
+    DatalogPage& page = program.window->datalog_page();
+    program.dialogs.paths.push_back((program_folder + "Datalogs/pull.SL1").toStdString());
+    program.window->findChild<QPushButton*>("Command6_1")->click();
+    QCOMPARE(page.log().RecordCount(), std::size_t{100});
+    QVERIFY(program.messages.shown.back().lines.size() >= 2);
+    QCOMPARE(program.messages.shown.back().lines[1],
+             std::string("The list of channels is damaged: every channel that holds points is "
+                         "shown, in its own colour."));
+    for (int n = 0; n < kChannelCount; ++n) QVERIFY(page.log().Series(n).active);  // all drawn
+    QVERIFY(program.window->findChild<QCheckBox*>("Check2_0")->isChecked());
+    QVERIFY(!program.window->findChild<QCheckBox*>("Check2_2")->isChecked());
+    QVERIFY(!program.window->findChild<QCheckBox*>("Check2_11")->isChecked());
+    QCOMPARE(SetupText(program), QString::fromStdString(setup));
+
+    // The next recording takes the channels of the boxes, not those of the loaded log.
+    page.Command6(0);
+    page.FrameTaken(live::Frame{});
+    page.Command6(0);
+    QCOMPARE(page.log().RecordCount(), std::size_t{1});
+    QCOMPARE(page.log().Series(0).points, std::size_t{1});
+    QCOMPARE(page.log().Series(1).points, std::size_t{1});
+    QCOMPARE(page.log().Series(2).points, std::size_t{0});
+    QVERIFY(!page.log().Series(2).active);
   }
 };
 

@@ -136,6 +136,30 @@ void PaintAxes(QPainter& painter, const Frame& frame, const ChartScene& scene,
   painter.drawLine(plot.bottomLeft(), plot.topLeft());
 }
 
+constexpr int kGapTick = 7;  // pixels, from the plot's top and bottom edges
+
+// A red tick at the top and the bottom of the plot where the link lost frames: the log time runs
+// on across a gap as if nothing were missing, so the mark is what tells the tuner.
+void PaintGaps(QPainter& painter, const Frame& frame, const DatalogLog& log,
+               const ChartLook& look) {
+  const std::vector<LogGap>& gaps = log.Gaps();
+  const std::vector<double>& times = log.Times();
+  auto gap = std::lower_bound(gaps.begin(), gaps.end(), frame.axis.min,
+                              [&](const LogGap& g, double t) { return times[g.record] < t; });
+  const QRect& plot = frame.plot;
+  QVector<QLine> ticks;
+  int last_x = plot.left() - 1;
+  for (; gap != gaps.end() && times[gap->record] <= frame.axis.max; ++gap) {
+    const int x = static_cast<int>(std::lround(frame.XOf(times[gap->record])));
+    if (x == last_x || x < plot.left() || x > plot.right()) continue;
+    last_x = x;
+    ticks.append(QLine(x, plot.top(), x, plot.top() + kGapTick));
+    ticks.append(QLine(x, plot.bottom() - kGapTick, x, plot.bottom()));
+  }
+  painter.setPen(QPen(look.gap, 2));
+  painter.drawLines(ticks.constData(), ticks.size());
+}
+
 void PaintMarkersAndCursors(QPainter& painter, const Frame& frame, const ChartScene& scene,
                             const ChartLook& look) {
   const QRect& plot = frame.plot;
@@ -192,6 +216,7 @@ void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,
       PaintSeries(painter, frame, scene.log, n, bounds, raw, columns);
     }
   }
+  PaintGaps(painter, frame, scene.log, look);
   painter.restore();
   PaintMarkersAndCursors(painter, frame, scene, look);
 }
