@@ -1,17 +1,20 @@
 // The DataLogging tab in the whole window: the channel boxes read from and written to
-// DatalogSetup.txt and never changed by a loaded log, the chart's make-up, and a lost link ending
-// the log.
+// DatalogSetup.txt and never changed by a loaded log, the chart's make-up, a lost link ending the
+// log, and the load dialog that lists chart files by their content.
 #include "app/datalog_page.h"
 
 #include <QCheckBox>
 #include <QFile>
+#include <QListView>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include "app/link_session.h"
+#include "datalog/datalog_files.h"
 #include "datalog/log_file.h"
 #include "program_fixture.h"
+#include "shell/qt/qt_platform.h"
 #include "support/gui_test_main.h"
 
 using namespace vela;
@@ -28,6 +31,18 @@ class DatalogPageTest : public QObject {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(bytes.data(), static_cast<qint64>(bytes.size()));
+  }
+
+  // The names the view of `dialog` lists in its folder, once the folder has been read.
+  static QStringList Listed(QFileDialog& dialog) {
+    auto* view = dialog.findChild<QListView*>("listView");
+    QStringList names;
+    if (!view) return names;
+    for (int row = 0; row < view->model()->rowCount(view->rootIndex()); ++row) {
+      names << view->model()->index(row, 0, view->rootIndex()).data().toString();
+    }
+    names.sort();
+    return names;
   }
 
  private slots:
@@ -116,6 +131,31 @@ class DatalogPageTest : public QObject {
     QCOMPARE(page.log().Series(1).points, std::size_t{1});
     QCOMPARE(page.log().Series(2).points, std::size_t{0});
     QVERIFY(!page.log().Series(2).active);
+  }
+  void theLoadDialogsAllDataLogsListsChartFilesByTheirContent() {
+    QTemporaryDir dir;
+    const std::string chart = EncodeLogFile(DatalogLog());
+    Write(dir.path() + "/pull", chart);  // saved under a name without a dot
+    Write(dir.path() + "/run.sl1", chart);
+    Write(dir.path() + "/old.sl2", "not a log, but named like one");
+    Write(dir.path() + "/notes", "Channel 0 = 1\r\n");
+    Write(dir.path() + "/base.sm1", std::string(1023, '\x10'));
+    const FileDialogs::ContentListing listing{1, kLogFileHeadBytes, LooksLikeLogFile};
+    const std::unique_ptr<QFileDialog> dialog =
+        MakeListingDialog(nullptr, std::string(kDatalogFilter), std::string(kLoadDatalogTitle),
+                          dir.path().toStdString(), listing);
+    dialog->show();
+    QTRY_COMPARE(Listed(*dialog), QStringList{"run.sl1"});
+    const QStringList filters = dialog->nameFilters();
+    QCOMPARE(filters.size(), 2);
+    dialog->selectNameFilter(filters[1]);
+    emit dialog->filterSelected(filters[1]);
+    QTRY_COMPARE(Listed(*dialog), (QStringList{"old.sl2", "pull", "run.sl1"}));
+    // A file listed by its content can be chosen.
+    auto* view = dialog->findChild<QListView*>("listView");
+    const QModelIndex pull = view->model()->index(1, 0, view->rootIndex());
+    QVERIFY(view->model()->flags(pull) & Qt::ItemIsEnabled);
+    QVERIFY(view->model()->flags(pull) & Qt::ItemIsSelectable);
   }
 };
 
