@@ -22,6 +22,7 @@ namespace {
 constexpr const char* kStartCaption = "Start DataLogging";
 constexpr const char* kStopCaption = "Stop DataLogging";
 constexpr const char* kLoggingStatus = "Logging...";
+constexpr const char* kNoEcuStatus = "Logging stopped: the ECU is not connected";
 constexpr const char* kCommandCaptions[] = {kStartCaption, "Load DataLog...", "Save DataLog..."};
 // The chart and the time box are redrawn at this pace while logging runs, not with every frame.
 constexpr int kRefreshMs = 125;
@@ -75,6 +76,8 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
     });
   }
   connect(chart_, &DatalogChart::CursorsChanged, this, &DatalogPage::ShowCursorValues);
+  // Every tick of the link's supervision (and every arrival) is followed by this check.
+  connect(&parts_.link, &LinkSession::DisplayChanged, this, &DatalogPage::StopWithoutEcu);
   refresh_.setInterval(kRefreshMs);
   connect(&refresh_, &QTimer::timeout, this, &DatalogPage::Refresh);
   // Frames ask for the journal's flush as they arrive; this asks when none arrives.
@@ -305,7 +308,13 @@ void DatalogPage::StopLogging(bool by_button) {
 }
 
 void DatalogPage::LinkLost() {
-  if (Logging()) StopLogging(false);
+  if (!Logging()) return;
+  StopLogging(false);
+  status_->setText(kNoEcuStatus);
+}
+
+void DatalogPage::StopWithoutEcu() {
+  if (Logging() && parts_.link.state().Caption.find("Not") != std::string::npos) LinkLost();
 }
 
 double DatalogPage::NowSeconds() const { return static_cast<double>(clock_.nsecsElapsed()) / 1e9; }

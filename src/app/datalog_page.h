@@ -67,6 +67,8 @@ class DatalogPage : public QWidget {
   void FrameTaken(const live::Frame& frame);
   // The link was lost: logging stops (the button says "Start DataLogging" again).
   void LinkLost();
+  // Logging stops with the link: while the caption says not connected, no log runs.
+  void StopWithoutEcu();
   // The fuel map whose cell the cursor read-out names.
   void SetFuelMap(const MapGridModel* fuel_map) { fuel_map_ = fuel_map; }
 

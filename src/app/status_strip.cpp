@@ -58,6 +58,7 @@ StatusStrip::StatusStrip(QWidget* parent)
       link_state_(new QLabel(this)),
       live_tune_(new QLabel(this)),
       frames_per_second_(new QLabel(this)),
+      datalog_(new QLabel(this)),
       map_in_use_(new ElidingLabel(this)),
       fault_(new ElidingLabel(this)),
       startup_(new ElidingLabel(this)),
@@ -71,6 +72,10 @@ StatusStrip::StatusStrip(QWidget* parent)
   live_tune_->setObjectName("LiveTuneState");
   frames_per_second_->setObjectName("FramesPerSecond");
   frames_per_second_->setToolTip("Live frames the program takes from the ECU each second");
+  datalog_->setObjectName("DatalogState");
+  datalog_->setToolTip("A datalog is being recorded: its time and the records taken so far");
+  datalog_->setStyleSheet("background-color: rgb(200, 30, 20); color: white; padding: 1px 6px;");
+  datalog_->hide();
   map_in_use_->setObjectName("MapInUse");
   fault_->setObjectName("FaultIndicator");
   fault_->setCursor(Qt::PointingHandCursor);
@@ -80,7 +85,7 @@ StatusStrip::StatusStrip(QWidget* parent)
   startup_->setStyleSheet("background-color: rgb(255, 160, 40); padding: 1px 6px;");
   startup_->hide();
   for (QWidget* w : {static_cast<QWidget*>(link_state_), static_cast<QWidget*>(live_tune_),
-                     static_cast<QWidget*>(frames_per_second_)}) {
+                     static_cast<QWidget*>(frames_per_second_), static_cast<QWidget*>(datalog_)}) {
     row->addWidget(w);
   }
   row->addWidget(map_in_use_, 2);
@@ -184,6 +189,14 @@ void StatusStrip::ShowPort(const QString& device) {
   port_->setText(device.isEmpty() ? QString("Port closed") : shown);
   port_->setToolTip("The serial device of the ECU link: " +
                     (device.isEmpty() ? QString("closed") : device));
+}
+
+void StatusStrip::ShowDatalog(bool logging, double seconds, std::size_t records) {
+  const QString text =
+      logging ? QString("Logging %1 s, %2 records").arg(seconds, 0, 'f', 1).arg(records)
+              : QString();
+  if (datalog_->text() != text) datalog_->setText(text);
+  datalog_->setVisible(logging);
 }
 
 void StatusStrip::ShowStartupText(const QString& text) {

@@ -3,6 +3,7 @@
 // holds the values the ECU put in its frames; a journal left by a killed program comes back.
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -138,6 +139,29 @@ class DatalogEndToEndTest : public QObject {
       QCOMPARE(row[10].toDouble(), Field(f, 21, 2) / 100.0);
     }
     QVERIFY(arrived > 1.0);
+  }
+
+  // The status strip tells a running log on every page, with its time and record count.
+  void theStatusStripShowsARunningLogOnEveryPage() {
+    QTemporaryDir dir;
+    sim::InProcessSimulator ecu;
+    std::string error;
+    QVERIFY2(ecu.Start({}, &error), error.c_str());
+    Program program(dir.path(), ecu.SlavePath());
+    QVERIFY(program.Run());
+    auto* state = program.window->findChild<QLabel*>("DatalogState");
+    QVERIFY(state);
+    QVERIFY(state->isHidden());
+    program.window->tabs()->setCurrentIndex(0);
+    program.page().StartStopLogging();
+    QTRY_VERIFY_WITH_TIMEOUT(program.page().log().RecordCount() >= 10, 5000);
+    QTRY_VERIFY(state->isVisible());
+    QVERIFY(state->text().startsWith("Logging "));
+    QVERIFY(state->text().endsWith(" records"));
+    program.window->tabs()->setCurrentIndex(9);
+    QVERIFY(state->isVisible());
+    program.page().StartStopLogging();
+    QTRY_VERIFY(state->isHidden());
   }
 
   void aJournalLeftByAKilledProgramIsOfferedAtTheNextStart() {

@@ -1,10 +1,11 @@
 // The DataLogging tab in the whole window: the channel boxes read from and written to
-// DatalogSetup.txt and never changed by a loaded log, the chart's make-up, a lost link ending the
-// log, and the load dialog that lists chart files by their content.
+// DatalogSetup.txt and never changed by a loaded log, the chart's make-up, logging ended by a lost
+// link or no link at all, and the load dialog that lists chart files by their content.
 #include "app/datalog_page.h"
 
 #include <QCheckBox>
 #include <QFile>
+#include <QLabel>
 #include <QListView>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -90,6 +91,21 @@ class DatalogPageTest : public QObject {
     QVERIFY(QFile::exists(QString::fromStdString(program.folders.datalogs) + "Recording.journal"));
   }
 
+  void aLogStartedWithoutAnEcuStopsAtTheNextSupervisionTickAndSaysWhy() {
+    QTemporaryDir dir;
+    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
+    QVERIFY(program.window->Load());
+    DatalogPage& page = program.window->datalog_page();
+    auto* start_stop = program.window->findChild<QPushButton*>("Command6_0");
+    start_stop->click();
+    QVERIFY(page.Logging());
+    QTRY_VERIFY_WITH_TIMEOUT(!page.Logging(), 1000);
+    QCOMPARE(start_stop->text(), QString("Start DataLogging"));
+    QCOMPARE(program.window->findChild<QLabel*>("DatalogStatus")->text(),
+             QString("Logging stopped: the ECU is not connected"));
+    QTRY_VERIFY(program.window->findChild<QLabel*>("DatalogState")->isHidden());
+  }
+
   // A log whose series block is damaged: its records load, but the channel settings (the check
   // boxes, DatalogSetup.txt and what the next recording takes) stay as the tuner set them.
   void loadingADamagedLogNeverChangesWhatTheNextRecordingTakes() {
@@ -132,6 +148,7 @@ class DatalogPageTest : public QObject {
     QCOMPARE(page.log().Series(2).points, std::size_t{0});
     QVERIFY(!page.log().Series(2).active);
   }
+
   void theLoadDialogsAllDataLogsListsChartFilesByTheirContent() {
     QTemporaryDir dir;
     const std::string chart = EncodeLogFile(DatalogLog());
