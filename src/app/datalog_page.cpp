@@ -27,6 +27,8 @@ constexpr const char* kCommandCaptions[] = {kStartCaption, "Load DataLog...", "S
 // The chart and the time box are redrawn at this pace while logging runs, not with every frame.
 constexpr int kRefreshMs = 125;
 constexpr int kReadoutWidth = 300;
+constexpr const char* kNoArrivalsText =
+    "Arrival times were not recorded in this file: gaps cannot be told.";
 constexpr const char* kDarkPanel = "background-color: rgb(12, 12, 18);";
 
 QColor ChannelQColor(const ChannelColour& c) { return QColor(c.red, c.green, c.blue); }
@@ -40,6 +42,39 @@ QString ValueText(std::optional<double> value, int decimals) {
   return QString::fromStdString(FixedText(*value, decimals))
       .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
 }
+
+// A word-wrapped label of a fixed width whose height fits the longest of its texts at whatever
+// font it is given. The gaps' text changes with every refresh while logging; a label that may
+// change its size would have the whole tab laid out again each time (several % of a core).
+class FixedSizeWrappingLabel : public QLabel {
+ public:
+  FixedSizeWrappingLabel(int width, QStringList longest, QWidget* parent)
+      : QLabel(parent), width_(width), longest_(std::move(longest)) {
+    setWordWrap(true);
+    FitLongest();
+  }
+
+ protected:
+  void changeEvent(QEvent* event) override {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) FitLongest();
+  }
+
+ private:
+  void FitLongest() {
+    const QString shown = text();
+    int height = 0;
+    for (const QString& text : longest_) {
+      setText(text);
+      height = std::max(height, heightForWidth(width_));
+    }
+    setFixedSize(width_, height);
+    setText(shown);
+  }
+
+  int width_;
+  QStringList longest_;
+};
 
 }  // namespace
 
@@ -195,9 +230,12 @@ QWidget* DatalogPage::BuildReadout() {
     cursor_values_->setItem(n + 2, 0, name);
   }
   column->addWidget(cursor_values_, 1);
-  gaps_ = new QLabel(panel);
+  gaps_ = new FixedSizeWrappingLabel(kReadoutWidth,
+                                     {QString(kNoArrivalsText),
+                                      "Clock 88888.88 s, log 88888.88 s: 88888 gaps, "
+                                      "8888888 frames lost"},
+                                     panel);
   gaps_->setObjectName("DatalogGaps");
-  gaps_->setWordWrap(true);
   gaps_->setToolTip(
       "Frames the link lost while logging. The log's time counts frames at the chosen rate, so a "
       "gap takes no room on the chart: a red tick at the top and bottom marks it.");
@@ -351,10 +389,10 @@ void DatalogPage::ShowGaps() {
   if (log_.RecordCount() == 0) {
     text = Logging() ? "Waiting for the first frame" : QString();
   } else if (!clock) {
-    text = "Arrival times were not recorded in this file: gaps cannot be told.";
+    text = kNoArrivalsText;
   } else {
-    text = QString("Clock %1 s for %2 s of log: ")
-               .arg(ValueText(*clock, 2), ValueText(log_.EndTime(), 2));
+    text =
+        QString("Clock %1 s, log %2 s: ").arg(ValueText(*clock, 2), ValueText(log_.EndTime(), 2));
     const std::size_t gaps = log_.Gaps().size();
     text += gaps == 0 ? QString("no frames lost")
                       : QString("%1 %2, %3 frames lost")
