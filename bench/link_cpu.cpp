@@ -154,14 +154,14 @@ class Measurement {
       const double thread_start = ThreadCpuSeconds();
       const int frames_start = frames_;
       wall_.start();
-      QTimer::singleShot(seconds_ * 1000, [this, turn, index, cpu_start, thread_start,
-                                           frames_start] {
-        const double elapsed = wall_.elapsed() / 1000.0;
-        percent_[index].push_back(100.0 * (ProgramCpuSeconds() - cpu_start) / elapsed);
-        thread_percent_[index].push_back(100.0 * (ThreadCpuSeconds() - thread_start) / elapsed);
-        frame_rate_ = (frames_ - frames_start) / elapsed;
-        Next(turn + 1);
-      });
+      QTimer::singleShot(
+          seconds_ * 1000, [this, turn, index, cpu_start, thread_start, frames_start] {
+            const double elapsed = wall_.elapsed() / 1000.0;
+            percent_[index].push_back(100.0 * (ProgramCpuSeconds() - cpu_start) / elapsed);
+            thread_percent_[index].push_back(100.0 * (ThreadCpuSeconds() - thread_start) / elapsed);
+            frame_rate_ = (frames_ - frames_start) / elapsed;
+            Next(turn + 1);
+          });
     });
   }
 
@@ -264,6 +264,8 @@ int main(int argc, char* argv[]) {
   QObject::connect(&link, &vela::LinkSession::CalibrationReceived, [&] {
     if (started) return;
     started = true;
+    // As the rate list does: the setting (the datalog's time base) and the link's rate.
+    program.setup.settings.frames_per_second_index = 0;
     link.RateChosen(0);
     measurement.Start();
   });

@@ -22,10 +22,13 @@ namespace {
 constexpr const char* kStartCaption = "Start DataLogging";
 constexpr const char* kStopCaption = "Stop DataLogging";
 constexpr const char* kLoggingStatus = "Logging...";
+constexpr const char* kNoEcuStatus = "Logging stopped: the ECU is not connected";
 constexpr const char* kCommandCaptions[] = {kStartCaption, "Load DataLog...", "Save DataLog..."};
 // The chart and the time box are redrawn at this pace while logging runs, not with every frame.
 constexpr int kRefreshMs = 125;
 constexpr int kReadoutWidth = 300;
+constexpr const char* kNoArrivalsText =
+    "Arrival times were not recorded in this file: gaps cannot be told.";
 constexpr const char* kDarkPanel = "background-color: rgb(12, 12, 18);";
 
 QColor ChannelQColor(const ChannelColour& c) { return QColor(c.red, c.green, c.blue); }
@@ -39,6 +42,39 @@ QString ValueText(std::optional<double> value, int decimals) {
   return QString::fromStdString(FixedText(*value, decimals))
       .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
 }
+
+// A word-wrapped label of a fixed width whose height fits the longest of its texts at whatever
+// font it is given. The gaps' text changes with every refresh while logging; a label that may
+// change its size would have the whole tab laid out again each time (several % of a core).
+class FixedSizeWrappingLabel : public QLabel {
+ public:
+  FixedSizeWrappingLabel(int width, QStringList longest, QWidget* parent)
+      : QLabel(parent), width_(width), longest_(std::move(longest)) {
+    setWordWrap(true);
+    FitLongest();
+  }
+
+ protected:
+  void changeEvent(QEvent* event) override {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) FitLongest();
+  }
+
+ private:
+  void FitLongest() {
+    const QString shown = text();
+    int height = 0;
+    for (const QString& text : longest_) {
+      setText(text);
+      height = std::max(height, heightForWidth(width_));
+    }
+    setFixedSize(width_, height);
+    setText(shown);
+  }
+
+  int width_;
+  QStringList longest_;
+};
 
 }  // namespace
 
@@ -75,10 +111,14 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
     });
   }
   connect(chart_, &DatalogChart::CursorsChanged, this, &DatalogPage::ShowCursorValues);
+  // Every tick of the link's supervision (and every arrival) is followed by this check.
+  connect(&parts_.link, &LinkSession::DisplayChanged, this, &DatalogPage::StopWithoutEcu);
   refresh_.setInterval(kRefreshMs);
   connect(&refresh_, &QTimer::timeout, this, &DatalogPage::Refresh);
-  journal_flush_.setInterval(kJournalFlushMs);
-  connect(&journal_flush_, &QTimer::timeout, this, [this] { journal_.Flush(log_); });
+  // Frames ask for the journal's flush as they arrive; this asks when none arrives.
+  journal_check_.setInterval(kJournalCheckMs);
+  connect(&journal_check_, &QTimer::timeout, this, &DatalogPage::FlushJournalIfDue);
+  clock_.start();
 }
 
 // A program closed while logging leaves a closed journal behind, offered back at the next start.
@@ -169,7 +209,7 @@ QWidget* DatalogPage::BuildReadout() {
   connect(axis_channel_, &QComboBox::currentIndexChanged, chart_, &DatalogChart::SetAxisChannel);
   axis_row->addWidget(axis_channel_, 1);
   column->addLayout(axis_row);
-  cursor_values_ = new QTableWidget(kChannelCount + 1, 4, panel);
+  cursor_values_ = new QTableWidget(kChannelCount + 2, 4, panel);
   cursor_values_->setObjectName("DatalogCursorValues");
   cursor_values_->setHorizontalHeaderLabels({"Channel", "A", "B", "B - A"});
   cursor_values_->verticalHeader()->hide();
@@ -181,12 +221,25 @@ QWidget* DatalogPage::BuildReadout() {
   cursor_values_->setStyleSheet(
       "QTableWidget { background-color: rgb(12, 12, 18); color: silver; }");
   cursor_values_->setItem(0, 0, new QTableWidgetItem("Time s"));
+  auto* clock = new QTableWidgetItem("Clock s");
+  clock->setToolTip("When the record arrived, on the program's clock from the start of logging");
+  cursor_values_->setItem(1, 0, clock);
   for (int n = 0; n < kChannelCount; ++n) {
     auto* name = new QTableWidgetItem(Text(kChannels[n].label));
     name->setForeground(ChannelQColor(kChannels[n].colour));
-    cursor_values_->setItem(n + 1, 0, name);
+    cursor_values_->setItem(n + 2, 0, name);
   }
   column->addWidget(cursor_values_, 1);
+  gaps_ = new FixedSizeWrappingLabel(kReadoutWidth,
+                                     {QString(kNoArrivalsText),
+                                      "Clock 88888.88 s, log 88888.88 s: 88888 gaps, "
+                                      "8888888 frames lost"},
+                                     panel);
+  gaps_->setObjectName("DatalogGaps");
+  gaps_->setToolTip(
+      "Frames the link lost while logging. The log's time counts frames at the chosen rate, so a "
+      "gap takes no room on the chart: a red tick at the top and bottom marks it.");
+  column->addWidget(gaps_);
   fuel_cell_ = new QLabel(panel);
   fuel_cell_->setObjectName("DatalogFuelCell");
   fuel_cell_->setWordWrap(true);
@@ -237,7 +290,7 @@ void DatalogPage::OfferRecovery() {
   log_.ReplaceWith(std::move(recovered->log));
   log_.axis = WholeLogAxis(log_);
   journal_holds_log_ = true;
-  ShowSeriesStates();
+  ShowLoadedLog();
 }
 
 void DatalogPage::Command6(int index) {
@@ -264,13 +317,15 @@ void DatalogPage::StartLogging() {
   command6_[0]->setText(kStopCaption);
   status_->setText(kLoggingStatus);
   command6_[1]->setEnabled(false);
-  capture_.StartLogging(TimeScale());
+  capture_.FramesPerSecond = FramesPerSecondOfChoice(parts_.setup.settings.frames_per_second_index);
+  capture_.StartLogging(TimeScale(), NowSeconds());
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
   journal_holds_log_ = journal_.Begin(log_);
   if (!journal_holds_log_) status_->setText("Logging... (no recovery journal)");
-  journal_flush_.start();
+  journal_check_.start();
   refresh_.start();
+  ShowGaps();
 }
 
 void DatalogPage::StopLogging(bool by_button) {
@@ -282,15 +337,28 @@ void DatalogPage::StopLogging(bool by_button) {
   // Every frame is recorded live, so there is no log in the ECU to build the chart from.
   log_.axis = TimeAxis{0.0, TimeScale()};
   chart_->ReleaseAxis();
-  journal_flush_.stop();
+  journal_check_.stop();
   refresh_.stop();
   journal_.End(log_);
+  records_new_ = true;
   Refresh();
   ShowCursorValues();
 }
 
 void DatalogPage::LinkLost() {
-  if (Logging()) StopLogging(false);
+  if (!Logging()) return;
+  StopLogging(false);
+  status_->setText(kNoEcuStatus);
+}
+
+void DatalogPage::StopWithoutEcu() {
+  if (Logging() && parts_.link.state().Caption.find("Not") != std::string::npos) LinkLost();
+}
+
+double DatalogPage::NowSeconds() const { return static_cast<double>(clock_.nsecsElapsed()) / 1e9; }
+
+void DatalogPage::FlushJournalIfDue() {
+  if (Logging()) journal_.FlushIfDue(log_, capture_.ArrivalOf(NowSeconds()));
 }
 
 void DatalogPage::FrameTaken(const live::Frame& frame) {
@@ -298,15 +366,43 @@ void DatalogPage::FrameTaken(const live::Frame& frame) {
   const LiveData& live = parts_.link.live();
   const ChannelInputs inputs{live.afr, live.water_temp_c, live.air_temp_c,
                              live.injector_duty_percent};
-  capture_.CaptureFrame(frame, inputs, parts_.link.state().CommsRepeat, !chart_->AxisInHand());
+  // The time base is the rate the link chose, which the tuner may change during a log.
+  capture_.FramesPerSecond = FramesPerSecondOfChoice(parts_.setup.settings.frames_per_second_index);
+  capture_.CaptureFrame(frame, inputs, parts_.link.state().CommsRepeat, !chart_->AxisInHand(),
+                        NowSeconds());
   records_new_ = true;
+  FlushJournalIfDue();
 }
 
 void DatalogPage::Refresh() {
   if (!records_new_) return;
   records_new_ = false;
   ShowTime(capture_.DatalogTime);
+  ShowGaps();
   chart_->RefreshIfChanged();
+}
+
+// The clock beside the log's time, and the gaps: a log that lost frames must say so.
+void DatalogPage::ShowGaps() {
+  const std::optional<double> clock = log_.ClockEnd();
+  QString text;
+  if (log_.RecordCount() == 0) {
+    text = Logging() ? "Waiting for the first frame" : QString();
+  } else if (!clock) {
+    text = kNoArrivalsText;
+  } else {
+    text =
+        QString("Clock %1 s, log %2 s: ").arg(ValueText(*clock, 2), ValueText(log_.EndTime(), 2));
+    const std::size_t gaps = log_.Gaps().size();
+    text += gaps == 0 ? QString("no frames lost")
+                      : QString("%1 %2, %3 frames lost")
+                            .arg(gaps)
+                            .arg(gaps == 1 ? "gap" : "gaps")
+                            .arg(log_.MissingFrames());
+  }
+  if (gaps_->text() != text) gaps_->setText(text);
+  const QString style = log_.Gaps().empty() ? QString() : QString("color: rgb(200, 30, 20);");
+  if (gaps_->styleSheet() != style) gaps_->setStyleSheet(style);
 }
 
 void DatalogPage::ShowTime(double seconds) { time_box_->setText(ValueText(seconds, 2)); }
@@ -342,13 +438,14 @@ void DatalogPage::Load() {
   if (files_.LoadDatalog(log_).result != DatalogFileResult::kDone) return;
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
-  ShowSeriesStates();
+  ShowLoadedLog();
 }
 
-// A log from a file: the check boxes, the channels and the time box show it.
-void DatalogPage::ShowSeriesStates() {
-  for (int n = 0; n < kChannelCount; ++n) check2_[n]->setChecked(log_.Series(n).active);
+// The chart draws the log's channels as it was saved; ticking a box still shows or hides that
+// channel of it, and sets what the next recording takes.
+void DatalogPage::ShowLoadedLog() {
   ShowTime(log_.EndTime());
+  ShowGaps();
   chart_->update();
   ShowCursorValues();
 }
@@ -383,13 +480,18 @@ void DatalogPage::ShowCursorValues() {
   set(0, 1, ValueText(a, 3));
   set(0, 2, ValueText(b, 3));
   set(0, 3, ValueText(difference(a, b), 3));
+  const std::optional<double> clock_a = a ? log_.ArrivalAt(*a) : std::nullopt;
+  const std::optional<double> clock_b = b ? log_.ArrivalAt(*b) : std::nullopt;
+  set(1, 1, ValueText(clock_a, 3));
+  set(1, 2, ValueText(clock_b, 3));
+  set(1, 3, ValueText(difference(clock_a, clock_b), 3));
   for (int n = 0; n < kChannelCount; ++n) {
     const std::optional<double> va = a ? log_.ValueAt(n, *a) : std::nullopt;
     const std::optional<double> vb = b ? log_.ValueAt(n, *b) : std::nullopt;
     const int decimals = kChannels[n].decimals;
-    set(n + 1, 1, ValueText(va, decimals));
-    set(n + 1, 2, ValueText(vb, decimals));
-    set(n + 1, 3, ValueText(difference(va, vb), decimals));
+    set(n + 2, 1, ValueText(va, decimals));
+    set(n + 2, 2, ValueText(vb, decimals));
+    set(n + 2, 3, ValueText(difference(va, vb), decimals));
   }
   fuel_cell_->setText(a ? FuelCellText(*a) : QString());
 }

@@ -6,6 +6,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableWidget>
@@ -66,6 +67,8 @@ class DatalogPage : public QWidget {
   void FrameTaken(const live::Frame& frame);
   // The link was lost: logging stops (the button says "Start DataLogging" again).
   void LinkLost();
+  // Logging stops with the link: while the caption says not connected, no log runs.
+  void StopWithoutEcu();
   // The fuel map whose cell the cursor read-out names.
   void SetFuelMap(const MapGridModel* fuel_map) { fuel_map_ = fuel_map; }
 
@@ -73,6 +76,8 @@ class DatalogPage : public QWidget {
   DatalogCapture& capture() { return capture_; }
   DatalogChart* chart() const { return chart_; }
   bool Logging() const { return capture_.DatalogLive; }
+  // The journal's file, for tests that look at what a kill would leave.
+  const DatalogJournal& journal() const { return journal_; }
 
  signals:
   // Stopping brings the DataLogging tab to the front.
@@ -87,8 +92,13 @@ class DatalogPage : public QWidget {
   void Save();
   void Load();
   void ChannelToggled(int channel, bool on);
-  // The check boxes (and the channels) from the log's series, after a file or a recovery.
-  void ShowSeriesStates();
+  // A log from a file or a recovered journal is shown: the check boxes, which say what the next
+  // recording takes, are left as they are.
+  void ShowLoadedLog();
+  void ShowGaps();
+  // Seconds on the program's clock, from which arrival times are counted.
+  double NowSeconds() const;
+  void FlushJournalIfDue();
   ChannelChecks Checks() const;
   void Refresh();
   void ShowTime(double seconds);
@@ -115,8 +125,10 @@ class DatalogPage : public QWidget {
   QComboBox* axis_channel_ = nullptr;
   QTableWidget* cursor_values_ = nullptr;
   QLabel* fuel_cell_ = nullptr;
+  QLabel* gaps_ = nullptr;
   QTimer refresh_;
-  QTimer journal_flush_;
+  QTimer journal_check_;
+  QElapsedTimer clock_;
   bool records_new_ = false;
 };
 

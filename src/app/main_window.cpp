@@ -316,6 +316,9 @@ void MainWindow::RefreshStatus() {
   }
   const FaultWatch& watch = fault_monitor_->watch();
   status_strip_->ShowFault(watch.Unacknowledged(), static_cast<int>(watch.Seen().size()));
+  const DatalogCapture& capture = datalog_page_->capture();
+  status_strip_->ShowDatalog(capture.DatalogLive, capture.DatalogTime,
+                             static_cast<std::size_t>(capture.DatalogRecordCount));
 }
 
 // Only the page in front is redrawn; a page brought to the front is redrawn at once.

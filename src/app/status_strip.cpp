@@ -17,6 +17,34 @@ QString Rgb(const LabelColour& c) {
 
 QString TextOf(const std::string& text) { return QString::fromStdString(text); }
 
+// A label as wide as its longest text, at whatever font it is given. Its text changes four times
+// a second while a log runs; a label that may change its size would have the whole window laid
+// out again each time, and a fixed size spares that.
+class FixedWidthLabel : public QLabel {
+ public:
+  FixedWidthLabel(QString longest, QWidget* parent) : QLabel(parent), longest_(std::move(longest)) {
+    FitLongest();
+  }
+
+ protected:
+  void changeEvent(QEvent* event) override {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) FitLongest();
+  }
+
+ private:
+  void FitLongest() {
+    const QString shown = text();
+    setText(longest_);
+    setMinimumSize(0, 0);
+    setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    setFixedSize(sizeHint());
+    setText(shown);
+  }
+
+  QString longest_;
+};
+
 }  // namespace
 
 QString StatusStyle(const StatusLook& look) {
@@ -58,6 +86,7 @@ StatusStrip::StatusStrip(QWidget* parent)
       link_state_(new QLabel(this)),
       live_tune_(new QLabel(this)),
       frames_per_second_(new QLabel(this)),
+      datalog_(new FixedWidthLabel("Logging 88888.8 s, 8888888 records", this)),
       map_in_use_(new ElidingLabel(this)),
       fault_(new ElidingLabel(this)),
       startup_(new ElidingLabel(this)),
@@ -71,6 +100,10 @@ StatusStrip::StatusStrip(QWidget* parent)
   live_tune_->setObjectName("LiveTuneState");
   frames_per_second_->setObjectName("FramesPerSecond");
   frames_per_second_->setToolTip("Live frames the program takes from the ECU each second");
+  datalog_->setObjectName("DatalogState");
+  datalog_->setToolTip("A datalog is being recorded: its time and the records taken so far");
+  datalog_->setStyleSheet("background-color: rgb(200, 30, 20); color: white; padding: 1px 6px;");
+  datalog_->hide();
   map_in_use_->setObjectName("MapInUse");
   fault_->setObjectName("FaultIndicator");
   fault_->setCursor(Qt::PointingHandCursor);
@@ -80,7 +113,7 @@ StatusStrip::StatusStrip(QWidget* parent)
   startup_->setStyleSheet("background-color: rgb(255, 160, 40); padding: 1px 6px;");
   startup_->hide();
   for (QWidget* w : {static_cast<QWidget*>(link_state_), static_cast<QWidget*>(live_tune_),
-                     static_cast<QWidget*>(frames_per_second_)}) {
+                     static_cast<QWidget*>(frames_per_second_), static_cast<QWidget*>(datalog_)}) {
     row->addWidget(w);
   }
   row->addWidget(map_in_use_, 2);
@@ -184,6 +217,14 @@ void StatusStrip::ShowPort(const QString& device) {
   port_->setText(device.isEmpty() ? QString("Port closed") : shown);
   port_->setToolTip("The serial device of the ECU link: " +
                     (device.isEmpty() ? QString("closed") : device));
+}
+
+void StatusStrip::ShowDatalog(bool logging, double seconds, std::size_t records) {
+  const QString text =
+      logging ? QString("Logging %1 s, %2 records").arg(seconds, 0, 'f', 1).arg(records)
+              : QString();
+  if (datalog_->text() != text) datalog_->setText(text);
+  datalog_->setVisible(logging);
 }
 
 void StatusStrip::ShowStartupText(const QString& text) {

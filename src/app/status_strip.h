@@ -51,6 +51,8 @@ class StatusStrip : public QFrame {
   void ShowPort(const QString& device);
   // `LabelOrangeBlock`: start-up steps and the upload's progress; hidden while empty.
   void ShowStartupText(const QString& text);
+  // Whether a datalog is being recorded, with its time and record count; hidden when not.
+  void ShowDatalog(bool logging, double seconds, std::size_t records);
 
   QLabel* startup_label() const { return startup_; }
   QLabel* status_label() const { return watchdog_; }
@@ -66,6 +68,7 @@ class StatusStrip : public QFrame {
   QLabel* link_state_;
   QLabel* live_tune_;
   QLabel* frames_per_second_;
+  QLabel* datalog_;
   ElidingLabel* map_in_use_;
   ElidingLabel* fault_;
   ElidingLabel* startup_;

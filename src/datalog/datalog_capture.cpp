@@ -1,9 +1,11 @@
 #include "datalog/datalog_capture.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "calibration/rounding.h"
 #include "datalog/axis_follow.h"
+#include "link/link_timing.h"
 
 namespace vela {
 
@@ -11,12 +13,31 @@ namespace {
 constexpr std::int16_t kTrue = -1;
 }  // namespace
 
-void DatalogCapture::StartLogging(double time_scale_s) {
+std::int16_t FramesPerSecondOfChoice(int index) {
+  if (index < 0 || index >= static_cast<int>(kLiveFrameRates.size())) return 0;
+  const std::string_view text = kLiveFrameRates[static_cast<std::size_t>(index)].text;
+  std::int16_t rate = 0;
+  std::from_chars(text.data(), text.data() + text.size(), rate);
+  return rate;
+}
+
+void DatalogCapture::StartLogging(double time_scale_s, double now_s) {
   DatalogTime = 0.0;
   DatalogRecordCount = 0.0f;
+  started_s_ = now_s;
   log_.Clear();
+  // A log loaded from a file may have drawn other channels, in its own colours.
+  for (int n = 0; n < kChannelCount; ++n) {
+    log_.SetActive(n, ChannelOn(n));
+    log_.SetColour(n, kChannels[n].colour);
+  }
   log_.axis = TimeAxis{0.0, time_scale_s};
   DatalogLive = true;
+}
+
+void DatalogCapture::StopLogging() {
+  if (DatalogLive) log_.CloseGaps();
+  DatalogLive = false;
 }
 
 void DatalogCapture::SetChannelEnabled(int channel, bool enabled) {
@@ -26,12 +47,11 @@ void DatalogCapture::SetChannelEnabled(int channel, bool enabled) {
 }
 
 bool DatalogCapture::CaptureFrame(const live::Frame& frame, const ChannelInputs& inputs,
-                                  double packet_speed_factor, bool follow) {
+                                  double packet_speed_factor, bool follow, double now_s) {
   if (!DatalogLive) return false;
   DatalogRecordCount += 1.0f;
   std::fill_n(ChannelMax.begin(), kChannelLimitsReset, kChannelMaxReset);
   std::fill_n(ChannelMin.begin(), kChannelLimitsReset, kChannelMinReset);
-  FramesPerSecond = live::At(frame, live::kFramesPerSecond);
   if (FramesPerSecond != 0) DatalogTime += kDatalogTimeStep / FramesPerSecond;
   if (follow) FollowTimeAxis(log_.axis, DatalogTime, packet_speed_factor);
 
@@ -43,7 +63,7 @@ bool DatalogCapture::CaptureFrame(const live::Frame& frame, const ChannelInputs&
     UpdateLimits(n, values[n]);
     mask |= static_cast<ChannelMask>(1u << n);
   }
-  log_.Append(DatalogTime, values, mask);
+  log_.Append(DatalogTime, ArrivalOf(now_s), values, mask);
   return true;
 }
 

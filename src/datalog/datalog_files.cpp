@@ -128,9 +128,12 @@ DatalogFileResult DatalogFiles::ExportCsv(const DatalogLog& log) {
 
 DatalogLoadResult DatalogFiles::LoadDatalog(DatalogLog& log) {
   DatalogLoadResult outcome;
+  // "All DataLogs" lists every chart file by its content too: a log saved under a name without
+  // a dot has no extension.
+  const FileDialogs::ContentListing chart_files{1, kLogFileHeadBytes, LooksLikeLogFile};
   const std::optional<std::string> path =
-      dialogs_.AskOpenPath(std::string(kDatalogFilter), std::string(kLoadDatalogTitle),
-                           InitialFolder(kLoadFolderMissingLine));
+      dialogs_.AskOpenPathListing(std::string(kDatalogFilter), std::string(kLoadDatalogTitle),
+                                  InitialFolder(kLoadFolderMissingLine), chart_files);
   if (!path) return outcome;
   Remember(*path);
   if (!DatalogNameAccepted(*path)) {

@@ -6,16 +6,14 @@
 
 namespace vela {
 
-namespace {
-constexpr float kNoPoint = std::numeric_limits<float>::quiet_NaN();
-}  // namespace
-
 DatalogLog::DatalogLog() {
   for (int n = 0; n < kChannelCount; ++n) series_[n].colour = kChannels[n].colour;
 }
 
 void DatalogLog::Clear() {
   times_.clear();
+  arrivals_.clear();
+  gap_finder_.Clear();
   for (LogSeries& s : series_) {
     s.values.clear();
     s.summaries.Clear();
@@ -32,16 +30,18 @@ void DatalogLog::ReplaceWith(DatalogLog&& other) {
 }
 
 void DatalogLog::PadTo(LogSeries& series, std::size_t size) {
-  while (series.values.size() < size) {
-    series.values.push_back(kNoPoint);
-    series.summaries.Appended(series.values);
-  }
+  const std::size_t old_size = series.values.size();
+  if (old_size >= size) return;
+  series.values.resize(size, kNoPoint);
+  series.summaries.Extended(series.values, old_size);
 }
 
-void DatalogLog::Append(double time, const ChannelValues& values, ChannelMask mask) {
+void DatalogLog::Append(double time, double arrival, const ChannelValues& values,
+                        ChannelMask mask) {
   if (mask == 0) return;
   const std::size_t index = times_.size();
   times_.push_back(time);
+  arrivals_.push_back(arrival);
   for (int n = 0; n < kChannelCount; ++n) {
     if ((mask & (1u << n)) == 0) continue;
     LogSeries& s = series_[n];
@@ -50,24 +50,34 @@ void DatalogLog::Append(double time, const ChannelValues& values, ChannelMask ma
     s.summaries.Appended(s.values);
     ++s.points;
   }
+  gap_finder_.Update(times_, arrivals_);
   Touch();
 }
 
-void DatalogLog::AppendRecords(std::span<const double> times,
+void DatalogLog::AppendRecords(std::span<const double> times, std::span<const double> arrivals,
                                const std::array<const float*, kChannelCount>& values) {
   const std::size_t first = times_.size();
   times_.insert(times_.end(), times.begin(), times.end());
+  if (arrivals.size() == times.size()) {
+    arrivals_.insert(arrivals_.end(), arrivals.begin(), arrivals.end());
+  } else {
+    arrivals_.resize(times_.size(), std::numeric_limits<double>::quiet_NaN());
+  }
   for (int n = 0; n < kChannelCount; ++n) {
     if (values[n] == nullptr) continue;
     LogSeries& s = series_[n];
     PadTo(s, first);
-    for (std::size_t i = 0; i < times.size(); ++i) {
-      const float v = values[n][i];
-      s.values.push_back(v);
-      s.summaries.Appended(s.values);
-      if (!std::isnan(v)) ++s.points;
-    }
+    s.values.insert(s.values.end(), values[n], values[n] + times.size());
+    s.summaries.Extended(s.values, first);
+    s.points += static_cast<std::size_t>(
+        std::count_if(values[n], values[n] + times.size(), [](float v) { return !std::isnan(v); }));
   }
+  gap_finder_.Update(times_, arrivals_);
+  Touch();
+}
+
+void DatalogLog::CloseGaps() {
+  gap_finder_.Close(times_, arrivals_);
   Touch();
 }
 
@@ -95,6 +105,17 @@ std::optional<double> DatalogLog::ValueAt(int channel, double time) const {
   const std::vector<float>& values = series_[channel].values;
   if (!index || *index >= values.size() || std::isnan(values[*index])) return std::nullopt;
   return values[*index];
+}
+
+std::optional<double> DatalogLog::ArrivalAt(double time) const {
+  const std::optional<std::size_t> index = IndexAtOrBefore(time);
+  if (!index || std::isnan(arrivals_[*index])) return std::nullopt;
+  return arrivals_[*index];
+}
+
+std::optional<double> DatalogLog::ClockEnd() const {
+  if (arrivals_.empty() || std::isnan(arrivals_.back())) return std::nullopt;
+  return arrivals_.back();
 }
 
 ColumnSummary DatalogLog::Summarize(int channel, std::size_t begin, std::size_t end) const {

@@ -1,21 +1,28 @@
-// The recorded datalog: one ascending time array, one contiguous value array per channel beside
-// it, the markers the tuner or the program dropped, and the time axis the chart shows. A channel
-// that was off for a record holds NaN there (no point); a channel never recorded holds nothing.
-// The chart reads straight from here; nothing copies the log.
+// The recorded datalog: one ascending time array (the log time, which counts frames at the chosen
+// frame rate), the arrival time of every record on the program's clock beside it, one contiguous
+// value array per channel, the gaps where the link lost frames, the markers the tuner or the
+// program dropped, and the time axis the chart shows. A channel that was off for a record holds
+// NaN there (no point); a channel never recorded holds nothing. The chart reads straight from
+// here; nothing copies the log.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "datalog/channels.h"
+#include "datalog/log_gaps.h"
 #include "datalog/minmax_pyramid.h"
 
 namespace vela {
+
+// A channel's value where it has no point (it was off for that record).
+inline constexpr float kNoPoint = std::numeric_limits<float>::quiet_NaN();
 
 struct LogMarker {
   double time = 0.0;
@@ -50,12 +57,15 @@ class DatalogLog {
   // Everything taken from `other` (a log read from a file); the revision still moves on.
   void ReplaceWith(DatalogLog&& other);
 
-  // One record at `time` with the channels of `mask`; a record with no channel adds nothing.
-  void Append(double time, const ChannelValues& values, ChannelMask mask);
+  // One record at log time `time` that arrived at `arrival` (seconds since logging started; NaN
+  // when unknown) with the channels of `mask`; a record with no channel adds nothing.
+  void Append(double time, double arrival, const ChannelValues& values, ChannelMask mask);
   // Several records at once (files): `values[n]` points at `times.size()` values of channel n,
-  // or is null when channel n has none in these records.
-  void AppendRecords(std::span<const double> times,
+  // or is null when channel n has none in these records; `arrivals` is empty when unknown.
+  void AppendRecords(std::span<const double> times, std::span<const double> arrivals,
                      const std::array<const float*, kChannelCount>& values);
+  // No more records follow (logging stopped, a file read): the last gaps are decided.
+  void CloseGaps();
 
   // A marker at the time of the newest record (0 before any), or at `time`.
   void AddMarker(std::string text);
@@ -64,6 +74,14 @@ class DatalogLog {
   std::size_t RecordCount() const { return times_.size(); }
   const std::vector<double>& Times() const { return times_; }
   double EndTime() const { return times_.empty() ? 0.0 : times_.back(); }
+  // Arrival times, one per record (NaN where unknown: logs of older files).
+  const std::vector<double>& Arrivals() const { return arrivals_; }
+  // The arrival time of the last record, when known.
+  std::optional<double> ClockEnd() const;
+  // Where the link lost frames, in record order (decided a settle window after each, or when
+  // the log closes).
+  const std::vector<LogGap>& Gaps() const { return gap_finder_.gaps(); }
+  std::uint64_t MissingFrames() const { return gap_finder_.MissingFrames(); }
   const LogSeries& Series(int channel) const { return series_[channel]; }
   void SetActive(int channel, bool active) { series_[channel].active = active; }
   void SetColour(int channel, ChannelColour colour) { series_[channel].colour = colour; }
@@ -75,6 +93,8 @@ class DatalogLog {
   std::optional<std::size_t> IndexAtOrBefore(double time) const;
   // Channel `channel` at the last record at or before `time`; nullopt when it has no point there.
   std::optional<double> ValueAt(int channel, double time) const;
+  // The arrival time of the last record at or before `time`, when known.
+  std::optional<double> ArrivalAt(double time) const;
   // The summary of records [begin, end) of one channel.
   ColumnSummary Summarize(int channel, std::size_t begin, std::size_t end) const;
 
@@ -87,6 +107,8 @@ class DatalogLog {
   void PadTo(LogSeries& series, std::size_t size);
 
   std::vector<double> times_;
+  std::vector<double> arrivals_;
+  GapFinder gap_finder_;
   std::array<LogSeries, kChannelCount> series_;
   std::vector<LogMarker> markers_;
   std::uint64_t revision_ = 0;

@@ -1,6 +1,7 @@
 #include "datalog/journal.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace vela {
 
@@ -23,6 +24,7 @@ bool DatalogJournal::Begin(const DatalogLog& log) {
   ok_ = file_.Create(path_);
   writing_ = ok_;
   records_written_ = 0;
+  last_flush_s_ = 0.0;
   markers_written_.clear();
   active_written_ = ActiveStates(log);
   if (!ok_) return false;
@@ -56,6 +58,25 @@ void DatalogJournal::Flush(const DatalogLog& log) {
   if (bytes.empty()) return;
   Write(bytes);
   if (ok_) file_.Sync();
+}
+
+bool DatalogJournal::FlushDue(const DatalogLog& log, double now_s) const {
+  if (!writing_ || !ok_) return false;
+  if (records_written_ < log.RecordCount()) {
+    const double oldest = log.Arrivals()[records_written_];
+    // A record of unknown arrival is as old as the last write.
+    return now_s - (std::isnan(oldest) ? last_flush_s_ : oldest) >= kJournalFlushAgeSeconds;
+  }
+  const bool changed =
+      log.Markers().size() != markers_written_.size() || ActiveStates(log) != active_written_;
+  return changed && now_s - last_flush_s_ >= kJournalFlushAgeSeconds;
+}
+
+bool DatalogJournal::FlushIfDue(const DatalogLog& log, double now_s) {
+  if (!FlushDue(log, now_s)) return false;
+  Flush(log);
+  last_flush_s_ = now_s;
+  return true;
 }
 
 void DatalogJournal::End(const DatalogLog& log) {

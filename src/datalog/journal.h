@@ -1,7 +1,8 @@
 // The recording journal: while logging runs, the log is written to a file in the datalogs folder
-// as it grows, in the chart file's own format, and pushed to the disk at least once a second.
-// After a crash, a kill or a power cut the next start finds it and offers the log back, short of
-// at most the last second. It stays until the log is saved or the tuner declines to recover it.
+// as it grows, in the chart file's own format, and pushed to the disk whenever the oldest record
+// not yet written is half a second old. After a crash, a kill or a power cut the next start finds
+// it and offers the log back, short of at most the last second. It stays until the log is saved
+// or the tuner declines to recover it.
 #pragma once
 
 #include <optional>
@@ -16,8 +17,12 @@
 namespace vela {
 
 inline constexpr std::string_view kJournalFileName = "Recording.journal";
-// How often the Qt side flushes the journal while logging runs.
-inline constexpr int kJournalFlushMs = 500;
+// A record is written to the journal (and the journal pushed to the disk) by the time it is this
+// old, by the program's clock; markers and channel changes with the next records, or this long
+// after the last write when no record follows.
+inline constexpr double kJournalFlushAgeSeconds = 0.5;
+// How often the Qt side asks whether a flush is due when no frame arrives to ask it.
+inline constexpr int kJournalCheckMs = 100;
 
 // The journal's file: created empty, appended to, pushed to the disk, removed.
 class JournalFile {
@@ -41,6 +46,11 @@ class DatalogJournal {
   bool Begin(const DatalogLog& log);
   // Records, markers and series changes since the last flush, pushed to the disk.
   void Flush(const DatalogLog& log);
+  // True when something waits to be written and its age at `now_s` (seconds since logging
+  // started, the records' arrival clock) has reached kJournalFlushAgeSeconds.
+  bool FlushDue(const DatalogLog& log, double now_s) const;
+  // Flushes when FlushDue; true when it did.
+  bool FlushIfDue(const DatalogLog& log, double now_s);
   // Logging stopped: the last records and the closing block; the file stays until Discard.
   void End(const DatalogLog& log);
   // The log is safe elsewhere (saved) or unwanted: the file goes.
@@ -57,6 +67,7 @@ class DatalogJournal {
   bool writing_ = false;
   bool ok_ = true;
   std::size_t records_written_ = 0;
+  double last_flush_s_ = 0.0;
   std::vector<LogMarker> markers_written_;
   std::array<bool, kChannelCount> active_written_{};
 };

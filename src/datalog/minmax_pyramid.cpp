@@ -48,6 +48,13 @@ void MinMaxPyramid::Appended(std::span<const float> values) {
   AddLeaf(values.subspan(values.size() - kLeafSize));
 }
 
+void MinMaxPyramid::Extended(std::span<const float> values, std::size_t old_size) {
+  for (std::size_t end = (old_size / kLeafSize + 1) * kLeafSize; end <= values.size();
+       end += kLeafSize) {
+    AddLeaf(values.subspan(end - kLeafSize, kLeafSize));
+  }
+}
+
 void MinMaxPyramid::Build(std::span<const float> values) {
   Clear();
   for (std::size_t i = kLeafSize; i <= values.size(); i += kLeafSize) {

@@ -32,6 +32,8 @@ class MinMaxPyramid {
   }
   // `values` has just grown by one sample at its end; the blocks it completes are added.
   void Appended(std::span<const float> values);
+  // `values` has grown from `old_size` samples; every block it completes is added.
+  void Extended(std::span<const float> values, std::size_t old_size);
   // All blocks made afresh from `values`.
   void Build(std::span<const float> values);
 

@@ -3,9 +3,12 @@
 // scripted versions.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vela {
@@ -35,6 +38,23 @@ class FileDialogs {
   virtual std::optional<std::string> AskSavePath(const std::string& filter,
                                                  const std::string& title,
                                                  const std::string& initial_folder) = 0;
+
+  // An entry of an open dialog's filter that lists files by their content as well as by their
+  // name: entry `filter_index` (0 first) also lists every file whose first `head_bytes` bytes
+  // `matches` accepts, whatever its name.
+  struct ContentListing {
+    int filter_index = 0;
+    std::size_t head_bytes = 0;
+    std::function<bool(std::string_view head)> matches;
+  };
+  // The open dialog with such an entry. A dialog that cannot look into files lists by name.
+  virtual std::optional<std::string> AskOpenPathListing(const std::string& filter,
+                                                        const std::string& title,
+                                                        const std::string& initial_folder,
+                                                        const ContentListing& listing) {
+    (void)listing;
+    return AskOpenPath(filter, title, initial_folder);
+  }
 };
 
 // A millisecond tick counter and the hook that lets pending user events run during long waits.

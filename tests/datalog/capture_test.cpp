@@ -1,5 +1,6 @@
-// Logging's time base and records, each channel decoded from a frame built by hand, and the time
-// axis following the newest point.
+// Logging's time base (the rate the link chose, never a byte of the frame) and records with their
+// arrival times, each channel decoded from a frame built by hand, and the time axis following the
+// newest point.
 #include <gtest/gtest.h>
 
 #include "datalog/axis_follow.h"
@@ -11,46 +12,81 @@ namespace {
 
 using testing::FrameBuilder;
 
-live::Frame FrameAt(int frames_per_second) {
-  return FrameBuilder().Put(40, frames_per_second, 1).frame;
-}
+// A frame whose byte 40 holds `byte40` (an ECU may put its own rate there, or nothing).
+live::Frame FrameAt(int byte40) { return FrameBuilder().Put(40, byte40, 1).frame; }
 
+// Logging at the chosen rate `fps`, each frame arriving on the clock one nominal period after the
+// one before.
 struct Logging {
-  Logging() : capture(log) {
+  explicit Logging(int fps = 10) : capture(log) {
     for (int n = 0; n < kChannelCount; ++n) capture.SetChannelEnabled(n, true);
-    capture.StartLogging(20.0);
+    capture.FramesPerSecond = static_cast<std::int16_t>(fps);
+    capture.StartLogging(20.0, start_s);
+    now_s = start_s;
   }
   void Frames(int count, const live::Frame& frame, double k = 1.0, bool follow = true) {
-    for (int i = 0; i < count; ++i) capture.CaptureFrame(frame, inputs, k, follow);
+    for (int i = 0; i < count; ++i) {
+      now_s += capture.FramesPerSecond ? 1.0 / capture.FramesPerSecond : 0.1;
+      capture.CaptureFrame(frame, inputs, k, follow, now_s);
+    }
   }
   DatalogLog log;
   DatalogCapture capture;
   ChannelInputs inputs;
+  double start_s = 1000.0;  // the program's clock when logging starts
+  double now_s = 0.0;
 };
 
+TEST(DatalogTimeBase, TheRateOfTheChosenListEntryIsTheTimeBase) {
+  EXPECT_EQ(FramesPerSecondOfChoice(0), 60);
+  EXPECT_EQ(FramesPerSecondOfChoice(4), 20);
+  EXPECT_EQ(FramesPerSecondOfChoice(10), 4);
+  EXPECT_EQ(FramesPerSecondOfChoice(11), 0);
+  EXPECT_EQ(FramesPerSecondOfChoice(-1), 0);
+}
+
+TEST(DatalogTimeBase, AnEcuThatSendsZeroAtByteFortyStillGetsTheChosenRatesTimes) {
+  Logging logging(60);
+  logging.Frames(120, FrameAt(0));
+  logging.Frames(60, FrameAt(20));  // nor does another number there change the time base
+  ASSERT_EQ(logging.log.RecordCount(), 180u);
+  EXPECT_NEAR(logging.log.Times()[0], 1.002 / 60, 1e-12);
+  EXPECT_NEAR(logging.log.Times()[119], 120 * 1.002 / 60, 1e-9);
+  EXPECT_NEAR(logging.capture.DatalogTime, 180 * 1.002 / 60, 1e-9);
+}
+
 TEST(DatalogTimeBase, AtFourFramesASecondAHundredFramesEndAtTwentyFiveOhFive) {
-  Logging logging;
-  logging.Frames(100, FrameAt(4));
+  Logging logging(4);
+  logging.Frames(100, FrameAt(0));
   EXPECT_NEAR(logging.capture.DatalogTime, 25.05, 1e-9);
   EXPECT_EQ(logging.capture.DatalogRecordCount, 100.0f);
   EXPECT_EQ(logging.log.RecordCount(), 100u);
-  EXPECT_NEAR(logging.log.Times()[0], 1.002 / 4, 1e-12);
 }
 
-TEST(DatalogTimeBase, AFrameAtRateZeroIsRecordedAtTheTimeOfTheOneBefore) {
-  Logging logging;
+TEST(DatalogTimeBase, WithoutARateAFrameIsRecordedAtTheTimeOfTheOneBefore) {
+  Logging logging(10);
   logging.Frames(3, FrameAt(10));
-  logging.Frames(2, FrameAt(0));
+  logging.capture.FramesPerSecond = 0;
+  logging.Frames(2, FrameAt(10));
   EXPECT_EQ(logging.capture.DatalogRecordCount, 5.0f);
   EXPECT_NEAR(logging.log.Times()[4], 0.3006, 1e-12);
   EXPECT_EQ(logging.log.Times()[3], logging.log.Times()[2]);
 }
 
-TEST(DatalogTimeBase, TheTimeBaseFollowsTheRateTheFrameReports) {
-  Logging logging;
-  logging.Frames(60, FrameAt(60));
-  logging.Frames(10, FrameAt(20));
-  EXPECT_NEAR(logging.capture.DatalogTime, 1.002 + 0.501, 1e-9);
+TEST(DatalogTimeBase, EveryRecordKeepsItsArrivalOnTheClockFromTheStartOfLogging) {
+  Logging logging(10);
+  logging.Frames(3, FrameAt(0));
+  logging.now_s += 2.5;  // the link lost 25 frames
+  logging.Frames(2, FrameAt(0));
+  const std::vector<double>& arrivals = logging.log.Arrivals();
+  ASSERT_EQ(arrivals.size(), 5u);
+  EXPECT_NEAR(arrivals[0], 0.1, 1e-9);
+  EXPECT_NEAR(arrivals[3], 2.9, 1e-9);
+  EXPECT_NEAR(logging.log.Times()[3], 0.4008, 1e-9);  // the log time counts frames
+  logging.capture.StopLogging();
+  ASSERT_EQ(logging.log.Gaps().size(), 1u);
+  EXPECT_EQ(logging.log.Gaps()[0].record, 3u);
+  EXPECT_EQ(logging.log.Gaps()[0].missing_frames, 25u);
 }
 
 TEST(DatalogCapture, WithEveryChannelClearTimeAndCountAdvanceButNoPointIsAdded) {
@@ -81,20 +117,32 @@ TEST(DatalogCapture, NothingIsRecordedOutsideLoggingAndAStartClearsTheLastLog) {
   logging.Frames(5, FrameAt(10));
   EXPECT_EQ(logging.log.RecordCount(), 5u);
   logging.log.AddMarker("pull");
-  logging.capture.StartLogging(30.0);
+  logging.capture.StartLogging(30.0, 0.0);
   EXPECT_EQ(logging.log.RecordCount(), 0u);
   EXPECT_TRUE(logging.log.Markers().empty());
   EXPECT_EQ(logging.capture.DatalogTime, 0.0);
   EXPECT_EQ(logging.log.axis, (TimeAxis{0.0, 30.0}));
 }
 
+TEST(DatalogCapture, AStartDrawsExactlyTheEnabledChannelsWhateverALoadedLogShowed) {
+  Logging logging;
+  logging.capture.SetChannelEnabled(2, false);
+  // A log from a file drew other channels in other colours.
+  logging.log.SetActive(2, true);
+  logging.log.SetActive(5, false);
+  logging.log.SetColour(0, ChannelColour{1, 2, 3});
+  logging.capture.StartLogging(20.0, 0.0);
+  EXPECT_FALSE(logging.log.Series(2).active);
+  EXPECT_TRUE(logging.log.Series(5).active);
+  EXPECT_EQ(logging.log.Series(0).colour, kChannels[0].colour);
+}
+
 TEST(DatalogCapture, ChannelLimitsStartFromTenAndZeroAtEveryRecord) {
   Logging logging;
-  logging.Frames(1,
-                 FrameBuilder().Put(40, 10, 1).Put(6, 20000, 3).Put(11, 0xFFFF & -2765, 2).frame);
+  logging.Frames(1, FrameBuilder().Put(6, 20000, 3).Put(11, 0xFFFF & -2765, 2).frame);
   EXPECT_EQ(logging.capture.ChannelMax[kChannelRpm], 3000);
   EXPECT_EQ(logging.capture.ChannelMin[5], -5);  // -5.4 degrees, a whole number
-  logging.Frames(1, FrameBuilder().Put(40, 10, 1).Put(6, 120000, 3).frame);
+  logging.Frames(1, FrameBuilder().Put(6, 120000, 3).frame);
   EXPECT_EQ(logging.capture.ChannelMax[kChannelRpm], 500);
   EXPECT_EQ(logging.capture.ChannelMin[5], 0);
   EXPECT_EQ(logging.capture.ChannelMax[20], 10);

@@ -50,7 +50,7 @@ TEST(MinMaxPyramid, ALoneSpikeInAnHourOfFlatDataShowsInTheColumnThatHoldsIt) {
   for (std::size_t i = 0; i < records; ++i) {
     ChannelValues values{};
     values[0] = i == spike ? 7200.0 : 3000.0;
-    log.Append(static_cast<double>(i) / 60.0, values, 1);
+    log.Append(static_cast<double>(i) / 60.0, NAN, values, 1);
   }
   for (int width : {1600, 977, 300, 2}) {
     std::vector<std::size_t> bounds = ColumnBounds(log.Times(), WholeLogAxis(log), width);
@@ -84,9 +84,9 @@ TEST(ChartView, AChannelIsScaledOverItsWholeLogNeverLessThanZeroToTen) {
   ChannelValues values{};
   values[0] = 3.0;
   values[1] = -20.0;
-  log.Append(0.1, values, 0b11);
+  log.Append(0.1, NAN, values, 0b11);
   values[1] = 180.0;
-  log.Append(0.2, values, 0b11);
+  log.Append(0.2, NAN, values, 0b11);
   const ValueRange small = ChannelScale(log, 0);
   EXPECT_LT(small.low, 0.0);
   EXPECT_GT(small.high, 10.0);

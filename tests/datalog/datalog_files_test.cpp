@@ -27,8 +27,15 @@ class NotingDialogs : public FileDialogs {
                                          const std::string& folder) override {
     return Next({filter, title, folder});
   }
+  std::optional<std::string> AskOpenPathListing(const std::string& filter, const std::string& title,
+                                                const std::string& folder,
+                                                const ContentListing& listing) override {
+    listings.push_back(listing);
+    return AskOpenPath(filter, title, folder);
+  }
   std::deque<std::optional<std::string>> answers;
   std::vector<Shown> shown;
+  std::vector<ContentListing> listings;
 
  private:
   std::optional<std::string> Next(Shown seen) {
@@ -148,6 +155,23 @@ TEST(DatalogFiles, ADamagedFileLoadsWhatIsIntactAndSaysWhatWasLost) {
   EXPECT_EQ(f.messages.shown[0].lines[0],
             "The datalog file is damaged. What could be read has been loaded: 1024 records up to "
             "102.40 s.");
+}
+
+TEST(DatalogFiles, AllDataLogsListsEveryChartFileByItsContentWhateverItsName) {
+  Files f;
+  f.dialogs.answers = {std::nullopt};
+  f.files.LoadDatalog(f.log);
+  ASSERT_EQ(f.dialogs.listings.size(), 1u);
+  const FileDialogs::ContentListing& listing = f.dialogs.listings[0];
+  EXPECT_EQ(listing.filter_index, 1);  // "All DataLogs (*.sl*)"
+  const auto head = [&](const std::string& file) { return file.substr(0, listing.head_bytes); };
+  // Saved under a name without a dot, the chart file has no extension.
+  EXPECT_TRUE(listing.matches(head(EncodeLogFile(f.log))));
+  std::string zeroed = EncodeLogFile(f.log);
+  std::fill_n(zeroed.begin(), kLogHeaderSize, '\0');
+  EXPECT_TRUE(listing.matches(head(zeroed)));  // loadable, so listed
+  EXPECT_FALSE(listing.matches(head(Dl1Text(f.log))));
+  EXPECT_FALSE(listing.matches(head(std::string(1023, '\x10'))));
 }
 
 TEST(DatalogFiles, TheTextExportGoesToItsOwnDialogAndGetsItsExtension) {

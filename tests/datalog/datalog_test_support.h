@@ -24,8 +24,9 @@ struct FrameBuilder {
   }
 };
 
-// `records` records 0.1 s apart; channel n holds n * 100 + i % 50, except that channel 3 is off
-// (no point) for records 10 to 19 and channel 7 never recorded.
+// `records` records 0.1 s apart, each arriving 5 ms after its log time; channel n holds
+// n * 100 + i % 50, except that channel 3 is off (no point) for records 10 to 19 and channel 7
+// never recorded.
 inline DatalogLog PatternLog(std::size_t records) {
   DatalogLog log;
   for (std::size_t i = 0; i < records; ++i) {
@@ -36,15 +37,22 @@ inline DatalogLog PatternLog(std::size_t records) {
       values[n] = n * 100.0 + static_cast<double>(i % 50);
       mask |= static_cast<ChannelMask>(1u << n);
     }
-    log.Append(0.1 * static_cast<double>(i + 1), values, mask);
+    const double t = 0.1 * static_cast<double>(i + 1);
+    log.Append(t, t + 0.005, values, mask);
   }
+  log.CloseGaps();
   for (int n = 0; n < kChannelCount; ++n) log.SetActive(n, n % 2 == 0);
   return log;
 }
 
 // True when both logs hold the same records, points, series states and markers (NaN equal NaN).
 inline bool SameRecords(const DatalogLog& a, const DatalogLog& b) {
-  if (a.Times() != b.Times() || a.Markers() != b.Markers()) return false;
+  if (a.Times() != b.Times() || a.Markers() != b.Markers() || a.Gaps() != b.Gaps()) return false;
+  for (std::size_t i = 0; i < a.RecordCount(); ++i) {
+    const double x = a.Arrivals()[i];
+    const double y = b.Arrivals()[i];
+    if (!(x == y || (std::isnan(x) && std::isnan(y)))) return false;
+  }
   for (int n = 0; n < kChannelCount; ++n) {
     const LogSeries& x = a.Series(n);
     const LogSeries& y = b.Series(n);

@@ -17,12 +17,13 @@ struct Recording {
     for (int n = 0; n < kChannelCount; ++n) log.SetActive(n, n != 7);
     journal.Begin(log);
   }
+  // Records ten a second, each arriving on the clock at its log time.
   void Records(std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
       ChannelValues values{};
       const double t = 0.1 * static_cast<double>(log.RecordCount() + 1);
       for (int n = 0; n < kChannelCount; ++n) values[n] = n * 10.0 + t;
-      log.Append(t, values, 0b111101111111);
+      log.Append(t, t, values, 0b111101111111);
     }
   }
   // What the next start finds on the disk: everything appended (a crash or a kill) or only what
@@ -113,6 +114,45 @@ TEST(Journal, AJournalWithoutRecordsOffersNothingAndANewLogStartsItAfresh) {
   const std::optional<RecoveredLog> found = r.Recover();
   ASSERT_TRUE(found);
   EXPECT_EQ(found->log.RecordCount(), 3u);
+}
+
+TEST(Journal, ARecordIsWrittenByTheTimeItIsHalfASecondOldAndNoSooner) {
+  Recording r;
+  r.Records(4);  // arrived at 0.1 .. 0.4 s
+  EXPECT_FALSE(r.journal.FlushIfDue(r.log, 0.55));
+  EXPECT_TRUE(r.journal.FlushIfDue(r.log, 0.61));  // the oldest, at 0.1 s, is half a second old
+  EXPECT_EQ(r.Recover()->log.RecordCount(), 4u);
+  EXPECT_EQ(r.file.synced, r.file.bytes.size());
+  EXPECT_FALSE(r.journal.FlushIfDue(r.log, 5.0));  // nothing left to write
+  r.log.AddMarker("lift");  // a marker alone goes half a second after the last write
+  EXPECT_FALSE(r.journal.FlushIfDue(r.log, 0.9));
+  EXPECT_TRUE(r.journal.FlushIfDue(r.log, 1.2));
+  EXPECT_EQ(r.Recover()->log.Markers().size(), 1u);
+}
+
+// A stream of 60 frames a second whose journal is asked at every frame, as the DataLogging tab
+// asks it: whenever the program is killed, the journal on the disk lacks at most the last half
+// second of records and one frame.
+TEST(Journal, AKillAtAnyMomentLosesAtMostHalfASecondAndAFrame) {
+  testing::MemoryJournalFile file;
+  DatalogJournal journal(file, kJournal);
+  DatalogLog log;
+  journal.Begin(log);
+  ChannelValues values{};
+  double worst = 0.0;
+  for (int i = 1; i <= 600; ++i) {
+    const double now = i / 60.0;
+    log.Append(now * 1.002, now, values, 1);
+    journal.FlushIfDue(log, now);
+    if (i % 7 != 0) continue;
+    testing::MemoryFileSystem disk;
+    disk.files[kJournal] = file.bytes;  // what a kill now leaves
+    const std::optional<RecoveredLog> found = ReadJournal(disk, kJournal);
+    const double kept = found ? found->log.Arrivals().back() : 0.0;
+    worst = std::max(worst, now - kept);
+  }
+  EXPECT_LE(worst, kJournalFlushAgeSeconds + 1.0 / 60 + 1e-9);
+  EXPECT_GT(worst, kJournalFlushAgeSeconds - 1.0 / 60);
 }
 
 TEST(Journal, AJournalThatCannotBeMadeIsSaidSoAndWritesNothing) {

@@ -1,11 +1,10 @@
-// The chart file: a log comes back as it was saved, and a damaged file gives back every whole
-// block and says what it lost.
+// The chart file: a log comes back as it was saved, with its arrival times and gaps; older and
+// foreign files; what a file's first bytes say about it.
 #include "datalog/log_file.h"
 
 #include <gtest/gtest.h>
 
 #include "datalog/crc32.h"
-#include "datalog/log_export.h"
 #include "datalog_test_support.h"
 
 namespace vela {
@@ -22,13 +21,36 @@ DatalogLog WithMarkers(std::size_t records) {
   return log;
 }
 
-TEST(LogFile, ALogComesBackWithItsPointsGapsSeriesMarkersAndAxis) {
-  const DatalogLog saved = WithMarkers(3000);
+// `bytes` with its header saying `version`, and a header check to match.
+std::string WithVersion(std::string bytes, std::uint16_t version) {
+  bytes[8] = static_cast<char>(version & 0xFF);
+  bytes[9] = static_cast<char>(version >> 8);
+  const std::uint32_t check = Crc32(std::string_view(bytes).substr(0, 12));
+  bytes.replace(12, 4, reinterpret_cast<const char*>(&check), 4);
+  return bytes;
+}
+
+TEST(LogFile, ALogComesBackWithItsPointsSeriesMarkersAxisArrivalsAndGaps) {
+  DatalogLog saved = WithMarkers(3000);
+  // A second log whose link lost 12 frames after record 1500.
+  DatalogLog lossy;
+  ChannelValues values{};
+  for (int i = 0; i < 3000; ++i) {
+    const double t = (i + 1) * 0.1002;
+    lossy.Append(t, t + (i >= 1500 ? 1.2 : 0.0), values, 0b101);
+  }
+  lossy.CloseGaps();
+  ASSERT_EQ(lossy.Gaps().size(), 1u);
+  for (const DatalogLog* log : {&saved, &lossy}) {
+    DatalogLog loaded;
+    const LogFileReport report = DecodeLogFile(EncodeLogFile(*log), loaded);
+    EXPECT_TRUE(report.Intact());
+    EXPECT_EQ(report.version, 2);
+    EXPECT_TRUE(SameRecords(*log, loaded));  // arrivals and gaps included
+    EXPECT_EQ(loaded.axis, log->axis);
+  }
   DatalogLog loaded;
-  const LogFileReport report = DecodeLogFile(EncodeLogFile(saved), loaded);
-  EXPECT_TRUE(report.Intact());
-  EXPECT_TRUE(SameRecords(saved, loaded));
-  EXPECT_EQ(loaded.axis, saved.axis);
+  DecodeLogFile(EncodeLogFile(saved), loaded);
   EXPECT_EQ(loaded.Series(7).values.size(), 0u);
   EXPECT_EQ(loaded.Series(3).points, 2990u);
   // The summaries are rebuilt: the whole log's extremes are there at once.
@@ -43,99 +65,38 @@ TEST(LogFile, AnEmptyLogMakesAFileThatReadsBackEmpty) {
   EXPECT_EQ(loaded.RecordCount(), 0u);
 }
 
-TEST(LogFile, ACutFileKeepsEveryWholeBlockAndSaysItEndsEarly) {
-  const DatalogLog saved = WithMarkers(3000);  // records in blocks of 1024, 1024 and 952
-  const std::string bytes = EncodeLogFile(saved);
-  const std::size_t record_bytes = 16 + 1024 * (8 + 4 * 11);
-  const std::size_t second_block_end = kLogHeaderSize + EncodeSeriesBlock(saved).size() +
-                                       EncodeAxisBlock(saved.axis).size() +
-                                       2 * (kBlockOverhead + record_bytes);
-  for (std::size_t cut : {second_block_end, second_block_end + 1, second_block_end + 5000}) {
-    DatalogLog loaded;
-    const LogFileReport report = DecodeLogFile(std::string_view(bytes).substr(0, cut), loaded);
-    EXPECT_TRUE(report.recognised);
-    EXPECT_FALSE(report.Intact());
-    EXPECT_FALSE(report.has_end);
-    EXPECT_EQ(loaded.RecordCount(), 2048u) << cut;
-    EXPECT_EQ(report.cut_short, cut > second_block_end);
-    EXPECT_EQ(loaded.Times().back(), saved.Times()[2047]);
-    EXPECT_EQ(loaded.Series(4).values[2047], saved.Series(4).values[2047]);
-  }
-}
-
-TEST(LogFile, ADamagedBlockIsSkippedAndTheBlocksAfterItStillLoad) {
-  const DatalogLog saved = WithMarkers(3000);
-  std::string bytes = EncodeLogFile(saved);
-  const std::size_t first_records =
-      kLogHeaderSize + EncodeSeriesBlock(saved).size() + EncodeAxisBlock(saved.axis).size();
-  bytes[first_records + 5000] ^= 0x40;  // one bit inside the first records block
+TEST(LogFile, AVersionOneFileWithoutArrivalTimesStillReads) {
+  DatalogLog old;
+  ChannelValues values{};
+  for (int i = 0; i < 40; ++i) old.Append(i * 0.1, NAN, values, 0b1);
+  const std::string bytes = WithVersion(EncodeLogFile(old), 1);
   DatalogLog loaded;
   const LogFileReport report = DecodeLogFile(bytes, loaded);
-  EXPECT_FALSE(report.Intact());
-  EXPECT_TRUE(report.has_end);
-  EXPECT_EQ(report.damaged_regions, 1u);
-  EXPECT_EQ(report.records_lost, 1024u);
-  ASSERT_EQ(report.lost_spans.size(), 1u);
-  EXPECT_EQ(report.lost_spans[0].first, 0.0);
-  EXPECT_DOUBLE_EQ(report.lost_spans[0].second, saved.Times()[1024]);
-  EXPECT_EQ(loaded.RecordCount(), 3000u - 1024u);
-  EXPECT_EQ(loaded.Times().front(), saved.Times()[1024]);
-  EXPECT_EQ(loaded.Markers(), saved.Markers());
-  EXPECT_EQ(loaded.axis, saved.axis);
-  const std::vector<std::string> loss = DescribeLoss(report, loaded);
-  ASSERT_GE(loss.size(), 2u);
-  EXPECT_EQ(loss[1], "Missing records between 0.00 s and 102.50 s.");
+  EXPECT_TRUE(report.Intact());
+  EXPECT_EQ(report.version, 1);
+  EXPECT_EQ(loaded.RecordCount(), 40u);
+  EXPECT_TRUE(std::isnan(loaded.Arrivals()[0]));
+  EXPECT_FALSE(loaded.ClockEnd().has_value());
+  EXPECT_TRUE(loaded.Gaps().empty());
 }
 
-TEST(LogFile, GarbageBetweenBlocksAndAWrongLengthAreSteppedOver) {
-  const DatalogLog saved = PatternLog(40);
-  const std::string series = EncodeSeriesBlock(saved);
-  std::string bytes = EncodeLogHeader() + "\x01\x02garbage" + series;
-  std::string bad = EncodeRecordsBlock(saved, 0, 20);
-  bad[8] = '\x7F';  // a length far beyond the file
-  bytes += bad + EncodeRecordsBlock(saved, 20, 20) + EncodeEndBlock(saved);
-  DatalogLog loaded;
-  const LogFileReport report = DecodeLogFile(bytes, loaded);
-  EXPECT_EQ(report.damaged_regions, 2u);
-  EXPECT_EQ(report.records_lost, 20u);
-  EXPECT_EQ(loaded.RecordCount(), 20u);
-  EXPECT_EQ(loaded.Series(0).active, true);
-}
-
-TEST(LogFile, AFileOfAnotherKindOrANewerVersionIsNotRead) {
+TEST(LogFile, AFileOfAnotherKindOrANewerVersionIsNotReadAndTheLogStays) {
   DatalogLog log = PatternLog(5);
   EXPECT_FALSE(DecodeLogFile("Channel 0 = 1\r\n", log).recognised);
-  std::string newer = EncodeLogFile(PatternLog(3));
-  newer[8] = 2;  // version 2, with a header check that matches
-  const std::uint32_t check = Crc32(std::string_view(newer).substr(0, 12));
-  newer.replace(12, 4, reinterpret_cast<const char*>(&check), 4);
-  EXPECT_FALSE(DecodeLogFile(newer, log).recognised);
-  newer[8] = 1;
-  EXPECT_FALSE(DecodeLogFile(newer, log).recognised);  // now the header check fails
+  EXPECT_FALSE(DecodeLogFile(std::string(1023, '\x10'), log).recognised);  // a map file
+  EXPECT_FALSE(DecodeLogFile("", log).recognised);
+  EXPECT_FALSE(DecodeLogFile(WithVersion(EncodeLogFile(PatternLog(3)), 3), log).recognised);
   EXPECT_EQ(log.RecordCount(), 5u);
 }
 
-TEST(LogExport, CsvHasNamesAndUnitsAndLeavesMissingPointsEmpty) {
-  DatalogLog log;
-  ChannelValues values{};
-  values[0] = 3000.5;
-  values[11] = 147.3;
-  log.Append(0.1002, values, 0b100000000001);
-  log.Append(0.2004, values, 0b1);
-  log.AddMarkerAt(0.25, "lean, check");
-  EXPECT_EQ(CsvText(log),
-            "Time (s),RPM (rpm),AFR (x10),Marker\r\n"
-            "0.100,3000.50,147.3,\r\n"
-            "0.200,3000.50,,\"lean, check\"\r\n");
-}
-
-TEST(LogExport, TheTextExportJoinsTimeAndTenChannelsWithBlankCommaBlank) {
-  DatalogLog log;
-  ChannelValues values{};
-  for (int n = 0; n < kChannelCount; ++n) values[n] = n + 0.5;
-  log.Append(1.002, values, 0b111111111011);
-  EXPECT_EQ(Dl1Text(log),
-            "1.002 , 0.50 , 1.5 ,  , 3.50 , 4.50 , 5.5 , 6.5 , 7.5 , 8.50 , 9.50\r\n");
+TEST(LogFile, AChartFileIsKnownByItsFirstBytesEvenWithADamagedHeader) {
+  const std::string file = EncodeLogFile(PatternLog(3));
+  EXPECT_TRUE(LooksLikeLogFile(file.substr(0, kLogFileHeadBytes)));
+  EXPECT_TRUE(LooksLikeLogFile(std::string(kLogHeaderSize, '\0') + file.substr(16, 4)));
+  EXPECT_TRUE(LooksLikeLogFile("MVDATLOG"));
+  EXPECT_FALSE(LooksLikeLogFile("Channel 0 = 1\r\nChannel 1 = 1\r\n"));
+  EXPECT_FALSE(LooksLikeLogFile(std::string(1023, '\x10').substr(0, kLogFileHeadBytes)));
+  EXPECT_FALSE(LooksLikeLogFile(""));
 }
 
 }  // namespace

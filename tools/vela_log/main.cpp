@@ -1,6 +1,7 @@
 // vela-log: what a datalog chart file (*.sl1) holds, for scripts and quick looks.
 //
-//   vela-log info FILE   record count, duration, channels and markers (and any damage)
+//   vela-log info FILE   record count, duration, clock, channels, markers and gaps (and any
+//                        damage)
 //   vela-log csv FILE    the log as CSV on standard output
 //
 // A damaged file gives what could be read, with the damage told on standard error; a file that
@@ -16,7 +17,8 @@
 namespace {
 
 constexpr const char* kUsage =
-    "usage: vela-log info FILE   record count, duration, channels and markers of a datalog\n"
+    "usage: vela-log info FILE   record count, duration, clock, channels, markers and gaps of a "
+    "datalog\n"
     "       vela-log csv FILE    the datalog as CSV on standard output\n";
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Drawing of the datalog chart with QPainter: the plot's frame, ticks and labels, every active
-// channel's line, the markers and the cursors.
+// channel's line, the gaps where the link lost frames, the markers and the cursors.
 #pragma once
 
 #include <QPainter>
@@ -18,6 +18,7 @@ struct ChartLook {
   QColor marker{255, 150, 40};
   QColor cursor_a{255, 255, 255};
   QColor cursor_b{160, 200, 255};
+  QColor gap{255, 60, 60};
 };
 
 struct ChartScene {

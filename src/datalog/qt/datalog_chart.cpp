@@ -78,7 +78,7 @@ int DatalogChart::XOf(double time) const {
 bool DatalogChart::OnlyGrownSincePaint() const {
   return log_.axis == painted_axis_ && painted_records_ > 0 &&
          log_.RecordCount() >= painted_records_ && log_.Markers().size() == painted_markers_ &&
-         Scales(log_) == painted_scales_;
+         log_.Gaps().size() == painted_gaps_ && Scales(log_) == painted_scales_;
 }
 
 void DatalogChart::RefreshIfChanged() {
@@ -111,6 +111,7 @@ void DatalogChart::paintEvent(QPaintEvent* event) {
   painted_axis_ = log_.axis;
   painted_records_ = log_.RecordCount();
   painted_markers_ = log_.Markers().size();
+  painted_gaps_ = log_.Gaps().size();
   painted_scales_ = Scales(log_);
   PaintChart(painter, rect(),
              ChartScene{log_, PlotRect(), axis_channel_, cursor_a_, cursor_b_, event->rect()});

@@ -4,6 +4,8 @@
 // value of the records it covers (from the log's min/max summaries), so an hour-long log draws as
 // fast as a short one and no spike is lost; zoomed in far enough, the raw points are drawn.
 //
+// A red tick at the plot's top and bottom marks each gap where the link lost frames.
+//
 // Each channel is drawn over the full height between its own lowest and highest value; the left
 // axis is labelled in the units of one chosen channel. The tuner zooms the time axis with the
 // mouse wheel, pans by dragging, shows the whole log with a double click, sets cursor A with a
@@ -74,6 +76,7 @@ class DatalogChart : public QWidget {
   TimeAxis painted_axis_;
   std::size_t painted_records_ = 0;
   std::size_t painted_markers_ = 0;
+  std::size_t painted_gaps_ = 0;
   std::vector<std::pair<double, double>> painted_scales_;
   // Dragging: where the press was and the axis then.
   std::optional<int> press_x_;
