@@ -13,7 +13,7 @@ LinkSession::LinkSession(QtSerialPort& port, StartupTrace& trace, QObject* paren
       sender_(port, clock_, state_, delay_),
       timing_(delay_, state_, sender_),
       engine_rate_(state_),
-      upload_(port, sender_, state_, display_),
+      upload_(port, sender_, clock_, state_, display_),
       handlers_(live_),
       buffer_(port, state_, display_),
       dispatcher_(port, clock_, state_, display_, buffer_, upload_, handlers_),

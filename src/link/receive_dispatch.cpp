@@ -72,6 +72,7 @@ void ReceiveDispatcher::Dispatch() {
     if (on_reply_ && !upload_.UploadStarted()) on_reply_(rx_buffer);
   } else {
     rx_buffer.clear();
+    upload_.ReplyDropped();
     display_.receive_indicator = {std::to_string(state_.RxPending), kIndicatorGrey};
   }
   upload_.UploadProgressHandler(rx_buffer);
