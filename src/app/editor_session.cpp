@@ -73,6 +73,8 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
       map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_) {
   download_timer_.setInterval(kDownloadTimerIntervalMs);
   connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
+  // The upload asks nothing while a download runs or while the program is off-line.
+  parts_.link.upload().SetHeld([this] { return mode_.Offline || download_.running(); });
   // The temperature read-outs convert through the sensor points of the program's calibration.
   parts_.link.UseCalibration(&image_);
 }
@@ -84,8 +86,21 @@ ApplyEnvironment EditorSession::Environment() {
                           gate_,
                           link.state(),
                           parts_.suppress_change_events,
-                          [&link] { link.StopUploadTimer(); },
-                          [] {}};
+                          [&link] { link.upload().Complete(); },
+                          &notes_};
+}
+
+void EditorSession::ShowNotesLater() {
+  QTimer::singleShot(0, this, [this] {
+    std::vector<CalibrationNote> notes;
+    notes.swap(notes_);
+    for (const CalibrationNote& note : notes)
+      parts_.messages.Show(note.icon, note.title, note.lines);
+  });
+}
+
+void EditorSession::EndUploadPreparation() {
+  gate_.Send(kUploadDoneCommand, kLiveRateAddress, parts_.link.state().CommsSpeedValue);
 }
 
 bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
@@ -100,7 +115,6 @@ bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
 }
 
 void EditorSession::DownloadWhole() {
-  parts_.link.StopUploadTimer();
   download_.Start(image_.ToVector());
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
 }
@@ -126,22 +140,41 @@ void EditorSession::DownloadInterrupted() {
 }
 
 void EditorSession::ApplyUpload(const CalibrationImage& image) {
+  if (applying_upload_) {
+    newer_block_ = image;
+    return;
+  }
+  applying_upload_ = true;
+  bool ecu_calibration = ApplyEcuBlock(image);
+  while (newer_block_) {
+    const CalibrationImage next = *newer_block_;
+    newer_block_.reset();
+    // Once the editors' calibration goes down, a block read before it arrived is out of date.
+    if (ecu_calibration) ecu_calibration = ApplyEcuBlock(next);
+  }
+  applying_upload_ = false;
+  ShowNotesLater();
+}
+
+bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
   if (mode_.Offline) {
     parts_.status.Show("Off-line: the ECU's calibration was not applied");
-    return;
+    return true;
   }
   if (resend_when_back_) {
     resend_when_back_ = false;
     edited_while_down_ = false;
     if (image.Bytes() != image_.Bytes()) {
+      EndUploadPreparation();
       DownloadWhole();
-      return;
+      return false;
     }
   }
   if (KeepEditsOver(image)) {
     edited_while_down_ = false;
+    EndUploadPreparation();
     DownloadWhole();
-    return;
+    return false;
   }
   edited_while_down_ = false;
   SetOutOfStep(false);
@@ -153,6 +186,7 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
   ApplyEnvironment env = Environment();
   ApplyUploadedCalibration(image_, CalibrationSource::kUpload, state_, env);
   emit EditorsFilled();
+  return true;
 }
 
 void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
@@ -231,6 +265,7 @@ void EditorSession::LoadAndDownloadMap() {
   has_calibration_ = true;
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
   emit EditorsFilled();
+  ShowNotesLater();
 }
 
 void EditorSession::SetOffline(bool offline) {

@@ -142,7 +142,10 @@ void LinkSession::Close() {
   sender_.SendClosingCommand();
 }
 
-void LinkSession::OnBlock(const CalibrationImage& image) { emit CalibrationReceived(image); }
+void LinkSession::OnBlock(const CalibrationImage& image) {
+  QMetaObject::invokeMethod(
+      this, [this, image] { emit CalibrationReceived(image); }, Qt::QueuedConnection);
+}
 
 bool LinkSession::LineReady() const {
   return port_.IsOpen() && !state_.Caption.empty() &&

@@ -38,6 +38,7 @@ void CalibrationUpload::SetTimer(bool enabled, int interval_ms) {
 }
 
 void CalibrationUpload::UploadTimer() {
+  if (held_ && held_()) return;
   if (NotConnected(state_)) {
     if (port_.IsOpen() && upload_step_ < 1) {
       upload_step_ = 1;
@@ -162,6 +163,7 @@ void CalibrationUpload::TakeReply(std::string& rx_buffer) {
   if (!pass_on) return;
   upload_expected_ = false;
   upload_started_ = false;
+  upload_requested_ = false;
   display_.upload_progress = 100;
   display_.status.text.clear();
   SetTimer(false, timer_interval_ms_);
@@ -177,6 +179,13 @@ void CalibrationUpload::UploadProgressHandler(const std::string& RxBuffer) {
 bool CalibrationUpload::ReplyIncomplete(const std::string& RxBuffer) const {
   return upload_expected_ && upload_started_ && RxBuffer.size() < kReplyLength &&
          RxBuffer.starts_with(kAllMarker);
+}
+
+void CalibrationUpload::Complete() {
+  upload_expected_ = false;
+  upload_started_ = false;
+  upload_requested_ = false;
+  SetTimer(false, timer_interval_ms_);
 }
 
 void CalibrationUpload::Rearm() {

@@ -75,6 +75,14 @@ class CalibrationUpload {
   // nothing in it can be told from the block's own bytes, which may spell a live frame, and the
   // ECU sends nothing else before the reply ends.
   bool ReplyIncomplete(const std::string& RxBuffer) const;
+  // The editors took a calibration from elsewhere (a map file going down to the ECU): the upload
+  // is over as if its block had been handed on, timer stopped and flags cleared; a reply still on
+  // its way is not taken. A lost link re-arms it as usual.
+  void Complete();
+  // While `held` returns true the upload timer's ticks send nothing, neither the link preparation
+  // nor a request: a download runs (a reply would be a half-written image), or the program works
+  // off-line (whatever came back would not be applied).
+  void SetHeld(std::function<bool()> held) { held_ = std::move(held); }
   // The receive buffer was emptied: a reply under way went with it.
   void ReplyDropped() { upload_started_ = false; }
   // The link was lost: a reply under way is dead, and the next complete block is taken again.
@@ -115,6 +123,7 @@ class CalibrationUpload {
   LinkState& state_;
   LinkDisplay& display_;
   Callbacks callbacks_;
+  std::function<bool()> held_;
 
   bool upload_expected_ = true;
   bool upload_started_ = false;

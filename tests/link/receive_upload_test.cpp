@@ -76,6 +76,30 @@ TEST_F(UploadTest, TakesACompleteBlockByteForByteAndStopsTheTimer) {
   EXPECT_EQ(blocks.size(), 1u);
 }
 
+// While held (a download runs, or the program is off-line) the ticks send nothing and the upload
+// goes on where it stood afterwards. A calibration from elsewhere ends it: a reply then on its
+// way is not taken, and a lost link re-arms it.
+TEST_F(UploadTest, HeldTicksSendNothingAndAnUploadEndedElsewhereTakesNoReply) {
+  bool held = true;
+  rig.upload.SetHeld([&] { return held; });
+  rig.upload.UploadTimer();
+  rig.upload.UploadTimer();
+  EXPECT_TRUE(rig.sender.sent.empty());
+  held = false;
+  rig.upload.UploadTimer();
+  rig.upload.UploadTimer();
+  EXPECT_EQ(rig.sender.sent, (std::vector<SentCommand>{{4, 864, 15}, {1, 770, 1284}}));
+
+  rig.upload.Complete();
+  EXPECT_FALSE(rig.upload.TimerEnabled());
+  Reply("ALL" + Block() + "DONE");
+  EXPECT_TRUE(blocks.empty());
+  rig.upload.Rearm();
+  EXPECT_TRUE(rig.upload.TimerEnabled());
+  Reply("ALL" + Block() + "DONE");
+  EXPECT_EQ(blocks.size(), 1u);
+}
+
 TEST_F(UploadTest, ABlockedReplyIsPassedOverOnceWithItsMarkersRemoved) {
   rig.upload.SetUploadBlocked(true);
   Reply("ALL" + Block() + "DONE" + Frames(1));
