@@ -47,12 +47,13 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
     : QObject(window),
       parts_(parts),
       gate_(parts.link.sender(), mode_),
-      edit_sender_(gate_, [this] { NoteEdit(); }),
+      held_edits_(gate_),
+      edit_sender_(held_edits_, [this] { NoteEdit(); }),
       setup_editor_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       compensation_editor_(
           {state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       sensor_tables_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
-      transmission_(image_, gate_),
+      transmission_(image_, held_edits_),
       progress_(window),
       download_(gate_, parts.link.state(),
                 DownloadCallbacks{
@@ -69,7 +70,8 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
                     },
                     [this] { return mode_.Offline || parts_.link.LineReady(); },
                     [this] { DownloadInterrupted(); },
-                }),
+                },
+                &held_edits_),
       map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_) {
   download_timer_.setInterval(kDownloadTimerIntervalMs);
   connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
@@ -285,7 +287,7 @@ void EditorSession::SetMapSelection(int choice) {
   const std::uint8_t selection_bit = choice < 3 ? static_cast<std::uint8_t>(0x20 << choice) : 0;
   const std::uint8_t value = sites_bits | selection_bit;
   image_.SetByte(kFuelSitesPosition, value);
-  gate_.Send(4, kFuelSitesPosition, value);
+  held_edits_.Send(4, kFuelSitesPosition, value);
 }
 
 }  // namespace vela

@@ -168,6 +168,7 @@ class EditorSession : public QObject {
   bool map_changed_ = false;       // edited since it was read, saved or loaded
   ProgramMode mode_;
   OfflineGate gate_;
+  HeldEdits held_edits_;  // a download holds the editors' changes until it has ended
   EditSender edit_sender_;
   SetupEditor setup_editor_;
   CompensationEditor compensation_editor_;
