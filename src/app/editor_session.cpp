@@ -256,8 +256,7 @@ void EditorSession::SaveMap() {
 void EditorSession::LoadAndDownloadMap() {
   LinkSession& link = parts_.link;
   ApplyEnvironment env = Environment();
-  const std::string version_text = link.live().firmware_text;
-  MapDownloadTarget target{link.state(), mode_, version_text, image_, state_, env, download_};
+  MapDownloadTarget target{link.state(), mode_, image_, state_, env, download_};
   const bool was_offline = mode_.Offline;
   const MapFileResult result = map_files_.LoadAndDownloadMap(target);
   if (mode_.Offline != was_offline) emit OfflineChanged(mode_.Offline);

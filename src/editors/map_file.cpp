@@ -16,7 +16,6 @@ namespace vela {
 
 namespace {
 
-constexpr int kFirmwareTextStart = 18;  // the 19th character, counted from 0
 constexpr std::string_view kNothingChanged = "Nothing was loaded and nothing was sent to the ECU.";
 constexpr std::string_view kSaveFailedLine2 =
     "The map was not saved. The file on disk is unchanged.";
@@ -54,21 +53,6 @@ int DotsInFileName(const std::string& path) {
 
 bool FileNameAccepted(const std::string& path) {
   return DotsInFileName(path) <= kMaxDotsInFileName;
-}
-
-std::uint8_t FirmwareVersionFromText(const std::string& version_text) {
-  if (version_text.size() <= static_cast<std::size_t>(kFirmwareTextStart)) return 0;
-  std::size_t i = static_cast<std::size_t>(kFirmwareTextStart);
-  while (i < version_text.size() && version_text[i] == ' ') ++i;
-  int number = 0;
-  bool any_digit = false;
-  for (; i < version_text.size() && std::isdigit(static_cast<unsigned char>(version_text[i]));
-       ++i) {
-    number = number * 10 + (version_text[i] - '0');
-    any_digit = true;
-    if (number > 255) return 0;
-  }
-  return any_digit ? static_cast<std::uint8_t>(number) : 0;
 }
 
 int OverDutyFuelCells(const CalibrationImage& image) {
@@ -160,8 +144,7 @@ MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
   }
   std::optional<CalibrationImage> image = ReadMapImage(*path);
   if (!image) return MapFileResult::kRefused;
-  image->SetByte(SetupFieldNamed("FirmwareVersion").position,
-                 FirmwareVersionFromText(target.ecu_version_text));
+  image->SetByte(FieldPos("FirmwareVersion"), target.state.version.FirmwareVersion);
   if (!SetupAccepted(*path, *image, target.state)) return MapFileResult::kCancelled;
   if (messages_.Show(MessageIcon::kExclamation, std::string(kDownloadCheckTitle),
                      LinesOf(kDownloadCheckLines), MessageButtons::kYesNo) != MessageAnswer::kYes) {

@@ -66,11 +66,6 @@ struct ProgramMode {
 int DotsInFileName(const std::string& path);
 bool FileNameAccepted(const std::string& path);
 
-// The firmware version number that begins at the 19th character of the ECU's version text
-// (blanks before its digits skipped), or 0 when the text is 18 characters or shorter, holds no
-// digits there, or names a number above 255.
-std::uint8_t FirmwareVersionFromText(const std::string& version_text);
-
 // The fuel cells of `image` (both fuel maps, as the image lays them out) above the duty limit of
 // their RPM row: the cap every edit in the map editors is held to, 120000 x B / A milliseconds
 // x RPM over the row's RPM (20 ms for the 0 RPM row), with A and B from the image's own
@@ -82,12 +77,13 @@ bool LinkConnected(const LinkState& link);
 
 enum class MapFileResult { kDone, kCancelled, kRefused, kFailed };
 
-// What loading a map works on besides the files.
+// What loading a map works on besides the files. The ECU's firmware version that the loaded map
+// keeps in byte 909 is the editors' (`state.version.FirmwareVersion`): byte 909 of the image the
+// ECU uploaded, the one source of the version label and the version check (0 before any upload).
 struct MapDownloadTarget {
   const LinkState& link;
   ProgramMode& mode;
-  const std::string& ecu_version_text;  // the version text the link shows
-  CalibrationImage& program_image;      // receives the loaded image
+  CalibrationImage& program_image;  // receives the loaded image
   EditorState& state;
   ApplyEnvironment& apply;
   Download& download;
@@ -111,7 +107,8 @@ class MapFiles {
   // setup checks (judged by itself, its own MAP sensor type included, as applying it would) or
   // holds fuel cells above their duty limit is shown with its failures and the number of map
   // cells it would change, and goes on only on Yes (No is the default). Then it asks for
-  // confirmation, replaces byte 909, applies the image and starts its download, all 1023 bytes.
+  // confirmation, replaces byte 909 by the uploaded ECU's version, applies the image and starts
+  // its download, all 1023 bytes.
   MapFileResult LoadAndDownloadMap(MapDownloadTarget& target);
 
   // The file of the last map saved or loaded, empty before one.

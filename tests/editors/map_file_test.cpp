@@ -40,7 +40,6 @@ class MapFileTest : public ::testing::Test {
 
   LinkState link;
   ProgramMode mode;
-  std::string version_text = std::string(18, '-') + "3.1";
   CalibrationImage program_image;
   EditorState state;
   StartupTrace status;
@@ -48,7 +47,7 @@ class MapFileTest : public ::testing::Test {
   bool suppress = false;
   ApplyEnvironment apply{status, messages, sender, link, suppress, {}, {}};
   Download download{sender, link, {}};
-  MapDownloadTarget target{link, mode, version_text, program_image, state, apply, download};
+  MapDownloadTarget target{link, mode, program_image, state, apply, download};
 };
 
 TEST_F(MapFileTest, SaveWritesTheBuiltBlockThroughTheSaveDialog) {
@@ -150,8 +149,15 @@ TEST_F(MapFileTest, LoadWithoutTheEcuSwitchesToOfflineModeFirst) {
   EXPECT_EQ(dialogs.opened.size(), 1u);
 }
 
+// Byte 909 of the file gives way to the version of the ECU whose calibration was uploaded: the
+// same byte of the uploaded image that the version label and the version check show.
 TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDownload) {
   link.Caption = kConnected;
+  CalibrationImage uploaded = SoundImage();
+  uploaded.SetByte(909, 3);
+  ApplyUploadedCalibration(uploaded, CalibrationSource::kUpload, state, apply);
+  status = StartupTrace();
+  sender.frames.clear();
   CalibrationImage file = SoundImage();
   file.SetByte(909, 9);
   file.SetByte(1, 0x34);
@@ -323,16 +329,6 @@ TEST_F(MapFileTest, AFileWithFuelCellsAboveTheirDutyLimitIsQuestionedWithTheirNu
                           "Download it into the ECU all the same?"));
   EXPECT_FALSE(download.running());
   EXPECT_THAT(sender.frames, IsEmpty());
-}
-
-TEST(FirmwareVersionFromText, TakesTheNumberFromThe19thCharacter) {
-  const std::string head(18, 'v');
-  EXPECT_EQ(FirmwareVersionFromText(""), 0);
-  EXPECT_EQ(FirmwareVersionFromText(head), 0);
-  EXPECT_EQ(FirmwareVersionFromText(head + "12"), 12);
-  EXPECT_EQ(FirmwareVersionFromText(head + " 4x"), 4);
-  EXPECT_EQ(FirmwareVersionFromText(head + "300"), 0);
-  EXPECT_EQ(FirmwareVersionFromText(head + "beta"), 0);
 }
 
 }  // namespace
