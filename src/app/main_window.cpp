@@ -139,8 +139,8 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
     parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
-  connect(editors_, &EditorSession::DownloadStatus, status_strip_->status_label(),
-          &QLabel::setText);
+  // "DownLoad" stands in the status label (`LabelOrangeBlock`) while a download runs.
+  connect(editors_, &EditorSession::DownloadStatus, status_strip_, &StatusStrip::ShowStartupText);
   connect(editors_, &EditorSession::MapInUseChanged, status_strip_, &StatusStrip::ShowMapInUse);
   connect(tabs_, &QTabWidget::currentChanged, this, &MainWindow::PageShown);
   connect(settings_controls_, &SettingsControls::NumericalChanged, map_pages_,

@@ -134,7 +134,10 @@ class CalibrationRoadTest : public QObject {
     program.messages.answers.push_back(MessageAnswer::kYes);
     editors.LoadAndDownloadMap();
     QVERIFY(editors.download().running());
+    auto* status = program.window->findChild<QLabel*>("LabelOrangeBlock");
+    QCOMPARE(status->text(), QString("DownLoad"));
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QVERIFY(status->text().isEmpty());  // a finished download clears its status text
     QTRY_VERIFY_WITH_TIMEOUT(ImageBytes(ecu.ImageSnapshot()).mid(0, 908) == edited.mid(0, 908),
                              3000);
     const QByteArray downloaded = ImageBytes(ecu.ImageSnapshot());
