@@ -60,7 +60,7 @@ void BM_ReceiveAndDispatchLiveFrames(benchmark::State& state) {
   vela::LiveData live;
   link.RxLevel = 10;
   link.Caption = std::string(vela::kCaptionConnected);
-  vela::CalibrationUpload upload(port, sender, link, display);
+  vela::CalibrationUpload upload(port, sender, clock, link, display);
   vela::ReceiveHandlers handlers(live);
   vela::ReceiveBuffer buffer(port, link, display);
   vela::ReceiveDispatcher dispatcher(port, clock, link, display, buffer, upload, handlers);

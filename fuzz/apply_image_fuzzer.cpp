@@ -55,7 +55,7 @@ void RequireSavedMapReloads(vela::fuzz::MapFileBench& applied) {
                        [](char c, std::uint8_t b) { return static_cast<std::uint8_t>(c) == b; }),
           "the saved map is the 1023 bytes the editors build");
 
-  fuzz::MapFileBench reloaded(fuzz::EcuVersionText(applied.state.version.FirmwareVersion));
+  fuzz::MapFileBench reloaded(applied.state.version.FirmwareVersion);
   Require(reloaded.LoadAndDownload(*saved) == MapFileResult::kDone, "a saved map loads");
   CalibrationImage saved_image;
   saved_image.Assign(built);
@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CalibrationImage image;
   image.Assign(bytes);
 
-  fuzz::MapFileBench bench(fuzz::EcuVersionText(0));
+  fuzz::MapFileBench bench(0);
   ApplyUploadedCalibration(image, CalibrationSource::kUpload, bench.state, bench.apply);
   Require(!bench.suppress_change_events, "change events flow again once the image is applied");
   const CommandFrame live_rate =

@@ -3,7 +3,6 @@
 #include "editors/build_calibration.h"
 #include "invariant.h"
 #include "link/connection_supervisor.h"
-#include "link/live_data.h"
 
 namespace vela::fuzz {
 namespace {
@@ -15,10 +14,6 @@ constexpr int kLastPairPosition = kImageLength - 2;
 constexpr int kClosePosition = kImageLength + 2;
 
 }  // namespace
-
-std::string EcuVersionText(std::uint8_t version) {
-  return std::string(live_text::kFirmwareTextPrefix) + std::to_string(version) + ".0";
-}
 
 std::vector<std::uint8_t> DownloadLineBytes(const CalibrationImage& image) {
   std::vector<CommandFrame> frames;
@@ -40,10 +35,11 @@ CalibrationImage::Block BuiltBytes(const EditorState& state) {
   return BuildCalibrationFromEditors(state).image.Bytes();
 }
 
-MapFileBench::MapFileBench(std::string ecu_version_text)
-    : version_text(std::move(ecu_version_text)),
-      map_files_(files, dialogs, messages, kFolders, memory),
-      target_{line.link, mode, version_text, program_image, state, apply, download} {
+MapFileBench::MapFileBench(std::uint8_t ecu_firmware)
+    : map_files_(files, dialogs, messages, kFolders, memory), target_{line.link,     mode,
+                                                                      program_image, state,
+                                                                      apply,         download} {
+  state.version.FirmwareVersion = ecu_firmware;
   files.folders[kFolders.maps] = true;
   dialogs.path = kMapPath;
   line.link.Caption = std::string(kCaptionConnected);

@@ -13,9 +13,6 @@
 
 namespace vela::fuzz {
 
-// The version text the link shows for an ECU whose firmware version is `version`.
-std::string EcuVersionText(std::uint8_t version);
-
 // What the line carries when `image` is downloaded: a code 2 frame for each pair of positions
 // 1-2 to 1021-1022, a code 4 frame for position 1023 and the closing code 6 frame at 1025.
 std::vector<std::uint8_t> DownloadLineBytes(const CalibrationImage& image);
@@ -30,7 +27,8 @@ class MapFileBench {
  public:
   static constexpr char kMapPath[] = "/maps/fuzz.sm1";
 
-  explicit MapFileBench(std::string ecu_version_text);
+  // The editors hold the calibration of a connected ECU whose firmware version is `ecu_firmware`.
+  explicit MapFileBench(std::uint8_t ecu_firmware);
 
   // Stores `content` as the map file, loads it and, when the load starts a download, runs the
   // download to its end. A download that does not end within its frames fails.
@@ -44,7 +42,6 @@ class MapFileBench {
   editor_testing::ScriptedMessages messages;
   FileDialogMemory memory;
   ProgramMode mode;
-  std::string version_text;
   CalibrationImage program_image;
   EditorState state;
   StartupTrace status;

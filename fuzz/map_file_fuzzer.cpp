@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace vela;
   using fuzz::Require;
   const std::string content(reinterpret_cast<const char*>(data), size);
-  fuzz::MapFileBench bench(fuzz::EcuVersionText(kEcuFirmware));
+  fuzz::MapFileBench bench(kEcuFirmware);
   const MapFileResult result = bench.LoadAndDownload(content);
   Require(!bench.line.link.TLock, "the link lock is as it was once the download has ended");
 

@@ -47,12 +47,13 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
     : QObject(window),
       parts_(parts),
       gate_(parts.link.sender(), mode_),
-      edit_sender_(gate_, [this] { NoteEdit(); }),
+      held_edits_(gate_),
+      edit_sender_(held_edits_, [this] { NoteEdit(); }),
       setup_editor_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       compensation_editor_(
           {state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       sensor_tables_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
-      transmission_(image_, gate_),
+      transmission_(image_, held_edits_),
       progress_(window),
       download_(gate_, parts.link.state(),
                 DownloadCallbacks{
@@ -69,10 +70,13 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
                     },
                     [this] { return mode_.Offline || parts_.link.LineReady(); },
                     [this] { DownloadInterrupted(); },
-                }),
+                },
+                &held_edits_),
       map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_) {
   download_timer_.setInterval(kDownloadTimerIntervalMs);
   connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
+  // The upload asks nothing while a download runs or while the program is off-line.
+  parts_.link.upload().SetHeld([this] { return mode_.Offline || download_.running(); });
   // The temperature read-outs convert through the sensor points of the program's calibration.
   parts_.link.UseCalibration(&image_);
 }
@@ -84,8 +88,21 @@ ApplyEnvironment EditorSession::Environment() {
                           gate_,
                           link.state(),
                           parts_.suppress_change_events,
-                          [&link] { link.StopUploadTimer(); },
-                          [] {}};
+                          [&link] { link.upload().Complete(); },
+                          &notes_};
+}
+
+void EditorSession::ShowNotesLater() {
+  QTimer::singleShot(0, this, [this] {
+    std::vector<CalibrationNote> notes;
+    notes.swap(notes_);
+    for (const CalibrationNote& note : notes)
+      parts_.messages.Show(note.icon, note.title, note.lines);
+  });
+}
+
+void EditorSession::EndUploadPreparation() {
+  gate_.Send(kUploadDoneCommand, kLiveRateAddress, parts_.link.state().CommsSpeedValue);
 }
 
 bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
@@ -100,7 +117,6 @@ bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
 }
 
 void EditorSession::DownloadWhole() {
-  parts_.link.StopUploadTimer();
   download_.Start(image_.ToVector());
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
 }
@@ -126,22 +142,41 @@ void EditorSession::DownloadInterrupted() {
 }
 
 void EditorSession::ApplyUpload(const CalibrationImage& image) {
+  if (applying_upload_) {
+    newer_block_ = image;
+    return;
+  }
+  applying_upload_ = true;
+  bool ecu_calibration = ApplyEcuBlock(image);
+  while (newer_block_) {
+    const CalibrationImage next = *newer_block_;
+    newer_block_.reset();
+    // Once the editors' calibration goes down, a block read before it arrived is out of date.
+    if (ecu_calibration) ecu_calibration = ApplyEcuBlock(next);
+  }
+  applying_upload_ = false;
+  ShowNotesLater();
+}
+
+bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
   if (mode_.Offline) {
     parts_.status.Show("Off-line: the ECU's calibration was not applied");
-    return;
+    return true;
   }
   if (resend_when_back_) {
     resend_when_back_ = false;
     edited_while_down_ = false;
     if (image.Bytes() != image_.Bytes()) {
+      EndUploadPreparation();
       DownloadWhole();
-      return;
+      return false;
     }
   }
   if (KeepEditsOver(image)) {
     edited_while_down_ = false;
+    EndUploadPreparation();
     DownloadWhole();
-    return;
+    return false;
   }
   edited_while_down_ = false;
   SetOutOfStep(false);
@@ -153,6 +188,7 @@ void EditorSession::ApplyUpload(const CalibrationImage& image) {
   ApplyEnvironment env = Environment();
   ApplyUploadedCalibration(image_, CalibrationSource::kUpload, state_, env);
   emit EditorsFilled();
+  return true;
 }
 
 void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
@@ -220,8 +256,7 @@ void EditorSession::SaveMap() {
 void EditorSession::LoadAndDownloadMap() {
   LinkSession& link = parts_.link;
   ApplyEnvironment env = Environment();
-  const std::string version_text = link.live().firmware_text;
-  MapDownloadTarget target{link.state(), mode_, version_text, image_, state_, env, download_};
+  MapDownloadTarget target{link.state(), mode_, image_, state_, env, download_};
   const bool was_offline = mode_.Offline;
   const MapFileResult result = map_files_.LoadAndDownloadMap(target);
   if (mode_.Offline != was_offline) emit OfflineChanged(mode_.Offline);
@@ -231,6 +266,7 @@ void EditorSession::LoadAndDownloadMap() {
   has_calibration_ = true;
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
   emit EditorsFilled();
+  ShowNotesLater();
 }
 
 void EditorSession::SetOffline(bool offline) {

@@ -9,6 +9,8 @@
 #include <QProgressBar>
 #include <QTimer>
 #include <functional>
+#include <optional>
+#include <vector>
 
 #include "calibration/calibration_image.h"
 #include "editors/apply_calibration.h"
@@ -98,7 +100,9 @@ class EditorSession : public QObject {
   // A complete block from the ECU. Ignored while off-line, so a tuner's off-line edits are never
   // replaced behind their back. When changes were made while the ECU was not connected or the
   // program was off-line, and the ECU's block differs from the editors' calibration, the tuner is
-  // asked which one wins.
+  // asked which one wins. A block that arrives while that question is open waits for the answer.
+  // The notes of the application (the "PC Software Update" message) are shown after it, once
+  // the event that brought the block is handled.
   void ApplyUpload(const CalibrationImage& image);
   // The tuner changed `cells` of `map`'s grid: cap, write into the image and send.
   void CellsEdited(EditedMap map, MapGridModel& grid, const std::vector<MapCell>& cells);
@@ -128,6 +132,13 @@ class EditorSession : public QObject {
 
  private:
   ApplyEnvironment Environment();
+  // One block from the ECU; false when the editors' calibration goes down to the ECU instead.
+  bool ApplyEcuBlock(const CalibrationImage& image);
+  // The upload prepared the link (864 <- 8, then 15); applying its block ends with the live-rate
+  // command. A block whose calibration is replaced by a download ends it here.
+  void EndUploadPreparation();
+  // Shows the notes the last application left once the current event is handled.
+  void ShowNotesLater();
   // True when the tuner chose to send the editors' calibration instead of taking the ECU's.
   bool KeepEditsOver(const CalibrationImage& ecu_image);
   // A download ended after its line failed: says so, and offers to send the image again.
@@ -146,7 +157,10 @@ class EditorSession : public QObject {
   EditorState state_;
   CalibrationImage image_;
   bool has_calibration_ = false;
-  bool edited_while_down_ = false;  // changes made while no ECU was listening
+  bool applying_upload_ = false;                 // ApplyUpload is at work (a question may be open)
+  std::optional<CalibrationImage> newer_block_;  // arrived while it was
+  std::vector<CalibrationNote> notes_;           // to show once the application is done
+  bool edited_while_down_ = false;               // changes made while no ECU was listening
   bool ecu_out_of_step_ = false;
   bool resend_when_back_ = false;  // the tuner asked for the whole image once the ECU is back
   std::string map_path_;           // the map file in use, empty when none
@@ -154,6 +168,7 @@ class EditorSession : public QObject {
   bool map_changed_ = false;       // edited since it was read, saved or loaded
   ProgramMode mode_;
   OfflineGate gate_;
+  HeldEdits held_edits_;  // a download holds the editors' changes until it has ended
   EditSender edit_sender_;
   SetupEditor setup_editor_;
   CompensationEditor compensation_editor_;

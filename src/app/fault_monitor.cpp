@@ -38,6 +38,7 @@ FaultMonitor::FaultMonitor(LinkSession& link, QObject* parent)
 void FaultMonitor::RequestCodes() {
   reader_.Request();
   answer_timer_.start();
+  emit CodesRequested();
 }
 
 void FaultMonitor::Acknowledge() {

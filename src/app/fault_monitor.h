@@ -22,7 +22,8 @@ class FaultMonitor : public QObject {
  public:
   explicit FaultMonitor(LinkSession& link, QObject* parent = nullptr);
 
-  // Asks the ECU for its codes (answered by CodesRead or NoAnswer).
+  // Asks the ECU for its codes (announced by CodesRequested, answered by CodesRead or NoAnswer).
+  // The program asks by itself on a new fault, as the error-code button does.
   void RequestCodes();
   bool Waiting() const { return reader_.Waiting(); }
   const FaultWatch& watch() const { return watch_; }
@@ -30,6 +31,8 @@ class FaultMonitor : public QObject {
   void Acknowledge();
 
  signals:
+  // The codes were asked for: what the grid listed is no longer the ECU's word.
+  void CodesRequested();
   // A fault the ECU reported anew: its code and its title as the code table gives it.
   void FaultSeen(int code, const QString& title);
   // The ECU's answer: how many codes it holds and its four newest (0 where it holds fewer).

@@ -37,8 +37,8 @@ FaultPanel::FaultPanel(FaultMonitor& monitor, std::function<bool()> holds_no_cod
   auto* columns = new QHBoxLayout(this);
   columns->addWidget(BuildCodes(), 1);
   columns->addWidget(BuildSeen(), 1);
-  connect(&monitor_, &FaultMonitor::CodesRead, this,
-          [this](int, const QList<int>& codes) { ShowCodes(codes); });
+  connect(&monitor_, &FaultMonitor::CodesRequested, this, &FaultPanel::ClearCodes);
+  connect(&monitor_, &FaultMonitor::CodesRead, this, &FaultPanel::ShowCodes);
   connect(&monitor_, &FaultMonitor::NoAnswer, this, &FaultPanel::ShowNoAnswer);
   connect(&monitor_, &FaultMonitor::WatchChanged, this, &FaultPanel::ShowSeenFaults);
 }
@@ -64,6 +64,11 @@ QWidget* FaultPanel::BuildCodes() {
   connect(grid_, &QTableWidget::currentCellChanged, this,
           [this](int row) { ShowExplanation(row); });
   column->addWidget(grid_);
+  more_held_ = new QLabel(box);
+  more_held_->setObjectName("MoreCodesHeld");
+  more_held_->setWordWrap(true);
+  more_held_->hide();
+  column->addWidget(more_held_);
   explanation_ = new QLabel(box);
   explanation_->setObjectName("ErrorExplanation");
   explanation_->setWordWrap(true);
@@ -98,6 +103,7 @@ void FaultPanel::SetRow(int row, const QString& text) { grid_->item(row, 0)->set
 
 void FaultPanel::ReadCodes() {
   if (holds_no_codes_ && holds_no_codes_()) {
+    more_held_->hide();
     for (int row = 0; row < kErrorGridRows; ++row) {
       explanations_.ErrorCodeText(row, 0);
       SetRow(row, TextOf(kNoErrorRow));
@@ -106,12 +112,18 @@ void FaultPanel::ReadCodes() {
     return;
   }
   monitor_.RequestCodes();
+}
+
+// Rows 1 to 4 are cleared whoever asks, the button or the program on a new fault, so that no row
+// from an earlier answer stands under an unanswered request.
+void FaultPanel::ClearCodes() {
   explanations_.Clear();
   for (int row = 0; row < kErrorGridRows; ++row) SetRow(row, QString());
   explanation_->clear();
+  more_held_->hide();
 }
 
-void FaultPanel::ShowCodes(const QList<int>& codes) {
+void FaultPanel::ShowCodes(int held, const QList<int>& codes) {
   explanations_.Clear();
   for (int row = 0; row < kErrorGridRows; ++row) {
     const int code = row < codes.size() ? codes[row] : 0;
@@ -119,6 +131,9 @@ void FaultPanel::ShowCodes(const QList<int>& codes) {
     SetRow(row, QString::fromStdString(ErrorRowText(code)));
   }
   ShowExplanation(grid_->currentRow());
+  more_held_->setText(
+      QString("The ECU holds %1 codes: only the four newest are listed.").arg(held));
+  more_held_->setVisible(held > kErrorGridRows);
 }
 
 void FaultPanel::ShowNoAnswer() {

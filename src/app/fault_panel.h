@@ -1,6 +1,7 @@
 // The ECU's fault codes on the Data Page: the error-code button (`Command9`), the error grid
 // (`OBDGrid`, four rows) with the explanation of the selected row, and the faults seen since the
-// program started, with the time each was first seen and how many times it was reported.
+// program started, with the time each was first seen and how many times it was reported. An ECU
+// holding more codes than the four rows is said to, under the grid.
 #pragma once
 
 #include <QGroupBox>
@@ -37,7 +38,8 @@ class FaultPanel : public QGroupBox {
   QWidget* BuildCodes();
   QWidget* BuildSeen();
   void SetRow(int row, const QString& text);
-  void ShowCodes(const QList<int>& codes);
+  void ClearCodes();
+  void ShowCodes(int held, const QList<int>& codes);
   void ShowNoAnswer();
   void ShowExplanation(int row);
   void ShowSeenFaults();
@@ -48,6 +50,7 @@ class FaultPanel : public QGroupBox {
   QPushButton* button_ = nullptr;
   QTableWidget* grid_ = nullptr;
   QLabel* explanation_ = nullptr;
+  QLabel* more_held_ = nullptr;  // says when the ECU holds more codes than the grid lists
   QTableWidget* seen_ = nullptr;
 };
 

@@ -1,5 +1,7 @@
 #include "app/link_session.h"
 
+#include <algorithm>
+
 #include "link/qt/qt_serial_port.h"
 #include "link/receive_timing.h"
 
@@ -13,7 +15,7 @@ LinkSession::LinkSession(QtSerialPort& port, StartupTrace& trace, QObject* paren
       sender_(port, clock_, state_, delay_),
       timing_(delay_, state_, sender_),
       engine_rate_(state_),
-      upload_(port, sender_, state_, display_),
+      upload_(port, sender_, clock_, state_, display_),
       handlers_(live_),
       buffer_(port, state_, display_),
       dispatcher_(port, clock_, state_, display_, buffer_, upload_, handlers_),
@@ -86,13 +88,21 @@ void LinkSession::Start() {
 }
 
 // The tick rests once it could only wait for data (every whole frame taken, at most a part of
-// the next one there) and wakes with the next arrival or a closed port. Its ticks then fall on
+// the next one there) and wakes with the next arrival or a closed port; while a closed port
+// cannot be opened it ticks only when the next try is due. Its ticks then fall on
 // the arrivals instead of between them: at 60 frames a second the program wakes less than half
 // as often, a frame is taken the moment it is complete, and a backlog still drains at a frame a
 // tick.
 void LinkSession::Tick() {
   dispatcher_.TimerCommProcess();
-  if (dispatcher_.WaitsForData()) timer_comm_process_.stop();
+  if (dispatcher_.WaitsForData()) {
+    timer_comm_process_.stop();
+    return;
+  }
+  // While a closed port cannot be opened, the next tick is the next try.
+  const int interval = static_cast<int>(
+      std::max<std::int64_t>(kTimerCommProcessIntervalMs, dispatcher_.MsUntilReopen()));
+  if (timer_comm_process_.interval() != interval) timer_comm_process_.setInterval(interval);
 }
 
 bool LinkSession::WakeDispatcher() {
@@ -132,7 +142,10 @@ void LinkSession::Close() {
   sender_.SendClosingCommand();
 }
 
-void LinkSession::OnBlock(const CalibrationImage& image) { emit CalibrationReceived(image); }
+void LinkSession::OnBlock(const CalibrationImage& image) {
+  QMetaObject::invokeMethod(
+      this, [this, image] { emit CalibrationReceived(image); }, Qt::QueuedConnection);
+}
 
 bool LinkSession::LineReady() const {
   return port_.IsOpen() && !state_.Caption.empty() &&

@@ -46,7 +46,6 @@ class LinkSession : public QObject {
   void SetCommsDelayEnabled(bool on) { state_.CommsDelayEnabled = on; }
   // Forces a fresh upload from the ECU (the U key).
   void ForceUpload();
-  void StopUploadTimer() { upload_timer_.stop(); }
   // The calibration whose sensor points the temperature read-outs use.
   void UseCalibration(const CalibrationImage* image) { handlers_.SetCalibration(image); }
   // How the air-fuel read-out is shown (the display choice).
@@ -73,7 +72,9 @@ class LinkSession : public QObject {
   void DisplayChanged();
   void LiveDataChanged();
   void DisplaysReset();
-  // A complete calibration block from the ECU.
+  // A complete calibration block from the ECU, once the dispatch that found it has ended: what
+  // it leads to (filling the editors, the questions and notes it raises) never runs inside the
+  // receive path, where a modal box would stop the port's events and the dispatcher.
   void CalibrationReceived(const CalibrationImage& image);
   // Every new live frame the dispatcher takes, after the handlers have run.
   void FrameTaken(const live::Frame& frame);

@@ -24,6 +24,7 @@
 #include "app/live_view.h"
 #include "app/map_pages.h"
 #include "app/settings_controls.h"
+#include "app/setup_error_list.h"
 #include "app/setup_pages.h"
 #include "app/status_strip.h"
 #include "editors/mapgrid/key_routing.h"
@@ -111,11 +112,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   for (int i = 0; i < kTabCount; ++i) tabs_->addTab(BuildPage(i), kTabTexts[i]);
   layout->addWidget(tabs_, 1);
   layout->addWidget(setup_pages_->help_box());
-  setup_errors_ = new QListWidget(central);
-  setup_errors_->setObjectName("SetupErrorList");
-  setup_errors_->setMaximumHeight(70);
-  setup_errors_->setStyleSheet("color: rgb(200, 30, 20);");
-  setup_errors_->hide();
+  setup_errors_ = new SetupErrorList(central);
   layout->addWidget(setup_errors_);
   status_strip_ = new StatusStrip(central);
   layout->addWidget(status_strip_);
@@ -142,8 +139,8 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
     parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
-  connect(editors_, &EditorSession::DownloadStatus, status_strip_->status_label(),
-          &QLabel::setText);
+  // "DownLoad" stands in the status label (`LabelOrangeBlock`) while a download runs.
+  connect(editors_, &EditorSession::DownloadStatus, status_strip_, &StatusStrip::ShowStartupText);
   connect(editors_, &EditorSession::MapInUseChanged, status_strip_, &StatusStrip::ShowMapInUse);
   connect(tabs_, &QTabWidget::currentChanged, this, &MainWindow::PageShown);
   connect(settings_controls_, &SettingsControls::NumericalChanged, map_pages_,
@@ -509,13 +506,7 @@ void MainWindow::ShowKeystrokeTable(bool english) {
   keystrokes_->resizeColumnToContents(0);
 }
 
-void MainWindow::ShowSetupErrors() {
-  setup_errors_->clear();
-  for (const std::string& line : editors_->state().SetupErrors) {
-    setup_errors_->addItem(QString::fromStdString(line));
-  }
-  setup_errors_->setVisible(setup_errors_->count() > 0);
-}
+void MainWindow::ShowSetupErrors() { setup_errors_->ShowErrors(editors_->state().SetupErrors); }
 
 void MainWindow::ShowOffline(bool offline) {
   {

@@ -30,6 +30,7 @@ class LiveView;
 class MapPages;
 class QtSerialPort;
 class SettingsControls;
+class SetupErrorList;
 class SetupPages;
 class StatusLabelAdapter;
 class StatusStrip;
@@ -131,7 +132,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
   FaultMonitor* fault_monitor_;
   MapPages* map_pages_;
   SetupPages* setup_pages_ = nullptr;
-  QListWidget* setup_errors_ = nullptr;  // the setup error list
+  SetupErrorList* setup_errors_ = nullptr;
   QTableWidget* keystrokes_ = nullptr;
   QPushButton* offline_button_ = nullptr;
   bool offline_ = false;

@@ -91,7 +91,8 @@ std::vector<std::string> Lines(std::string first, std::string_view second) {
   return {std::move(first), std::string(second)};
 }
 
-void ApplyVersion(const CalibrationImage& image, EditorState& state, ApplyEnvironment& env) {
+void ApplyVersion(const CalibrationImage& image, EditorState& state,
+                  std::vector<CalibrationNote>& notes) {
   VersionInfo& version = state.version;
   version.FirmwareVersion = image.FirmwareVersion();
   version.VersionLabel = std::to_string(version.FirmwareVersion);
@@ -100,16 +101,16 @@ void ApplyVersion(const CalibrationImage& image, EditorState& state, ApplyEnviro
     const bool text_changed = version.VersionLabel != version.LastShownVersionText;
     if (version.ShowVersionMessage || text_changed) {
       std::string line = std::string(kSoftwareUpdateLine1) + (text_changed ? "  " : "");
-      env.messages.Show(MessageIcon::kInformation, std::string(kSoftwareUpdateTitle),
-                        Lines(std::move(line), kSoftwareUpdateLine2));
+      notes.push_back({MessageIcon::kInformation, std::string(kSoftwareUpdateTitle),
+                       Lines(std::move(line), kSoftwareUpdateLine2)});
       version.ShowVersionMessage = false;
       version.LastShownVersionText = version.VersionLabel;
     }
     state.SetupErrors.emplace_back(kSoftwareOutOfDate);
   }
   if (FirmwareOlderThanSoftware(version.FirmwareVersion)) {
-    env.messages.Show(MessageIcon::kInformation, std::string(kFirmwareUpdateTitle),
-                      Lines(std::string(kFirmwareUpdateLine1), kFirmwareUpdateLine2));
+    notes.push_back({MessageIcon::kInformation, std::string(kFirmwareUpdateTitle),
+                     Lines(std::string(kFirmwareUpdateLine1), kFirmwareUpdateLine2)});
     state.SetupErrors.emplace_back(kFirmwareNotLatest);
   }
   version.Check7 = number >= kLatestKnownFirmware;
@@ -214,30 +215,41 @@ void ApplyTablesAndIdle(const CalibrationImage& image, EditorState& state) {
 
 void FinishSorting(CalibrationSource source, ApplyEnvironment& env) {
   env.status.Show(std::string(kUploadSortingComplete));
-  if (env.stop_upload_timer) env.stop_upload_timer();
-  if (env.clear_upload_flags) env.clear_upload_flags();
   if (source == CalibrationSource::kUpload) {
     env.sender.Send(kUploadDoneCommand, kLiveRateAddress, env.link.CommsSpeedValue);
+  } else if (env.end_upload) {
+    env.end_upload();
   }
 }
 
-}  // namespace
-
-void ApplyUploadedCalibration(const CalibrationImage& image, CalibrationSource source,
-                              EditorState& state, ApplyEnvironment& env) {
+void ApplySteps(const CalibrationImage& image, CalibrationSource source, EditorState& state,
+                ApplyEnvironment& env, std::vector<CalibrationNote>& notes) {
   const ChangeEventsSuppressed suppressed(env.suppress_change_events);
   env.status.Show(std::string(kUploadSortingStarted));
   ApplyEcuNumber(image, state);
   ApplyCylindersAndRpmSites(image, state);
   ApplyFuelSites(image, state);
   ApplyMaps(image, state);
-  ApplyVersion(image, state, env);
+  ApplyVersion(image, state, notes);
   ApplyEngineSetup(image, state);
   ApplyOutputsAndEdges(image, state);
   ApplyFuelTpsAndMapSensor(image, state);
   ApplyInputsAndDwell(image, state);
   ApplyTablesAndIdle(image, state);
   FinishSorting(source, env);
+}
+
+}  // namespace
+
+void ApplyUploadedCalibration(const CalibrationImage& image, CalibrationSource source,
+                              EditorState& state, ApplyEnvironment& env) {
+  std::vector<CalibrationNote> notes;
+  ApplySteps(image, source, state, env, notes);
+  if (env.notes) {
+    env.notes->insert(env.notes->end(), notes.begin(), notes.end());
+    return;
+  }
+  for (const CalibrationNote& note : notes) env.messages.Show(note.icon, note.title, note.lines);
 }
 
 }  // namespace vela

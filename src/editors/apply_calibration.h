@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "calibration/calibration_image.h"
 #include "editors/editor_state.h"
@@ -62,23 +63,40 @@ class ChangeEventsSuppressed {
   bool before_;
 };
 
+// A message the procedure has for the tuner (the version message). No box opens while the
+// editors are being filled: a modal box lets other events run, a calibration arriving then would
+// be applied into half-filled editors, and the link would wait behind it. The notes are shown
+// once the calibration is applied.
+struct CalibrationNote {
+  MessageIcon icon = MessageIcon::kInformation;
+  std::string title;
+  std::vector<std::string> lines;
+};
+
 // What the procedure reaches beyond the editors.
 struct ApplyEnvironment {
-  StartupTrace& status;                      // the status label `LabelOrangeBlock`
-  MessageSink& messages;                     // the version message box
-  CommandSender& sender;                     // the live-rate command of step 12
-  const LinkState& link;                     // `CommsSpeedValue`
-  bool& suppress_change_events;              // `SuppressChangeEvents`: true while the editors fill
-  std::function<void()> stop_upload_timer;   // disables `UploadTimer`
-  std::function<void()> clear_upload_flags;  // clears `UploadStarted` and `UploadRequested`
+  StartupTrace& status;          // the status label `LabelOrangeBlock`
+  MessageSink& messages;         // the notes, unless `notes` takes them
+  CommandSender& sender;         // the live-rate command of step 12
+  const LinkState& link;         // `CommsSpeedValue`
+  bool& suppress_change_events;  // `SuppressChangeEvents`: true while the editors fill
+  // Step 12 after a map file: the calibration upload is over (it stops its timer and clears its
+  // flags), the editors hold what the ECU is about to get. An upload stopped its own timer and
+  // cleared its flags when it handed its block on, so an upload's step 12 leaves it alone: one
+  // re-armed since (the ECU was lost while the block waited) goes on.
+  std::function<void()> end_upload;
+  // Takes the notes for the caller to show when it is done; null: they are shown through
+  // `messages` as the procedure's last act.
+  std::vector<CalibrationNote>* notes = nullptr;
 };
 
 // Steps 1 to 12 in order: status "Upload Sorting Started"; the ECU number; cylinders and RPM
 // sites; fuel sites and map selection; the maps, trigger offset, ignition sites and lock; the
 // version checks and `Check7`; engine setup; outputs and byte 942; fuel, TPS and MAP sensor;
-// inputs and dwell; tables and idle; status "Upload Sorting Complete", upload timer stopped,
-// upload flags cleared, and for an upload the live-rate command. `SuppressChangeEvents` is true
-// throughout and is restored afterwards. The setup error list is appended to, not cleared.
+// inputs and dwell; tables and idle; status "Upload Sorting Complete", and for an upload the
+// live-rate command, for a map file the end of the upload. `SuppressChangeEvents` is true
+// throughout and is restored afterwards; then the notes (the version message) are handed over or
+// shown. The setup error list is appended to, not cleared.
 void ApplyUploadedCalibration(const CalibrationImage& image, CalibrationSource source,
                               EditorState& state, ApplyEnvironment& env);
 

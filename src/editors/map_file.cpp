@@ -1,11 +1,14 @@
 #include "editors/map_file.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <utility>
 #include <vector>
 
+#include "calibration/map_axes.h"
 #include "editors/build_calibration.h"
+#include "editors/mapgrid/cell_transmission.h"
 #include "editors/setup/setup_checks.h"
 #include "shell/file_names.h"
 
@@ -13,7 +16,6 @@ namespace vela {
 
 namespace {
 
-constexpr int kFirmwareTextStart = 18;  // the 19th character, counted from 0
 constexpr std::string_view kNothingChanged = "Nothing was loaded and nothing was sent to the ECU.";
 constexpr std::string_view kSaveFailedLine2 =
     "The map was not saved. The file on disk is unchanged.";
@@ -53,19 +55,24 @@ bool FileNameAccepted(const std::string& path) {
   return DotsInFileName(path) <= kMaxDotsInFileName;
 }
 
-std::uint8_t FirmwareVersionFromText(const std::string& version_text) {
-  if (version_text.size() <= static_cast<std::size_t>(kFirmwareTextStart)) return 0;
-  std::size_t i = static_cast<std::size_t>(kFirmwareTextStart);
-  while (i < version_text.size() && version_text[i] == ' ') ++i;
-  int number = 0;
-  bool any_digit = false;
-  for (; i < version_text.size() && std::isdigit(static_cast<unsigned char>(version_text[i]));
-       ++i) {
-    number = number * 10 + (version_text[i] - '0');
-    any_digit = true;
-    if (number > 255) return 0;
+int OverDutyFuelCells(const CalibrationImage& image) {
+  EngineSetup setup;
+  setup.FuelMode = image.Byte(FieldPos("InjectionMode")) & 0x03;
+  SetupIgnitionDivide(setup);
+  const double base = DutyLimitBase(setup);
+  const std::array<int, kMapRows> rpm = RpmSites(image.Byte(FieldPos("RpmSitesSetup")));
+  int over = 0;
+  for (int map : {1, 2}) {
+    for (int block_row = 1; block_row <= kMapRows; ++block_row) {
+      const int limit = DutyLimitUnits(base, std::to_string(rpm[block_row - 1]));
+      for (int column = 1; column <= image.FuelLoadSites(); ++column) {
+        const int raw =
+            static_cast<int>(image.Read16(image.FuelCellPosition(map, block_row, column)));
+        if (raw > limit) ++over;
+      }
+    }
   }
-  return any_digit ? static_cast<std::uint8_t>(number) : 0;
+  return over;
 }
 
 bool LinkConnected(const LinkState& link) {
@@ -137,8 +144,7 @@ MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
   }
   std::optional<CalibrationImage> image = ReadMapImage(*path);
   if (!image) return MapFileResult::kRefused;
-  image->SetByte(SetupFieldNamed("FirmwareVersion").position,
-                 FirmwareVersionFromText(target.ecu_version_text));
+  image->SetByte(FieldPos("FirmwareVersion"), target.state.version.FirmwareVersion);
   if (!SetupAccepted(*path, *image, target.state)) return MapFileResult::kCancelled;
   if (messages_.Show(MessageIcon::kExclamation, std::string(kDownloadCheckTitle),
                      LinesOf(kDownloadCheckLines), MessageButtons::kYesNo) != MessageAnswer::kYes) {
@@ -187,14 +193,24 @@ std::optional<CalibrationImage> MapFiles::ReadMapImage(const std::string& path) 
   return std::nullopt;
 }
 
+// The file is judged by itself: its scaling against its own MAP sensor type (byte 955), as
+// applying it reads them, never against the sensor the editors show now.
 bool MapFiles::SetupAccepted(const std::string& path, const CalibrationImage& image,
                              const EditorState& state) {
-  const std::vector<std::string> failures = ValidateSetup(image, {state.sensors.ComboMAP});
-  if (failures.empty()) return true;
+  const CheckContext own{image.Byte(FieldPos("MapSensorSetup")) & kMapSensorTypeBits};
+  const std::vector<std::string> failures = ValidateSetup(image, own);
+  const int over_duty = OverDutyFuelCells(image);
+  if (failures.empty() && over_duty == 0) return true;
   const int differing = DifferingMapCells(image, BuildCalibrationFromEditors(state).image);
   std::vector<std::string> lines = {"The map file \"" + path.substr(NameStart(path)) +
                                     "\" fails these setup checks:"};
   for (const std::string& failure : failures) lines.push_back("    " + failure);
+  if (over_duty > 0) {
+    lines.push_back("    " + std::to_string(over_duty) +
+                    (over_duty == 1 ? " fuel cell is above the duty limit of its RPM row"
+                                    : " fuel cells are above the duty limit of their RPM row") +
+                    " (more than 100 % injector duty)");
+  }
   lines.push_back(differing == 0 ? std::string("Its map cells are the same as the maps shown now.")
                                  : "It changes " + std::to_string(differing) +
                                        (differing == 1 ? " map cell" : " map cells") +

@@ -66,22 +66,24 @@ struct ProgramMode {
 int DotsInFileName(const std::string& path);
 bool FileNameAccepted(const std::string& path);
 
-// The firmware version number that begins at the 19th character of the ECU's version text
-// (blanks before its digits skipped), or 0 when the text is 18 characters or shorter, holds no
-// digits there, or names a number above 255.
-std::uint8_t FirmwareVersionFromText(const std::string& version_text);
+// The fuel cells of `image` (both fuel maps, as the image lays them out) above the duty limit of
+// their RPM row: the cap every edit in the map editors is held to, 120000 x B / A milliseconds
+// x RPM over the row's RPM (20 ms for the 0 RPM row), with A and B from the image's own
+// injection mode. A cell above it would ask for more than 100 % injector duty.
+int OverDutyFuelCells(const CalibrationImage& image);
 
 // True when the main form's caption shows the connected state (set and without "Not").
 bool LinkConnected(const LinkState& link);
 
 enum class MapFileResult { kDone, kCancelled, kRefused, kFailed };
 
-// What loading a map works on besides the files.
+// What loading a map works on besides the files. The ECU's firmware version that the loaded map
+// keeps in byte 909 is the editors' (`state.version.FirmwareVersion`): byte 909 of the image the
+// ECU uploaded, the one source of the version label and the version check (0 before any upload).
 struct MapDownloadTarget {
   const LinkState& link;
   ProgramMode& mode;
-  const std::string& ecu_version_text;  // the version text the link shows
-  CalibrationImage& program_image;      // receives the loaded image
+  CalibrationImage& program_image;  // receives the loaded image
   EditorState& state;
   ApplyEnvironment& apply;
   Download& download;
@@ -102,9 +104,11 @@ class MapFiles {
   // (and switches to off-line mode), asks for a name, refuses five dots, then checks the file
   // before anything is asked or sent: a file that is not exactly 1023 bytes (or is a folder, a
   // pipe, a device, or cannot be read) is refused with its name and size; an image that fails
-  // setup checks is shown with its failures and the number of map cells it would change, and
-  // goes on only on Yes (No is the default). Then it asks for confirmation, replaces byte 909,
-  // applies the image and starts its download, all 1023 bytes.
+  // setup checks (judged by itself, its own MAP sensor type included, as applying it would) or
+  // holds fuel cells above their duty limit is shown with its failures and the number of map
+  // cells it would change, and goes on only on Yes (No is the default). Then it asks for
+  // confirmation, replaces byte 909 by the uploaded ECU's version, applies the image and starts
+  // its download, all 1023 bytes.
   MapFileResult LoadAndDownloadMap(MapDownloadTarget& target);
 
   // The file of the last map saved or loaded, empty before one.

@@ -4,6 +4,27 @@
 
 namespace vela {
 
+void HeldEdits::CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
+                          bool& reserved, int command2, int address2, std::int32_t value2,
+                          bool& slower) {
+  if (holding_) {
+    waiting_.push_back({command, address, value, pre_wait, command2, address2, value2, slower});
+    return;
+  }
+  inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2, slower);
+}
+
+void HeldEdits::Release() {
+  holding_ = false;
+  std::vector<Held> waiting;
+  waiting.swap(waiting_);
+  for (Held& edit : waiting) {
+    bool reserved = false;
+    inner_.CommsSend(edit.command, edit.address, edit.value, edit.pre_wait, reserved, edit.command2,
+                     edit.address2, edit.value2, edit.slower);
+  }
+}
+
 void Download::Start(std::vector<std::uint8_t> image) {
   download_image_ = std::move(image);
   download_pos_ = 1;
@@ -13,6 +34,7 @@ void Download::Start(std::vector<std::uint8_t> image) {
   broken_ = false;
   lock_before_ = link_.TLock;
   link_.TLock = true;
+  if (edits_) edits_->Hold();
   if (callbacks_.show_progress) callbacks_.show_progress();
   if (callbacks_.set_timer_enabled) callbacks_.set_timer_enabled(true);
 }
@@ -44,6 +66,7 @@ void Download::Finish() {
   download_pos_ = 1;
   running_ = false;
   link_.TLock = lock_before_;
+  if (edits_) edits_->Release();
   if (callbacks_.clear_status) callbacks_.clear_status();
   if (broken_ && callbacks_.interrupted) callbacks_.interrupted();
 }

@@ -42,10 +42,43 @@ struct DownloadCallbacks {
   std::function<void()> interrupted;
 };
 
+// The way the editors' single changes (cells, set-up choices, tables) reach the ECU. While a
+// download runs they wait, in the order made, and follow its closing frame: the download sends
+// the image as it stood when it started, so a change sent in between would be overwritten in the
+// ECU by the download's later frame for the same place while the editors keep it.
+class HeldEdits : public CommandSender {
+ public:
+  explicit HeldEdits(CommandSender& inner) : inner_(inner) {}
+  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
+                 int command2, int address2, std::int32_t value2, bool& slower) override;
+  void Hold() { holding_ = true; }
+  // Sends what waited, in the order it came, and lets changes through from then on.
+  void Release();
+  bool holding() const { return holding_; }
+  std::size_t waiting() const { return waiting_.size(); }
+
+ private:
+  struct Held {
+    int command;
+    int address;
+    std::int32_t value;
+    bool pre_wait;
+    int command2;
+    int address2;
+    std::int32_t value2;
+    bool slower;
+  };
+  CommandSender& inner_;
+  bool holding_ = false;
+  std::vector<Held> waiting_;
+};
+
 class Download {
  public:
-  Download(CommandSender& sender, LinkState& link, DownloadCallbacks callbacks)
-      : sender_(sender), link_(link), callbacks_(std::move(callbacks)) {}
+  // `edits`, when given, is held from a download's start to its end (HeldEdits).
+  Download(CommandSender& sender, LinkState& link, DownloadCallbacks callbacks,
+           HeldEdits* edits = nullptr)
+      : sender_(sender), link_(link), callbacks_(std::move(callbacks)), edits_(edits) {}
 
   // Takes `image` as `DownloadImage`, sets `DownloadPos` and `DownloadBase` to 1, holds the link
   // (`TLock`, so that shutdown sends no closing command mid-transfer), shows the progress
@@ -54,7 +87,8 @@ class Download {
 
   // One tick of `DownloadTimer`: sends exactly one frame. A tick while no download runs does
   // nothing. The tick after the closing frame's position finishes the download: progress
-  // window closed, timer off, `DownloadPos` back to 1, status cleared, link released.
+  // window closed, timer off, `DownloadPos` back to 1, link released, the held edits sent,
+  // status cleared.
   void Tick();
 
   bool running() const { return running_; }
@@ -70,6 +104,7 @@ class Download {
   CommandSender& sender_;
   LinkState& link_;
   DownloadCallbacks callbacks_;
+  HeldEdits* edits_;
   std::vector<std::uint8_t> download_image_;
   bool lock_before_ = false;  // `TLock` as the tuner left it, restored at the end
   int download_pos_ = 1;

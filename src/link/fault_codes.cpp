@@ -1,5 +1,7 @@
 #include "link/fault_codes.h"
 
+#include "link/live_frame.h"
+
 namespace vela {
 
 void FaultCodeReader::Request() {
@@ -15,6 +17,10 @@ void FaultCodeReader::FaultReplyHandler(std::string& RxBuffer) {
   for (std::size_t at = RxBuffer.find(fault_reply::kMarker); at != std::string::npos;
        at = RxBuffer.find(fault_reply::kMarker, at + 1)) {
     if (RxBuffer.size() - at < fault_reply::kLength) return;  // the rest is on its way
+    // A frame's data may spell a reply: it stays the frame's.
+    const live::InFrameData in_frame = live::WithinFrameData(RxBuffer, at, fault_reply::kLength);
+    if (in_frame == live::InFrameData::kNotYetKnown) return;
+    if (in_frame == live::InFrameData::kYes) continue;
     const std::optional<fault_reply::Reply> reply =
         fault_reply::Decode(std::string_view(RxBuffer).substr(at));
     if (!reply) continue;

@@ -139,4 +139,27 @@ inline constexpr double InjectorDutyPercent(const Frame& f, double duty_base = k
   return 100.0 * InjectionMs(f) * EngineRpm(f) / duty_base;
 }
 
+// Whether the `length` characters at `at` of `text` lie within the data bytes of a live frame: a
+// frame's data may spell anything, a marker of the link or a whole text reply included. kYes
+// after a "START" whose "END" stands kStartToEnd characters on; kNotYetKnown after a "START"
+// whose end has not arrived yet.
+enum class InFrameData { kNo, kYes, kNotYetKnown };
+inline InFrameData WithinFrameData(std::string_view text, std::size_t at, std::size_t length) {
+  constexpr std::size_t kFirstData = kStartMarker.size();
+  constexpr std::size_t kEndAt = kStartToEnd;
+  if (at < kFirstData || length > kEndAt - kFirstData) return InFrameData::kNo;
+  InFrameData found = InFrameData::kNo;
+  const std::size_t latest_start = at - kFirstData;
+  const std::size_t earliest_start = at + length > kEndAt ? at + length - kEndAt : 0;
+  for (std::size_t s = earliest_start; s <= latest_start; ++s) {
+    if (text.compare(s, kStartMarker.size(), kStartMarker) != 0) continue;
+    if (s + kFrameLength > text.size()) {
+      found = InFrameData::kNotYetKnown;
+    } else if (text.compare(s + kEndAt, kEndMarker.size(), kEndMarker) == 0) {
+      return InFrameData::kYes;
+    }
+  }
+  return found;
+}
+
 }  // namespace vela::live

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "link/upload.h"
+
 namespace vela {
 namespace {
 
@@ -40,14 +42,8 @@ void ReceiveBuffer::TakeChunk() {
 bool ReceiveBuffer::ReplyUnderWay(const std::string& chunk) const {
   if (!reply_expected_ || !reply_expected_() || state_.RxDebug) return false;
   if (state_.Caption.find("Not") != std::string::npos) return false;
-  constexpr std::string_view kAll = "ALL";
-  if (rx_buffer_.find(kAll) != std::string::npos || chunk.find(kAll) != std::string::npos) {
-    return true;
-  }
-  // "ALL" split between the buffer's end and the chunk's start.
-  const std::size_t tail = std::min<std::size_t>(rx_buffer_.size(), kAll.size() - 1);
-  const std::string seam = rx_buffer_.substr(rx_buffer_.size() - tail) + chunk.substr(0, 2);
-  return seam.find(kAll) != std::string::npos;
+  // The buffer and the chunk together: a reply's "ALL" may be split between them.
+  return FindReplyStart(rx_buffer_ + chunk) != std::string::npos;
 }
 
 // A burst of kChunkLimit bytes or more is cut to its first kChunkLimit characters and the rest
@@ -61,7 +57,7 @@ void ReceiveBuffer::CutBurst(std::string& chunk) {
 // The reply is held from "ALL" on, whatever the chunk sizes, up to a reply and what follows it.
 void ReceiveBuffer::KeepReply(const std::string& chunk) {
   rx_buffer_ += chunk;
-  const std::size_t all = rx_buffer_.find("ALL");
+  const std::size_t all = FindReplyStart(rx_buffer_);
   if (all != std::string::npos) rx_buffer_.erase(0, all);
   if (rx_buffer_.size() > kReplyHoldLimit) rx_buffer_.resize(kReplyHoldLimit);
 }

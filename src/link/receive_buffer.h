@@ -2,11 +2,11 @@
 // per byte, within fixed limits so that the dispatcher always works on fresh data.
 //
 // A calibration reply is the one exception. Once a reply has started (the program waits for
-// one, the link is connected and "ALL" stands in the buffer or in the chunk just read), neither
-// the 1000-character limit nor the cut of a 500-byte read may drop it before it is complete:
-// the chunk is kept whole, the port's input is not emptied, and the buffer is held from "ALL" on,
-// at most a reply and 1000 characters long. Without a reply under way every rule stands as
-// written.
+// one, the link is connected and an "ALL" that is no live frame's data, FindReplyStart, stands in
+// the buffer or in the chunk just read), neither the 1000-character limit nor the cut of a
+// 500-byte read may drop it before it is complete: the chunk is kept whole, the port's input is
+// not emptied, and the buffer is held from "ALL" on, at most a reply and 1000 characters long.
+// Without a reply under way every rule stands as written.
 #pragma once
 
 #include <cstddef>

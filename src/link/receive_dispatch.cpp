@@ -30,7 +30,11 @@ FrameEdges FindFrame(const std::string& buffer) {
 }  // namespace
 
 void ReceiveDispatcher::TimerCommProcess() {
-  if (!port_.IsOpen()) ReopenPort();
+  if (port_.IsOpen()) {
+    reopen_wait_ms_ = 0;
+  } else if (MsUntilReopen() == 0) {
+    ReopenPort();
+  }
   if (!port_.IsOpen() || state_.RxPending <= state_.RxThreshold) return;
   ++display_.tick_count;
   bool first_call = true;
@@ -48,12 +52,22 @@ bool ReceiveDispatcher::WaitsForData() const {
   return FindFrame(buffer_.RxBuffer()).end == kNone;
 }
 
+std::int64_t ReceiveDispatcher::MsUntilReopen() const {
+  if (port_.IsOpen() || reopen_wait_ms_ == 0) return 0;
+  return std::max<std::int64_t>(0, next_reopen_ms_ - clock_.NowMs());
+}
+
 // The Qt side closes the port on its first read or resource error; the tick then finds it
-// closed and opens it again.
+// closed and opens it again, at once the first time and then less and less often.
 void ReceiveDispatcher::ReopenPort() {
   port_.Close();
   clock_.LetEventsRun();
-  port_.Open(port_number_);
+  if (port_.Open(port_number_)) {
+    reopen_wait_ms_ = 0;
+  } else {
+    reopen_wait_ms_ = std::clamp(2 * reopen_wait_ms_, kReopenFirstWaitMs, kReopenLongestWaitMs);
+    next_reopen_ms_ = clock_.NowMs() + reopen_wait_ms_;
+  }
   display_.receive_indicator.colour = kIndicatorPink;
 }
 
@@ -72,6 +86,7 @@ void ReceiveDispatcher::Dispatch() {
     if (on_reply_ && !upload_.UploadStarted()) on_reply_(rx_buffer);
   } else {
     rx_buffer.clear();
+    upload_.ReplyDropped();
     display_.receive_indicator = {std::to_string(state_.RxPending), kIndicatorGrey};
   }
   upload_.UploadProgressHandler(rx_buffer);

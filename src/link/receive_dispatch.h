@@ -27,6 +27,11 @@ class ReceiveDispatcher {
   static constexpr std::size_t kTrimSearchBack = 60;
   static constexpr std::size_t kTrimKeepBeforeStart = 38;
   static constexpr std::size_t kTrimKeep = 71;
+  // A closed port is opened again on the next tick. While that keeps failing (the device is gone:
+  // a cable pulled, an adapter unplugged) the tries wait from kReopenFirstWaitMs, doubling up to
+  // kReopenLongestWaitMs: each try writes the port's lock file and syncs the disk.
+  static constexpr std::int64_t kReopenFirstWaitMs = 125;
+  static constexpr std::int64_t kReopenLongestWaitMs = 1000;
 
   ReceiveDispatcher(SerialPort& port, Clock& clock, LinkState& state, LinkDisplay& display,
                     ReceiveBuffer& buffer, CalibrationUpload& upload, ReceiveHandlers& handlers)
@@ -47,6 +52,9 @@ class ReceiveDispatcher {
   // pending or `RxBuffer` holds no whole or damaged frame ("START" with an "END" after it).
   // Nothing but the receive event changes that, so the ticks may rest until it runs again.
   bool WaitsForData() const;
+  // While the port is closed, how long until the tick tries to open it again (0: at once, or the
+  // port is open).
+  std::int64_t MsUntilReopen() const;
 
   // The port the tick reopens after an error ("CommPort N").
   void SetPortNumber(int port_number) { port_number_ = port_number; }
@@ -92,6 +100,8 @@ class ReceiveDispatcher {
   std::int16_t frame_counter_ = 0;
   std::int16_t frame_counter_limit_ = kDefaultFrameCounterLimit;
   int port_number_ = 1;
+  std::int64_t reopen_wait_ms_ = 0;  // 0 until a reopen failed
+  std::int64_t next_reopen_ms_ = 0;
   bool in_dispatch_ = false;
 };
 

@@ -3,12 +3,30 @@
 #include <algorithm>
 #include <span>
 
+#include "link/live_frame.h"
+
 namespace vela {
 namespace {
 
 bool NotConnected(const LinkState& state) { return state.Caption.find("Not") != std::string::npos; }
 
 }  // namespace
+
+std::size_t FindReplyStart(std::string_view text) {
+  constexpr std::string_view kAll = CalibrationUpload::kAllMarker;
+  for (std::size_t at = text.find(kAll); at != std::string_view::npos;
+       at = text.find(kAll, at + 1)) {
+    switch (live::WithinFrameData(text, at, kAll.size())) {
+      case live::InFrameData::kNo:
+        return at;
+      case live::InFrameData::kNotYetKnown:
+        return std::string_view::npos;
+      case live::InFrameData::kYes:
+        break;
+    }
+  }
+  return std::string_view::npos;
+}
 
 void CalibrationUpload::EnableTimer() { SetTimer(true, timer_interval_ms_); }
 
@@ -20,6 +38,7 @@ void CalibrationUpload::SetTimer(bool enabled, int interval_ms) {
 }
 
 void CalibrationUpload::UploadTimer() {
+  if (held_ && held_()) return;
   if (NotConnected(state_)) {
     if (port_.IsOpen() && upload_step_ < 1) {
       upload_step_ = 1;
@@ -27,7 +46,8 @@ void CalibrationUpload::UploadTimer() {
     }
     return;
   }
-  const bool reply_arriving = upload_started_;
+  // A reply start that stood longer than a reply takes holds no request back.
+  const bool reply_arriving = upload_started_ && !ReplyOverdue();
   upload_requested_ = true;
   if (reply_arriving) return;
   if (port_.IsOpen() && upload_step_ < 2) {
@@ -57,33 +77,70 @@ void CalibrationUpload::SetRequestCode(int selected_entry) {
 
 void CalibrationUpload::UploadReplyHandler(std::string& RxBuffer) {
   if (!upload_expected_) return;
-  const std::size_t all = RxBuffer.find(kAllMarker);
+  const std::size_t all = FindReplyStart(RxBuffer);
   if (all == std::string::npos) {
     upload_started_ = false;
     if (display_.status.text == "UPLOAD") display_.status.colour = kLabelGreen;
     return;
   }
+  const bool new_start = all > 0 || !upload_started_;
   RxBuffer.erase(0, all);
   upload_all_pos_ = 1;
   upload_started_ = true;
   display_.orange_block = "Upload Started";
   display_.status = {"UPLOAD", kLabelGreen};
+  FollowReply(RxBuffer, new_start);
 
   // Nothing is decided before the whole reply could be there: a block whose own bytes spell
   // "DONE", or whose tail could begin one, is no reason to drop it.
-  if (RxBuffer.size() < kReplyLength) return;
-  if (RxBuffer.compare(kDoneDistance, kDoneMarker.size(), kDoneMarker) == 0) {
-    TakeReply(RxBuffer);
+  if (RxBuffer.size() >= kReplyLength) {
+    if (RxBuffer.compare(kDoneDistance, kDoneMarker.size(), kDoneMarker) == 0) {
+      TakeReply(RxBuffer);
+    } else {
+      DropDamagedReply(RxBuffer);
+    }
     return;
   }
-  const std::size_t done = RxBuffer.find(kDoneMarker, kAllMarker.size());
-  if (done != std::string::npos) {  // damaged: dropped, the next request brings a new one
+  // Bytes still waiting at the port may be the rest of it: they are read before it is judged.
+  if (ReplyOverdue() && port_.BytesWaiting() == 0) GiveUpReply(RxBuffer);
+}
+
+void CalibrationUpload::FollowReply(const std::string& rx_buffer, bool new_start) {
+  const std::int64_t now = clock_.NowMs();
+  if (new_start) {
+    reply_seen_ms_ = now;
+    reply_reach_ = 0;
+  }
+  if (now - reply_seen_ms_ <= kReplyTimeMs) reply_reach_ = std::max(reply_reach_, rx_buffer.size());
+}
+
+bool CalibrationUpload::ReplyOverdue() const {
+  return upload_started_ && clock_.NowMs() - reply_seen_ms_ > kReplyTimeMs;
+}
+
+// A damaged reply goes whole, so that no byte of its block is ever searched as a live frame or
+// another reply: all 1030 characters a reply takes, or up to its "DONE" when that stands one
+// place early or late. Only a reply with no "DONE" at all is reported.
+void CalibrationUpload::DropDamagedReply(std::string& rx_buffer) {
+  const std::size_t done = rx_buffer.rfind(kDoneMarker, kDoneDistance + 1);
+  std::size_t end = kReplyLength;
+  if (done != std::string::npos && done >= kAllMarker.size()) {
     upload_done_pos_ = static_cast<std::int32_t>(done + 1);
-    RxBuffer.erase(0, done);
-    return;
+    if (done + 1 >= kDoneDistance) end = done + kDoneMarker.size();
+  } else {
+    display_.status = {"ERR", kLabelRed};
   }
-  // Cut short: no "DONE" where the block should have ended.
-  RxBuffer.erase(0, kDoneDistance + 1);
+  rx_buffer.erase(0, end);
+  upload_started_ = false;
+}
+
+// No whole reply followed its start in the time a reply takes: a stray "ALL" in live data, or a
+// reply cut short. What arrived within that time may be the reply's own bytes and goes with it;
+// what came later is searched afresh.
+void CalibrationUpload::GiveUpReply(std::string& rx_buffer) {
+  const std::size_t reach = std::clamp(reply_reach_, kAllMarker.size(), kReplyLength);
+  rx_buffer.erase(0, std::min(reach, rx_buffer.size()));
+  upload_started_ = false;
   display_.status = {"ERR", kLabelRed};
 }
 
@@ -106,6 +163,7 @@ void CalibrationUpload::TakeReply(std::string& rx_buffer) {
   if (!pass_on) return;
   upload_expected_ = false;
   upload_started_ = false;
+  upload_requested_ = false;
   display_.upload_progress = 100;
   display_.status.text.clear();
   SetTimer(false, timer_interval_ms_);
@@ -113,10 +171,8 @@ void CalibrationUpload::TakeReply(std::string& rx_buffer) {
 }
 
 void CalibrationUpload::UploadProgressHandler(const std::string& RxBuffer) {
-  if (!upload_started_) return;
-  const std::size_t all = RxBuffer.find(kAllMarker);
-  if (all == std::string::npos) return;
-  const std::size_t received = std::min(RxBuffer.size() - all, kReplyLength);
+  if (!upload_started_ || !RxBuffer.starts_with(kAllMarker)) return;
+  const std::size_t received = std::min(RxBuffer.size(), kReplyLength);
   display_.upload_progress = static_cast<int>(received * 100 / kReplyLength);
 }
 
@@ -125,10 +181,17 @@ bool CalibrationUpload::ReplyIncomplete(const std::string& RxBuffer) const {
          RxBuffer.starts_with(kAllMarker);
 }
 
+void CalibrationUpload::Complete() {
+  upload_expected_ = false;
+  upload_started_ = false;
+  upload_requested_ = false;
+  SetTimer(false, timer_interval_ms_);
+}
+
 void CalibrationUpload::Rearm() {
+  upload_started_ = false;
   if (upload_expected_) return;
   upload_expected_ = true;
-  upload_started_ = false;
   upload_step_ = 0;
   upload_request_count_ = 0;
   display_.upload_progress = 0;

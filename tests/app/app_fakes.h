@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -10,11 +11,13 @@
 namespace vela::testing {
 
 // Records every message and answers the questions from a script (Yes when the script is empty).
+// `while_open`, when set, runs while a box is open, as a modal box lets the program's events run.
 class AnsweringMessages : public RecordingMessages {
  public:
   MessageAnswer Show(MessageIcon icon, const std::string& title,
                      const std::vector<std::string>& lines, MessageButtons buttons) override {
     RecordingMessages::Show(icon, title, lines, buttons);
+    if (while_open) while_open(title);
     if (buttons == MessageButtons::kOk) return MessageAnswer::kOk;
     if (answers.empty()) return MessageAnswer::kYes;
     const MessageAnswer answer = answers.front();
@@ -22,6 +25,7 @@ class AnsweringMessages : public RecordingMessages {
     return answer;
   }
   std::deque<MessageAnswer> answers;
+  std::function<void(const std::string& title)> while_open;
 };
 
 // Answers every dialog with the next path of the script, or cancels when none is left.

@@ -1,12 +1,15 @@
 // The road of a calibration against the simulated ECU over a pseudo-terminal: upload into the
 // grids, a keystroke on a fuel and an ignition cell written into the ECU at the right position,
 // the map saved, the ECU changed behind the program's back, the map loaded and downloaded.
+#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
+#include <QListWidget>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <atomic>
 #include <cmath>
+#include <functional>
 #include <memory>
 
 #include "app/editor_session.h"
@@ -15,6 +18,7 @@
 #include "app/main_window.h"
 #include "app/map_pages.h"
 #include "program_fixture.h"
+#include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
 
@@ -117,6 +121,12 @@ class CalibrationRoadTest : public QObject {
     QCOMPARE(FileBytes(map_path), edited);
 
     // The ECU's image changes; loading the map and downloading it puts the file back.
+    {
+      QFile file(map_path);
+      QVERIFY(file.open(QIODevice::ReadWrite));
+      file.seek(908);
+      file.write("\x09", 1);
+    }
     ecu.WriteImageByte(fuel_position, 0);
     ecu.WriteImageByte(ign_position, 7);
     QTRY_VERIFY_WITH_TIMEOUT(ecu.ImageSnapshot().Byte(ign_position) == 7, 3000);
@@ -124,17 +134,19 @@ class CalibrationRoadTest : public QObject {
     program.messages.answers.push_back(MessageAnswer::kYes);
     editors.LoadAndDownloadMap();
     QVERIFY(editors.download().running());
+    auto* status = program.window->findChild<QLabel*>("LabelOrangeBlock");
+    QCOMPARE(status->text(), QString("DownLoad"));
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QVERIFY(status->text().isEmpty());  // a finished download clears its status text
     QTRY_VERIFY_WITH_TIMEOUT(ImageBytes(ecu.ImageSnapshot()).mid(0, 908) == edited.mid(0, 908),
                              3000);
     const QByteArray downloaded = ImageBytes(ecu.ImageSnapshot());
     QCOMPARE(downloaded.mid(909), edited.mid(909));
-    // The firmware version byte is never taken from a file: the ECU's version text decides it.
-    QCOMPARE(static_cast<int>(downloaded[908]),
-             static_cast<int>(FirmwareVersionFromText(program.link.live().firmware_text)));
-    // The link's version text is formed so that this is the connected ECU's own version.
+    // The firmware version byte is never taken from a file (this one says 9): it is the one the
+    // ECU's uploaded image carried, which the version label shows.
     QVERIFY(uploaded.FirmwareVersion() != 0);
     QCOMPARE(static_cast<int>(downloaded[908]), static_cast<int>(uploaded.FirmwareVersion()));
+    QCOMPARE(editors.state().version.FirmwareVersion, uploaded.FirmwareVersion());
   }
 
   // A file that is no map is refused before a question is asked: not one frame reaches the ECU.
@@ -227,6 +239,90 @@ class CalibrationRoadTest : public QObject {
     QVERIFY(!banner->isVisible());
   }
 
+  // A calibration with many setup problems: the list under the tabs shows every one of them at
+  // once, none behind a scroll bar, in a window of the smallest size the program is made for.
+  void everySetupErrorIsInViewAtOnce() {
+    QTemporaryDir dir;
+    Program program(dir.path(), "/dev/no-such-tty");
+    QVERIFY(program.window->Load());
+    program.window->resize(1024, 600);
+    program.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(program.window.get()));
+    CalibrationImage broken = sim::EmbeddedBaseCalibration();
+    for (int p = 860; p <= kImageLength; ++p) broken.SetByte(p, 0xFF);
+    program.window->editors().ApplyUpload(broken);
+    QTest::qWait(200);
+    const std::vector<std::string>& errors = program.window->editors().state().SetupErrors;
+    QVERIFY2(errors.size() >= 8, QByteArray::number(static_cast<int>(errors.size())));
+    auto* list = program.window->findChild<QListWidget*>("SetupErrorList");
+    QVERIFY(list != nullptr && list->isVisible());
+    QCOMPARE(list->count(), static_cast<int>(errors.size()));
+    const QString keep = qEnvironmentVariable("VELA_SHOTS");
+    if (!keep.isEmpty()) program.window->grab().save(keep + "/setup-errors.png");
+    const QRect view = list->viewport()->rect();
+    for (int i = 0; i < list->count(); ++i) {
+      QCOMPARE(list->item(i)->text().toStdString(), errors[static_cast<std::size_t>(i)]);
+      QVERIFY2(view.contains(list->visualItemRect(list->item(i))),
+               qPrintable(list->item(i)->text()));
+    }
+  }
+
+  // An ECU newer than the program brings up the "PC Software Update" note. While it is open the
+  // ECU is unplugged and another one, with another calibration, plugged into the same port: the
+  // program loses the link, finds the new ECU, reads its calibration and shows it.
+  void anEcuSwappedWhileTheUpdateNoteIsOpenIsReadAndShown() {
+    QTemporaryDir dir;
+    const CalibrationImage base = sim::EmbeddedBaseCalibration();
+    CalibrationImage first = base;
+    first.SetByte(909, 4);
+    CalibrationImage second = base;
+    second.Write16(second.FuelCellPosition(1, 6, 4), 4321);
+    const QString first_path = dir.path() + "/first.sm1";
+    const QString second_path = dir.path() + "/second.sm1";
+    for (const auto& [path, image] : {std::pair{first_path, first}, {second_path, second}}) {
+      QFile file(path);
+      QVERIFY(file.open(QIODevice::WriteOnly));
+      file.write(ImageBytes(image));
+    }
+    PluggedEcu plug(dir.path());
+    plug.options.image_path = first_path.toStdString();
+    std::string error;
+    QVERIFY2(plug.Start(&error), error.c_str());
+    Program program(dir.path(), plug.line);
+    EditorSession& editors = program.window->editors();
+    bool note_seen = false;
+    bool lost_while_open = false;
+    const auto run_while = [](const std::function<bool()>& condition) {
+      QElapsedTimer open_for;
+      open_for.start();
+      while (open_for.elapsed() < 20000 && condition()) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+      }
+    };
+    program.messages.while_open = [&](const std::string& title) {
+      if (title != "PC Software Update" || note_seen) return;
+      note_seen = true;
+      plug.ecu->Stop();
+      const auto connected = [&] {
+        return program.link.state().Caption.find("Not") == std::string::npos;
+      };
+      run_while(connected);
+      lost_while_open = !connected();
+      plug.options.image_path = second_path.toStdString();
+      QVERIFY2(plug.Start(&error), error.c_str());
+      run_while([&] { return ImageBytes(editors.image()) != ImageBytes(second); });
+    };
+    QVERIFY(program.window->Load());
+    program.window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(note_seen, 10000);
+    QVERIFY(lost_while_open);
+    QCOMPARE(ImageBytes(editors.image()), ImageBytes(second));
+    MapGrid* fuel = program.window->map_pages().page(0)->grid();
+    QVERIFY(fuel->Model().ToMapValues() == second.ReadFuelMap(1));
+    // The new ECU streams at the tuner's rate again: its upload ended with the rate command.
+    QTRY_COMPARE_WITH_TIMEOUT(program.link.live().frames_per_second, 20, 3000);
+  }
+
   // The engine holds still, so every frame carries the same values: the Data Page shows what the
   // simulated ECU put in them, each at the scale of its field.
   void theDataPageShowsWhatTheEcuPutInItsFrames() {
@@ -284,14 +380,24 @@ class CalibrationRoadTest : public QObject {
     KeyOnCell(fuel, 5, 3, Qt::Key_PageUp);
     const QByteArray edited = ImageBytes(editors.image());
 
-    // An ECU with its own map comes back: the tuner is asked, says Yes, and the changed map goes
-    // down to it.
+    // An ECU with its own map comes back: the tuner is asked, takes a while to answer (longer
+    // than the link takes to count as lost), says Yes, and the changed map goes down to it. The
+    // link went on while the question was open: the download is not reported cut, and the ECU
+    // streams at the tuner's rate again afterwards.
+    program.messages.while_open = [](const std::string& title) {
+      if (title == "MORVANE Warning") QTest::qWait(1500);
+    };
     QVERIFY2(plug.Start(&error), error.c_str());
     QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
     QCOMPARE(program.messages.shown.back().title, std::string("MORVANE Warning"));
+    const std::size_t asked_once = program.messages.shown.size();
+    program.messages.while_open = nullptr;
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
     QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()), edited, 3000);
     QCOMPARE(ImageBytes(editors.image()), edited);
+    QCOMPARE(program.messages.shown.size(), asked_once);
+    QVERIFY(!editors.EcuOutOfStep());
+    QTRY_COMPARE_WITH_TIMEOUT(program.link.live().frames_per_second, 20, 3000);
 
     // Off-line work is never dropped by going on-line: the same question, and No takes the
     // ECU's map.

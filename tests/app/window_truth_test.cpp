@@ -104,18 +104,40 @@ class WindowTruthTest : public QObject {
     QTRY_COMPARE(p.Text("FaultIndicator"), QString("2 faults seen"));
   }
 
+  // Unanswered, the request the program sends by itself on a new fault leaves rows 1 to 3 saying
+  // so and row 4 empty, as the button's does: no earlier "No Error" stands under the red strip.
   void anEcuThatDoesNotAnswerLeavesCommsInterruptedInRowsOneToThree() {
-    sim::SimCommandLine options = WithFaults({{8, 0}});
+    sim::SimCommandLine options = WithFaults({{8, 3'000'000}});
     options.sim.answer_fault_requests = false;
     ShownProgram p(options);
     QVERIFY(p.started && p.loaded);
-    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && p.program->link.live().error_count == 1, 8000);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && !p.program->link.live().firmware_text.empty(), 8000);
+    QCOMPARE(p.program->link.live().error_count, 0);
+    p.ReadCodes();
+    QCOMPARE(p.GridRows(), QStringList(4, "     0  -  No Error"));
+    const QStringList interrupted = {" ** Comms interrupted **", " ** Comms interrupted **",
+                                     " ** Comms interrupted **", ""};
+    QTRY_COMPARE_WITH_TIMEOUT(p.GridRows(), interrupted, 8000);
+    QVERIFY(p.Text("FaultIndicator").startsWith("ECU fault 8"));
+
     p.ReadCodes();
     QCOMPARE(p.GridRows(), QStringList({"", "", "", ""}));
-    QTRY_COMPARE_WITH_TIMEOUT(p.GridRows(),
-                              QStringList({" ** Comms interrupted **", " ** Comms interrupted **",
-                                           " ** Comms interrupted **", ""}),
-                              3000);
+    QTRY_COMPARE_WITH_TIMEOUT(p.GridRows(), interrupted, 3000);
+  }
+
+  // Five codes held: the grid lists the four newest and says that there are more.
+  void fiveCodesHeldAreSaidToBeMoreThanTheFourListed() {
+    ShownProgram p(WithFaults({{66, 0}, {8, 0}, {13, 0}, {139, 0}, {20, 0}}));
+    QVERIFY(p.started && p.loaded);
+    auto* note = p.Find<QLabel>("MoreCodesHeld");
+    QTRY_VERIFY_WITH_TIMEOUT(!note->isHidden(), 8000);
+    QCOMPARE(note->text(), QString("The ECU holds 5 codes: only the four newest are listed."));
+    QCOMPARE(p.GridRows().first(), QString::fromStdString(ErrorRowText(20)));
+    const QString keep = qEnvironmentVariable("VELA_SHOTS");
+    if (!keep.isEmpty()) {
+      p.window().tabs()->setCurrentIndex(9);
+      p.window().grab().save(keep + "/five-codes.png");
+    }
   }
 
   void anEcuHoldingNoCodesListsNoErrorWithoutBeingAsked() {

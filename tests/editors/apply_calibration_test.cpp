@@ -35,15 +35,8 @@ class ApplyCalibration : public ::testing::Test {
   RecordingSender sender;
   LinkState link;
   bool suppress = false;
-  int timer_stops = 0;
-  int flag_clears = 0;
-  ApplyEnvironment env{status,
-                       messages,
-                       sender,
-                       link,
-                       suppress,
-                       [this] { ++timer_stops; },
-                       [this] { ++flag_clears; }};
+  int upload_ends = 0;
+  ApplyEnvironment env{status, messages, sender, link, suppress, [this] { ++upload_ends; }};
 };
 
 TEST_F(ApplyCalibration, SoundBlockFillsTheEditorsWithoutErrorsAndTracesTheSorting) {
@@ -197,22 +190,37 @@ TEST_F(ApplyCalibration, VersionsUpToThreePassAndZeroSkipsTheChecks) {
   }
 }
 
-TEST_F(ApplyCalibration, EditorsSendNothingWhileFillingAndAnUploadEndsWithTheLiveRateCommand) {
+// The editors send nothing while they fill, and no box opens then: the version message waits
+// until the calibration is applied. An upload ends with the live-rate command and leaves the
+// upload alone (it ended itself when it handed its block on); a map file ends the upload.
+TEST_F(ApplyCalibration, EditorsSendNothingWhileFillingAndNoBoxOpensUntilTheEnd) {
   link.CommsSpeedValue = 27;
   suppress = false;
-  std::vector<bool> suppressed_when;
-  sender.on_send = [&] { suppressed_when.push_back(suppress); };
-  messages.on_show = [&] { suppressed_when.push_back(suppress); };
+  std::vector<std::string> events;
+  sender.on_send = [&] { events.push_back(suppress ? "send while filling" : "send"); };
+  messages.on_show = [&] {
+    events.push_back(std::string(suppress ? "box while filling" : "box") + " after " +
+                     status.latest());
+  };
   Apply(With(SoundImage(), 909, 4));
-  EXPECT_THAT(suppressed_when, ElementsAre(true, true));
+  EXPECT_THAT(events, ElementsAre("send while filling", "box after Upload Sorting Complete"));
   EXPECT_FALSE(suppress);
   EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 864, 27}));
-  EXPECT_EQ(timer_stops, 1);
-  EXPECT_EQ(flag_clears, 1);
+  EXPECT_EQ(upload_ends, 0);
 
   Apply(SoundImage(), CalibrationSource::kMapFile);
   EXPECT_EQ(sender.frames.size(), 1u);
-  EXPECT_EQ(timer_stops, 2);
+  EXPECT_EQ(upload_ends, 1);
+}
+
+TEST_F(ApplyCalibration, NotesGoToTheCallerWhenItTakesThem) {
+  std::vector<CalibrationNote> notes;
+  env.notes = &notes;
+  Apply(With(SoundImage(), 909, 4));
+  EXPECT_THAT(messages.shown, IsEmpty());
+  ASSERT_EQ(notes.size(), 1u);
+  EXPECT_EQ(notes[0].title, "PC Software Update");
+  EXPECT_EQ(notes[0].lines[1], kSoftwareUpdateLine2);
 }
 
 TEST_F(ApplyCalibration, ScalingCodeSelectsTheScaleEntryOfTheSensorTypeInByte955) {

@@ -40,7 +40,6 @@ class MapFileTest : public ::testing::Test {
 
   LinkState link;
   ProgramMode mode;
-  std::string version_text = std::string(18, '-') + "3.1";
   CalibrationImage program_image;
   EditorState state;
   StartupTrace status;
@@ -48,7 +47,7 @@ class MapFileTest : public ::testing::Test {
   bool suppress = false;
   ApplyEnvironment apply{status, messages, sender, link, suppress, {}, {}};
   Download download{sender, link, {}};
-  MapDownloadTarget target{link, mode, version_text, program_image, state, apply, download};
+  MapDownloadTarget target{link, mode, program_image, state, apply, download};
 };
 
 TEST_F(MapFileTest, SaveWritesTheBuiltBlockThroughTheSaveDialog) {
@@ -150,8 +149,15 @@ TEST_F(MapFileTest, LoadWithoutTheEcuSwitchesToOfflineModeFirst) {
   EXPECT_EQ(dialogs.opened.size(), 1u);
 }
 
+// Byte 909 of the file gives way to the version of the ECU whose calibration was uploaded: the
+// same byte of the uploaded image that the version label and the version check show.
 TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDownload) {
   link.Caption = kConnected;
+  CalibrationImage uploaded = SoundImage();
+  uploaded.SetByte(909, 3);
+  ApplyUploadedCalibration(uploaded, CalibrationSource::kUpload, state, apply);
+  status = StartupTrace();
+  sender.frames.clear();
   CalibrationImage file = SoundImage();
   file.SetByte(909, 9);
   file.SetByte(1, 0x34);
@@ -265,14 +271,64 @@ TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
   EXPECT_EQ(sender.frames.front(), (SentFrame{2, 1, 1500}));
 }
 
-TEST(FirmwareVersionFromText, TakesTheNumberFromThe19thCharacter) {
-  const std::string head(18, 'v');
-  EXPECT_EQ(FirmwareVersionFromText(""), 0);
-  EXPECT_EQ(FirmwareVersionFromText(head), 0);
-  EXPECT_EQ(FirmwareVersionFromText(head + "12"), 12);
-  EXPECT_EQ(FirmwareVersionFromText(head + " 4x"), 4);
-  EXPECT_EQ(FirmwareVersionFromText(head + "300"), 0);
-  EXPECT_EQ(FirmwareVersionFromText(head + "beta"), 0);
+// The file is judged by itself, as applying it would judge it: its MAP scaling against its own
+// sensor type (byte 955), whatever sensor the editors show now.
+TEST_F(MapFileTest, TheFilesOwnSensorTypeJudgesItsScaling) {
+  link.Caption = kConnected;
+  ApplyUploadedCalibration(SoundImage(), CalibrationSource::kUpload, state, apply);  // type 0
+  CalibrationImage four_bar = SoundImage();
+  four_bar.SetByte(955, 64 | 4);
+  four_bar.SetByte(956, 250);  // a scaling of the 4 bar sensor only
+  files.files["/d/M/V/Maps/four.sm1"] = FileOf(four_bar);
+  dialogs.path = "/d/M/V/Maps/four.sm1";
+  messages.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(Load(), MapFileResult::kCancelled);
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].title, " Download Check");  // no setup question
+
+  ApplyUploadedCalibration(four_bar, CalibrationSource::kUpload, state, apply);  // type 4 shown
+  CalibrationImage one_bar = four_bar;
+  one_bar.SetByte(955, 64);
+  files.files["/d/M/V/Maps/one.sm1"] = FileOf(one_bar);
+  dialogs.path = "/d/M/V/Maps/one.sm1";
+  messages.shown.clear();
+  messages.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(Load(), MapFileResult::kCancelled);
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
+  EXPECT_EQ(messages.shown[0].lines[1], "    Map Sensor Scaling Invalid");
+}
+
+// The map editors cap every fuel cell at 100 % injector duty at its row's RPM; a file is not let
+// past that silently. Here the injection mode gives a duty base of 60,000 ms x RPM on RPM rows of
+// 0, 500, 1000, 1900 ... 8200: 60 ms is above the limit of the 0 RPM row (20 ms) and of the nine
+// rows from 1900 RPM up, at the limit at 1000 RPM and within it at 500. The top row allows 7.3 ms.
+TEST_F(MapFileTest, AFileWithFuelCellsAboveTheirDutyLimitIsQuestionedWithTheirNumber) {
+  link.Caption = kConnected;
+  ApplyUploadedCalibration(SoundImage(), CalibrationSource::kUpload, state, apply);
+  sender.frames.clear();
+  CalibrationImage file = SoundImage();
+  for (int row = 1; row <= kMapRows; ++row) {
+    for (int column = 1; column <= 9; ++column) file.SetFuelMs(1, row, column, 60.0);
+  }
+  file.SetFuelMs(2, 11, 1, 7.3);    // at the limit: allowed
+  file.SetFuelMs(2, 11, 2, 7.301);  // above it
+  file.SetFuelMs(2, 1, 1, 20.0);    // at the 0 RPM row's limit
+  EXPECT_EQ(OverDutyFuelCells(file), 9 * 9 + 1);
+  files.files["/d/M/V/Maps/rich.sm1"] = FileOf(file);
+  dialogs.path = "/d/M/V/Maps/rich.sm1";
+  messages.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(Load(), MapFileResult::kCancelled);
+  ASSERT_EQ(messages.shown.size(), 1u);
+  EXPECT_EQ(messages.shown[0].buttons, MessageButtons::kYesNoDefaultNo);
+  EXPECT_THAT(messages.shown[0].lines,
+              ElementsAre("The map file \"rich.sm1\" fails these setup checks:",
+                          "    82 fuel cells are above the duty limit of their RPM row (more "
+                          "than 100 % injector duty)",
+                          "It changes 102 map cells of the maps shown now.",
+                          "Download it into the ECU all the same?"));
+  EXPECT_FALSE(download.running());
+  EXPECT_THAT(sender.frames, IsEmpty());
 }
 
 }  // namespace

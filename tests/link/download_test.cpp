@@ -148,5 +148,48 @@ TEST_F(DownloadTest, ALineLostOrASendAbortedOnTheWayIsReportedWhenTheDownloadEnd
   EXPECT_EQ(log.back(), "interrupted");
 }
 
+// The ECU's image as the frames of a download and of single writes leave it: code 2 writes the
+// pair at the address, code 4 the value's low byte (and a fuel cell's high byte after it).
+std::vector<std::uint8_t> EcuImageAfter(const std::vector<Frame>& frames, std::size_t length) {
+  std::vector<std::uint8_t> ecu(length + 2, 0);
+  for (const Frame& f : frames) {
+    if (f.command == 6 || f.address < 1) continue;
+    const auto at = static_cast<std::size_t>(f.address - 1);
+    ecu[at] = static_cast<std::uint8_t>(f.value & 0xFF);
+    if (f.command == 2 || f.value > 0xFF) ecu[at + 1] = static_cast<std::uint8_t>(f.value >> 8);
+  }
+  ecu.resize(length);
+  return ecu;
+}
+
+// Edits made while a download runs wait and follow its closing frame, in the order made, so that
+// the download's later frames never overwrite them in the ECU; once it has ended, edits go at
+// once again.
+TEST(DownloadEdits, AnEditDuringADownloadFollowsItAndIsNeverOverwritten) {
+  RecordingSender sender;
+  LinkState link;
+  HeldEdits edits(sender);
+  Download download(sender, link, {}, &edits);
+  std::vector<std::uint8_t> image(1023, 0x11);
+  download.Start(image);
+  for (int i = 0; i < 100; ++i) download.Tick();  // positions 1 to 200 are down
+  edits.Send(4, 601, 0x2345);                     // a fuel cell ahead of the download
+  edits.Send(4, 3, 0x77);                         // a byte already sent
+  edits.Send(4, 601, 0x2346);                     // the same cell again
+  EXPECT_EQ(edits.waiting(), 3u);
+  while (download.running()) download.Tick();
+  ASSERT_EQ(sender.frames.size(), 516u);
+  EXPECT_EQ(sender.frames[512], (Frame{6, 1025, 0}));
+  EXPECT_THAT(std::vector<Frame>(sender.frames.begin() + 513, sender.frames.end()),
+              ElementsAre(Frame{4, 601, 0x2345}, Frame{4, 3, 0x77}, Frame{4, 601, 0x2346}));
+  const std::vector<std::uint8_t> ecu = EcuImageAfter(sender.frames, image.size());
+  EXPECT_EQ(ecu[600], 0x46);
+  EXPECT_EQ(ecu[601], 0x23);
+  EXPECT_EQ(ecu[2], 0x77);
+  EXPECT_EQ(edits.waiting(), 0u);
+  edits.Send(4, 5, 1);
+  EXPECT_EQ(sender.frames.back(), (Frame{4, 5, 1}));
+}
+
 }  // namespace
 }  // namespace vela

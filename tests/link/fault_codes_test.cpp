@@ -107,6 +107,23 @@ TEST_F(FaultReaderTest, AReplyCutIntoPiecesIsTakenOnceWhole) {
   EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{1, 2}));
 }
 
+// A live frame's data may spell a whole, valid reply: the frame stays whole (even while its end
+// is still on its way) and the reply that follows it is the one taken.
+TEST_F(FaultReaderTest, AReplySpelledByAFramesDataStaysTheFrames) {
+  reader.Request();
+  FrameBuilder spelling;
+  const std::string inside = fault_reply::Encode({1, {37, 0, 0, 0}});
+  std::copy(inside.begin(), inside.end(), spelling.frame.begin() + 10);
+  const std::string frame = spelling.U24(live::kEnginePeriod, 8).Str();
+  rig.Receive(frame.substr(0, 30));
+  rig.Dispatch();
+  rig.Receive(frame.substr(30) + fault_reply::Encode({1, {66, 0, 0, 0}}));
+  rig.Dispatch();
+  ASSERT_EQ(replies.size(), 1u);
+  EXPECT_EQ(replies[0].codes[0], 66);
+  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{8}));
+}
+
 TEST_F(FaultReaderTest, ADamagedReplyIsPassedOverAndTheNextWholeOneTaken) {
   reader.Request();
   std::string damaged = fault_reply::Encode({1, {8, 0, 0, 0}});

@@ -130,6 +130,38 @@ TEST(TimerCommProcess, ReopensAClosedPortWithThePinkIndicator) {
   EXPECT_TRUE(rig.periods.empty());
 }
 
+// A port whose device is gone: the tick tries at once, then waits longer after each failure, up
+// to a second between tries; once the port is back it opens, and a later loss is tried at once.
+TEST(TimerCommProcess, TriesAPortThatWillNotOpenLessAndLessOften) {
+  ReceiveRig rig;
+  rig.port.open = rig.port.opens_succeed = false;
+  std::vector<std::int64_t> tries;
+  for (rig.clock.now_ms = 0; rig.clock.now_ms <= 5000; rig.clock.now_ms += 8) {
+    const std::size_t before = rig.port.opened.size();
+    rig.dispatcher.TimerCommProcess();
+    if (rig.port.opened.size() > before) tries.push_back(rig.clock.now_ms);
+  }
+  ASSERT_GE(tries.size(), 6u);
+  EXPECT_EQ(tries[0], 0);
+  for (std::size_t i = 1; i < tries.size(); ++i) {
+    const std::int64_t wait = std::min<std::int64_t>(125 << (i - 1), 1000);
+    EXPECT_GE(tries[i] - tries[i - 1], wait) << i;
+    EXPECT_LT(tries[i] - tries[i - 1], wait + 8) << i;
+  }
+  EXPECT_LE(tries.size(), 9u);  // instead of 626 tries, one a tick
+  EXPECT_GT(rig.dispatcher.MsUntilReopen(), 0);
+
+  rig.port.opens_succeed = true;
+  rig.clock.now_ms += rig.dispatcher.MsUntilReopen();
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_TRUE(rig.port.open);
+  EXPECT_EQ(rig.dispatcher.MsUntilReopen(), 0);
+  rig.port.open = false;  // lost again: tried at the next tick
+  rig.clock.now_ms += 8;
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_TRUE(rig.port.open);
+}
+
 // The ticks rest between arrivals: once the dispatcher waits for data, a further tick would take
 // nothing and leave the buffer as it is; while a whole or damaged frame or a closed port is
 // there, it never rests.

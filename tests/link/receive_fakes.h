@@ -37,9 +37,11 @@ struct ReceivePort : SerialPort {
   std::function<void()> on_read;
 };
 
+// Time stands still unless the test moves it.
 struct ReceiveClock : Clock {
-  std::int64_t NowMs() override { return 0; }
+  std::int64_t NowMs() override { return now_ms; }
   void LetEventsRun() override { ++events_run; }
+  std::int64_t now_ms = 0;
   int events_run = 0;
 };
 
@@ -112,7 +114,7 @@ struct ReceiveRig {
   ReceiveClock clock;
   SentCommands sender;
   ReceiveBuffer buffer{port, state, display};
-  CalibrationUpload upload{port, sender, state, display};
+  CalibrationUpload upload{port, sender, clock, state, display};
   ReceiveHandlers handlers{live};
   ReceiveDispatcher dispatcher{port, clock, state, display, buffer, upload, handlers};
   ConnectionSupervisor supervisor{state, display, live, upload};

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "link/fault_codes.h"
 #include "receive_fakes.h"
 
 namespace vela::receive_testing {
@@ -75,6 +76,30 @@ TEST_F(UploadTest, TakesACompleteBlockByteForByteAndStopsTheTimer) {
   EXPECT_EQ(blocks.size(), 1u);
 }
 
+// While held (a download runs, or the program is off-line) the ticks send nothing and the upload
+// goes on where it stood afterwards. A calibration from elsewhere ends it: a reply then on its
+// way is not taken, and a lost link re-arms it.
+TEST_F(UploadTest, HeldTicksSendNothingAndAnUploadEndedElsewhereTakesNoReply) {
+  bool held = true;
+  rig.upload.SetHeld([&] { return held; });
+  rig.upload.UploadTimer();
+  rig.upload.UploadTimer();
+  EXPECT_TRUE(rig.sender.sent.empty());
+  held = false;
+  rig.upload.UploadTimer();
+  rig.upload.UploadTimer();
+  EXPECT_EQ(rig.sender.sent, (std::vector<SentCommand>{{4, 864, 15}, {1, 770, 1284}}));
+
+  rig.upload.Complete();
+  EXPECT_FALSE(rig.upload.TimerEnabled());
+  Reply("ALL" + Block() + "DONE");
+  EXPECT_TRUE(blocks.empty());
+  rig.upload.Rearm();
+  EXPECT_TRUE(rig.upload.TimerEnabled());
+  Reply("ALL" + Block() + "DONE");
+  EXPECT_EQ(blocks.size(), 1u);
+}
+
 TEST_F(UploadTest, ABlockedReplyIsPassedOverOnceWithItsMarkersRemoved) {
   rig.upload.SetUploadBlocked(true);
   Reply("ALL" + Block() + "DONE" + Frames(1));
@@ -96,12 +121,12 @@ TEST_F(UploadTest, DecidesOnlyOnceAWholeReplyCouldBeThere) {
   EXPECT_EQ(rig.Buffer().size(), 1029u);
   EXPECT_TRUE(blocks.empty());
   Reply("ALL" + std::string(1022, 'a') + "DONE" + "START");  // "DONE" one short: damaged
-  EXPECT_EQ(rig.Buffer(), "DONESTART");
+  EXPECT_EQ(rig.Buffer(), "START");
   Reply("ALL" + std::string(1023, 'a'));  // waits for more
   EXPECT_EQ(rig.display.status, (LabelLook{"UPLOAD", kLabelGreen}));
   rig.upload.UploadTimer();  // sends nothing while a reply is arriving
   EXPECT_TRUE(rig.sender.sent.empty());
-  Reply("ALL" + std::string(1027, 'a'));  // no "DONE" where the block should end
+  Reply("ALL" + std::string(1030, 'a'));  // no "DONE" where the block should end
   EXPECT_EQ(rig.display.status, (LabelLook{"ERR", kLabelRed}));
   EXPECT_EQ(rig.Buffer(), "aaa");
   EXPECT_TRUE(blocks.empty());
@@ -178,6 +203,136 @@ TEST(UploadChunking, OnlyAReplyUnderWayLiftsTheLimits) {
   EXPECT_EQ(idle.Buffer(), "");  // emptied from 1000 on
   idle.Receive("ALL" + std::string(600, 'z'));
   EXPECT_EQ(idle.Buffer().size(), 500u);  // a burst cut to 500
+}
+
+// A standing engine's frame: its period bytes 41 4C 4C spell "ALL" (5,000,257 us a turn). The
+// idle target tells the frames apart.
+std::string StandingFrame(std::uint16_t tag) {
+  return FrameBuilder().Byte(6, 'A').Byte(7, 'L').Byte(8, 'L').U16(live::kIdleTarget, tag).Str();
+}
+
+int Requests(const ReceiveRig& rig) {
+  return static_cast<int>(std::ranges::count_if(rig.sender.sent, [](const SentCommand& c) {
+    return std::get<1>(c) == CalibrationUpload::kRequestAddress;
+  }));
+}
+
+// Frames whose data spell "ALL" while the calibration is awaited are frames: each is taken the
+// moment it is whole, even when it arrives in two pieces split inside the marker, the requests go
+// on at their pace, and a reply that follows such a frame is still taken.
+TEST(StrayMarkers, FramesWhoseDataSpellAllAreTakenAndTheUploadGoesOn) {
+  ReceiveRig rig;
+  std::vector<CalibrationImage> blocks;
+  rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+  rig.upload.UploadTimer();  // the link preparation
+  for (std::uint16_t i = 0; i < 20; ++i) {
+    const std::string frame = StandingFrame(i);
+    rig.Receive(frame.substr(0, 7));
+    rig.dispatcher.TimerCommProcess();
+    rig.Receive(frame.substr(7));
+    rig.dispatcher.TimerCommProcess();
+    if (i % 5 == 0) rig.upload.UploadTimer();
+    rig.clock.now_ms += 250;
+  }
+  EXPECT_EQ(rig.periods.size(), 20u);
+  EXPECT_EQ(rig.live.idle_target_rpm, 19);
+  EXPECT_FALSE(rig.upload.UploadStarted());
+  EXPECT_EQ(Requests(rig), 4);
+  rig.Receive(StandingFrame(20) + "ALL" + Block() + "DONE" + StandingFrame(21));
+  for (int i = 0; i < 3; ++i) rig.dispatcher.TimerCommProcess();
+  ASSERT_EQ(blocks.size(), 1u);
+  EXPECT_EQ(std::string(blocks[0].Bytes().begin(), blocks[0].Bytes().end()), Block());
+  EXPECT_EQ(rig.live.idle_target_rpm, 21);
+}
+
+// An "ALL" that is no frame's data (here a frame whose start was lost) may begin a reply, so the
+// frames behind it wait; once a whole reply could have arrived (kReplyTimeMs) it is given up
+// with what came in that time, the frames after it are taken and the requests go on.
+TEST(StrayMarkers, AStartNoReplyFollowsIsGivenUpInTheReplysTime) {
+  ReceiveRig rig;
+  rig.upload.UploadTimer();  // the link preparation
+  rig.Receive(StandingFrame(1).substr(3));
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_TRUE(rig.upload.UploadStarted());
+  rig.clock.now_ms = 60;
+  rig.Receive(Frames(1, 100));
+  rig.dispatcher.TimerCommProcess();
+  rig.clock.now_ms = CalibrationUpload::kReplyTimeMs;  // a reply could still end now
+  rig.dispatcher.TimerCommProcess();
+  rig.upload.UploadTimer();
+  EXPECT_TRUE(rig.periods.empty());
+  EXPECT_EQ(Requests(rig), 0);
+  rig.clock.now_ms = CalibrationUpload::kReplyTimeMs + 1;
+  rig.upload.UploadTimer();  // no longer held back
+  EXPECT_EQ(Requests(rig), 1);
+  rig.Receive(Frames(1, 200));
+  rig.dispatcher.TimerCommProcess();
+  EXPECT_FALSE(rig.upload.UploadStarted());
+  EXPECT_EQ(rig.periods, std::vector<std::uint32_t>{200});
+  EXPECT_EQ(rig.display.status, (LabelLook{"ERR", kLabelRed}));
+}
+
+// A whole reply takes 90 ms on the wire: arriving in pieces over that time, it is taken.
+TEST(StrayMarkers, AReplyArrivingAtTheLinesSpeedIsNeverGivenUp) {
+  ReceiveRig rig;
+  std::vector<CalibrationImage> blocks;
+  rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+  const std::string reply = "ALL" + Block() + "DONE";
+  constexpr std::size_t kPiece = 64;  // 5.6 ms on the wire
+  for (std::size_t at = 0; at < reply.size(); at += kPiece) {
+    rig.Receive(reply.substr(at, kPiece));
+    rig.dispatcher.TimerCommProcess();
+    rig.clock.now_ms += 9;
+  }
+  EXPECT_GT(rig.clock.now_ms, CalibrationUpload::kReplyWireMs);
+  EXPECT_EQ(blocks.size(), 1u);
+}
+
+// Inside the block: "DONE", a whole live frame saying the ECU holds fault 37, and a fault code
+// reply saying the same.
+std::string BlockSpellingFaults() {
+  std::string block = Block();
+  block.replace(100, 4, "DONE");
+  const std::string frame = FrameBuilder()
+                                .U24(live::kEnginePeriod, kPeriodInBlock)
+                                .Byte(live::kFaultCount, 1)
+                                .Byte(live::kNewestFault, 37)
+                                .Str();
+  block.replace(200, frame.size(), frame);
+  block.replace(400, fault_reply::kLength, fault_reply::Encode({1, {37, 0, 0, 0}}));
+  return block;
+}
+
+// A damaged reply ("DONE" one early or one late, or the reply cut off and live frames coming
+// again) goes whole: nothing of its block is taken as a live frame or as the fault code reply
+// a request waits for, and the live frames after it are taken.
+TEST(DamagedReply, GoesWholeSoItsBlockIsNeverReadAsFramesOrFaults) {
+  const std::string block = BlockSpellingFaults();
+  const std::string replies[] = {"ALL" + block.substr(0, 1022) + "DONE",
+                                 "ALL" + block + "x" + "DONE", "ALL" + block.substr(0, 700)};
+  for (const std::string& reply : replies) {
+    SCOPED_TRACE(reply.size());
+    ReceiveRig rig;
+    std::vector<CalibrationImage> blocks;
+    rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+    FaultCodeReader reader(rig.sender, rig.clock);
+    int fault_replies = 0;
+    reader.SetCallbacks({[&](const fault_reply::Reply&) { ++fault_replies; }, nullptr});
+    rig.dispatcher.SetReplyHandler([&](std::string& buffer) { reader.FaultReplyHandler(buffer); });
+    reader.Request();
+    const std::string stream = reply + Frames(12, 500);
+    for (std::size_t at = 0; at < stream.size(); at += 100) {
+      rig.Receive(stream.substr(at, 100));
+      rig.dispatcher.TimerCommProcess();
+    }
+    for (int i = 0; i < 20; ++i) rig.dispatcher.TimerCommProcess();
+    EXPECT_TRUE(blocks.empty());
+    EXPECT_EQ(std::ranges::count(rig.periods, kPeriodInBlock), 0);
+    ASSERT_FALSE(rig.periods.empty());
+    EXPECT_EQ(rig.periods.back(), 511u);
+    EXPECT_NE(rig.live.last_error, 37);
+    EXPECT_EQ(fault_replies, 0);
+  }
 }
 
 }  // namespace

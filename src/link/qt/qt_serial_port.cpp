@@ -142,14 +142,13 @@ long QtSerialPort::SystemBytesWaiting(QString* why) const {
 
 bool QtSerialPort::IsOpen() const { return port_.isOpen(); }
 
+// What the port has read and what still waits in the system's buffer: with the read watch on, the
+// system holds the bytes that came since the port last read.
 std::size_t QtSerialPort::BytesWaiting() const {
   if (!port_.isOpen()) return 0;
-  std::size_t waiting = static_cast<std::size_t>(port_.bytesAvailable());
-  if (PolledWindows()) {
-    QString why;
-    waiting += static_cast<std::size_t>(std::max(0L, SystemBytesWaiting(&why)));
-  }
-  return waiting;
+  QString why;
+  return static_cast<std::size_t>(port_.bytesAvailable()) +
+         static_cast<std::size_t>(std::max(0L, SystemBytesWaiting(&why)));
 }
 
 std::vector<std::uint8_t> QtSerialPort::ReadAll() {
@@ -162,20 +161,18 @@ std::vector<std::uint8_t> QtSerialPort::ReadAll() {
     if (PolledWindows()) SetArrivalWatch(false);
   }
 #ifdef Q_OS_UNIX
-  if (PolledWindows()) {
-    const int fd = static_cast<int>(port_.handle());
-    std::uint8_t chunk[4096];
-    for (;;) {
-      const ssize_t n = ::read(fd, chunk, sizeof chunk);
-      if (n > 0) {
-        bytes.insert(bytes.end(), chunk, chunk + n);
-        if (static_cast<std::size_t>(n) < sizeof chunk) break;
-        continue;
-      }
-      if (n < 0 && errno == EINTR) continue;
-      // Nothing more (EAGAIN); a failed line is seen at the next window's end.
-      break;
+  const int fd = static_cast<int>(port_.handle());
+  std::uint8_t chunk[4096];
+  for (;;) {
+    const ssize_t n = ::read(fd, chunk, sizeof chunk);
+    if (n > 0) {
+      bytes.insert(bytes.end(), chunk, chunk + n);
+      if (static_cast<std::size_t>(n) < sizeof chunk) break;
+      continue;
     }
+    if (n < 0 && errno == EINTR) continue;
+    // Nothing more (EAGAIN); a failed line is seen at the next window's end or by the port.
+    break;
   }
 #endif
   return bytes;
