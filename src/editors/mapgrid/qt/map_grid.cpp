@@ -255,6 +255,14 @@ void MapGrid::currentChanged(const QModelIndex& current, const QModelIndex& prev
   emit CursorMoved(model_.Current().row, model_.Current().column);
 }
 
+// A click moves the cursor first and selects afterwards, and a drag changes the selection
+// alone: the model takes every change, so that Enter, which the window handles, writes into the
+// cells the tuner sees selected.
+void MapGrid::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QTableView::selectionChanged(selected, deselected);
+  if (!pushing_) PullSelection();
+}
+
 void MapGrid::OnModelCellsChanged(const std::vector<MapCell>& cells) {
   QList<QPoint> points;
   points.reserve(static_cast<qsizetype>(cells.size()));
@@ -267,16 +275,11 @@ void MapGrid::PullSelection() {
   const QModelIndex current = currentIndex();
   MapCell cursor = model_.Current();
   if (current.isValid()) cursor = {current.row(), current.column()};
-  MapCellRect rect{cursor.row, cursor.column, cursor.row, cursor.column};
-  bool any = false;
+  std::vector<MapCell> selected;
   for (const QModelIndex& index : selectionModel()->selectedIndexes()) {
-    if (!model_.IsValueCell(index.row(), index.column())) continue;
-    if (!any) rect = {index.row(), index.column(), index.row(), index.column()};
-    any = true;
-    rect = {std::min(rect.top, index.row()), std::min(rect.left, index.column()),
-            std::max(rect.bottom, index.row()), std::max(rect.right, index.column())};
+    selected.push_back({index.row(), index.column()});
   }
-  model_.Select(rect, cursor);
+  model_.FollowView(cursor, selected);
 }
 
 void MapGrid::PushCurrent() {

@@ -69,6 +69,7 @@ class MapGrid : public QTableView {
   void keyPressEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
   void OnModelCellsChanged(const std::vector<MapCell>& cells);
