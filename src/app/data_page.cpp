@@ -20,10 +20,7 @@ QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
   const AfrCaptions captions = AfrCaptionsOf(afr_mode);
   if (unit)
     *unit = QString::fromUtf8(captions.fuel.data(), static_cast<qsizetype>(captions.fuel.size()));
-  const std::optional<double> value = AfrShownValue(lambda, afr_mode);
-  if (!value) return "-";
-  return QString::number(*value, 'f', AfrDecimals(afr_mode))
-      .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
+  return QString::fromStdString(AfrText(lambda, afr_mode, SystemDecimalSeparator()));
 }
 
 DataPage::DataPage(QWidget* parent) : QWidget(parent) {

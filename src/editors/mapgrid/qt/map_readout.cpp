@@ -90,7 +90,6 @@ void MapReadout::SetIgn(double degrees) { SetNumber(Readout::kIgn, degrees, 1); 
 void MapReadout::SetWat(const QString& text) { SetValue(Readout::kWat, text); }
 void MapReadout::SetAir(const QString& text) { SetValue(Readout::kAir, text); }
 void MapReadout::SetBatt(double volts) { SetNumber(Readout::kBatt, volts, 2); }
-void MapReadout::SetAfr(double afr) { SetNumber(Readout::kAfr, afr, 1); }
 
 }  // namespace vela
 
@@ -118,7 +117,8 @@ void MapReadout::Show(const LiveData& live, bool live_values) {
   SetWat(QString::fromStdString(live.water_temp_text));
   SetAir(QString::fromStdString(live.air_temp_text));
   SetBatt(live.battery_volts);
-  SetAfr(live.afr);
+  // The text the window's shown set carries, so that every AFR read-out says the same.
+  SetValue(Readout::kAfr, QString::fromStdString(live.afr_text));
 }
 
 }  // namespace vela

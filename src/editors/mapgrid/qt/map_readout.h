@@ -30,7 +30,6 @@ class MapReadout : public QTableWidget {
   void SetWat(const QString& text);  // temperature text as the sensor table gives it
   void SetAir(const QString& text);
   void SetBatt(double volts);  // two decimals
-  void SetAfr(double afr);     // one decimal
   // Every quantity from the live data; while the values are not live (the ECU is not
   // connected) every value reads "--" in grey, so no stale number passes for a live one.
   void Show(const LiveData& live, bool live_values = true);
