@@ -54,6 +54,7 @@ CompensationPage::CompensationPage(SetupPageParts parts, QWidget* parent)
     : QWidget(parent), parts_(parts), readout_(new MapReadout(this, Qt::Horizontal)) {
   setObjectName("CompensationPage");
   readout_->setObjectName("CompensationReadout");
+  readout_->setAccessibleName("Live values");
   readout_->setFixedHeight(readout_->fontMetrics().height() * 2 + 16);
   readout_->SetDecimalSeparator(QLatin1Char(SystemDecimalSeparator()));
   auto* layout = new QVBoxLayout(this);

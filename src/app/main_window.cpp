@@ -26,6 +26,8 @@
 #include "app/settings_controls.h"
 #include "app/setup_pages.h"
 #include "app/status_strip.h"
+#include "datalog/qt/chart_accessible.h"
+#include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
 #include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
@@ -200,6 +202,7 @@ QWidget* MainWindow::BuildPage(int index) {
           {parts_.setup, parts_.link, parts_.messages, parts_.dialogs ? *parts_.dialogs : dialogs_,
            parts_.files, editors_->dialog_memory().folder},
           settings_controls_->BuildDatalogOptions(page), page);
+      MakeChartAccessible(datalog_page_->findChild<DatalogChart*>("TChart1"));
       layout->addWidget(datalog_page_, 1);
       return page;
     default:

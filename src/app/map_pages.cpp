@@ -8,6 +8,7 @@
 #include "app/link_session.h"
 #include "app/live_view.h"
 #include "editors/mapgrid/grid_setup.h"
+#include "editors/mapgrid/qt/map_surface_view.h"
 #include "shell/qt/qt_platform.h"
 
 namespace vela {
@@ -54,6 +55,12 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
   page->grid()->Model().SetDecimalSeparator(separator);
   page->readout()->SetDecimalSeparator(QLatin1Char(separator));
   page->set_decimal_separator(QLatin1Char(separator));
+  // The names accessibility tools read.
+  page->grid()->setAccessibleName(QString("%1 map").arg(kTitles[index]));
+  page->readout()->setAccessibleName(QString("%1 live values").arg(kTitles[index]));
+  if (MapSurfaceView* surface = page->graph()->Surface()) {
+    surface->setAccessibleName(QString("%1 graph").arg(kTitles[index]));
+  }
   cross_hair_.Attach(index + 1, page->grid(), page->graph());
   connect(page->grid(), &MapGrid::CellsChanged, this,
           [this, index](const QList<QPoint>& cells) { GridEdited(index, cells); });

@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QStyledItemDelegate>
 
+#include "editors/mapgrid/qt/map_accessible.h"
+
 namespace vela {
 
 namespace {
@@ -58,7 +60,10 @@ MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
     value->setTextAlignment((across_ ? Qt::AlignHCenter : Qt::AlignRight) | Qt::AlignVCenter);
     setItem(across_ ? 0 : i, across_ ? i : 0, label);
     setItem(across_ ? 1 : i, across_ ? i : 1, value);
+    announcers_.push_back(std::make_unique<ValueAnnouncer>(
+        [this, i](const QString& text) { AnnounceValue(ReadoutValueInterface(this, i), text); }));
   }
+  InstallMapAccessibility();
 }
 
 QTableWidgetItem* MapReadout::ValueItem(Readout readout) const {
@@ -68,7 +73,14 @@ QTableWidgetItem* MapReadout::ValueItem(Readout readout) const {
 
 void MapReadout::SetValue(Readout readout, const QString& text) {
   QTableWidgetItem* value = ValueItem(readout);
-  if (value != nullptr && value->text() != text) value->setText(text);
+  if (value == nullptr || value->text() == text) return;
+  value->setText(text);
+  announcers_[static_cast<std::size_t>(readout)]->Changed(text);
+}
+
+QRect MapReadout::ValueRect(Readout readout) const {
+  const QTableWidgetItem* value = ValueItem(readout);
+  return value == nullptr ? QRect() : visualItemRect(value);
 }
 
 QString MapReadout::Value(Readout readout) const {

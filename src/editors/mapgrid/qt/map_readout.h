@@ -1,13 +1,18 @@
 // The live read-out grid beside a map (`FuelMap1A`, `FuelMap2A`, `IgnMapA`): one row per live
 // quantity, its label and its latest value. The receive handlers call the setters. Laid out
 // across (Qt::Horizontal) it has one column per quantity, as on the compensation page.
+// Accessibility tools read one static text per quantity, named by its label (map_accessible.h),
+// and hear of each value that changes.
 #pragma once
 
 #include <QString>
 #include <QTableWidget>
 #include <array>
+#include <memory>
+#include <vector>
 
 #include "link/live_data.h"
+#include "shell/qt/accessible_text.h"
 
 namespace vela {
 
@@ -38,6 +43,8 @@ class MapReadout : public QTableWidget {
   void SetDecimalSeparator(QChar separator) { separator_ = separator; }
   void SetValue(Readout readout, const QString& text);
   QString Value(Readout readout) const;
+  // Where a quantity's value stands, in the viewport's coordinates.
+  QRect ValueRect(Readout readout) const;
 
  private:
   void SetNumber(Readout readout, double value, int decimals);
@@ -46,6 +53,7 @@ class MapReadout : public QTableWidget {
   QChar separator_ = QLatin1Char('.');
   bool across_;
   bool greyed_ = false;
+  std::vector<std::unique_ptr<ValueAnnouncer>> announcers_;  // one per quantity
 };
 
 }  // namespace vela
