@@ -181,6 +181,7 @@ QWidget* MainWindow::BuildPage(int index) {
       if (index == kFuelMap1) {
         map_page->options_area()->layout()->addWidget(settings_controls_->BuildFuelDisplay(page));
       }
+      map_page->KeepKeyboardOnGrid();
       return page;
     }
     case kHelp:
