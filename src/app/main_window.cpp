@@ -96,7 +96,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
           this)),
       live_view_(new LiveView(parts_.link, parts_.setup.settings, this)),
       fault_monitor_(new FaultMonitor(parts_.link, this)),
-      map_pages_(new MapPages(*editors_, parts_.link, *live_view_, this)) {
+      map_pages_(new MapPages(*editors_, parts_.link, *live_view_, parts_.messages, this)) {
   setWindowTitle(QString::fromStdString(parts_.link.state().Caption));
   auto* central = new QWidget(this);
   central->setObjectName("Form1");

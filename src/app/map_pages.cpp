@@ -30,8 +30,9 @@ const MapValues& ValuesOf(const MapEditors& maps, int index) {
 
 }  // namespace
 
-MapPages::MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view, QObject* parent)
-    : QObject(parent), editors_(editors), link_(link), live_view_(live_view) {
+MapPages::MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view,
+                   MessageSink& messages, QObject* parent)
+    : QObject(parent), editors_(editors), link_(link), live_view_(live_view), messages_(messages) {
   cross_hair_.SetMotorMap(1);
   // The live point follows the shown values, so the smoothing choices steady it too.
   connect(&live_view_, &LiveView::Updated, this, [this] { live_new_ = true; });
@@ -77,12 +78,26 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
     connect(lock, &QCheckBox::toggled, this, [this](bool on) { link_.state().TLock = on; });
   }
   if (page->map_selection()) {
-    connect(page->map_selection(), &QButtonGroup::idClicked, this, [this](int choice) {
-      editors_.SetMapSelection(choice);
-      ShowEditors();
-    });
+    connect(page->map_selection(), &QButtonGroup::idClicked, this, &MapPages::MapSelectionChosen);
   }
   return page;
+}
+
+// The choice switches the fuel map the running engine gets at once: it is sent only once the
+// tuner says so, and the buttons show the choice in force either way.
+void MapPages::MapSelectionChosen(int choice) {
+  if (choice < 0 || choice >= static_cast<int>(kMapSelectionTexts.size())) return;
+  if (choice != editors_.state().setup.MapSelection) {
+    const std::string_view text = kMapSelectionTexts[static_cast<std::size_t>(choice)];
+    const std::string name(text.substr(text.find_first_not_of(' ')));
+    const MessageAnswer answer =
+        messages_.Show(MessageIcon::kQuestion, "Fuel Map Selection",
+                       {"Switch the fuel map selection to \"" + name + "\"?",
+                        "The ECU runs on the new selection at once."},
+                       MessageButtons::kYesNoDefaultNo);
+    if (answer == MessageAnswer::kYes) editors_.SetMapSelection(choice);
+  }
+  ShowEditors();
 }
 
 void MapPages::SetUpGrids() {
