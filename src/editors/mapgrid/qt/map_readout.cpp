@@ -36,6 +36,9 @@ class ReadoutDelegate : public QStyledItemDelegate {
 
 MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
     : QTableWidget(parent), across_(orientation == Qt::Horizontal) {
+  // Before the rows exist: their arrival is told to a listening tool, which then asks for the
+  // grid's interface and keeps the one it gets.
+  InstallMapAccessibility();
   const int quantities = static_cast<int>(kReadoutLabels.size());
   setRowCount(across_ ? 2 : quantities);
   setColumnCount(across_ ? quantities : 2);
@@ -63,7 +66,6 @@ MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
     announcers_.push_back(std::make_unique<ValueAnnouncer>(
         [this, i](const QString& text) { AnnounceValue(ReadoutValueInterface(this, i), text); }));
   }
-  InstallMapAccessibility();
 }
 
 QTableWidgetItem* MapReadout::ValueItem(Readout readout) const {
