@@ -44,7 +44,7 @@ check-packages: build build-bench
 bench: build build-bench
 	$(BUILD)/bench/vela-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu 10
-	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --pages 5
+	bash scripts/bench-pages.sh $(BUILD) 5
 	bash scripts/run.sh $(BUILD)/bench/vela-editing-latency
 	bash scripts/run.sh $(BUILD)/bench/vela-datalog-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 20

@@ -12,11 +12,15 @@
 //                                            the whole window, every page in front in turn, then
 //                                            the map pages again with their graphs shown; N
 //                                            rounds (default 3), each page's median printed
+// It says whether the toolkit's accessibility bridge was active: run it under
+// scripts/with-accessibility-bus.sh to measure the program as a screen reader's desktop runs it
+// (scripts/bench-pages.sh measures every page both ways).
 // The thread's load swings with what the simulated engine does and with the timing of the line,
 // so the pages take turns and the median of the rounds is the figure.
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QElapsedTimer>
@@ -168,6 +172,7 @@ class Measurement {
   void Print() {
     std::printf("(%.1f live frames/s; median of %d rounds of %d s", frame_rate_, rounds_, seconds_);
     std::printf(rounds_ > 1 ? ", lowest to highest)\n" : ")\n");
+    std::printf("(accessibility bridge %s)\n", QAccessible::isActive() ? "active" : "inactive");
     std::printf("  %-44s %-22s %s\n", "", "all threads", "user-interface thread");
     for (std::size_t i = 0; i < steps_.size(); ++i) {
       std::printf("  %-44s", qPrintable(steps_[i].name));

@@ -13,6 +13,9 @@ packages=(
   libgl1-mesa-dev libgl1-mesa-dri
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth fonts-dejavu-core
+  # The accessibility tests and `make bench` run the program on an accessibility bus of its own
+  # (scripts/with-accessibility-bus.sh): a session bus and the at-spi bus launcher.
+  dbus-daemon at-spi2-core
 )
 if [ "${1:-}" = "--fuzz" ]; then packages+=(clang-14 libclang-rt-14-dev); fi
 if [ "${1:-}" = "--list" ]; then

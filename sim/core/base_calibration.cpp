@@ -1,7 +1,9 @@
 #include "sim/core/base_calibration.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <fstream>
 #include <vector>
 
@@ -139,7 +141,7 @@ CalibrationImage BuildBaseCalibration() {
 std::optional<CalibrationImage> LoadCalibrationFile(const std::string& path, std::string* error) {
   std::ifstream in(path, std::ios::binary);
   if (!in) {
-    if (error) *error = "cannot open " + path;
+    if (error) *error = "cannot open " + path + ": " + std::strerror(errno);
     return std::nullopt;
   }
   std::vector<std::uint8_t> bytes;

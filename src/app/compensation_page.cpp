@@ -50,6 +50,7 @@ CompensationPage::CompensationPage(SetupPageParts parts, QWidget* parent)
       fields_(new RawFieldPanel(parts.editors, this)) {
   setObjectName("CompensationPage");
   readout_->setObjectName("CompensationReadout");
+  readout_->setAccessibleName("Live values");
   readout_->setFixedHeight(readout_->fontMetrics().height() * 2 + 16);
   readout_->SetDecimalSeparator(QLatin1Char(SystemDecimalSeparator()));
   auto* layout = new QVBoxLayout(this);

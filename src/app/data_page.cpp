@@ -20,10 +20,7 @@ QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
   const AfrCaptions captions = AfrCaptionsOf(afr_mode);
   if (unit)
     *unit = QString::fromUtf8(captions.fuel.data(), static_cast<qsizetype>(captions.fuel.size()));
-  const std::optional<double> value = AfrShownValue(lambda, afr_mode);
-  if (!value) return "-";
-  return QString::number(*value, 'f', AfrDecimals(afr_mode))
-      .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
+  return QString::fromStdString(AfrText(lambda, afr_mode, SystemDecimalSeparator()));
 }
 
 DataPage::DataPage(QWidget* parent) : QWidget(parent) {
@@ -76,6 +73,8 @@ LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, con
   title->setStyleSheet("color: #505050;");
   auto* value = new LiveValue(QStringLiteral("-00000.00"), Qt::AlignRight, grid_);
   value->setObjectName(name);
+  value->setAccessibleName(caption);
+  value->setAccessibleDescription(unit);
   value->SetOpaque();
   QFont big = value->font();
   big.setPointSizeF(big.pointSizeF() * 2.2);
@@ -118,7 +117,10 @@ void DataPage::Show(const LiveData& live, int afr_mode, bool live_tuning, bool c
   throttle_pump_->SetText(text(live.throttle_pump_text));
   QString unit;
   afr_->SetText(AfrDisplayText(live.lambda, afr_mode, &unit));
-  if (afr_unit_->text() != unit) afr_unit_->setText(unit);
+  if (afr_unit_->text() != unit) {
+    afr_unit_->setText(unit);
+    afr_->setAccessibleDescription(unit.trimmed());
+  }
 }
 
 // Live tuning in the strip's words and colours; then what the ECU reports of its state.

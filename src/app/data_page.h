@@ -52,8 +52,8 @@ class DataPage : public QWidget {
   QLabel* live_tune_ = nullptr;
 };
 
-// The air-fuel ratio text for a lambda value in the chosen display mode (`ComboAFRMode`), "-"
-// with no reading or with the display disabled; `unit` gets the mode's fuel caption.
+// The air-fuel ratio text for a lambda value in the chosen display mode (`ComboAFRMode`), as
+// every AFR read-out shows it (AfrText); `unit` gets the mode's fuel caption.
 QString AfrDisplayText(double lambda, int afr_mode, QString* unit = nullptr);
 
 }  // namespace vela

@@ -162,6 +162,7 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
   current_afr_ =
       new LiveValue(QStringLiteral("00.0 Natural Gas (NGV)"), Qt::AlignLeft, closed_loop);
   current_afr_->setObjectName("CurrentAFR");
+  current_afr_->setAccessibleName("Current AFR");
   QFont bold = current_afr_->font();
   bold.setBold(true);
   current_afr_->setFont(bold);

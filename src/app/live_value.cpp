@@ -4,9 +4,24 @@
 
 namespace vela {
 
+namespace {
+
+// A live value reads as static text whose value is the text it paints.
+QAccessibleInterface* LiveValueAccessible(const QString& class_name, QObject* object) {
+  if (class_name != QLatin1String("vela::LiveValue")) return nullptr;
+  auto* value = qobject_cast<LiveValue*>(object);
+  if (value == nullptr) return nullptr;
+  return new PaintedTextAccessible(value, QAccessible::StaticText, [](const QWidget* widget) {
+    return static_cast<const LiveValue*>(widget)->text();
+  });
+}
+
+}  // namespace
+
 LiveValue::LiveValue(const QString& widest, Qt::Alignment alignment, QWidget* parent)
     : QWidget(parent), widest_(widest), alignment_(alignment) {
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  InstallAccessibleFactory<&LiveValueAccessible>();
 }
 
 void LiveValue::SetOpaque(QPalette::ColorRole ground, bool framed) {
@@ -20,6 +35,7 @@ void LiveValue::SetText(const QString& text) {
   if (text == text_) return;
   text_ = text;
   update();
+  announcer_.Changed(text_);
 }
 
 void LiveValue::SetGreyed(bool greyed) {

@@ -1,11 +1,14 @@
 // A live value shown as text. It draws its own text, so a new value repaints this value alone
 // and never lays its page out again: live values change ten times a second. Greyed, it stands
-// for a value that is not live.
+// for a value that is not live. Accessibility tools read it as static text named by its
+// accessibleName, its value the text it paints, and hear of each new text.
 #pragma once
 
 #include <QPalette>
 #include <QString>
 #include <QWidget>
+
+#include "shell/qt/accessible_text.h"
 
 namespace vela {
 
@@ -37,6 +40,7 @@ class LiveValue : public QWidget {
   bool opaque_ = false;
   bool framed_ = false;
   QPalette::ColorRole ground_ = QPalette::Window;
+  ValueAnnouncer announcer_{[this](const QString& text) { AnnounceValue(this, text); }};
 };
 
 }  // namespace vela

@@ -24,8 +24,11 @@ LiveData LiveView::Shown() const {
   const SmoothingChoice choice{settings_.rpm_smoothing != 0, settings_.map_smoothing != 0,
                                settings_.afr_smoothing != 0};
   const int mode = settings_.afr_display_mode;
-  return smoothing_.Apply(link_.live(), choice, separator_,
-                          [mode](double lambda) { return ShownAfr(lambda, mode); });
+  LiveData shown = smoothing_.Apply(link_.live(), choice, separator_,
+                                    [mode](double lambda) { return ShownAfr(lambda, mode); });
+  // One text for the air-fuel ratio on every page: "-" while there is no reading.
+  shown.afr_text = AfrText(shown.lambda, mode, separator_);
+  return shown;
 }
 
 LiveLoad LiveView::Load() const {

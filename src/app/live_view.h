@@ -23,7 +23,8 @@ class LiveView : public QObject {
  public:
   LiveView(LinkSession& link, const ProgramSettings& settings, QObject* parent = nullptr);
 
-  // The live data set with the chosen smoothing applied.
+  // The live data set with the chosen smoothing applied; its `afr_text` is the text every AFR
+  // read-out shows (AfrText).
   LiveData Shown() const;
   // The engine speed and load of the shown set, for the live point on the maps.
   LiveLoad Load() const;

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "app/app_options.h"
+#include "app/display_guard.h"
 #include "app/link_session.h"
 #include "app/main_window.h"
 #include "link/qt/qt_serial_port.h"
@@ -71,7 +72,9 @@ int main(int argc, char* argv[]) {
   }
   std::optional<vela::sim::SimCommandLine> sim_options;
   if (options.simulate && !(sim_options = SimulatorOptions(options))) return 2;
+  vela::DisplayGuard display_guard;
   QApplication app(argc, argv);
+  display_guard.Opened();
   QApplication::setApplicationName("morvane-vela");
 
   const vela::ProgramFolders folders = FoldersFor(options);

@@ -27,6 +27,8 @@
 #include "app/setup_error_list.h"
 #include "app/setup_pages.h"
 #include "app/status_strip.h"
+#include "datalog/qt/chart_accessible.h"
+#include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
 #include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
@@ -95,7 +97,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
           this)),
       live_view_(new LiveView(parts_.link, parts_.setup.settings, this)),
       fault_monitor_(new FaultMonitor(parts_.link, this)),
-      map_pages_(new MapPages(*editors_, parts_.link, *live_view_, this)) {
+      map_pages_(new MapPages(*editors_, parts_.link, *live_view_, parts_.messages, this)) {
   setWindowTitle(QString::fromStdString(parts_.link.state().Caption));
   auto* central = new QWidget(this);
   central->setObjectName("Form1");
@@ -176,6 +178,7 @@ QWidget* MainWindow::BuildPage(int index) {
       if (index == kFuelMap1) {
         map_page->options_area()->layout()->addWidget(settings_controls_->BuildFuelDisplay(page));
       }
+      map_page->KeepKeyboardOnGrid();
       return page;
     }
     case kHelp:
@@ -197,6 +200,7 @@ QWidget* MainWindow::BuildPage(int index) {
           {parts_.setup, parts_.link, parts_.messages, parts_.dialogs ? *parts_.dialogs : dialogs_,
            parts_.files, editors_->dialog_memory().folder},
           settings_controls_->BuildDatalogOptions(page), page);
+      MakeChartAccessible(datalog_page_->findChild<DatalogChart*>("TChart1"));
       layout->addWidget(datalog_page_, 1);
       return page;
     default:

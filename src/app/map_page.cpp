@@ -101,6 +101,18 @@ QWidget* MapPage::BuildSide(MapKind kind, const QString& suffix) {
 
 void MapPage::ShowGraph(bool shown) { graph_->setVisible(shown); }
 
+void MapPage::KeepKeyboardOnGrid() {
+  for (QWidget* widget : findChildren<QWidget*>()) {
+    if (widget == grid_ || grid_->isAncestorOf(widget)) continue;
+    if (widget->focusPolicy() & Qt::TabFocus) widget->setFocusPolicy(Qt::ClickFocus);
+  }
+}
+
+bool MapPage::focusNextPrevChild(bool) {
+  grid_->setFocus(Qt::TabFocusReason);
+  return true;
+}
+
 void MapPage::ShowOutOfStep(bool out_of_step) { out_of_step_->setVisible(out_of_step); }
 
 QWidget* MapPage::BuildLabels(MapKind kind, const QString& suffix) {

@@ -43,7 +43,14 @@ class MapPage : public QWidget {
   void ShowOutOfStep(bool out_of_step);
   // The graph under the grid, or the grid alone (`Numerical`).
   void ShowGraph(bool shown);
+  // Once the page is complete: no control but the grid takes the keyboard by Tab; each takes it
+  // only from a click on it (every one of them writes to the ECU or changes what the page shows).
+  void KeepKeyboardOnGrid();
   void set_decimal_separator(QChar separator) { separator_ = separator; }
+
+ protected:
+  // Tab and Shift-Tab give the keyboard to the grid, from wherever on the page they are pressed.
+  bool focusNextPrevChild(bool next) override;
 
  private:
   QWidget* BuildLabels(MapKind kind, const QString& suffix);

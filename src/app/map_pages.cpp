@@ -8,6 +8,7 @@
 #include "app/link_session.h"
 #include "app/live_view.h"
 #include "editors/mapgrid/grid_setup.h"
+#include "editors/mapgrid/qt/map_surface_view.h"
 #include "shell/qt/qt_platform.h"
 
 namespace vela {
@@ -29,8 +30,9 @@ const MapValues& ValuesOf(const MapEditors& maps, int index) {
 
 }  // namespace
 
-MapPages::MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view, QObject* parent)
-    : QObject(parent), editors_(editors), link_(link), live_view_(live_view) {
+MapPages::MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view,
+                   MessageSink& messages, QObject* parent)
+    : QObject(parent), editors_(editors), link_(link), live_view_(live_view), messages_(messages) {
   cross_hair_.SetMotorMap(1);
   // The live point follows the shown values, so the smoothing choices steady it too.
   connect(&live_view_, &LiveView::Updated, this, [this] { live_new_ = true; });
@@ -54,6 +56,12 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
   page->grid()->Model().SetDecimalSeparator(separator);
   page->readout()->SetDecimalSeparator(QLatin1Char(separator));
   page->set_decimal_separator(QLatin1Char(separator));
+  // The names accessibility tools read.
+  page->grid()->setAccessibleName(QString("%1 map").arg(kTitles[index]));
+  page->readout()->setAccessibleName(QString("%1 live values").arg(kTitles[index]));
+  if (MapSurfaceView* surface = page->graph()->Surface()) {
+    surface->setAccessibleName(QString("%1 graph").arg(kTitles[index]));
+  }
   cross_hair_.Attach(index + 1, page->grid(), page->graph());
   connect(page->grid(), &MapGrid::CellsChanged, this,
           [this, index](const QList<QPoint>& cells) { GridEdited(index, cells); });
@@ -70,12 +78,26 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
     connect(lock, &QCheckBox::toggled, this, [this](bool on) { link_.state().TLock = on; });
   }
   if (page->map_selection()) {
-    connect(page->map_selection(), &QButtonGroup::idClicked, this, [this](int choice) {
-      editors_.SetMapSelection(choice);
-      ShowEditors();
-    });
+    connect(page->map_selection(), &QButtonGroup::idClicked, this, &MapPages::MapSelectionChosen);
   }
   return page;
+}
+
+// The choice switches the fuel map the running engine gets at once: it is sent only once the
+// tuner says so, and the buttons show the choice in force either way.
+void MapPages::MapSelectionChosen(int choice) {
+  if (choice < 0 || choice >= static_cast<int>(kMapSelectionTexts.size())) return;
+  if (choice != editors_.state().setup.MapSelection) {
+    const std::string_view text = kMapSelectionTexts[static_cast<std::size_t>(choice)];
+    const std::string name(text.substr(text.find_first_not_of(' ')));
+    const MessageAnswer answer =
+        messages_.Show(MessageIcon::kQuestion, "Fuel Map Selection",
+                       {"Switch the fuel map selection to \"" + name + "\"?",
+                        "The ECU runs on the new selection at once."},
+                       MessageButtons::kYesNoDefaultNo);
+    if (answer == MessageAnswer::kYes) editors_.SetMapSelection(choice);
+  }
+  ShowEditors();
 }
 
 void MapPages::SetUpGrids() {

@@ -11,6 +11,7 @@
 #include "app/map_page.h"
 #include "editors/mapgrid/qt/cross_hair.h"
 #include "link/live_data.h"
+#include "shell/platform.h"
 
 namespace vela {
 
@@ -24,7 +25,7 @@ class MapPages : public QObject {
  public:
   static constexpr int kPages = 3;  // fuel map 1, fuel map 2, ignition: tabs 0, 1 and 2
 
-  MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view,
+  MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view, MessageSink& messages,
            QObject* parent = nullptr);
 
   // Builds page `index` (0..2) inside `parent`.
@@ -52,10 +53,13 @@ class MapPages : public QObject {
  private:
   void GridEdited(int index, const QList<QPoint>& cells);
   void ShowDuty(int index);
+  // A choice of the fuel map selection: sent to the ECU once the tuner confirms it.
+  void MapSelectionChosen(int choice);
 
   EditorSession& editors_;
   LinkSession& link_;
   LiveView& live_view_;
+  MessageSink& messages_;
   std::array<MapPage*, kPages> pages_{};
   CrossHair cross_hair_;
   // The cross-hair follows the live point when the read-outs are redrawn (10 times a second),

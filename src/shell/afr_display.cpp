@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "link/live_data.h"
+
 namespace vela {
 
 namespace {
@@ -39,5 +41,11 @@ std::optional<double> AfrShownValue(double lambda, int mode) {
 }
 
 int AfrDecimals(int mode) { return mode == kAfrModeLambda ? 2 : 1; }
+
+std::string AfrText(double lambda, int mode, char separator) {
+  const std::optional<double> value = AfrShownValue(lambda, mode);
+  if (!value) return std::string(kNoAfrText);
+  return live_text::Fixed(*value, AfrDecimals(mode), separator);
+}
 
 }  // namespace vela

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace vela {
@@ -32,5 +33,10 @@ AfrCaptions AfrCaptionsOf(int mode);
 std::optional<double> AfrShownValue(double lambda, int mode);
 // Decimals of the shown value: 1 for a ratio and CO, 2 for lambda.
 int AfrDecimals(int mode);
+
+// The air-fuel read-out's text, the same on every page that shows it: the shown value with the
+// mode's decimals and `separator`, or kNoAfrText with no reading or with the display disabled.
+inline constexpr std::string_view kNoAfrText = "-";
+std::string AfrText(double lambda, int mode, char separator);
 
 }  // namespace vela

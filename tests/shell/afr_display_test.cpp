@@ -24,6 +24,16 @@ TEST(AfrDisplay, EachChoiceGivesItsCaptionsAndValue) {
   EXPECT_FALSE(AfrShownValue(1.0, kAfrModeDisabled));
 }
 
+// The map pages, the Data Page and the inputs page all show this text: no reading reads "-"
+// everywhere, never "0.0" on one page and "-" on another.
+TEST(AfrDisplay, TheReadOutTextIsTheValueInTheModesDecimalsOrADash) {
+  EXPECT_EQ(AfrText(0.0, 0, '.'), "-");
+  EXPECT_EQ(AfrText(1.0, kAfrModeDisabled, '.'), "-");
+  EXPECT_EQ(AfrText(1.0, 0, ','), "14,7");
+  EXPECT_EQ(AfrText(0.873, kAfrModeLambda, '.'), "0.87");
+  EXPECT_EQ(AfrText(0.9, kAfrModeCo, '.'), "3.0");
+}
+
 TEST(AfrDisplay, Line4OfTheSettingsTakesEveryEntryOfTheList) {
   ProgramSettings settings;
   int port = 0;

@@ -181,16 +181,18 @@ void PaintMarkersAndCursors(QPainter& painter, const Frame& frame, const ChartSc
     vertical(marker.time, look.marker, Qt::DashLine, QString::fromStdString(marker.text), 0);
   }
   if (scene.cursor_a) {
-    vertical(*scene.cursor_a, look.cursor_a, Qt::SolidLine,
-             QString("A %1 s").arg(QString::fromStdString(FixedText(*scene.cursor_a, 3))), 1);
+    vertical(*scene.cursor_a, look.cursor_a, Qt::SolidLine, CursorLabel('A', *scene.cursor_a), 1);
   }
   if (scene.cursor_b) {
-    vertical(*scene.cursor_b, look.cursor_b, Qt::DotLine,
-             QString("B %1 s").arg(QString::fromStdString(FixedText(*scene.cursor_b, 3))), 2);
+    vertical(*scene.cursor_b, look.cursor_b, Qt::DotLine, CursorLabel('B', *scene.cursor_b), 2);
   }
 }
 
 }  // namespace
+
+QString CursorLabel(char name, double time) {
+  return QString("%1 %2 s").arg(QLatin1Char(name)).arg(QString::fromStdString(FixedText(time, 3)));
+}
 
 void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,
                 const ChartLook& look) {

@@ -33,4 +33,7 @@ struct ChartScene {
 void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,
                 const ChartLook& look = {});
 
+// The label the chart paints beside cursor `name` ('A' or 'B') at `time`: "A 12.345 s".
+QString CursorLabel(char name, double time);
+
 }  // namespace vela

@@ -188,6 +188,19 @@ std::vector<MapCell> MapGridModel::SelectedCells() const {
   return cells;
 }
 
+void MapGridModel::FollowView(MapCell cursor, const std::vector<MapCell>& selected) {
+  MapCellRect rect{cursor.row, cursor.column, cursor.row, cursor.column};
+  bool any = false;
+  for (const MapCell& cell : selected) {
+    if (!IsValueCell(cell.row, cell.column)) continue;
+    if (!any) rect = {cell.row, cell.column, cell.row, cell.column};
+    any = true;
+    rect = {std::min(rect.top, cell.row), std::min(rect.left, cell.column),
+            std::max(rect.bottom, cell.row), std::max(rect.right, cell.column)};
+  }
+  Select(rect, cursor);
+}
+
 void MapGridModel::ClampCursor() {
   const MapCellRect rect = selection_;
   Select(rect, current_);

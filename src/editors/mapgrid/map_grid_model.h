@@ -123,6 +123,11 @@ class MapGridModel {
   MapCellRect Selection() const { return selection_; }
   void Select(MapCellRect rect, MapCell current);
   std::vector<MapCell> SelectedCells() const;
+  // Takes the cursor and the selected cells as the grid's view shows them after any change of
+  // either (a click, a drag, a key): the selection becomes the rectangle around the selected
+  // value cells, or the cursor's cell when none is selected, so that a key or Enter acts on the
+  // cells the tuner sees selected.
+  void FollowView(MapCell cursor, const std::vector<MapCell>& selected);
 
   // Modes switched by the tuner: all ranges up (Alt-A) and live tuning (Alt-L).
   bool AllRanges() const { return all_ranges_; }

@@ -50,6 +50,7 @@ class MapGridQtTest : public QObject {
  private slots:
   void AKeyPressChangesTheCellAndAnnouncesIt();
   void KeysActOnEveryCellOfAMouseSelection();
+  void TheLiveValueGoesIntoTheCellClickedLast();
   void TheTransmissionCapIsShownBeforeTheGridRedraws();
   void FlatGraphFollowsTheGrid();
   void SurfaceFollowsTheGridAndPlacesTheLivePointOnItsAxes();
@@ -95,6 +96,22 @@ void MapGridQtTest::KeysActOnEveryCellOfAMouseSelection() {
   QCOMPARE(grid.CellText(3, 4), QStringLiteral("-1.0"));
   QCOMPARE(grid.CellText(4, 4), QStringLiteral("0.0"));
   QCOMPARE(grid.CellText(3, 5), QStringLiteral("0.0"));
+}
+
+// Enter is the window's key: the grid's model must already hold the cell the click selected.
+void MapGridQtTest::TheLiveValueGoesIntoTheCellClickedLast() {
+  MapGrid grid(MapKind::kFuel);
+  PutFuelMap(grid);
+  grid.SetLiveTuning(true);
+  grid.show();
+  QVERIFY(QTest::qWaitForWindowExposed(&grid));
+  grid.SetCurrentCell(3, 3);
+  QTest::mouseClick(grid.viewport(), Qt::LeftButton, {},
+                    grid.visualRect(grid.model()->index(8, 6)).center());
+  const QString untouched = grid.CellText(3, 3);
+  grid.Model().InsertLiveValue(9.876);
+  QCOMPARE(grid.CellText(8, 6), QStringLiteral("9.876"));
+  QCOMPARE(grid.CellText(3, 3), untouched);
 }
 
 void MapGridQtTest::TheTransmissionCapIsShownBeforeTheGridRedraws() {

@@ -33,16 +33,43 @@ QString Number(double value) {
   return QString::number(value, 'f', decimals);
 }
 
+QAccessibleInterface* CurveAccessible(const QString& class_name, QObject* object) {
+  if (class_name != QLatin1String("vela::CurveView")) return nullptr;
+  auto* curve = qobject_cast<CurveView*>(object);
+  if (curve == nullptr) return nullptr;
+  return new PaintedTextAccessible(curve, QAccessible::Chart, [](const QWidget* widget) {
+    return static_cast<const CurveView*>(widget)->LiveCaption();
+  });
+}
+
 }  // namespace
 
 CurveView::CurveView(QWidget* parent) : QWidget(parent) {
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   setAttribute(Qt::WA_OpaquePaintEvent);  // the chart's picture covers the whole widget
+  InstallAccessibleFactory<&CurveAccessible>();
 }
 
 void CurveView::Invalidate() {
   chart_ = QPixmap();
   update();
+  TakeCaption(CaptionAt(live_x_));
+}
+
+void CurveView::TakeCaption(const QString& caption) {
+  if (caption == live_caption_) return;
+  live_caption_ = caption;
+  announcer_.Changed(live_caption_);
+}
+
+QString CurveView::CaptionAt(std::optional<double> x) const {
+  if (!x) return {};
+  QString caption = Number(*x) + " " + x_unit_;
+  const Range xr = XRange();
+  if (const std::optional<double> y = CurveAt(std::clamp(*x, xr.low, xr.high))) {
+    caption += QStringLiteral(": ") + Number(*y) + " " + y_unit_;
+  }
+  return caption;
 }
 
 void CurveView::resizeEvent(QResizeEvent* event) {
@@ -59,6 +86,7 @@ void CurveView::changeEvent(QEvent* event) {
 
 void CurveView::SetTitle(const QString& title) {
   title_ = title;
+  setAccessibleName(title);
   Invalidate();
 }
 
@@ -98,16 +126,19 @@ void CurveView::SetShadeFrom(std::optional<double> x, const QString& caption) {
 // to another pixel or its caption reads differently.
 void CurveView::SetLiveX(std::optional<double> x) {
   if (x == live_x_) return;
-  const auto shown = [this](std::optional<double> value) -> std::pair<int, QString> {
-    if (!value) return {-1, QString()};
+  const auto pixel = [this](std::optional<double> value) {
+    if (!value) return -1;
     const Range xr = XRange();
     const double plot_width = width() - kLeft - kRight;
     const double share = (std::clamp(*value, xr.low, xr.high) - xr.low) / (xr.high - xr.low);
-    return {static_cast<int>(std::lround(share * plot_width)), Number(*value)};
+    return static_cast<int>(std::lround(share * plot_width));
   };
-  const bool moved = shown(x) != shown(live_x_);
+  const QString caption = CaptionAt(x);
+  const bool moved = pixel(x) != pixel(live_x_) || caption != live_caption_;
   live_x_ = x;
-  if (moved) update();
+  if (!moved) return;
+  update();
+  TakeCaption(caption);
 }
 
 double CurveView::Y(double value) const {
@@ -247,15 +278,13 @@ void CurveView::PaintLive(QPainter& painter) const {
   const double x = std::clamp(*live_x_, scale.xr.low, scale.xr.high);
   painter.setPen(QPen(QColor(220, 30, 30), 1.5, Qt::DashLine));
   painter.drawLine(QPointF(px(x), plot.top()), QPointF(px(x), plot.bottom()));
-  QString caption = Number(*live_x_) + " " + x_unit_;
   if (const std::optional<double> y = CurveAt(x)) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(220, 30, 30));
     painter.drawEllipse(QPointF(px(x), py(*y)), 5, 5);
-    caption += QStringLiteral(": ") + Number(*y) + " " + y_unit_;
   }
   painter.setPen(QColor(180, 20, 20));
-  painter.drawText(plot.adjusted(4, 2, -4, -2), Qt::AlignRight | Qt::AlignTop, caption);
+  painter.drawText(plot.adjusted(4, 2, -4, -2), Qt::AlignRight | Qt::AlignTop, live_caption_);
 }
 
 }  // namespace vela

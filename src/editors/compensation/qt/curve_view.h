@@ -1,6 +1,7 @@
 // A small chart beside a table: the table's curve, the live operating point on it (a line at the
 // live value and a dot where it meets the curve), optional marked points and an optional shaded
-// region from a threshold on.
+// region from a threshold on. Accessibility tools read it as a chart named by its title, its value
+// the live mark's caption.
 #pragma once
 
 #include <QPixmap>
@@ -9,6 +10,8 @@
 #include <QWidget>
 #include <optional>
 #include <vector>
+
+#include "shell/qt/accessible_text.h"
 
 namespace vela {
 
@@ -39,6 +42,9 @@ class CurveView : public QWidget {
   // in the logarithm); nullopt outside the curve.
   std::optional<double> CurveAt(double x) const;
   std::optional<double> LiveX() const { return live_x_; }
+  // The text beside the live mark ("25 °C air: 100 %"), empty without one: accessibility tools
+  // read it as the chart's value.
+  QString LiveCaption() const { return live_caption_; }
 
   QSize sizeHint() const override { return {300, 200}; }
   QSize minimumSizeHint() const override { return {200, 140}; }
@@ -71,6 +77,9 @@ class CurveView : public QWidget {
   void PaintLive(QPainter& painter) const;
   // The chart changed: it is drawn afresh.
   void Invalidate();
+  QString CaptionAt(std::optional<double> x) const;
+  // Takes the caption of the live mark as it is to be painted now.
+  void TakeCaption(const QString& caption);
 
   QString title_;
   QString x_unit_;
@@ -83,7 +92,9 @@ class CurveView : public QWidget {
   std::optional<double> shade_from_;
   QString shade_caption_;
   std::optional<double> live_x_;
+  QString live_caption_;
   QPixmap chart_;  // the chart without the live mark
+  ValueAnnouncer announcer_{[this](const QString& text) { AnnounceValue(this, text); }};
 };
 
 }  // namespace vela

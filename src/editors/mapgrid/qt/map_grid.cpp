@@ -37,7 +37,8 @@ int DefaultLoadSites(MapKind kind) {
 
 }  // namespace
 
-// Draws the live operating point as a cross over the grid's viewport.
+// Draws the live operating point as a cross over the grid's viewport, exactly where the grid's
+// cross shape says: the shape is what the repaint rule counts on.
 class GridMarkerOverlay : public QWidget {
  public:
   explicit GridMarkerOverlay(MapGrid* grid) : QWidget(grid->viewport()), grid_(grid) {
@@ -47,21 +48,19 @@ class GridMarkerOverlay : public QWidget {
 
  protected:
   void paintEvent(QPaintEvent*) override {
-    const std::optional<OperatingPoint> marker = grid_->Marker();
-    if (!marker) return;
-    const QPointF centre = grid_->ViewportPoint(*marker);
-    const QPoint at = centre.toPoint();
-    const QPoint top_left = grid_->ViewportPoint({1.0, 1.0}).toPoint();
+    const std::optional<CrossShape> cross = grid_->Cross();
+    if (!cross) return;
     QPainter painter(this);
     // The lines as filled bands: an antialiased stroke across the whole grid costs many times
     // more, and they are straight on whole pixels anyway.
     const QColor ink(20, 20, 20, 200);
-    painter.fillRect(QRect(top_left.x() - 20, at.y() - 1, width(), 2), ink);
-    painter.fillRect(QRect(at.x() - 1, top_left.y() - 12, 2, height()), ink);
+    for (const PixelRect& line : {cross->across, cross->down}) {
+      painter.fillRect(QRect(line.x, line.y, line.width, line.height), ink);
+    }
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(ink, 2));
     painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(centre, 6.0, 6.0);
+    painter.drawEllipse(QPointF(cross->CentreX(), cross->CentreY()), 6.0, 6.0);
   }
 
  private:
@@ -131,7 +130,7 @@ void MapGrid::Refresh() {
     ApplyGeometry();
     PushCurrent();
   }
-  overlay_->update();
+  PlaceCross(true);
 }
 
 void MapGrid::SetUp(const QString& title, int load_sites) {
@@ -166,8 +165,8 @@ void MapGrid::SetCurrentCell(int row, int column) {
   PushCurrent();
 }
 
-// Only the bands under the old and the new cross are drawn again, and nothing at all while the
-// cross stays on the same pixels: the live point moves ten times a second.
+// Only what the cross leaves and what it reaches is drawn again (CrossRepaint), and nothing at
+// all while it stays on the same pixels: the live point moves ten times a second.
 void MapGrid::SetMarker(std::optional<OperatingPoint> point) {
   // A move of less than two pixels either way is not drawn: it is below what the eye reads on
   // the grid, and sensor noise would otherwise redraw the grid with every refresh.
@@ -175,30 +174,27 @@ void MapGrid::SetMarker(std::optional<OperatingPoint> point) {
     const QPointF move = ViewportPoint(*point) - ViewportPoint(*marker_);
     if (std::abs(move.x()) < 2.0 && std::abs(move.y()) < 2.0) return;
   }
-  const QRegion before = MarkerRegion(marker_);
-  const QRect circle_before = MarkerCircle(marker_);
   marker_ = point;
-  const QRegion after = MarkerRegion(marker_);
-  if (before == after) return;
-  // A line that stays where it was is not drawn again; where the lines cross lies within the
-  // circles.
-  overlay_->update(before.xored(after) + circle_before + MarkerCircle(marker_));
+  PlaceCross();
 }
 
-QRegion MapGrid::MarkerRegion(const std::optional<OperatingPoint>& point) const {
-  if (!point) return {};
-  const QPoint centre = ViewportPoint(*point).toPoint();
-  const QPoint top_left = ViewportPoint({1.0, 1.0}).toPoint();
-  const QSize area = viewport()->size();
-  QRegion region(QRect(top_left.x() - 22, centre.y() - 3, area.width(), 7));
-  region += QRect(centre.x() - 3, top_left.y() - 14, 7, area.height());
-  return region + MarkerCircle(point);
-}
-
-QRect MapGrid::MarkerCircle(const std::optional<OperatingPoint>& point) const {
-  if (!point) return {};
-  const QPoint centre = ViewportPoint(*point).toPoint();
-  return {centre.x() - 9, centre.y() - 9, 19, 19};
+void MapGrid::PlaceCross(bool everywhere) {
+  std::optional<CrossShape> cross;
+  if (marker_) {
+    const QPoint centre = ViewportPoint(*marker_).toPoint();
+    const QPoint first = ViewportPoint({1.0, 1.0}).toPoint();
+    const QSize area = viewport()->size();
+    cross = CrossShapeAt(centre.x(), centre.y(), first.x(), first.y(), area.width(), area.height());
+  }
+  QRegion dirty;
+  for (const PixelRect& r : CrossRepaint(cross_, cross))
+    dirty += QRect(r.x, r.y, r.width, r.height);
+  cross_ = cross;
+  if (everywhere) {
+    overlay_->update();
+  } else if (!dirty.isEmpty()) {
+    overlay_->update(dirty);
+  }
 }
 
 QPointF MapGrid::ViewportPoint(const OperatingPoint& point) const {
@@ -248,11 +244,27 @@ void MapGrid::resizeEvent(QResizeEvent* event) {
   ApplyGeometry();
 }
 
+// Scrolling moves the viewport's pixels and its children, the cross among them: the cross goes
+// back over the whole viewport and is placed afresh.
+void MapGrid::scrollContentsBy(int dx, int dy) {
+  QTableView::scrollContentsBy(dx, dy);
+  overlay_->setGeometry(viewport()->rect());
+  PlaceCross(true);
+}
+
 void MapGrid::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QTableView::currentChanged(current, previous);
   if (pushing_) return;
   PullSelection();
   emit CursorMoved(model_.Current().row, model_.Current().column);
+}
+
+// A click moves the cursor first and selects afterwards, and a drag changes the selection
+// alone: the model takes every change, so that Enter, which the window handles, writes into the
+// cells the tuner sees selected.
+void MapGrid::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QTableView::selectionChanged(selected, deselected);
+  if (!pushing_) PullSelection();
 }
 
 void MapGrid::OnModelCellsChanged(const std::vector<MapCell>& cells) {
@@ -267,16 +279,11 @@ void MapGrid::PullSelection() {
   const QModelIndex current = currentIndex();
   MapCell cursor = model_.Current();
   if (current.isValid()) cursor = {current.row(), current.column()};
-  MapCellRect rect{cursor.row, cursor.column, cursor.row, cursor.column};
-  bool any = false;
+  std::vector<MapCell> selected;
   for (const QModelIndex& index : selectionModel()->selectedIndexes()) {
-    if (!model_.IsValueCell(index.row(), index.column())) continue;
-    if (!any) rect = {index.row(), index.column(), index.row(), index.column()};
-    any = true;
-    rect = {std::min(rect.top, index.row()), std::min(rect.left, index.column()),
-            std::max(rect.bottom, index.row()), std::max(rect.right, index.column())};
+    selected.push_back({index.row(), index.column()});
   }
-  model_.Select(rect, cursor);
+  model_.FollowView(cursor, selected);
 }
 
 void MapGrid::PushCurrent() {
@@ -309,6 +316,7 @@ void MapGrid::ApplyGeometry() {
   model_.SetColWidth0(widths.label);
   overlay_->setGeometry(viewport()->rect());
   overlay_->raise();
+  PlaceCross(true);
 }
 
 void MapGrid::ApplyLook() {

@@ -13,6 +13,7 @@
 #include <optional>
 
 #include "calibration/map_values.h"
+#include "editors/mapgrid/cross_shape.h"
 #include "editors/mapgrid/map_display.h"
 #include "editors/mapgrid/map_grid_model.h"
 
@@ -53,6 +54,8 @@ class MapGrid : public QTableView {
   // The live operating point drawn as a cross over the cells; nullopt hides it.
   void SetMarker(std::optional<OperatingPoint> point);
   std::optional<OperatingPoint> Marker() const { return marker_; }
+  // The cross as it is drawn, in viewport pixels.
+  std::optional<CrossShape> Cross() const { return cross_; }
   // The centre of a fractional cell position in viewport coordinates.
   QPointF ViewportPoint(const OperatingPoint& point) const;
 
@@ -68,7 +71,9 @@ class MapGrid : public QTableView {
  protected:
   void keyPressEvent(QKeyEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
   void OnModelCellsChanged(const std::vector<MapCell>& cells);
@@ -76,14 +81,15 @@ class MapGrid : public QTableView {
   void PushCurrent();
   void ApplyGeometry();
   void ApplyLook();
-  // The pixels the cross over `point` covers.
-  QRegion MarkerRegion(const std::optional<OperatingPoint>& point) const;
-  QRect MarkerCircle(const std::optional<OperatingPoint>& point) const;
+  // Places the cross at the marker in the present geometry and draws again what it left and
+  // what it reached, or the whole viewport when `everywhere` (the geometry changed).
+  void PlaceCross(bool everywhere = false);
 
   MapGridModel model_;
   MapGridTable* table_;
   GridMarkerOverlay* overlay_;
   std::optional<OperatingPoint> marker_;
+  std::optional<CrossShape> cross_;
   bool pushing_ = false;
 };
 

@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QStyledItemDelegate>
 
+#include "editors/mapgrid/qt/map_accessible.h"
+
 namespace vela {
 
 namespace {
@@ -34,6 +36,9 @@ class ReadoutDelegate : public QStyledItemDelegate {
 
 MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
     : QTableWidget(parent), across_(orientation == Qt::Horizontal) {
+  // Before the rows exist: their arrival is told to a listening tool, which then asks for the
+  // grid's interface and keeps the one it gets.
+  InstallMapAccessibility();
   const int quantities = static_cast<int>(kReadoutLabels.size());
   setRowCount(across_ ? 2 : quantities);
   setColumnCount(across_ ? quantities : 2);
@@ -58,6 +63,8 @@ MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
     value->setTextAlignment((across_ ? Qt::AlignHCenter : Qt::AlignRight) | Qt::AlignVCenter);
     setItem(across_ ? 0 : i, across_ ? i : 0, label);
     setItem(across_ ? 1 : i, across_ ? i : 1, value);
+    announcers_.push_back(std::make_unique<ValueAnnouncer>(
+        [this, i](const QString& text) { AnnounceValue(ReadoutValueInterface(this, i), text); }));
   }
 }
 
@@ -68,7 +75,14 @@ QTableWidgetItem* MapReadout::ValueItem(Readout readout) const {
 
 void MapReadout::SetValue(Readout readout, const QString& text) {
   QTableWidgetItem* value = ValueItem(readout);
-  if (value != nullptr && value->text() != text) value->setText(text);
+  if (value == nullptr || value->text() == text) return;
+  value->setText(text);
+  announcers_[static_cast<std::size_t>(readout)]->Changed(text);
+}
+
+QRect MapReadout::ValueRect(Readout readout) const {
+  const QTableWidgetItem* value = ValueItem(readout);
+  return value == nullptr ? QRect() : visualItemRect(value);
 }
 
 QString MapReadout::Value(Readout readout) const {
@@ -90,7 +104,6 @@ void MapReadout::SetIgn(double degrees) { SetNumber(Readout::kIgn, degrees, 1); 
 void MapReadout::SetWat(const QString& text) { SetValue(Readout::kWat, text); }
 void MapReadout::SetAir(const QString& text) { SetValue(Readout::kAir, text); }
 void MapReadout::SetBatt(double volts) { SetNumber(Readout::kBatt, volts, 2); }
-void MapReadout::SetAfr(double afr) { SetNumber(Readout::kAfr, afr, 1); }
 
 }  // namespace vela
 
@@ -118,7 +131,8 @@ void MapReadout::Show(const LiveData& live, bool live_values) {
   SetWat(QString::fromStdString(live.water_temp_text));
   SetAir(QString::fromStdString(live.air_temp_text));
   SetBatt(live.battery_volts);
-  SetAfr(live.afr);
+  // The text the window's shown set carries, so that every AFR read-out says the same.
+  SetValue(Readout::kAfr, QString::fromStdString(live.afr_text));
 }
 
 }  // namespace vela

@@ -1,13 +1,18 @@
 // The live read-out grid beside a map (`FuelMap1A`, `FuelMap2A`, `IgnMapA`): one row per live
 // quantity, its label and its latest value. The receive handlers call the setters. Laid out
 // across (Qt::Horizontal) it has one column per quantity, as on the compensation page.
+// Accessibility tools read one static text per quantity, named by its label (map_accessible.h),
+// and hear of each value that changes.
 #pragma once
 
 #include <QString>
 #include <QTableWidget>
 #include <array>
+#include <memory>
+#include <vector>
 
 #include "link/live_data.h"
+#include "shell/qt/accessible_text.h"
 
 namespace vela {
 
@@ -30,7 +35,6 @@ class MapReadout : public QTableWidget {
   void SetWat(const QString& text);  // temperature text as the sensor table gives it
   void SetAir(const QString& text);
   void SetBatt(double volts);  // two decimals
-  void SetAfr(double afr);     // one decimal
   // Every quantity from the live data; while the values are not live (the ECU is not
   // connected) every value reads "--" in grey, so no stale number passes for a live one.
   void Show(const LiveData& live, bool live_values = true);
@@ -39,6 +43,8 @@ class MapReadout : public QTableWidget {
   void SetDecimalSeparator(QChar separator) { separator_ = separator; }
   void SetValue(Readout readout, const QString& text);
   QString Value(Readout readout) const;
+  // Where a quantity's value stands, in the viewport's coordinates.
+  QRect ValueRect(Readout readout) const;
 
  private:
   void SetNumber(Readout readout, double value, int decimals);
@@ -47,6 +53,7 @@ class MapReadout : public QTableWidget {
   QChar separator_ = QLatin1Char('.');
   bool across_;
   bool greyed_ = false;
+  std::vector<std::unique_ptr<ValueAnnouncer>> announcers_;  // one per quantity
 };
 
 }  // namespace vela

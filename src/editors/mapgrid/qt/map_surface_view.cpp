@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "editors/mapgrid/qt/map_accessible.h"
+
 namespace vela {
 
 namespace {
@@ -36,6 +38,7 @@ MapSurfaceView::MapSurfaceView(QWidget* parent) : QWidget(parent) {
   setMinimumSize(160, 120);
   setCursor(Qt::OpenHandCursor);
   setFocusPolicy(Qt::NoFocus);
+  InstallMapAccessibility();
 }
 
 void MapSurfaceView::SetData(MapGraphData data) {
@@ -63,8 +66,14 @@ void MapSurfaceView::SetMarker(std::optional<OperatingPoint> point) {
   if (same) return;
   QRectF dirty = marker_ ? marker_->bounds : QRectF();
   if (placed) dirty = dirty.united(placed->bounds);
-  marker_ = placed;
+  TakeMarker(placed);
   update(dirty.toAlignedRect());
+}
+
+void MapSurfaceView::TakeMarker(std::optional<Marker> marker) {
+  const QString before = MarkerText();
+  marker_ = std::move(marker);
+  if (MarkerText() != before) announcer_.Changed(MarkerText());
 }
 
 void MapSurfaceView::SetAngles(ViewAngles angles) {
@@ -76,7 +85,7 @@ void MapSurfaceView::Restage() {
   scene_stale_ = true;
   box_area_ = BoxArea();
   view_ = SurfaceProjection(angles_, box_area_.width(), box_area_.height());
-  marker_ = PlaceMarker();
+  TakeMarker(PlaceMarker());
   update();
 }
 

@@ -2,7 +2,8 @@
 // the live operating point standing on it. Painted by the program itself, so it needs no graphics
 // chip: the scene is drawn once into a picture whenever the map, the size or the view changes,
 // and a move of the live point paints only the point over that picture. Drag with the mouse to
-// turn the view; a double click brings back the first view.
+// turn the view; a double click brings back the first view. Accessibility tools read it as a
+// chart whose value is the live point's label (map_accessible.h).
 #pragma once
 
 #include <QPixmap>
@@ -11,6 +12,7 @@
 
 #include "editors/mapgrid/qt/map_graph_data.h"
 #include "editors/mapgrid/surface_geometry.h"
+#include "shell/qt/accessible_text.h"
 
 namespace vela {
 
@@ -56,6 +58,8 @@ class MapSurfaceView : public QWidget {
   void PaintSurface(QPainter& painter) const;
   void PaintLabels(QPainter& painter) const;
   std::optional<Marker> PlaceMarker() const;
+  // The live point as it is to be painted; tools hear of a new label.
+  void TakeMarker(std::optional<Marker> marker);
   void Restage();
 
   MapGraphData data_;
@@ -73,6 +77,7 @@ class MapSurfaceView : public QWidget {
   bool scene_stale_ = true;
   std::optional<QPointF> drag_from_;
   ViewAngles drag_angles_;
+  ValueAnnouncer announcer_{[this](const QString& text) { AnnounceValue(this, text); }};
 };
 
 }  // namespace vela

@@ -1,0 +1,212 @@
+// The map pages against the simulated ECU, as a tuner meets them: the live cross over a moving
+// engine, the keyboard that never leaves the grid for a control that writes to the ECU, the fuel
+// map selection that asks first, and the AFR read-out that says what the Data Page says. Set
+// MAP_PAGES_SCREENSHOTS to a folder to keep pictures of the map pages at 1280x720 and 1024x600.
+#include "app/map_pages.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <limits>
+
+#include "app/data_page.h"
+#include "app/editor_session.h"
+#include "editors/mapgrid/qt/map_grid.h"
+#include "editors/mapgrid/qt/map_readout.h"
+#include "program_fixture.h"
+#include "shell/afr_display.h"
+#include "sim/pty_runner.h"
+#include "support/gui_test_main.h"
+
+using namespace vela;
+
+namespace {
+
+struct ShownProgram {
+  explicit ShownProgram(const sim::SimCommandLine& options, QSize size = {1280, 720}) {
+    std::string error;
+    started = ecu.Start(options, &error);
+    program =
+        std::make_unique<testing::TestProgram>(dir.path(), QString::fromStdString(ecu.SlavePath()));
+    loaded = program->window->Load();
+    program->window->resize(size);
+    program->window->show();
+  }
+  MainWindow& window() { return *program->window; }
+  MapPage* page(int index) { return window().map_pages().page(index); }
+  bool Live() {
+    return program->link.state().Caption == kCaptionConnected &&
+           !program->link.upload().UploadExpected();
+  }
+  // What the screen shows of `widget` now, once every pending paint is done (and nothing else,
+  // so that nothing moves between the paint and the picture).
+  QImage OnScreen(QWidget* widget) {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest);
+    const QPoint at = widget->mapTo(&window(), QPoint(0, 0));
+    return QGuiApplication::primaryScreen()
+        ->grabWindow(window().winId(), at.x(), at.y(), widget->width(), widget->height())
+        .toImage();
+  }
+  void KeepScreenshot(const QString& name) {
+    const QString folder = qEnvironmentVariable("MAP_PAGES_SCREENSHOTS");
+    if (!folder.isEmpty()) OnScreen(&window()).save(folder + "/" + name + ".png");
+  }
+
+  QTemporaryDir dir;
+  sim::InProcessSimulator ecu;
+  bool started = false;
+  std::unique_ptr<testing::TestProgram> program;
+  bool loaded = false;
+};
+
+// Where dark lines run across (horizontal) or down a picture: the first line of each run of
+// adjacent lines of pixels of which more than half are dark. Cells, their texts and the grid's
+// own lines are light or short; only the cross's lines are dark the whole way.
+QList<int> DarkLines(const QImage& image, bool horizontal) {
+  const int length = horizontal ? image.height() : image.width();
+  const int across = horizontal ? image.width() : image.height();
+  QList<int> lines;
+  bool in_line = false;
+  for (int i = 0; i < length; ++i) {
+    int dark = 0;
+    for (int j = 0; j < across; ++j) {
+      const QColor c = horizontal ? image.pixelColor(j, i) : image.pixelColor(i, j);
+      if (c.red() < 90 && c.green() < 90 && c.blue() < 90) ++dark;
+    }
+    const bool line = dark * 2 > across;
+    if (line && !in_line) lines << i;
+    in_line = line;
+  }
+  return lines;
+}
+
+}  // namespace
+
+class MapPagesTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void theLiveCrossStandsOnceWhereTheLivePointIs_data() {
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("1280x720") << QSize(1280, 720);
+    QTest::newRow("1024x600") << QSize(1024, 600);
+  }
+
+  // The engine moves; every picture of the grid shows one RPM line and one load line, each
+  // where the cross is.
+  void theLiveCrossStandsOnceWhereTheLivePointIs() {
+    QFETCH(QSize, size);
+    ShownProgram p({}, size);
+    QVERIFY(p.started && p.loaded);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
+    MapGrid* grid = p.page(0)->grid();
+    QTRY_VERIFY_WITH_TIMEOUT(grid->Cross().has_value(), 5000);
+    int moves = 0;
+    std::optional<CrossShape> before;
+    // Kept pictures follow the engine longer, through its cruises and pulls, and keep the one of
+    // the highest engine speed (the RPM line nearest the top).
+    const bool keeping = !qEnvironmentVariable("MAP_PAGES_SCREENSHOTS").isEmpty();
+    int highest = std::numeric_limits<int>::max();
+    for (int shot = 0; shot < (keeping ? 250 : 40); ++shot) {
+      QTest::qWait(120);
+      const QImage image = p.OnScreen(grid->viewport());
+      const CrossShape cross = grid->Cross().value();
+      QCOMPARE(DarkLines(image, true), QList<int>{cross.across.y});
+      QCOMPARE(DarkLines(image, false), QList<int>{cross.down.x});
+      moves += before && *before != cross;
+      if (keeping && cross.across.y < highest) {
+        highest = cross.across.y;
+        p.KeepScreenshot(QString("fuel-map-1-moving-%1x%2").arg(size.width()).arg(size.height()));
+      }
+      before = cross;
+    }
+    QVERIFY2(moves >= 5, "the engine hardly moved");
+    p.KeepScreenshot(QString("fuel-map-1-%1x%2").arg(size.width()).arg(size.height()));
+    p.window().findChild<QCheckBox*>("Numerical")->setChecked(false);
+    p.window().tabs()->setCurrentIndex(2);
+    QTest::qWait(1500);
+    p.KeepScreenshot(QString("ignition-graph-%1x%2").arg(size.width()).arg(size.height()));
+  }
+
+  // Tab, from the grid or from any control, gives the keyboard to the grid; the controls that
+  // write to the ECU take it only from a click.
+  void tabNeverLeavesTheGridForAControlThatWritesToTheEcu() {
+    ShownProgram p({});
+    QVERIFY(p.started && p.loaded);
+    p.window().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&p.window()));
+    QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
+    for (int index = 0; index < MapPages::kPages; ++index) {
+      for (QAbstractButton* button : p.page(index)->findChildren<QAbstractButton*>()) {
+        QVERIFY2(!(button->focusPolicy() & Qt::TabFocus), qPrintable(button->objectName()));
+      }
+    }
+    MapGrid* grid = p.page(0)->grid();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
+    const int selection = p.window().editors().state().setup.MapSelection;
+    for (int i = 0; i < 4; ++i) {
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+      QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
+    }
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+    QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    QCOMPARE(p.window().editors().state().setup.MapSelection, selection);
+    QVERIFY(p.program->messages.shown.empty());
+
+    QCheckBox* all_ranges = p.page(0)->all_ranges();
+    QTest::mouseClick(all_ranges, Qt::LeftButton, {}, QPoint(8, all_ranges->height() / 2));
+    QVERIFY(all_ranges->isChecked());
+    QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(all_ranges));
+    QTest::keyClick(all_ranges, Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
+  }
+
+  void theFuelMapSelectionAsksBeforeItIsSent() {
+    ShownProgram p({});
+    QVERIFY(p.started && p.loaded);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
+    QButtonGroup* group = p.page(0)->map_selection();
+    const int before = p.window().editors().state().setup.MapSelection;
+    const int other = before == 1 ? 0 : 1;
+    p.program->messages.answers = {MessageAnswer::kNo};
+    group->button(other)->click();
+    QCOMPARE(p.program->messages.shown.size(), std::size_t{1});
+    QCOMPARE(p.program->messages.shown[0].title, std::string("Fuel Map Selection"));
+    QCOMPARE(p.window().editors().state().setup.MapSelection, before);
+    QCOMPARE(group->checkedId(), before);
+    QCOMPARE(p.page(1)->map_selection()->checkedId(), before);
+
+    p.program->messages.answers = {MessageAnswer::kYes};
+    group->button(other)->click();
+    QCOMPARE(p.window().editors().state().setup.MapSelection, other);
+    QCOMPARE(group->checkedId(), other);
+    QCOMPARE(p.page(1)->map_selection()->checkedId(), other);
+  }
+
+  // A standing engine: every frame the same, so both pages show the same frame. Lambda is shown
+  // with two decimals.
+  void theAfrReadsTheSameOnTheMapPageAndTheDataPage() {
+    sim::SimCommandLine options;
+    options.sim.steady_after_us = 0;
+    ShownProgram p(options);
+    QVERIFY(p.started && p.loaded);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
+    p.window().findChild<QComboBox*>("ComboAFRMode")->setCurrentIndex(kAfrModeLambda);
+    auto* readout = p.window().findChild<MapReadout*>("FuelMap1A");
+    QTRY_VERIFY(
+        QRegularExpression("^\\d\\.\\d\\d$").match(readout->Value(Readout::kAfr)).hasMatch());
+    const QString map_page = readout->Value(Readout::kAfr);
+    p.window().tabs()->setCurrentIndex(9);
+    QCOMPARE(p.window().findChild<DataPage*>()->Value("DataAFR"), map_page);
+  }
+};
+
+VELA_GUI_TEST(MapPagesTest)
+#include "map_pages_test.moc"
