@@ -10,6 +10,7 @@
 
 #include "app/data_page.h"
 #include "app/link_session.h"
+#include "app/steady_label.h"
 #include "datalog/chart_view.h"
 #include "datalog/log_export.h"
 #include "editors/mapgrid/map_grid_model.h"
@@ -42,39 +43,6 @@ QString ValueText(std::optional<double> value, int decimals) {
   return QString::fromStdString(FixedText(*value, decimals))
       .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
 }
-
-// A word-wrapped label of a fixed width whose height fits the longest of its texts at whatever
-// font it is given. The gaps' text changes with every refresh while logging; a label that may
-// change its size would have the whole tab laid out again each time (several % of a core).
-class FixedSizeWrappingLabel : public QLabel {
- public:
-  FixedSizeWrappingLabel(int width, QStringList longest, QWidget* parent)
-      : QLabel(parent), width_(width), longest_(std::move(longest)) {
-    setWordWrap(true);
-    FitLongest();
-  }
-
- protected:
-  void changeEvent(QEvent* event) override {
-    QLabel::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) FitLongest();
-  }
-
- private:
-  void FitLongest() {
-    const QString shown = text();
-    int height = 0;
-    for (const QString& text : longest_) {
-      setText(text);
-      height = std::max(height, heightForWidth(width_));
-    }
-    setFixedSize(width_, height);
-    setText(shown);
-  }
-
-  int width_;
-  QStringList longest_;
-};
 
 }  // namespace
 
@@ -230,11 +198,9 @@ QWidget* DatalogPage::BuildReadout() {
     cursor_values_->setItem(n + 2, 0, name);
   }
   column->addWidget(cursor_values_, 1);
-  gaps_ = new FixedSizeWrappingLabel(kReadoutWidth,
-                                     {QString(kNoArrivalsText),
-                                      "Clock 88888.88 s, log 88888.88 s: 88888 gaps, "
-                                      "8888888 frames lost"},
-                                     panel);
+  gaps_ = new SteadyLabel({QString(kNoArrivalsText),
+                           "Clock 88888.88 s, log 88888.88 s: 88888 gaps, 8888888 frames lost"},
+                          panel, kReadoutWidth);
   gaps_->setObjectName("DatalogGaps");
   gaps_->setToolTip(
       "Frames the link lost while logging. The log's time counts frames at the chosen rate, so a "

@@ -4,6 +4,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include "app/steady_label.h"
+
 namespace vela {
 
 namespace {
@@ -16,34 +18,6 @@ QString Rgb(const LabelColour& c) {
 }
 
 QString TextOf(const std::string& text) { return QString::fromStdString(text); }
-
-// A label as wide as its longest text, at whatever font it is given. Its text changes four times
-// a second while a log runs; a label that may change its size would have the whole window laid
-// out again each time, and a fixed size spares that.
-class FixedWidthLabel : public QLabel {
- public:
-  FixedWidthLabel(QString longest, QWidget* parent) : QLabel(parent), longest_(std::move(longest)) {
-    FitLongest();
-  }
-
- protected:
-  void changeEvent(QEvent* event) override {
-    QLabel::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) FitLongest();
-  }
-
- private:
-  void FitLongest() {
-    const QString shown = text();
-    setText(longest_);
-    setMinimumSize(0, 0);
-    setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
-    setFixedSize(sizeHint());
-    setText(shown);
-  }
-
-  QString longest_;
-};
 
 }  // namespace
 
@@ -86,7 +60,7 @@ StatusStrip::StatusStrip(QWidget* parent)
       link_state_(new QLabel(this)),
       live_tune_(new QLabel(this)),
       frames_per_second_(new QLabel(this)),
-      datalog_(new FixedWidthLabel("Logging 88888.8 s, 8888888 records", this)),
+      datalog_(new SteadyLabel({"Logging 88888.8 s, 8888888 records"}, this)),
       map_in_use_(new ElidingLabel(this)),
       fault_(new ElidingLabel(this)),
       startup_(new ElidingLabel(this)),

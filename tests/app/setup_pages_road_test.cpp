@@ -439,20 +439,7 @@ class SetupPagesRoadTest : public QObject {
   }
 
   // A sound calibration's set-up pages need no scrolling at 1280 x 720.
-  void aSoundCalibrationFitsA1280By720Window() {
-    Program& p = *program_;
-    p.window->resize(1280, 720);
-    QTRY_COMPARE(p.window->size(), QSize(1280, 720));
-    QTabWidget* tabs = p.window->tabs();
-    for (const int tab : {3, 4, 5, 6, 7}) {
-      tabs->setCurrentIndex(tab);
-      QTest::qWait(100);
-      auto* scroll = tabs->widget(tab)->findChild<QScrollArea*>();
-      SaveShot(QString("sound_tab%1_1280x720").arg(tab));
-      QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
-      QVERIFY2(!scroll->verticalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
-    }
-  }
+  void aSoundCalibrationFitsA1280By720Window() { ExpectSetupPagesWholeAt1280By720("sound"); }
 
   // An image whose output and input functions fail (each marked under its field, the errors
   // listed under the pages) still leaves every set-up page whole at 1280 x 720.
@@ -463,18 +450,7 @@ class SetupPagesRoadTest : public QObject {
       image.SetByte(position, static_cast<std::uint8_t>(value));
     }
     StartWith(image, "functions.sm1");
-    Program& p = *program_;
-    p.window->resize(1280, 720);
-    QTRY_COMPARE(p.window->size(), QSize(1280, 720));
-    QTabWidget* tabs = p.window->tabs();
-    for (const int tab : {3, 4, 5, 6, 7}) {
-      tabs->setCurrentIndex(tab);
-      QTest::qWait(100);
-      auto* scroll = tabs->widget(tab)->findChild<QScrollArea*>();
-      SaveShot(QString("functions_tab%1_1280x720").arg(tab));
-      QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
-      QVERIFY2(!scroll->verticalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
-    }
+    ExpectSetupPagesWholeAt1280By720("functions");
   }
 
   // With every check that has a mark failing (the outputs' functions among them), the set-up
@@ -541,6 +517,22 @@ class SetupPagesRoadTest : public QObject {
   }
 
  private:
+  // Every set-up page stands whole, scrolling neither way, in a 1280 x 720 window.
+  void ExpectSetupPagesWholeAt1280By720(const QString& shot) {
+    Program& p = *program_;
+    p.window->resize(1280, 720);
+    QTRY_COMPARE(p.window->size(), QSize(1280, 720));
+    QTabWidget* tabs = p.window->tabs();
+    for (const int tab : {3, 4, 5, 6, 7}) {
+      tabs->setCurrentIndex(tab);
+      QTest::qWait(100);
+      auto* scroll = tabs->widget(tab)->findChild<QScrollArea*>();
+      SaveShot(QString("%1_tab%2_1280x720").arg(shot).arg(tab));
+      QVERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+      QVERIFY2(!scroll->verticalScrollBar()->isVisible(), qPrintable(QString::number(tab)));
+    }
+  }
+
   // A calibration failing every check a set-up page marks beside a control: output functions,
   // a trigger pattern, a rev limiter of 60,000 RPM, a dwell byte with bit 7, no idle target, an
   // unknown injection mode, battery bytes beyond the table above 2.00 ms, and more.
