@@ -19,7 +19,8 @@
 
 using namespace vela;
 
-namespace {
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace accessibility_test {
 
 struct ValueEvent {
   QObject* object;  // the widget, or null for a part of one
@@ -80,8 +81,6 @@ struct ShownProgram {
   std::unique_ptr<testing::TestProgram> program;
   bool loaded = false;
 };
-
-}  // namespace
 
 class AccessibilityTest : public QObject {
   Q_OBJECT
@@ -239,4 +238,7 @@ class AccessibilityTest : public QObject {
 };
 
 VELA_GUI_TEST(AccessibilityTest)
+
+}  // namespace accessibility_test
+
 #include "accessibility_test.moc"

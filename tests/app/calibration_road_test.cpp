@@ -24,7 +24,8 @@
 
 using namespace vela;
 
-namespace {
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace calibration_road_test {
 
 // The program with its link at full speed: a pseudo-terminal needs no pacing gaps.
 struct Program : testing::TestProgram {
@@ -65,8 +66,6 @@ void KeyOnCell(MapGrid* grid, int row, int column, Qt::Key key) {
   grid->setFocus();
   QTest::keyClick(grid, key);
 }
-
-}  // namespace
 
 class CalibrationRoadTest : public QObject {
   Q_OBJECT
@@ -419,4 +418,7 @@ class CalibrationRoadTest : public QObject {
 };
 
 VELA_GUI_TEST(CalibrationRoadTest)
+
+}  // namespace calibration_road_test
+
 #include "calibration_road_test.moc"

@@ -20,7 +20,8 @@
 
 using namespace vela;
 
-namespace {
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace datalog_end_to_end_test {
 
 struct Program : testing::TestProgram {
   Program(const QString& root, const std::string& device)
@@ -64,8 +65,6 @@ QStringList VelaLog(const QString& command, const QString& file) {
   if (!tool.waitForFinished(10000) || tool.exitCode() != 0) return {};
   return QString::fromUtf8(tool.readAllStandardOutput()).split("\r\n", Qt::SkipEmptyParts);
 }
-
-}  // namespace
 
 class DatalogEndToEndTest : public QObject {
   Q_OBJECT
@@ -202,4 +201,7 @@ class DatalogEndToEndTest : public QObject {
 };
 
 VELA_GUI_TEST(DatalogEndToEndTest)
+
+}  // namespace datalog_end_to_end_test
+
 #include "datalog_end_to_end_test.moc"

@@ -26,7 +26,8 @@
 
 using namespace vela;
 
-namespace {
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace map_pages_test {
 
 struct ShownProgram {
   explicit ShownProgram(const sim::SimCommandLine& options, QSize size = {1280, 720}) {
@@ -85,8 +86,6 @@ QList<int> DarkLines(const QImage& image, bool horizontal) {
   }
   return lines;
 }
-
-}  // namespace
 
 class MapPagesTest : public QObject {
   Q_OBJECT
@@ -209,4 +208,7 @@ class MapPagesTest : public QObject {
 };
 
 VELA_GUI_TEST(MapPagesTest)
+
+}  // namespace map_pages_test
+
 #include "map_pages_test.moc"

@@ -36,7 +36,8 @@
 using namespace vela;
 using vela::testing::SentFrame;
 
-namespace {
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace setup_pages_road_test {
 
 // The single-value writes the ECU took, from its log of command frames (the live-rate register
 // left out).
@@ -103,8 +104,6 @@ QString SetupLine(const Program& program, int line) {
   if (!file.open(QIODevice::ReadOnly)) return {};
   return QString::fromLatin1(file.readAll()).split("\r\n").value(line - 1);
 }
-
-}  // namespace
 
 class SetupPagesRoadTest : public QObject {
   Q_OBJECT
@@ -573,4 +572,7 @@ class SetupPagesRoadTest : public QObject {
 };
 
 VELA_GUI_TEST(SetupPagesRoadTest)
+
+}  // namespace setup_pages_road_test
+
 #include "setup_pages_road_test.moc"

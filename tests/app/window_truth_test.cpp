@@ -24,7 +24,8 @@
 
 using namespace vela;
 
-namespace {
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace window_truth_test {
 
 // The whole program shown, with a simulated ECU of the given options on its line.
 struct ShownProgram {
@@ -63,8 +64,6 @@ sim::SimCommandLine WithFaults(std::vector<sim::InjectedFault> faults) {
   options.sim.fault_codes = std::move(faults);
   return options;
 }
-
-}  // namespace
 
 class WindowTruthTest : public QObject {
   Q_OBJECT
@@ -218,4 +217,7 @@ class WindowTruthTest : public QObject {
 };
 
 VELA_GUI_TEST(WindowTruthTest)
+
+}  // namespace window_truth_test
+
 #include "window_truth_test.moc"

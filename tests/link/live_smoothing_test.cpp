@@ -10,7 +10,7 @@
 namespace vela {
 namespace {
 
-LiveData Frame(double rpm, double map_kpa, double lambda, int fps) {
+LiveData LiveFrame(double rpm, double map_kpa, double lambda, int fps) {
   LiveData live;
   live.engine_rpm = rpm;
   live.engine_rpm_text = std::to_string(static_cast<int>(rpm));
@@ -27,10 +27,10 @@ const SmoothingChoice kAll{true, true, true};
 // The shown RPM after `seconds` of frames at `fps` following a step from 1000 to 2000 RPM.
 double RpmAfterStep(int fps, double seconds) {
   LiveSmoothing smoothing;
-  smoothing.Add(Frame(1000, 50, 1.0, fps));
+  smoothing.Add(LiveFrame(1000, 50, 1.0, fps));
   LiveData last;
   for (int i = 0; i < static_cast<int>(std::lround(seconds * fps)); ++i) {
-    last = Frame(2000, 50, 1.0, fps);
+    last = LiveFrame(2000, 50, 1.0, fps);
     smoothing.Add(last);
   }
   return smoothing.Apply(last, kAll, '.', nullptr).engine_rpm;
@@ -46,8 +46,8 @@ TEST(LiveSmoothingTest, AStepIsFollowedByTheTimeConstantWhateverTheFrameRate) {
 
 TEST(LiveSmoothingTest, OnlyTheChosenQuantitiesAreSmoothedAndTheirTextsFollow) {
   LiveSmoothing smoothing;
-  smoothing.Add(Frame(1000, 40, 0.8, 60));
-  const LiveData raw = Frame(3000, 100, 1.2, 60);
+  smoothing.Add(LiveFrame(1000, 40, 0.8, 60));
+  const LiveData raw = LiveFrame(3000, 100, 1.2, 60);
   smoothing.Add(raw);
   const LiveData none = smoothing.Apply(raw, {}, ',', nullptr);
   EXPECT_EQ(none.engine_rpm, 3000);
@@ -71,24 +71,24 @@ TEST(LiveSmoothingTest, OnlyTheChosenQuantitiesAreSmoothedAndTheirTextsFollow) {
 
 TEST(LiveSmoothingTest, SentinelsAndAMissingOxygenReadingAreShownAsTheyCome) {
   LiveSmoothing smoothing;
-  smoothing.Add(Frame(1000, 40, 1.0, 60));
-  LiveData over = Frame(1000, 500, 0.0, 60);
+  smoothing.Add(LiveFrame(1000, 40, 1.0, 60));
+  LiveData over = LiveFrame(1000, 500, 0.0, 60);
   over.map_text = "Over";
   smoothing.Add(over);
   const LiveData shown = smoothing.Apply(over, kAll, '.', nullptr);
   EXPECT_EQ(shown.map_text, "Over");
   EXPECT_EQ(shown.lambda, 0.0);
   // The oxygen reading comes back: its first value is shown as it is.
-  const LiveData back = Frame(1000, 40, 0.9, 60);
+  const LiveData back = LiveFrame(1000, 40, 0.9, 60);
   smoothing.Add(back);
   EXPECT_DOUBLE_EQ(smoothing.Apply(back, kAll, '.', nullptr).lambda, 0.9);
 }
 
 TEST(LiveSmoothingTest, AfterTheLinkIsLostTheFirstFrameIsTakenAsItIs) {
   LiveSmoothing smoothing;
-  smoothing.Add(Frame(6000, 90, 1.0, 60));
+  smoothing.Add(LiveFrame(6000, 90, 1.0, 60));
   smoothing.Reset();
-  const LiveData fresh = Frame(800, 30, 1.0, 60);
+  const LiveData fresh = LiveFrame(800, 30, 1.0, 60);
   smoothing.Add(fresh);
   EXPECT_DOUBLE_EQ(smoothing.Apply(fresh, kAll, '.', nullptr).engine_rpm, 800);
 }

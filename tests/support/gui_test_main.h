@@ -17,6 +17,6 @@ bool Register(const char* name, Factory factory);
 
 }  // namespace vela::gui_test
 
-#define VELA_GUI_TEST(Class)                                               \
-  static const bool vela_gui_test_registered = ::vela::gui_test::Register( \
+#define VELA_GUI_TEST(Class)                                                       \
+  static const bool vela_gui_test_registered_##Class = ::vela::gui_test::Register( \
       #Class, [] { return std::unique_ptr<QObject>(std::make_unique<Class>()); });

@@ -16,7 +16,7 @@ MapKeyPress Press(MapKey key, bool shift = false, bool alt = false) {
   return press;
 }
 
-MapKeyPress Letter(char letter) {
+MapKeyPress LetterKey(char letter) {
   MapKeyPress press;
   press.key = MapKey::kLetter;
   press.letter = letter;
@@ -145,13 +145,13 @@ TEST(MapGridNavigation, LeftRightAndRpmRangeKeysMoveTheCursorWithinTheValueCells
   EXPECT_EQ(grid.Current(), (MapCell{4, 3}));
   for (int i = 0; i < 5; ++i) grid.HandleKey(Press(MapKey::kRight));
   EXPECT_EQ(grid.Current(), (MapCell{4, 5}));
-  EXPECT_TRUE(grid.HandleKey(Letter('n')));
+  EXPECT_TRUE(grid.HandleKey(LetterKey('n')));
   EXPECT_EQ(grid.Current(), (MapCell{3, 5}));
-  grid.HandleKey(Letter('P'));
-  grid.HandleKey(Letter('P'));
+  grid.HandleKey(LetterKey('P'));
+  grid.HandleKey(LetterKey('P'));
   EXPECT_EQ(grid.Current(), (MapCell{5, 5}));
   EXPECT_EQ(grid.Selection(), (MapCellRect{5, 5, 5, 5}));
-  EXPECT_FALSE(grid.HandleKey(Letter('x')));
+  EXPECT_FALSE(grid.HandleKey(LetterKey('x')));
   EXPECT_FALSE(grid.HandleKey(Press(MapKey::kEnter)));
 }
 

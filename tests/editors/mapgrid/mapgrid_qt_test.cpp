@@ -18,7 +18,7 @@
 #include "support/recording_sender.h"
 
 namespace vela {
-namespace {
+namespace mapgrid_qt_test {
 
 using testing::RecordingSender;
 
@@ -42,7 +42,9 @@ void PutFuelMap(MapGrid& grid) {
   grid.LoadValues(RealisticFuelMap(9));
 }
 
-}  // namespace
+}  // namespace mapgrid_qt_test
+
+using namespace mapgrid_qt_test;
 
 class MapGridQtTest : public QObject {
   Q_OBJECT

@@ -22,7 +22,7 @@ std::vector<ScreenPoint> FlatGrid(const SurfaceProjection& view, int rows, int c
 TEST(SurfaceProjection, TheWholeBoxFitsTheAreaFromEverySideAndFillsOneOfItsSides) {
   for (double turn = -180; turn <= 180; turn += 15) {
     for (double tilt : {0.0, 5.0, 30.0, 60.0, 85.0, 120.0}) {
-      SCOPED_TRACE(testing::Message() << turn << " " << tilt);
+      SCOPED_TRACE(::testing::Message() << turn << " " << tilt);
       const SurfaceProjection view({turn, tilt}, 400, 250);
       double left = 1e9, right = -1e9, top = 1e9, bottom = -1e9;
       for (int corner = 0; corner < 8; ++corner) {
