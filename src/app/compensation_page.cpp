@@ -108,7 +108,7 @@ QWidget* CompensationPage::BuildUnshownBattery(QWidget* parent) {
     editor->SetAccessibleName(QString::fromStdString(editor->field().label));
   }
   fields_->Add(editors);
-  auto* note = new QLabel(Text(kUnshownBattNote), box);
+  auto* note = new QLabel(TextOf(kUnshownBattNote), box);
   note->setObjectName("UnshownBattNote");
   note->setWordWrap(true);
   note->setStyleSheet("color: #606060;");

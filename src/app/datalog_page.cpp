@@ -11,6 +11,7 @@
 #include "app/data_page.h"
 #include "app/link_session.h"
 #include "app/steady_label.h"
+#include "app/text_of.h"
 #include "datalog/chart_view.h"
 #include "datalog/log_export.h"
 #include "editors/mapgrid/map_grid_model.h"
@@ -33,10 +34,6 @@ constexpr const char* kNoArrivalsText =
 constexpr const char* kDarkPanel = "background-color: rgb(12, 12, 18);";
 
 QColor ChannelQColor(const ChannelColour& c) { return QColor(c.red, c.green, c.blue); }
-
-QString Text(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 QString ValueText(std::optional<double> value, int decimals) {
   if (!value) return "-";
@@ -149,7 +146,7 @@ QWidget* DatalogPage::BuildChannels() {
   grid->setContentsMargins(8, 4, 8, 4);
   grid->setVerticalSpacing(2);
   for (int n = 0; n < kChannelCount; ++n) {
-    check2_[n] = new QCheckBox(Text(kChannels[n].caption), box);
+    check2_[n] = new QCheckBox(TextOf(kChannels[n].caption), box);
     check2_[n]->setObjectName(QString("Check2_%1").arg(n));
     check2_[n]->setProperty("index", n);
     // The caption in the channel's colour; the tick keeps the style's own colours.
@@ -172,7 +169,7 @@ QWidget* DatalogPage::BuildReadout() {
   axis_row->addWidget(new QLabel("Axis", panel));
   axis_channel_ = new QComboBox(panel);
   axis_channel_->setObjectName("DatalogAxisChannel");
-  for (const ChannelInfo& c : kChannels) axis_channel_->addItem(Text(c.caption));
+  for (const ChannelInfo& c : kChannels) axis_channel_->addItem(TextOf(c.caption));
   axis_channel_->setFocusPolicy(Qt::NoFocus);
   connect(axis_channel_, &QComboBox::currentIndexChanged, chart_, &DatalogChart::SetAxisChannel);
   axis_row->addWidget(axis_channel_, 1);
@@ -193,7 +190,7 @@ QWidget* DatalogPage::BuildReadout() {
   clock->setToolTip("When the record arrived, on the program's clock from the start of logging");
   cursor_values_->setItem(1, 0, clock);
   for (int n = 0; n < kChannelCount; ++n) {
-    auto* name = new QTableWidgetItem(Text(kChannels[n].label));
+    auto* name = new QTableWidgetItem(TextOf(kChannels[n].label));
     name->setForeground(ChannelQColor(kChannels[n].colour));
     cursor_values_->setItem(n + 2, 0, name);
   }

@@ -7,14 +7,11 @@
 #include <QVBoxLayout>
 
 #include "app/fault_monitor.h"
+#include "app/text_of.h"
 
 namespace vela {
 
 namespace {
-
-QString TextOf(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 QTableWidget* MakeTable(QWidget* parent, const QString& name, int rows, int columns) {
   auto* table = new QTableWidget(rows, columns, parent);

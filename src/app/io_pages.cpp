@@ -29,7 +29,7 @@ QGroupBox* GuideBox(QWidget* parent, InstantHelp& help, const QString& name, con
   grid->setContentsMargins(6, 4, 6, 4);
   grid->setVerticalSpacing(2);
   for (int i = 0; i < static_cast<int>(N); ++i) {
-    grid->addWidget(help.MakeLabel(box, first_index + i, Text(topics[i])), i / columns,
+    grid->addWidget(help.MakeLabel(box, first_index + i, TextOf(topics[i])), i / columns,
                     i % columns);
   }
   if (!note.isEmpty()) {

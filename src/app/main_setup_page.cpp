@@ -74,7 +74,7 @@ QGridLayout* Grid(QGroupBox* box) {
 
 // A note on choices the calibration cannot tell apart: said always, in grey.
 QLabel* InfoNote(QWidget* parent, const QString& name, std::string_view text) {
-  auto* note = new QLabel(Text(text), parent);
+  auto* note = new QLabel(TextOf(text), parent);
   note->setObjectName(name);
   note->setWordWrap(true);
   note->setStyleSheet("color: #606060;");
@@ -448,7 +448,7 @@ void MainSetupPage::ShowNotes() {
   ShowNote(note_impedance_, QString::fromStdString(ImpedanceNote(setup)));
   ShowNote(note_spark_, QString::fromStdString(SparkModeNote(setup)));
   ShowNote(note_dwell_, QString::fromStdString(DwellNote(setup, state.idle)));
-  injection_name_->setText(Text(InjectionModeName(setup)));
+  injection_name_->setText(TextOf(InjectionModeName(setup)));
 }
 
 void MainSetupPage::ShowChecks() {

@@ -8,6 +8,8 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
+#include "app/setup_widgets.h"
+#include "app/text_of.h"
 #include "shell/afr_display.h"
 
 namespace vela {
@@ -18,12 +20,6 @@ constexpr const char* kFramesPerSecondTexts[kFramesPerSecondChoices] = {
     "60 Samples/Second", "40 Samples/Second", "30 Samples/Second", "25 Samples/Second",
     "20 Samples/Second", "15 Samples/Second", "12 Samples/Second", "10 Samples/Second",
     "8 Samples/Second",  "6 Samples/Second",  "4 Samples/Second"};
-
-QGroupBox* MakeBox(QWidget* parent, const QString& name, const QString& title) {
-  auto* box = new QGroupBox(title, parent);
-  box->setObjectName(name);
-  return box;
-}
 
 }  // namespace
 
@@ -242,7 +238,7 @@ void SettingsControls::FillFixedLists() {
   for (const char* text : kFramesPerSecondTexts) frames_per_second_->addItem(text);
   afr_display_mode_->clear();
   for (const std::string_view text : kAfrModeTexts) {
-    afr_display_mode_->addItem(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    afr_display_mode_->addItem(TextOf(text));
   }
 }
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "app/text_of.h"
 #include "calibration/conversions.h"
 
 namespace vela {
@@ -33,10 +34,6 @@ void GuardWheel(QWidget* field) {
   field->installEventFilter(&guard);
 }
 
-QString Text(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
 QButtonGroup* MakeOptionGroup(QWidget* container, const QString& name,
                               const std::vector<std::string_view>& texts, int columns) {
   container->setObjectName(name);
@@ -46,7 +43,7 @@ QButtonGroup* MakeOptionGroup(QWidget* container, const QString& name,
   layout->setVerticalSpacing(2);
   auto* group = new QButtonGroup(container);
   for (int i = 0; i < static_cast<int>(texts.size()); ++i) {
-    auto* button = new QRadioButton(Text(texts[static_cast<std::size_t>(i)]), container);
+    auto* button = new QRadioButton(TextOf(texts[static_cast<std::size_t>(i)]), container);
     button->setObjectName(name + QString::number(i));
     group->addButton(button, i);
     layout->addWidget(button, i / columns, i % columns);

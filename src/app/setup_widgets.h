@@ -21,12 +21,11 @@
 #include <utility>
 #include <vector>
 
+#include "app/text_of.h"
 #include "editors/setup/raw_fields.h"
 #include "editors/setup/setup_marks.h"
 
 namespace vela {
-
-QString Text(std::string_view text);
 
 // Exclusive choices named `name`, their buttons `name`0, `name`1, ... (ids the choice indexes),
 // laid out in `columns` columns. Tab enters the group on its chosen button (on the first enabled

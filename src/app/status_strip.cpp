@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include "app/steady_label.h"
+#include "app/text_of.h"
 
 namespace vela {
 
@@ -16,8 +17,6 @@ constexpr int kCountersIntervalMs = 1000;
 QString Rgb(const LabelColour& c) {
   return QString("rgb(%1, %2, %3)").arg(c.red).arg(c.green).arg(c.blue);
 }
-
-QString TextOf(const std::string& text) { return QString::fromStdString(text); }
 
 }  // namespace
 

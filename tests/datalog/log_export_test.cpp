@@ -56,7 +56,10 @@ TEST(LogExport, AGapIsMarkedInTheCsvAndTheTextExportBeforeTheRecordAfterIt) {
 }
 
 TEST(LogExport, TheSummaryTellsTheClockAndTheGaps) {
-  const std::string info = LogInfoText(LogWithAGap(), LogFileReport{true, 2});
+  LogFileReport report;
+  report.recognised = true;
+  report.version = 2;
+  const std::string info = LogInfoText(LogWithAGap(), report);
   EXPECT_NE(info.find("Clock: 3.700 s from the start of logging\n"), std::string::npos);
   EXPECT_NE(info.find("Gaps: 1 (7 frames missing)\n  0.601 s  7 frames missing, 0.800 s"),
             std::string::npos);
