@@ -120,7 +120,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
   void WireLink();
   void RefreshStatus();
   ProgramStatus CurrentStatus() const;
-  void ShowLiveData();
+  void ShowLiveData(bool tick = false);
   void ApplyLinkSettings();
   void ShowPortDevice();
 
@@ -140,6 +140,7 @@ class MainWindow : public QMainWindow, public StartupSteps {
   // The live read-outs of the page in front and the status strip are redrawn at a steady pace
   // (see docs/window.md).
   QTimer live_refresh_;
+  unsigned data_page_ticks_ = 0;  // live refresh ticks while the Data Page is in front
   QTimer status_refresh_;
   bool live_data_new_ = false;
   QTabWidget* tabs_ = nullptr;
