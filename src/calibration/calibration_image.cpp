@@ -101,11 +101,11 @@ std::optional<int> CalibrationImage::IgnLoadSitesOfCode(std::uint8_t ign_sites) 
 }
 
 int CalibrationImage::FuelLoadSites() const {
-  return FuelLoadSitesOfCode(FuelSitesSelection()).value_or(kDefaultFuelLoadSites);
+  return FuelLoadSitesOfCode(FuelSitesSelection()).value_or(kFuelLoadSitesAboveCodes);
 }
 
 int CalibrationImage::IgnLoadSites() const {
-  return IgnLoadSitesOfCode(IgnSites()).value_or(kDefaultIgnLoadSites);
+  return IgnLoadSitesOfCode(IgnSites()).value_or(kIgnLoadSitesAboveCodes);
 }
 
 int CalibrationImage::FuelCellPosition(int map, int block_row, int column) const {

@@ -25,6 +25,9 @@ inline constexpr int kFuelMapAreaLength = 374;  // room for 17 load sites
 inline constexpr int kIgnMapAreaLength = 66;    // room for 6 load sites
 inline constexpr int kDefaultFuelLoadSites = 9;
 inline constexpr int kDefaultIgnLoadSites = 5;
+// The load sites an image lays its maps out in for a code beyond the valid ones.
+inline constexpr int kFuelLoadSitesAboveCodes = 17;
+inline constexpr int kIgnLoadSitesAboveCodes = 6;
 inline constexpr std::array<int, 2> kGpiStarts = {872, 878};
 inline constexpr std::array<int, 3> kGpoStarts = {884, 910, 926};
 
@@ -77,8 +80,9 @@ class CalibrationImage {
   std::uint32_t IdleTargetRpm() const { return FieldValue(SetupFieldNamed("IdleTargetRpm")); }
 
   // Load sites. The code of byte 995 (bits 0 to 4) gives 9, 13 or 17 fuel load sites and byte
-  // 996 gives 5 or 6 ignition load sites; an invalid code gives nullopt, and the image then
-  // lays its maps out as for code 0 (9 and 5 sites).
+  // 996 gives 5 or 6 ignition load sites; an invalid code gives nullopt. The image then lays its
+  // maps out as the editors read them: 17 fuel load sites for any code above 2, 6 ignition load
+  // sites for any code above 1, so that a map saved from such an image reads back the same.
   static std::optional<int> FuelLoadSitesOfCode(std::uint8_t fuel_sites_selection);
   static std::optional<int> IgnLoadSitesOfCode(std::uint8_t ign_sites);
   int FuelLoadSites() const;

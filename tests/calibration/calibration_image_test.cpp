@@ -83,7 +83,7 @@ TEST(SetupFields, AreReadByName) {
   EXPECT_TRUE(image.FieldBytes("NoSuchField").empty());
 }
 
-TEST(LoadSites, ComeFromTheLowBitsOfTheSelectionByteAndFallBackOnInvalidCodes) {
+TEST(LoadSites, ComeFromTheLowBitsOfTheSelectionByteAndReadInvalidCodesAsTheEditorsDo) {
   CalibrationImage image;
   EXPECT_EQ(image.FuelLoadSites(), 9);
   EXPECT_EQ(image.IgnLoadSites(), 5);
@@ -93,11 +93,13 @@ TEST(LoadSites, ComeFromTheLowBitsOfTheSelectionByteAndFallBackOnInvalidCodes) {
   EXPECT_EQ(image.FuelLoadSites(), 17);
   image.SetByte(995, 0x03);
   EXPECT_EQ(CalibrationImage::FuelLoadSitesOfCode(0x03), std::nullopt);
-  EXPECT_EQ(image.FuelLoadSites(), 9);
+  EXPECT_EQ(image.FuelLoadSites(), 17);
+  image.SetByte(995, 0x2A);  // code 10
+  EXPECT_EQ(image.FuelLoadSites(), 17);
   image.SetByte(996, 1);
   EXPECT_EQ(image.IgnLoadSites(), 6);
   image.SetByte(996, 2);
-  EXPECT_EQ(image.IgnLoadSites(), 5);
+  EXPECT_EQ(image.IgnLoadSites(), 6);
 }
 
 TEST(FuelCells, EncodeMicrosecondsLowByteFirstAndClampToSixteenBits) {
