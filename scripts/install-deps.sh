@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and a headless run need.
 # Safe to run again: it asks apt only for what is missing. With --fuzz it also installs clang and
-# its fuzzing and sanitizer runtimes, which only `make fuzz` needs; with --list it only prints the
+# its fuzzing and sanitizer runtimes, which only `make fuzz` needs; with --format clang-format,
+# which only `make check-format` needs; with --list it only prints the
 # packages it would see to (scripts/check-packages.sh compares the build against that list).
 set -euo pipefail
 
@@ -18,6 +19,7 @@ packages=(
   dbus-daemon at-spi2-core
 )
 if [ "${1:-}" = "--fuzz" ]; then packages+=(clang-14 libclang-rt-14-dev); fi
+if [ "${1:-}" = "--format" ]; then packages+=(clang-format); fi
 if [ "${1:-}" = "--list" ]; then
   echo "${packages[*]}"
   exit 0
