@@ -32,7 +32,7 @@ class JournalFile {
   virtual bool Create(const std::string& path) = 0;
   virtual bool Append(std::string_view bytes) = 0;
   // What was appended is on the disk, not only in the system's buffers.
-  virtual bool Sync() = 0;
+  [[nodiscard]] virtual bool Sync() = 0;
   virtual void Close() = 0;
   virtual bool Remove(const std::string& path) = 0;
 };

@@ -84,7 +84,9 @@ void CommsSender::CommsSend(int command, int address, std::int32_t value, bool& 
     return;
   }
   if (command2 > 0) {
-    SendFrame(BuildCommandFrame(command2, address2, value2), frame_time2, waits_first, slow_bytes);
+    // Nothing follows the second frame: how it went stays in CommsSendAborted, as the first's.
+    static_cast<void>(SendFrame(BuildCommandFrame(command2, address2, value2), frame_time2,
+                                waits_first, slow_bytes));
   }
 }
 

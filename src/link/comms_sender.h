@@ -59,7 +59,8 @@ class CommsSender : public CommandSender {
  private:
   void ChoosePacing();
   // Sends one frame; false when a byte write timed out and the call must end.
-  bool SendFrame(const CommandFrame& frame, double frame_time, bool pre_wait, bool slower);
+  [[nodiscard]] bool SendFrame(const CommandFrame& frame, double frame_time, bool pre_wait,
+                               bool slower);
   void PreWait(double frame_time);
   std::int64_t ByteWaitIterations(double frame_time, bool pre_wait, bool slower) const;
 

@@ -20,7 +20,7 @@ class SerialPort {
   virtual void ClearInput() = 0;
   // True once the byte has left the program for the line; false when the port is closed or could
   // not take it within the link's write timeout (350 ms), the byte then dropped.
-  virtual bool WriteByte(std::uint8_t byte) = 0;
+  [[nodiscard]] virtual bool WriteByte(std::uint8_t byte) = 0;
 };
 
 }  // namespace vela

@@ -8,7 +8,7 @@ namespace vela {
 
 // Flushes the file's content and the folder's entry for it to the disk; false when the system
 // refused. A folder that cannot be flushed (some file systems cannot) is not an error.
-bool FlushFileToDisk(const std::string& path);
-bool FlushFolderToDisk(const std::string& folder);
+[[nodiscard]] bool FlushFileToDisk(const std::string& path);
+[[nodiscard]] bool FlushFolderToDisk(const std::string& folder);
 
 }  // namespace vela

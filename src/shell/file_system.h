@@ -31,9 +31,9 @@ class FileSystem {
  public:
   virtual ~FileSystem() = default;
   virtual bool IsDirectory(const std::string& path) = 0;
-  virtual bool CreateDirectory(const std::string& path) = 0;
+  [[nodiscard]] virtual bool CreateDirectory(const std::string& path) = 0;
   // The whole content, or nothing when the file cannot be read.
-  virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
+  [[nodiscard]] virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
   // At most `max_bytes` of the file's beginning, its size and kind. The default reads the
   // whole file, for stores that hold their files in memory.
   virtual FileHead ReadHead(const std::string& path, std::size_t max_bytes) {
@@ -50,7 +50,7 @@ class FileSystem {
     return head;
   }
   // Replaces the file's content; returns kFileErrorNone or one of the error numbers above.
-  virtual int WriteFile(const std::string& path, const std::string& content) = 0;
+  [[nodiscard]] virtual int WriteFile(const std::string& path, const std::string& content) = 0;
   // The system's words for why the last write failed (empty when it gave none).
   virtual std::string LastWriteReason() const { return {}; }
 };
