@@ -10,8 +10,8 @@
 #include <string>
 
 #include "invariant.h"
-#include "shell/fakes.h"
 #include "shell/program_setup.h"
+#include "support/platform_fakes.h"
 
 namespace {
 

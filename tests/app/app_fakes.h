@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "shell/fakes.h"
+#include "support/platform_fakes.h"
 
 namespace vela::testing {
 

@@ -7,25 +7,12 @@
 #include <vector>
 
 #include "calibration/rounding.h"
+#include "support/platform_fakes.h"
 
 namespace vela {
 namespace {
 
-struct ShownMessage {
-  MessageIcon icon;
-  std::string title;
-  std::vector<std::string> lines;
-};
-
-class RecordingSink : public MessageSink {
- public:
-  MessageAnswer Show(MessageIcon icon, const std::string& title,
-                     const std::vector<std::string>& lines, MessageButtons) override {
-    shown.push_back({icon, title, lines});
-    return MessageAnswer::kOk;
-  }
-  std::vector<ShownMessage> shown;
-};
+using testing::RecordingMessages;
 
 TEST(RoundHalfEven, SendsHalvesToTheEvenNeighbour) {
   EXPECT_EQ(RoundHalfEven(2.5), 2.0);
@@ -37,7 +24,7 @@ TEST(RoundHalfEven, SendsHalvesToTheEvenNeighbour) {
 }
 
 TEST(FormatFixed, PadsToExactlyTheRequestedDecimals) {
-  RecordingSink sink;
+  RecordingMessages sink;
   EXPECT_EQ(FormatFixed("5", 3, '.', &sink), "5.000");
   EXPECT_EQ(FormatFixed("1.5", 3, '.', &sink), "1.500");
   EXPECT_EQ(FormatFixed("  7 ", 1, '.', &sink), "7.0");
@@ -67,7 +54,7 @@ TEST(FormatFixed, UsesTheCommaOfTheComputerAndTakesTheFirstPointAsIt) {
 }
 
 TEST(FormatFixed, UnreadableTextShowsTheLanguageErrorOnceAndComesBackAsItStood) {
-  RecordingSink sink;
+  RecordingMessages sink;
   EXPECT_EQ(FormatFixed("1,5", 2, '.', &sink), "1,5");
   ASSERT_EQ(sink.shown.size(), 1u);
   EXPECT_EQ(sink.shown[0].icon, MessageIcon::kInformation);

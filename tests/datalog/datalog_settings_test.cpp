@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "shell/fakes.h"
+#include "support/platform_fakes.h"
 
 namespace vela {
 namespace {

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "datalog_test_support.h"
-#include "shell/fakes.h"
+#include "support/platform_fakes.h"
 
 namespace vela {
 namespace {

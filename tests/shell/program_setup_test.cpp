@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "fakes.h"
 #include "shell/first_run_setup.h"
+#include "support/platform_fakes.h"
 
 namespace vela {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-#include "fakes.h"
 #include "shell/program_setup.h"
+#include "support/platform_fakes.h"
 
 namespace vela {
 namespace {

@@ -1,4 +1,5 @@
-// Scripted stand-ins for the platform interfaces used by the shell tests.
+// Scripted stand-ins for the platform interfaces (messages, files, folders, the serial port),
+// shared by every test program and the fuzz targets.
 #pragma once
 
 #include <map>
