@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and a headless run need.
-# Safe to run again: it asks apt only for what is missing. With --fuzz it also installs clang and
-# its fuzzing and sanitizer runtimes, which only `make fuzz` needs; with --format clang-format,
-# which only `make check-format` needs; with --list it only prints the
-# packages it would see to (scripts/check-packages.sh compares the build against that list).
+# Safe to run again: it asks apt only for what is missing. With --fuzz it also installs clang,
+# which only `make fuzz` needs; with --format clang-format, which only `make check-format` needs;
+# with --list it only prints the packages it would see to (scripts/check-packages.sh compares the
+# build against that list).
 set -euo pipefail
 
 packages=(
@@ -17,8 +17,11 @@ packages=(
   # The accessibility tests and `make bench` run the program on an accessibility bus of its own
   # (scripts/with-accessibility-bus.sh): a session bus and the at-spi bus launcher.
   dbus-daemon at-spi2-core
+  # CI's `make fuzz` compiles with clang's own headers and links its sanitizer runtimes; they are
+  # installed with the rest so that every build CI makes reads only what this list brings.
+  libclang-common-14-dev libclang-rt-14-dev
 )
-if [ "${1:-}" = "--fuzz" ]; then packages+=(clang-14 libclang-rt-14-dev); fi
+if [ "${1:-}" = "--fuzz" ]; then packages+=(clang-14); fi
 if [ "${1:-}" = "--format" ]; then packages+=(clang-format); fi
 if [ "${1:-}" = "--list" ]; then
   echo "${packages[*]}"
