@@ -161,12 +161,9 @@ void CalibrationUpload::TakeReply(std::string& rx_buffer) {
     rx_buffer.erase(0, kDoneDistance + 2);
   }
   if (!pass_on) return;
-  upload_expected_ = false;
-  upload_started_ = false;
-  upload_requested_ = false;
   display_.upload_progress = 100;
   display_.status.text.clear();
-  SetTimer(false, timer_interval_ms_);
+  Complete();
   if (callbacks_.on_block) callbacks_.on_block(image);
 }
 
