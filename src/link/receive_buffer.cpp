@@ -29,21 +29,22 @@ void ReceiveBuffer::TakeChunk() {
   state_.RxPending = static_cast<std::uint8_t>(std::clamp<int>(state_.RxLevel, 0, 255));
   const bool burst = port_.BytesWaiting() >= kChunkLimit;
   std::string chunk = AsText(port_.ReadAll());
-  const bool reply = ReplyUnderWay(chunk);
+  const std::size_t reply_start = ReplyStart(chunk);
+  const bool reply = reply_start != std::string::npos;
   if (!reply && (burst || chunk.size() >= kChunkLimit) && !state_.RxDebug) CutBurst(chunk);
   display_.last_chunk_length = chunk.size();
   if (reply) {
-    KeepReply(chunk);
+    KeepReply(chunk, reply_start);
   } else {
     Keep(chunk);
   }
 }
 
-bool ReceiveBuffer::ReplyUnderWay(const std::string& chunk) const {
-  if (!reply_expected_ || !reply_expected_() || state_.RxDebug) return false;
-  if (state_.Caption.find("Not") != std::string::npos) return false;
+std::size_t ReceiveBuffer::ReplyStart(const std::string& chunk) const {
+  if (!reply_expected_ || !reply_expected_() || state_.RxDebug) return std::string::npos;
+  if (state_.Caption.find("Not") != std::string::npos) return std::string::npos;
   // The buffer and the chunk together: a reply's "ALL" may be split between them.
-  return FindReplyStart(rx_buffer_ + chunk) != std::string::npos;
+  return FindReplyStart(rx_buffer_ + chunk);
 }
 
 // A burst of kChunkLimit bytes or more is cut to its first kChunkLimit characters and the rest
@@ -55,10 +56,9 @@ void ReceiveBuffer::CutBurst(std::string& chunk) {
 }
 
 // The reply is held from "ALL" on, whatever the chunk sizes, up to a reply and what follows it.
-void ReceiveBuffer::KeepReply(const std::string& chunk) {
+void ReceiveBuffer::KeepReply(const std::string& chunk, std::size_t reply_start) {
   rx_buffer_ += chunk;
-  const std::size_t all = FindReplyStart(rx_buffer_);
-  if (all != std::string::npos) rx_buffer_.erase(0, all);
+  rx_buffer_.erase(0, reply_start);
   if (rx_buffer_.size() > kReplyHoldLimit) rx_buffer_.resize(kReplyHoldLimit);
 }
 

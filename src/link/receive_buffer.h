@@ -52,8 +52,10 @@ class ReceiveBuffer {
   void TakeChunk();
   void CutBurst(std::string& chunk);
   void Keep(const std::string& chunk);
-  void KeepReply(const std::string& chunk);
-  bool ReplyUnderWay(const std::string& chunk) const;
+  // Holds the buffer from `reply_start`, where the reply begins once `chunk` is added.
+  void KeepReply(const std::string& chunk, std::size_t reply_start);
+  // Where a reply under way begins in the buffer with `chunk` added, or npos when none is.
+  std::size_t ReplyStart(const std::string& chunk) const;
 
   SerialPort& port_;
   LinkState& state_;
