@@ -95,14 +95,12 @@ void LinkSession::Start() {
 // tick.
 void LinkSession::Tick() {
   dispatcher_.TimerCommProcess();
-  if (dispatcher_.WaitsForData()) {
-    timer_comm_process_.stop();
-    return;
-  }
-  // While a closed port cannot be opened, the next tick is the next try.
+  // While a closed port cannot be opened, the next tick is the next try. Set before the tick
+  // rests as well, so that a port opened again wakes it at the usual interval.
   const int interval = static_cast<int>(
       std::max<std::int64_t>(kTimerCommProcessIntervalMs, dispatcher_.MsUntilReopen()));
   if (timer_comm_process_.interval() != interval) timer_comm_process_.setInterval(interval);
+  if (dispatcher_.WaitsForData()) timer_comm_process_.stop();
 }
 
 bool LinkSession::WakeDispatcher() {

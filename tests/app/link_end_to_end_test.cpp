@@ -1,7 +1,11 @@
 // The link against the simulated ECU over a real pseudo-terminal: connection, link preparation,
 // upload byte for byte, live values, loss and return, and the ECU's misbehaviour.
+#include <fcntl.h>
+#include <stdlib.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
+#include <QElapsedTimer>
 #include <QSerialPort>
 #include <QSocketNotifier>
 #include <QTemporaryDir>
@@ -173,6 +177,27 @@ class LinkEndToEndTest : public QObject {
     QVERIFY2(ecu->Start(SimWith(link_path), &error), error.c_str());
     QTRY_VERIFY_WITH_TIMEOUT(program.Connected(), 8000);
     QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 2, 10000);
+  }
+
+  // A line that would not open for a second: the tries wait up to a second apart. Once it opens
+  // and the tick rests, a later loss is tried again at once, not after the first loss's longest
+  // wait.
+  void aPortLostAfterALongOutageIsTriedAgainAtOnce() {
+    const int line = posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(line >= 0);
+    QVERIFY(grantpt(line) == 0 && unlockpt(line) == 0);
+    Program program(QStringLiteral("/dev/vela-no-such-line"));
+    QTest::qWait(1200);  // tries about 0, 125, 375 and 875 ms on: the next waits a second
+    QVERIFY(!program.port.IsOpen());
+    program.port.set_device_override(QString::fromLatin1(ptsname(line)));
+    QTRY_VERIFY_WITH_TIMEOUT(program.port.IsOpen(), 3000);
+    QTest::qWait(50);  // the silent line lets the tick rest
+    program.port.Close();
+    QElapsedTimer closed;
+    closed.start();
+    QTRY_VERIFY_WITH_TIMEOUT(program.port.IsOpen(), 3000);
+    QVERIFY2(closed.elapsed() < 400, qPrintable(QString("%1 ms").arg(closed.elapsed())));
+    ::close(line);
   }
 };
 
