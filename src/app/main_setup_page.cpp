@@ -395,11 +395,12 @@ void MainSetupPage::ShowNumbers() {
   SetupEditor& editor = parts_.editors.setup_editor();
   for (auto [spin, position] : raw_spins_) {
     const int held = parts_.editors.image().Byte(position);
-    const auto range = editor.RawRange(position).value_or(std::pair{held, held});
+    const std::optional<std::pair<int, int>> takes = editor.RawRange(position);
+    const auto range = takes.value_or(std::pair{held, held});
     const QSignalBlocker block(spin);
     spin->setRange(std::min(range.first, held), std::max(range.second, held));
     spin->setValue(held);
-    spin->setToolTip(QString::fromStdString(editor.RawRangeNote(position)));
+    spin->setToolTip(QString::fromStdString(editor.RawRangeNote(position, takes)));
   }
 }
 

@@ -557,8 +557,8 @@ std::optional<std::pair<int, int>> SetupEditor::RawRange(int position) const {
   return range;
 }
 
-std::string SetupEditor::RawRangeNote(int position) const {
-  const std::optional<std::pair<int, int>> range = RawRange(position);
+std::string SetupEditor::RawRangeNote(int position,
+                                      const std::optional<std::pair<int, int>>& range) const {
   if (!range) return "Takes no value now.";
   if (*range == std::pair{0, 255}) return {};
   std::string note =

@@ -132,9 +132,10 @@ class SetupEditor {
   // The lowest and highest value a raw byte can take now (every value between them can);
   // nullopt when none can.
   std::optional<std::pair<int, int>> RawRange(int position) const;
-  // Why a raw byte takes only RawRange: "Takes 0 to 15: 16 would set byte 884 to 16, which
-  // fails ...". Empty when it takes every value.
-  std::string RawRangeNote(int position) const;
+  // Why a raw byte takes only `range`, its RawRange (which the pages have at hand: it tries
+  // every value): "Takes 0 to 15: 16 would set byte 884 to 16, which fails ...". Empty when it
+  // takes every value.
+  std::string RawRangeNote(int position, const std::optional<std::pair<int, int>>& range) const;
   // Idle option `index` (0 to 7: byte 856, bits 0 to 7; 8 to 15: byte 857).
   std::vector<ByteWrite> SetIdleFlag(int index, bool on);
 
