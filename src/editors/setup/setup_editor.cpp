@@ -291,8 +291,7 @@ int ChoiceEntries(SetupChoice choice, const EditorState& state) {
 
 namespace {
 
-// Bit 7 of byte 958, which neither dwell control sets; the fuel map selection bits of byte 995.
-constexpr std::uint8_t kDwellBitNoControlSets = 0x80;
+// The fuel map selection bits of byte 995.
 constexpr std::uint8_t kSelectionBitsOf995 = 0xE0;
 
 int HeldChoice(SetupChoice choice, const EditorState& state) {
@@ -360,7 +359,7 @@ int HeldChoice(SetupChoice choice, const EditorState& state) {
 bool HeldShowable(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
   switch (choice) {
     case SetupChoice::kDwellMode:
-      return (state.setup.DwellTime & kDwellBitNoControlSets) == 0;
+      return (state.setup.DwellTime & kDwellUnusedBit) == 0;
     case SetupChoice::kComboMAPScale:
       return MapScaleEntryOfCode(state.sensors.ComboMAP, state.sensors.MapSensorScaling)
           .has_value();

@@ -89,6 +89,8 @@ std::string RefusalText(const ChangeOutcome& outcome);
 // Byte 958: bit 6 chooses "Constant Charge Time" over "Constant Duty Percentage"; bits 0 to 5
 // hold the duty in percent or the charge time in tenths of a millisecond.
 inline constexpr std::uint8_t kDwellChargeTimeBit = 0x40;
+// Bit 7, which neither dwell control sets: a byte with it stands for no dwell mode or value.
+inline constexpr std::uint8_t kDwellUnusedBit = 0x80;
 inline constexpr int kMaxDwellValue = 63;
 int DwellModeOf(std::uint8_t dwell_byte);
 int DwellValueOf(std::uint8_t dwell_byte);
