@@ -59,7 +59,8 @@ CompensationPage::CompensationPage(SetupPageParts parts, QWidget* parent)
   auto* tables = new QGridLayout;
   for (int i = 0; i < 4; ++i) tables->addWidget(BuildTable(kCompTables[i]), i / 2, i % 2);
   layout->addLayout(tables, 1);
-  connect(fields_, &RawFieldPanel::Edited, this, &CompensationPage::ShowEditors);
+  // The panel shows its own fields again after an edit.
+  connect(fields_, &RawFieldPanel::Edited, this, &CompensationPage::ShowTables);
   ShowEditors();
 }
 
@@ -138,6 +139,11 @@ void CompensationPage::TextTyped(CompTable table, int row, const QString& text) 
 }
 
 void CompensationPage::ShowEditors() {
+  ShowTables();
+  fields_->ShowEditors();
+}
+
+void CompensationPage::ShowTables() {
   const EditorState& state = parts_.editors.state();
   for (const CompTable table : kCompTables) {
     SmallMapGrid* grid = grids_[static_cast<std::size_t>(table)];
@@ -151,7 +157,6 @@ void CompensationPage::ShowEditors() {
   }
   const bool map_basis = state.sensors.TPumpBased;
   curves_[3]->SetUnits(map_basis ? "bar boost" : "% throttle", "");
-  fields_->ShowEditors();
 }
 
 void CompensationPage::ShowCurve(CompTable table) {

@@ -53,7 +53,8 @@ SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
   columns->AddColumn(BuildSensorTable(SensorTable::kWater));
   columns->AddColumn(BuildSensorTable(SensorTable::kAir));
   columns->AddColumn(BuildCustomSensor());
-  connect(fields_, &RawFieldPanel::Edited, this, &SensorSetupPage::ShowEditors);
+  // The panel shows its own fields again after an edit.
+  connect(fields_, &RawFieldPanel::Edited, this, &SensorSetupPage::ShowControls);
   ShowEditors();
 }
 
@@ -301,6 +302,12 @@ void SensorSetupPage::FitCustomSensor() {
 
 void SensorSetupPage::ShowEditors() {
   const ChangeEventsSuppressed filling(parts_.editors.suppress_change_events());
+  ShowControls();
+  fields_->ShowEditors();
+}
+
+void SensorSetupPage::ShowControls() {
+  const ChangeEventsSuppressed filling(parts_.editors.suppress_change_events());
   const SensorSetup& sensors = parts_.editors.state().sensors;
   for (const ChoiceControl& control : choices_) ShowChoiceControl(control, parts_.editors);
   for (const SensorTable which : {SensorTable::kWater, SensorTable::kAir}) {
@@ -314,7 +321,6 @@ void SensorSetupPage::ShowEditors() {
     sent_texts_[static_cast<std::size_t>(which)] = texts;
     ShowChoice(lists_[static_cast<std::size_t>(which)], 0);
   }
-  fields_->ShowEditors();
 }
 
 void SensorSetupPage::ShowLive(const LiveData& live, bool connected) {
