@@ -109,11 +109,7 @@ QWidget* CompensationPage::BuildUnshownBattery(QWidget* parent) {
     editor->SetAccessibleName(QString::fromStdString(editor->field().label));
   }
   fields_->Add(editors);
-  auto* note = new QLabel(TextOf(kUnshownBattNote), box);
-  note->setObjectName("UnshownBattNote");
-  note->setWordWrap(true);
-  note->setStyleSheet("color: #606060;");
-  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  QLabel* note = MakeInfoNote(box, "UnshownBattNote", kUnshownBattNote);
   auto* grid = static_cast<QGridLayout*>(box->layout());
   grid->addWidget(note, grid->rowCount(), 0, 1, grid->columnCount());
   return box;

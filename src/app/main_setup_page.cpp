@@ -70,16 +70,6 @@ QGridLayout* Grid(QGroupBox* box) {
   return grid;
 }
 
-// A note on choices the calibration cannot tell apart: said always, in grey.
-QLabel* InfoNote(QWidget* parent, const QString& name, std::string_view text) {
-  auto* note = new QLabel(TextOf(text), parent);
-  note->setObjectName(name);
-  note->setWordWrap(true);
-  note->setStyleSheet("color: #606060;");
-  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  return note;
-}
-
 }  // namespace
 
 MainSetupPage::MainSetupPage(SetupPageParts parts, SettingsControls& settings, QWidget* parent)
@@ -218,7 +208,7 @@ QWidget* MainSetupPage::BuildEngine() {
           SetupChoice::kFuelPumpPrime);
   AddList(box, grid, l::kAuxiliaryOutput, "Auxiliary Output", "Combo1", Strings(kAuxOutputTexts),
           SetupChoice::kComboAuxOutput);
-  AddNote(grid, InfoNote(box, "NoteAuxOutput", kAuxOutputNote));
+  AddNote(grid, MakeInfoNote(box, "NoteAuxOutput", kAuxOutputNote));
   AddList(box, grid, l::kWarningLight, "Warning Light", "ComboWarningLight",
           Strings(kWarningLightTexts), SetupChoice::kWarningLight);
   grid->setRowStretch(grid->rowCount(), 1);
@@ -262,7 +252,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   AddNote(grid, note_dwell_);
   AddGroup(box, grid, l::kSparkOutputEdge, "Spark Output Edge", "TriggerEdgeSpark",
            Views(kTriggerEdgeSparkTexts), 2, SetupChoice::kTriggerEdgeSpark);
-  AddNote(grid, InfoNote(box, "NoteSparkPullUp", kSparkPullUpNote));
+  AddNote(grid, MakeInfoNote(box, "NoteSparkPullUp", kSparkPullUpNote));
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }

@@ -225,6 +225,15 @@ QLabel* MakeNote(QWidget* parent, const QString& name) {
   return note;
 }
 
+QLabel* MakeInfoNote(QWidget* parent, const QString& name, std::string_view text) {
+  auto* note = new QLabel(TextOf(text), parent);
+  note->setObjectName(name);
+  note->setWordWrap(true);
+  note->setStyleSheet("color: #606060;");
+  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  return note;
+}
+
 void ShowNote(QLabel* note, const QString& text) {
   note->setText(text);
   note->setVisible(!text.isEmpty());

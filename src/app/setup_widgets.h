@@ -104,6 +104,9 @@ class FlowColumns : public QWidget {
 
 // A note in red beside a control, hidden while it has nothing to say.
 QLabel* MakeNote(QWidget* parent, const QString& name);
+// A note that is always said, in grey, wrapped to the width it is given: what the calibration
+// cannot tell apart or does not show.
+QLabel* MakeInfoNote(QWidget* parent, const QString& name, std::string_view text);
 void ShowNote(QLabel* note, const QString& text);
 
 QGroupBox* MakeBox(QWidget* parent, const QString& name, const QString& title);
