@@ -107,7 +107,6 @@ QLabel* MainSetupPage::AddRow(QGridLayout* grid, QLabel* caption, QWidget* contr
   // The caption labels its field for a screen reader, ahead of the box around both.
   if (field == control) caption->setBuddy(control);
   QLabel* mark = MakeNote(control->parentWidget(), control->objectName() + "Mark");
-  mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   grid->addWidget(mark, row + 2, 0);
   return mark;
 }

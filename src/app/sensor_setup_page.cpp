@@ -70,7 +70,6 @@ QWidget* SensorSetupPage::BuildMapOptions() {
           [this](bool on) { Choose(SetupChoice::kAltitudeComp, on ? 1 : 0); });
   layout->addWidget(altitude_);
   QLabel* altitude_mark = MakeNote(box, "AltitudeCompMark");
-  altitude_mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   layout->addWidget(altitude_mark);
   choices_.push_back({SetupChoice::kAltitudeComp, altitude_, altitude_mark});
   layout->addWidget(new QLabel("Throttle Pump Based On", box));
@@ -86,7 +85,6 @@ QWidget* SensorSetupPage::BuildMapOptions() {
   });
   layout->addWidget(basis);
   QLabel* basis_mark = MakeNote(box, "TPumpBasedMark");
-  basis_mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   layout->addWidget(basis_mark);
   choices_.push_back({SetupChoice::kTPumpBased, pump_basis_, basis_mark});
   return box;

@@ -221,6 +221,7 @@ QLabel* MakeNote(QWidget* parent, const QString& name) {
   note->setObjectName(name);
   note->setStyleSheet(kNoteStyle);
   note->setWordWrap(true);
+  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   note->hide();
   return note;
 }
@@ -300,9 +301,6 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
       row->addStretch(1);
       break;
   }
-  // The checks wrap to the width they are given (AddRawGroup: under the caption and the field):
-  // a long one never widens the page.
-  checks_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
 void RawFieldEditor::SetAccessibleName(const QString& name) {

@@ -102,7 +102,8 @@ class FlowColumns : public QWidget {
   int per_row_ = 0;
 };
 
-// A note in red beside a control, hidden while it has nothing to say.
+// A note in red beside a control, hidden while it has nothing to say. It wraps to the width it
+// is given: a long one never widens its page.
 QLabel* MakeNote(QWidget* parent, const QString& name);
 // A note that is always said, in grey, wrapped to the width it is given: what the calibration
 // cannot tell apart or does not show.
