@@ -4,7 +4,6 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
-#include <QVBoxLayout>
 #include <cmath>
 
 #include "app/editor_session.h"
@@ -75,15 +74,11 @@ QGridLayout* Grid(QGroupBox* box) {
 MainSetupPage::MainSetupPage(SetupPageParts parts, SettingsControls& settings, QWidget* parent)
     : QWidget(parent), parts_(parts) {
   setObjectName("MainSetupPage");
-  auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(0, 0, 0, 0);
-  auto* columns = new FlowColumns(this);
-  columns->setObjectName("MainSetupColumns");
+  FlowColumns* columns = MakePageColumns(this, "MainSetupColumns");
   columns->AddColumn(BuildEngine());
   columns->AddColumn(BuildIgnition());
   columns->AddColumn(BuildTrigger());
   columns->AddColumn(BuildLoad(settings));
-  layout->addWidget(columns);
   ShowEditors();
 }
 

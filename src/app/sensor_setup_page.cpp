@@ -31,11 +31,7 @@ QString Ohms(double ohms) { return QString::number(std::lround(ohms)); }
 SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
     : QWidget(parent), parts_(parts), fields_(new RawFieldPanel(parts.editors, this)) {
   setObjectName("SensorSetupPage");
-  auto* page = new QVBoxLayout(this);
-  page->setContentsMargins(0, 0, 0, 0);
-  auto* columns = new FlowColumns(this);
-  columns->setObjectName("SensorSetupColumns");
-  page->addWidget(columns);
+  FlowColumns* columns = MakePageColumns(this, "SensorSetupColumns");
   auto* left_column = new QWidget(this);
   auto* left = new QVBoxLayout(left_column);
   left->setContentsMargins(0, 0, 0, 0);

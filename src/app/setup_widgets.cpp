@@ -185,6 +185,15 @@ void FlowColumns::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
 }
 
+FlowColumns* MakePageColumns(QWidget* page, const QString& name) {
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(0, 0, 0, 0);
+  auto* columns = new FlowColumns(page);
+  columns->setObjectName(name);
+  layout->addWidget(columns);
+  return columns;
+}
+
 QComboBox* MakeList(QWidget* parent, const QString& name, const std::vector<std::string>& texts) {
   auto* list = new QComboBox(parent);
   list->setObjectName(name);

@@ -102,6 +102,9 @@ class FlowColumns : public QWidget {
   int per_row_ = 0;
 };
 
+// The columns of a set-up page (named `name`), filling it from its top.
+FlowColumns* MakePageColumns(QWidget* page, const QString& name);
+
 // A note in red beside a control, hidden while it has nothing to say. It wraps to the width it
 // is given: a long one never widens its page.
 QLabel* MakeNote(QWidget* parent, const QString& name);
