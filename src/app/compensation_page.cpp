@@ -59,7 +59,8 @@ CompensationPage::CompensationPage(SetupPageParts parts, QWidget* parent)
   auto* tables = new QGridLayout;
   for (int i = 0; i < 4; ++i) tables->addWidget(BuildTable(kCompTables[i]), i / 2, i % 2);
   layout->addLayout(tables, 1);
-  connect(fields_, &RawFieldPanel::Edited, this, &CompensationPage::ShowEditors);
+  // The panel shows its own fields again after an edit.
+  connect(fields_, &RawFieldPanel::Edited, this, &CompensationPage::ShowTables);
   ShowEditors();
 }
 
@@ -108,11 +109,7 @@ QWidget* CompensationPage::BuildUnshownBattery(QWidget* parent) {
     editor->SetAccessibleName(QString::fromStdString(editor->field().label));
   }
   fields_->Add(editors);
-  auto* note = new QLabel(TextOf(kUnshownBattNote), box);
-  note->setObjectName("UnshownBattNote");
-  note->setWordWrap(true);
-  note->setStyleSheet("color: #606060;");
-  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  QLabel* note = MakeInfoNote(box, "UnshownBattNote", kUnshownBattNote);
   auto* grid = static_cast<QGridLayout*>(box->layout());
   grid->addWidget(note, grid->rowCount(), 0, 1, grid->columnCount());
   return box;
@@ -138,6 +135,11 @@ void CompensationPage::TextTyped(CompTable table, int row, const QString& text) 
 }
 
 void CompensationPage::ShowEditors() {
+  ShowTables();
+  fields_->ShowEditors();
+}
+
+void CompensationPage::ShowTables() {
   const EditorState& state = parts_.editors.state();
   for (const CompTable table : kCompTables) {
     SmallMapGrid* grid = grids_[static_cast<std::size_t>(table)];
@@ -151,7 +153,6 @@ void CompensationPage::ShowEditors() {
   }
   const bool map_basis = state.sensors.TPumpBased;
   curves_[3]->SetUnits(map_basis ? "bar boost" : "% throttle", "");
-  fields_->ShowEditors();
 }
 
 void CompensationPage::ShowCurve(CompTable table) {

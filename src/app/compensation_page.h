@@ -41,6 +41,8 @@ class CompensationPage : public QWidget {
   void CellsChanged(CompTable table, const std::vector<SmallGridChange>& changes);
   void TextTyped(CompTable table, int row, const QString& text);
   void ShowCurve(CompTable table);
+  // The tables and their curves (ShowEditors without the raw fields).
+  void ShowTables();
 
   SetupPageParts parts_;
   MapReadout* readout_;

@@ -68,11 +68,7 @@ OutputsPage::OutputsPage(SetupPageParts parts, SettingsControls& settings, QWidg
   InstantHelp& help = parts_.help;
   // The three outputs side by side over the function and fault captions and the display
   // options; the idle control on the right. A narrow page wraps the columns below each other.
-  auto* page = new QVBoxLayout(this);
-  page->setContentsMargins(0, 0, 0, 0);
-  auto* columns = new FlowColumns(this);
-  columns->setObjectName("OutputsColumns");
-  page->addWidget(columns);
+  FlowColumns* columns = MakePageColumns(this, "OutputsColumns");
   auto* left_column = new QWidget(this);
   auto* left = new QVBoxLayout(left_column);
   left->setContentsMargins(0, 0, 0, 0);
@@ -135,11 +131,7 @@ InputsPage::InputsPage(SetupPageParts parts, QWidget* parent)
     : QWidget(parent), parts_(parts), fields_(new RawFieldPanel(parts.editors, this)) {
   setObjectName("InputsPage");
   InstantHelp& help = parts_.help;
-  auto* page = new QVBoxLayout(this);
-  page->setContentsMargins(0, 0, 0, 0);
-  auto* columns = new FlowColumns(this);
-  columns->setObjectName("InputsColumns");
-  page->addWidget(columns);
+  FlowColumns* columns = MakePageColumns(this, "InputsColumns");
   const std::vector<RawGroup> inputs = InputGroups();
   auto* left_column = new QWidget(this);
   auto* left = new QVBoxLayout(left_column);

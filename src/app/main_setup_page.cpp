@@ -4,7 +4,6 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
-#include <QVBoxLayout>
 #include <cmath>
 
 #include "app/editor_session.h"
@@ -54,8 +53,6 @@ bool MovesTheMaps(SetupChoice choice) {
   }
 }
 
-QWidget* Container(QButtonGroup* group) { return static_cast<QWidget*>(group->parent()); }
-
 QWidget* SideBySide(QWidget* parent, QWidget* left, QWidget* right) {
   auto* row = new QWidget(parent);
   auto* layout = new QHBoxLayout(row);
@@ -72,30 +69,16 @@ QGridLayout* Grid(QGroupBox* box) {
   return grid;
 }
 
-// A note on choices the calibration cannot tell apart: said always, in grey.
-QLabel* InfoNote(QWidget* parent, const QString& name, std::string_view text) {
-  auto* note = new QLabel(TextOf(text), parent);
-  note->setObjectName(name);
-  note->setWordWrap(true);
-  note->setStyleSheet("color: #606060;");
-  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  return note;
-}
-
 }  // namespace
 
 MainSetupPage::MainSetupPage(SetupPageParts parts, SettingsControls& settings, QWidget* parent)
     : QWidget(parent), parts_(parts) {
   setObjectName("MainSetupPage");
-  auto* layout = new QVBoxLayout(this);
-  layout->setContentsMargins(0, 0, 0, 0);
-  auto* columns = new FlowColumns(this);
-  columns->setObjectName("MainSetupColumns");
+  FlowColumns* columns = MakePageColumns(this, "MainSetupColumns");
   columns->AddColumn(BuildEngine());
   columns->AddColumn(BuildIgnition());
   columns->AddColumn(BuildTrigger());
   columns->AddColumn(BuildLoad(settings));
-  layout->addWidget(columns);
   ShowEditors();
 }
 
@@ -119,7 +102,6 @@ QLabel* MainSetupPage::AddRow(QGridLayout* grid, QLabel* caption, QWidget* contr
   // The caption labels its field for a screen reader, ahead of the box around both.
   if (field == control) caption->setBuddy(control);
   QLabel* mark = MakeNote(control->parentWidget(), control->objectName() + "Mark");
-  mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   grid->addWidget(mark, row + 2, 0);
   return mark;
 }
@@ -133,21 +115,25 @@ void MainSetupPage::Bind(SetupChoice choice, ChoiceControl::Widget widget, QLabe
   choices_.push_back({choice, widget, mark});
 }
 
-QButtonGroup* MainSetupPage::Group(QWidget* parent, const QString& name,
-                                   const std::vector<std::string_view>& texts, int columns,
-                                   SetupChoice choice) {
-  auto* container = new QWidget(parent);
+QButtonGroup* MainSetupPage::AddGroup(QWidget* box, QGridLayout* grid, int help,
+                                      const char* caption, const QString& name,
+                                      const std::vector<std::string_view>& texts, int columns,
+                                      SetupChoice choice) {
+  auto* container = new QWidget(box);
   QButtonGroup* group = MakeOptionGroup(container, name, texts, columns);
   connect(group, &QButtonGroup::idToggled, this, [this, choice](int id, bool on) {
     if (on) Choose(choice, id);
   });
+  Bind(choice, group, AddRow(grid, Caption(box, help, caption), container));
   return group;
 }
 
-QComboBox* MainSetupPage::List(QWidget* parent, const QString& name,
-                               const std::vector<std::string>& texts, SetupChoice choice) {
-  QComboBox* list = MakeList(parent, name, texts);
+QComboBox* MainSetupPage::AddList(QWidget* box, QGridLayout* grid, int help, const char* caption,
+                                  const QString& name, const std::vector<std::string>& texts,
+                                  SetupChoice choice) {
+  QComboBox* list = MakeList(box, name, texts);
   connect(list, &QComboBox::activated, this, [this, choice](int index) { Choose(choice, index); });
+  Bind(choice, list, AddRow(grid, Caption(box, help, caption), list));
   return list;
 }
 
@@ -199,38 +185,26 @@ QWidget* MainSetupPage::BuildEngine() {
   auto* box = MakeBox(this, "EngineBox", "Engine");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  QButtonGroup* cylinders =
-      Group(box, "Cylinders", Views(kCylinderTexts), 5, SetupChoice::kCylinders);
-  Bind(SetupChoice::kCylinders, cylinders,
-       AddRow(grid, Caption(box, l::kCylinders, "Number of Cylinders"), Container(cylinders)));
-  QButtonGroup* fuel_mode =
-      Group(box, "FuelMode", Views(kFuelModeTexts), 2, SetupChoice::kFuelMode);
-  Bind(SetupChoice::kFuelMode, fuel_mode,
-       AddRow(grid, Caption(box, l::kFuelMode, "Fuel Mode"), Container(fuel_mode)));
+  AddGroup(box, grid, l::kCylinders, "Number of Cylinders", "Cylinders", Views(kCylinderTexts), 5,
+           SetupChoice::kCylinders);
+  AddGroup(box, grid, l::kFuelMode, "Fuel Mode", "FuelMode", Views(kFuelModeTexts), 2,
+           SetupChoice::kFuelMode);
   injection_name_ = new QLabel(box);
   injection_name_->setObjectName("InjectionModeName");
   AddNote(grid, injection_name_);
   note_injection_ = MakeNote(box, "NoteInjection");
   AddNote(grid, note_injection_);
-  QButtonGroup* impedance =
-      Group(box, "OptionImpedance", Views(kImpedanceTexts), 3, SetupChoice::kOptionImpedance);
-  Bind(SetupChoice::kOptionImpedance, impedance,
-       AddRow(grid, Caption(box, l::kInjectorImpedance, "Injector Impedance"),
-              Container(impedance)));
+  AddGroup(box, grid, l::kInjectorImpedance, "Injector Impedance", "OptionImpedance",
+           Views(kImpedanceTexts), 3, SetupChoice::kOptionImpedance);
   note_impedance_ = MakeNote(box, "NoteImpedance");
   AddNote(grid, note_impedance_);
-  QComboBox* prime =
-      List(box, "ComboPrime", Strings(kFuelPumpPrimeTexts), SetupChoice::kFuelPumpPrime);
-  Bind(SetupChoice::kFuelPumpPrime, prime,
-       AddRow(grid, Caption(box, l::kStartupPrime, "Startup Prime"), prime));
-  QComboBox* aux = List(box, "Combo1", Strings(kAuxOutputTexts), SetupChoice::kComboAuxOutput);
-  Bind(SetupChoice::kComboAuxOutput, aux,
-       AddRow(grid, Caption(box, l::kAuxiliaryOutput, "Auxiliary Output"), aux));
-  AddNote(grid, InfoNote(box, "NoteAuxOutput", kAuxOutputNote));
-  QComboBox* light =
-      List(box, "ComboWarningLight", Strings(kWarningLightTexts), SetupChoice::kWarningLight);
-  Bind(SetupChoice::kWarningLight, light,
-       AddRow(grid, Caption(box, l::kWarningLight, "Warning Light"), light));
+  AddList(box, grid, l::kStartupPrime, "Startup Prime", "ComboPrime", Strings(kFuelPumpPrimeTexts),
+          SetupChoice::kFuelPumpPrime);
+  AddList(box, grid, l::kAuxiliaryOutput, "Auxiliary Output", "Combo1", Strings(kAuxOutputTexts),
+          SetupChoice::kComboAuxOutput);
+  AddNote(grid, MakeInfoNote(box, "NoteAuxOutput", kAuxOutputNote));
+  AddList(box, grid, l::kWarningLight, "Warning Light", "ComboWarningLight",
+          Strings(kWarningLightTexts), SetupChoice::kWarningLight);
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }
@@ -245,18 +219,14 @@ QWidget* MainSetupPage::BuildIgnition() {
   mark_rev2_ = AddRow(grid, Caption(box, l::kRevLimiter2, "Rev Limiter 2"), rev_limit2_);
   note_rev_ = MakeNote(box, "NoteRevLimiter");
   AddNote(grid, note_rev_);
-  QButtonGroup* limiter =
-      Group(box, "LimiterMode", Views(kLimiterModeTexts), 3, SetupChoice::kLimiterMode);
-  Bind(SetupChoice::kLimiterMode, limiter,
-       AddRow(grid, Caption(box, l::kLimiterType, "Limiter Type"), Container(limiter)));
-  QComboBox* spark = List(box, "ComboSpark", Strings(kSparkModeTexts), SetupChoice::kComboSpark);
-  Bind(SetupChoice::kComboSpark, spark,
-       AddRow(grid, Caption(box, l::kSparkMode, "Spark Mode"), spark));
+  AddGroup(box, grid, l::kLimiterType, "Limiter Type", "LimiterMode", Views(kLimiterModeTexts), 3,
+           SetupChoice::kLimiterMode);
+  AddList(box, grid, l::kSparkMode, "Spark Mode", "ComboSpark", Strings(kSparkModeTexts),
+          SetupChoice::kComboSpark);
   note_spark_ = MakeNote(box, "NoteSparkMode");
   AddNote(grid, note_spark_);
-  QComboBox* dwell = List(box, "ComboDwell", Strings(kDwellModeTexts), SetupChoice::kDwellMode);
-  Bind(SetupChoice::kDwellMode, dwell,
-       AddRow(grid, Caption(box, l::kDwellControl, "Dwell Control"), dwell));
+  AddList(box, grid, l::kDwellControl, "Dwell Control", "ComboDwell", Strings(kDwellModeTexts),
+          SetupChoice::kDwellMode);
   dwell_value_ = new QDoubleSpinBox(box);
   GuardWheel(dwell_value_);
   dwell_value_->setObjectName("DwellValue");
@@ -274,11 +244,9 @@ QWidget* MainSetupPage::BuildIgnition() {
   mark_dwell_ = AddRow(grid, Caption(box, l::kDwellSetting, "Charge Time / Duty"), dwell_value_);
   note_dwell_ = MakeNote(box, "NoteDwell");
   AddNote(grid, note_dwell_);
-  QButtonGroup* edge_spark = Group(box, "TriggerEdgeSpark", Views(kTriggerEdgeSparkTexts), 2,
-                                   SetupChoice::kTriggerEdgeSpark);
-  Bind(SetupChoice::kTriggerEdgeSpark, edge_spark,
-       AddRow(grid, Caption(box, l::kSparkOutputEdge, "Spark Output Edge"), Container(edge_spark)));
-  AddNote(grid, InfoNote(box, "NoteSparkPullUp", kSparkPullUpNote));
+  AddGroup(box, grid, l::kSparkOutputEdge, "Spark Output Edge", "TriggerEdgeSpark",
+           Views(kTriggerEdgeSparkTexts), 2, SetupChoice::kTriggerEdgeSpark);
+  AddNote(grid, MakeInfoNote(box, "NoteSparkPullUp", kSparkPullUpNote));
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }
@@ -287,25 +255,18 @@ QWidget* MainSetupPage::BuildTrigger() {
   auto* box = MakeBox(this, "TriggerBox", "Trigger and Home Position");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  QComboBox* trigger =
-      List(box, "ComboTrigger", Strings(kTriggerPatternTexts), SetupChoice::kComboTrigger);
-  Bind(SetupChoice::kComboTrigger, trigger,
-       AddRow(grid, Caption(box, l::kTriggerPattern, "Trigger Pattern"), trigger));
-  QButtonGroup* trigger_type = Group(box, "TriggerHallMagnetic", Views(kSensorTypeTexts), 3,
-                                     SetupChoice::kTriggerHallMagnetic);
-  Bind(
-      SetupChoice::kTriggerHallMagnetic, trigger_type,
-      AddRow(grid, Caption(box, l::kTriggerSensorType, "Trigger Sensor"), Container(trigger_type)));
+  AddList(box, grid, l::kTriggerPattern, "Trigger Pattern", "ComboTrigger",
+          Strings(kTriggerPatternTexts), SetupChoice::kComboTrigger);
+  AddGroup(box, grid, l::kTriggerSensorType, "Trigger Sensor", "TriggerHallMagnetic",
+           Views(kSensorTypeTexts), 3, SetupChoice::kTriggerHallMagnetic);
   trigger_flag_ =
       Flag(box, "TriggerSensorFlag", "Trigger Sensor Bit 7 flag", SetupChoice::kTriggerSensorFlag);
   Bind(SetupChoice::kTriggerSensorFlag, trigger_flag_, nullptr);
   QSpinBox* trigger_voltage = RawSpin(box, "TriggerVoltage", kTriggerVoltage);
   AddRow(grid, Caption(box, l::kTriggerVoltage, "Trigger Voltage"),
          SideBySide(box, trigger_voltage, trigger_flag_));
-  QButtonGroup* edge_input = Group(box, "TriggerEdgeInput", Views(kTriggerEdgeInputTexts), 2,
-                                   SetupChoice::kTriggerEdgeInput);
-  Bind(SetupChoice::kTriggerEdgeInput, edge_input,
-       AddRow(grid, Caption(box, l::kTriggerInputEdge, "Trigger Edge"), Container(edge_input)));
+  AddGroup(box, grid, l::kTriggerInputEdge, "Trigger Edge", "TriggerEdgeInput",
+           Views(kTriggerEdgeInputTexts), 2, SetupChoice::kTriggerEdgeInput);
   trigger_offset_ = new QDoubleSpinBox(box);
   GuardWheel(trigger_offset_);
   trigger_offset_->setObjectName("TriggerOffset");
@@ -323,22 +284,17 @@ QWidget* MainSetupPage::BuildTrigger() {
   AddRow(grid, Caption(box, l::kTriggerToothOffset, "Tooth Offset"), tooth);
   check_trigger_ = MakeNote(box, "CheckTrigger");
   AddNote(grid, check_trigger_);
-  QComboBox* home = List(box, "ComboHome", Strings(kHomePatternTexts), SetupChoice::kComboHome);
-  Bind(SetupChoice::kComboHome, home,
-       AddRow(grid, Caption(box, l::kHomePosition, "Home Position"), home));
-  QButtonGroup* home_type =
-      Group(box, "HomeHallMagnetic", Views(kSensorTypeTexts), 3, SetupChoice::kHomeHallMagnetic);
-  Bind(SetupChoice::kHomeHallMagnetic, home_type,
-       AddRow(grid, Caption(box, l::kHomeSensorType, "Home Sensor"), Container(home_type)));
+  AddList(box, grid, l::kHomePosition, "Home Position", "ComboHome", Strings(kHomePatternTexts),
+          SetupChoice::kComboHome);
+  AddGroup(box, grid, l::kHomeSensorType, "Home Sensor", "HomeHallMagnetic",
+           Views(kSensorTypeTexts), 3, SetupChoice::kHomeHallMagnetic);
   home_flag_ = Flag(box, "HomeSensorFlag", "Home Sensor Bit 7 flag", SetupChoice::kHomeSensorFlag);
   Bind(SetupChoice::kHomeSensorFlag, home_flag_, nullptr);
   QSpinBox* home_voltage = RawSpin(box, "HomeVoltage", kHomeVoltage);
   AddRow(grid, Caption(box, l::kHomeVoltage, "Home Voltage"),
          SideBySide(box, home_voltage, home_flag_));
-  QButtonGroup* edge_home =
-      Group(box, "TriggerEdgeHome", Views(kTriggerEdgeHomeTexts), 2, SetupChoice::kTriggerEdgeHome);
-  Bind(SetupChoice::kTriggerEdgeHome, edge_home,
-       AddRow(grid, Caption(box, l::kHomeInputEdge, "Home Edge"), Container(edge_home)));
+  AddGroup(box, grid, l::kHomeInputEdge, "Home Edge", "TriggerEdgeHome",
+           Views(kTriggerEdgeHomeTexts), 2, SetupChoice::kTriggerEdgeHome);
   check_home_ = MakeNote(box, "CheckHome");
   AddNote(grid, check_home_);
   grid->setRowStretch(grid->rowCount(), 1);
@@ -349,27 +305,18 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
   auto* box = MakeBox(this, "LoadBox", "Load and Map Sites");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  QButtonGroup* load =
-      Group(box, "LoadSensing", Views(kLoadSensingTexts), 2, SetupChoice::kLoadSensing);
-  Bind(SetupChoice::kLoadSensing, load,
-       AddRow(grid, Caption(box, l::kLoadSensing, "Load Sensing"), Container(load)));
-  QComboBox* sensor = List(box, "ComboMAP", Strings(kMapSensorTexts), SetupChoice::kComboMAP);
-  Bind(SetupChoice::kComboMAP, sensor,
-       AddRow(grid, Caption(box, l::kInstalledMapSensor, "Installed Map Sensor"), sensor));
-  map_scale_ = List(box, "ComboMAPScale", {}, SetupChoice::kComboMAPScale);
-  Bind(SetupChoice::kComboMAPScale, map_scale_,
-       AddRow(grid, Caption(box, l::kMapSensorScaling, "MAP Sensor Scaling"), map_scale_));
-  QComboBox* rpm = List(box, "ComboSiteRPM", Strings(kRpmSiteTexts), SetupChoice::kComboSiteRPM);
-  Bind(SetupChoice::kComboSiteRPM, rpm,
-       AddRow(grid, Caption(box, l::kEngineSpeedSites, "Engine Speed Sites"), rpm));
-  QComboBox* fuel =
-      List(box, "ComboSiteFuel", Strings(kFuelSiteTexts), SetupChoice::kComboSiteFuel);
-  Bind(SetupChoice::kComboSiteFuel, fuel,
-       AddRow(grid, Caption(box, l::kFuelLoadSites, "Fuel Load Sites"), fuel));
-  QComboBox* ignition =
-      List(box, "ComboSiteIgnition", Strings(kIgnSiteTexts), SetupChoice::kComboSiteIgnition);
-  Bind(SetupChoice::kComboSiteIgnition, ignition,
-       AddRow(grid, Caption(box, l::kIgnitionLoadSites, "Ignition Load Sites"), ignition));
+  AddGroup(box, grid, l::kLoadSensing, "Load Sensing", "LoadSensing", Views(kLoadSensingTexts), 2,
+           SetupChoice::kLoadSensing);
+  AddList(box, grid, l::kInstalledMapSensor, "Installed Map Sensor", "ComboMAP",
+          Strings(kMapSensorTexts), SetupChoice::kComboMAP);
+  map_scale_ = AddList(box, grid, l::kMapSensorScaling, "MAP Sensor Scaling", "ComboMAPScale", {},
+                       SetupChoice::kComboMAPScale);
+  AddList(box, grid, l::kEngineSpeedSites, "Engine Speed Sites", "ComboSiteRPM",
+          Strings(kRpmSiteTexts), SetupChoice::kComboSiteRPM);
+  AddList(box, grid, l::kFuelLoadSites, "Fuel Load Sites", "ComboSiteFuel", Strings(kFuelSiteTexts),
+          SetupChoice::kComboSiteFuel);
+  AddList(box, grid, l::kIgnitionLoadSites, "Ignition Load Sites", "ComboSiteIgnition",
+          Strings(kIgnSiteTexts), SetupChoice::kComboSiteIgnition);
   note_sites_ = MakeNote(box, "NoteLoadSites");
   ShowNote(note_sites_, QString::fromStdString(LoadSitesNote()));
   AddNote(grid, note_sites_);
@@ -432,11 +379,12 @@ void MainSetupPage::ShowNumbers() {
   SetupEditor& editor = parts_.editors.setup_editor();
   for (auto [spin, position] : raw_spins_) {
     const int held = parts_.editors.image().Byte(position);
-    const auto range = editor.RawRange(position).value_or(std::pair{held, held});
+    const std::optional<std::pair<int, int>> takes = editor.RawRange(position);
+    const auto range = takes.value_or(std::pair{held, held});
     const QSignalBlocker block(spin);
     spin->setRange(std::min(range.first, held), std::max(range.second, held));
     spin->setValue(held);
-    spin->setToolTip(QString::fromStdString(editor.RawRangeNote(position)));
+    spin->setToolTip(QString::fromStdString(editor.RawRangeNote(position, takes)));
   }
 }
 

@@ -46,10 +46,14 @@ class MainSetupPage : public QWidget {
   // lists take the caption as their accessible name.
   QLabel* AddRow(QGridLayout* grid, QLabel* caption, QWidget* control);
   void AddNote(QGridLayout* grid, QLabel* note);
-  QButtonGroup* Group(QWidget* parent, const QString& name,
-                      const std::vector<std::string_view>& texts, int columns, SetupChoice choice);
-  QComboBox* List(QWidget* parent, const QString& name, const std::vector<std::string>& texts,
-                  SetupChoice choice);
+  // A group of option buttons or a list in `box`, bound to `choice`, in a row of its own under
+  // its caption (help topic `help`), with its mark under it.
+  QButtonGroup* AddGroup(QWidget* box, QGridLayout* grid, int help, const char* caption,
+                         const QString& name, const std::vector<std::string_view>& texts,
+                         int columns, SetupChoice choice);
+  QComboBox* AddList(QWidget* box, QGridLayout* grid, int help, const char* caption,
+                     const QString& name, const std::vector<std::string>& texts,
+                     SetupChoice choice);
   QSpinBox* RawSpin(QWidget* parent, const QString& name, int position);
   QCheckBox* Flag(QWidget* parent, const QString& name, const QString& accessible_name,
                   SetupChoice choice);

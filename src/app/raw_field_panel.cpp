@@ -49,10 +49,12 @@ void RawFieldPanel::ShowEditors() {
         field->Show(image.Byte(position));
         break;
       case RawShow::kByte:
-      case RawShow::kHalved:
-        field->Show(image.Byte(position), editor.RawRange(position),
-                    QString::fromStdString(editor.RawRangeNote(position)));
+      case RawShow::kHalved: {
+        const std::optional<std::pair<int, int>> range = editor.RawRange(position);
+        field->Show(image.Byte(position), range,
+                    QString::fromStdString(editor.RawRangeNote(position, range)));
         break;
+      }
     }
     field->ShowChecks(FailedChecksAt(image, position, context));
   }

@@ -31,11 +31,7 @@ QString Ohms(double ohms) { return QString::number(std::lround(ohms)); }
 SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
     : QWidget(parent), parts_(parts), fields_(new RawFieldPanel(parts.editors, this)) {
   setObjectName("SensorSetupPage");
-  auto* page = new QVBoxLayout(this);
-  page->setContentsMargins(0, 0, 0, 0);
-  auto* columns = new FlowColumns(this);
-  columns->setObjectName("SensorSetupColumns");
-  page->addWidget(columns);
+  FlowColumns* columns = MakePageColumns(this, "SensorSetupColumns");
   auto* left_column = new QWidget(this);
   auto* left = new QVBoxLayout(left_column);
   left->setContentsMargins(0, 0, 0, 0);
@@ -53,7 +49,8 @@ SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
   columns->AddColumn(BuildSensorTable(SensorTable::kWater));
   columns->AddColumn(BuildSensorTable(SensorTable::kAir));
   columns->AddColumn(BuildCustomSensor());
-  connect(fields_, &RawFieldPanel::Edited, this, &SensorSetupPage::ShowEditors);
+  // The panel shows its own fields again after an edit.
+  connect(fields_, &RawFieldPanel::Edited, this, &SensorSetupPage::ShowControls);
   ShowEditors();
 }
 
@@ -69,7 +66,6 @@ QWidget* SensorSetupPage::BuildMapOptions() {
           [this](bool on) { Choose(SetupChoice::kAltitudeComp, on ? 1 : 0); });
   layout->addWidget(altitude_);
   QLabel* altitude_mark = MakeNote(box, "AltitudeCompMark");
-  altitude_mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   layout->addWidget(altitude_mark);
   choices_.push_back({SetupChoice::kAltitudeComp, altitude_, altitude_mark});
   layout->addWidget(new QLabel("Throttle Pump Based On", box));
@@ -85,7 +81,6 @@ QWidget* SensorSetupPage::BuildMapOptions() {
   });
   layout->addWidget(basis);
   QLabel* basis_mark = MakeNote(box, "TPumpBasedMark");
-  basis_mark->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   layout->addWidget(basis_mark);
   choices_.push_back({SetupChoice::kTPumpBased, pump_basis_, basis_mark});
   return box;
@@ -301,6 +296,12 @@ void SensorSetupPage::FitCustomSensor() {
 
 void SensorSetupPage::ShowEditors() {
   const ChangeEventsSuppressed filling(parts_.editors.suppress_change_events());
+  ShowControls();
+  fields_->ShowEditors();
+}
+
+void SensorSetupPage::ShowControls() {
+  const ChangeEventsSuppressed filling(parts_.editors.suppress_change_events());
   const SensorSetup& sensors = parts_.editors.state().sensors;
   for (const ChoiceControl& control : choices_) ShowChoiceControl(control, parts_.editors);
   for (const SensorTable which : {SensorTable::kWater, SensorTable::kAir}) {
@@ -314,7 +315,6 @@ void SensorSetupPage::ShowEditors() {
     sent_texts_[static_cast<std::size_t>(which)] = texts;
     ShowChoice(lists_[static_cast<std::size_t>(which)], 0);
   }
-  fields_->ShowEditors();
 }
 
 void SensorSetupPage::ShowLive(const LiveData& live, bool connected) {

@@ -49,6 +49,8 @@ class SensorSetupPage : public QWidget {
   void FillTable(SensorTable which, const std::array<std::string, kSensorPoints>& ohms);
   std::array<std::string, kSensorPoints> TableTexts(SensorTable which) const;
   void FitCustomSensor();
+  // The MAP sensor options and the sensor tables (ShowEditors without the raw fields).
+  void ShowControls();
 
   SetupPageParts parts_;
   RawFieldPanel* fields_;

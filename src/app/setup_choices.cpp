@@ -43,15 +43,27 @@ QString NotOffered(const ChoiceControl& control, const std::vector<Refused>& ref
   return "Not offered now: " + parts.join(". ") + ".";
 }
 
+struct Offer {
+  bool offered;
+  QString why;  // a refused entry's reason, for its tooltip
+};
+
+// Whether `entry` is offered: the one shown always is, another when the editor would take it. A
+// refused one joins `refused`.
+Offer OfferEntry(const ChoiceControl& control, int entry, int shown, SetupEditor& editor,
+                 std::vector<Refused>& refused) {
+  const ChangeOutcome outcome = editor.TryChoose(control.choice, entry);
+  if (entry == shown || !outcome.Refused()) return {true, {}};
+  refused.push_back({entry, outcome});
+  return {false, QString::fromStdString(RefusalText(outcome))};
+}
+
 void OfferButtons(QButtonGroup* group, const ChoiceControl& control, int shown, SetupEditor& editor,
                   std::vector<Refused>& refused) {
   for (QAbstractButton* button : group->buttons()) {
-    const int entry = group->id(button);
-    const ChangeOutcome outcome = editor.TryChoose(control.choice, entry);
-    const bool offer = entry == shown || !outcome.Refused();
-    button->setEnabled(offer);
-    button->setToolTip(offer ? QString() : QString::fromStdString(RefusalText(outcome)));
-    if (!offer) refused.push_back({entry, outcome});
+    const Offer offer = OfferEntry(control, group->id(button), shown, editor, refused);
+    button->setEnabled(offer.offered);
+    button->setToolTip(offer.why);
   }
   ShowChoice(group, shown);
 }
@@ -60,13 +72,11 @@ void OfferItems(QComboBox* list, const ChoiceControl& control, int shown, SetupE
                 std::vector<Refused>& refused) {
   auto* model = qobject_cast<QStandardItemModel*>(list->model());
   for (int entry = 0; entry < list->count(); ++entry) {
-    const ChangeOutcome outcome = editor.TryChoose(control.choice, entry);
-    const bool offer = entry == shown || !outcome.Refused();
+    const Offer offer = OfferEntry(control, entry, shown, editor, refused);
     if (QStandardItem* item = model != nullptr ? model->item(entry) : nullptr) {
-      item->setEnabled(offer);
-      item->setToolTip(offer ? QString() : QString::fromStdString(RefusalText(outcome)));
+      item->setEnabled(offer.offered);
+      item->setToolTip(offer.why);
     }
-    if (!offer) refused.push_back({entry, outcome});
   }
   ShowChoice(list, shown);
 }
@@ -77,11 +87,9 @@ void OfferFlag(QCheckBox* flag, const ChoiceControl& control, int shown, SetupEd
     const QSignalBlocker block(flag);
     flag->setChecked(shown == 1);
   }
-  const int other = shown == 1 ? 0 : 1;
-  const ChangeOutcome outcome = editor.TryChoose(control.choice, other);
-  flag->setEnabled(!outcome.Refused());
-  flag->setToolTip(outcome.Refused() ? QString::fromStdString(RefusalText(outcome)) : QString());
-  if (outcome.Refused()) refused.push_back({other, outcome});
+  const Offer offer = OfferEntry(control, shown == 1 ? 0 : 1, shown, editor, refused);
+  flag->setEnabled(offer.offered);
+  flag->setToolTip(offer.why);
 }
 
 }  // namespace

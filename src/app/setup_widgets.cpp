@@ -71,30 +71,29 @@ void KeepTabOnChosen(QButtonGroup* group) {
 
 namespace {
 
-template <typename Spin>
-void ShowNumberIn(Spin* spin, const NumberShow& show, const QString& unset_text, double step) {
+// `as` takes a number into the field's own type; `step` is the slot below the range that reads
+// `unset_text`.
+template <typename Spin, typename As>
+void ShowNumberIn(Spin* spin, const NumberShow& show, const QString& unset_text, As as,
+                  double step) {
   const QSignalBlocker block(spin);
-  double low = show.low;
-  if (!unset_text.isEmpty()) low -= step;  // the slot that reads `unset_text`
-  const double value = show.value.value_or(low);
+  const auto low = as(show.low) - (unset_text.isEmpty() ? 0 : as(step));
+  const auto value = show.value ? as(*show.value) : low;
   spin->setSpecialValueText(unset_text);
-  spin->setRange(std::min(low, value), std::max(show.high, value));
+  spin->setRange(std::min(low, value), std::max(as(show.high), value));
   spin->setValue(value);
 }
 
 }  // namespace
 
 void ShowNumber(QSpinBox* spin, const NumberShow& show, const QString& unset_text) {
-  const QSignalBlocker block(spin);
-  const int low = static_cast<int>(std::lround(show.low)) - (unset_text.isEmpty() ? 0 : 1);
-  const int value = show.value ? static_cast<int>(std::lround(*show.value)) : low;
-  spin->setSpecialValueText(unset_text);
-  spin->setRange(std::min(low, value), std::max(static_cast<int>(std::lround(show.high)), value));
-  spin->setValue(value);
+  ShowNumberIn(
+      spin, show, unset_text, [](double v) { return static_cast<int>(std::lround(v)); }, 1);
 }
 
 void ShowNumber(QDoubleSpinBox* spin, const NumberShow& show, const QString& unset_text) {
-  ShowNumberIn(spin, show, unset_text, spin->singleStep());
+  ShowNumberIn(
+      spin, show, unset_text, [](double v) { return v; }, spin->singleStep());
 }
 
 FlowColumns::FlowColumns(QWidget* parent) : QWidget(parent), grid_(new QGridLayout(this)) {
@@ -186,6 +185,15 @@ void FlowColumns::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
 }
 
+FlowColumns* MakePageColumns(QWidget* page, const QString& name) {
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(0, 0, 0, 0);
+  auto* columns = new FlowColumns(page);
+  columns->setObjectName(name);
+  layout->addWidget(columns);
+  return columns;
+}
+
 QComboBox* MakeList(QWidget* parent, const QString& name, const std::vector<std::string>& texts) {
   auto* list = new QComboBox(parent);
   list->setObjectName(name);
@@ -221,7 +229,17 @@ QLabel* MakeNote(QWidget* parent, const QString& name) {
   note->setObjectName(name);
   note->setStyleSheet(kNoteStyle);
   note->setWordWrap(true);
+  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   note->hide();
+  return note;
+}
+
+QLabel* MakeInfoNote(QWidget* parent, const QString& name, std::string_view text) {
+  auto* note = new QLabel(TextOf(text), parent);
+  note->setObjectName(name);
+  note->setWordWrap(true);
+  note->setStyleSheet("color: #606060;");
+  note->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   return note;
 }
 
@@ -291,9 +309,6 @@ RawFieldEditor::RawFieldEditor(const RawField& field, QLabel* caption, QWidget* 
       row->addStretch(1);
       break;
   }
-  // The checks wrap to the width they are given (AddRawGroup: under the caption and the field):
-  // a long one never widens the page.
-  checks_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 }
 
 void RawFieldEditor::SetAccessibleName(const QString& name) {

@@ -102,8 +102,15 @@ class FlowColumns : public QWidget {
   int per_row_ = 0;
 };
 
-// A note in red beside a control, hidden while it has nothing to say.
+// The columns of a set-up page (named `name`), filling it from its top.
+FlowColumns* MakePageColumns(QWidget* page, const QString& name);
+
+// A note in red beside a control, hidden while it has nothing to say. It wraps to the width it
+// is given: a long one never widens its page.
 QLabel* MakeNote(QWidget* parent, const QString& name);
+// A note that is always said, in grey, wrapped to the width it is given: what the calibration
+// cannot tell apart or does not show.
+QLabel* MakeInfoNote(QWidget* parent, const QString& name, std::string_view text);
 void ShowNote(QLabel* note, const QString& text);
 
 QGroupBox* MakeBox(QWidget* parent, const QString& name, const QString& title);

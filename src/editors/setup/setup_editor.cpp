@@ -136,85 +136,106 @@ std::uint8_t* RawStateByte(EditorState& state, int position) {
   }
 }
 
-void UpdateState(EditorState& state, SetupChoice choice, int value) {
-  EngineSetup& setup = state.setup;
-  SensorSetup& sensors = state.sensors;
+// The state's field of a choice held as its entry index, or null (a flag, a byte, the dwell
+// mode, the MAP sensor's type and scaling). `State` is EditorState, const or not.
+template <typename State>
+auto* IndexField(SetupChoice choice, State& state) {
+  auto& setup = state.setup;
   switch (choice) {
     case SetupChoice::kCylinders:
-      setup.Cylinders = value;
-      break;
+      return &setup.Cylinders;
     case SetupChoice::kFuelMode:
-      setup.FuelMode = value;
-      SetupIgnitionDivide(setup);
-      break;
+      return &setup.FuelMode;
     case SetupChoice::kOptionImpedance:
-      setup.OptionImpedance = value;
-      break;
+      return &setup.OptionImpedance;
     case SetupChoice::kLimiterMode:
-      setup.LimiterMode = value;
-      break;
+      return &setup.LimiterMode;
     case SetupChoice::kTriggerEdgeInput:
-      setup.TriggerEdgeInput = value;
-      break;
+      return &setup.TriggerEdgeInput;
     case SetupChoice::kTriggerEdgeHome:
-      setup.TriggerEdgeHome = value;
-      break;
+      return &setup.TriggerEdgeHome;
     case SetupChoice::kTriggerEdgeSpark:
-      setup.TriggerEdgeSpark = value;
-      break;
+      return &setup.TriggerEdgeSpark;
     case SetupChoice::kComboAuxOutput:
-      setup.ComboAuxOutput = value;
-      break;
+      return &setup.ComboAuxOutput;
     case SetupChoice::kComboTrigger:
-      setup.ComboTrigger = value;
-      break;
+      return &setup.ComboTrigger;
     case SetupChoice::kTriggerHallMagnetic:
-      setup.TriggerHallMagnetic = value;
-      break;
-    case SetupChoice::kTriggerSensorFlag:
-      setup.TriggerSensorFlag = value != 0;
-      break;
+      return &setup.TriggerHallMagnetic;
     case SetupChoice::kComboHome:
-      setup.ComboHome = value;
-      break;
+      return &setup.ComboHome;
     case SetupChoice::kHomeHallMagnetic:
-      setup.HomeHallMagnetic = value;
-      break;
-    case SetupChoice::kHomeSensorFlag:
-      setup.HomeSensorFlag = value != 0;
-      break;
+      return &setup.HomeHallMagnetic;
     case SetupChoice::kComboSpark:
-      setup.ComboSpark = value;
-      break;
-    case SetupChoice::kDwellMode:
-      // The byte is written whole from the two dwell controls: bit 7, which neither sets, clear.
-      setup.DwellTime = static_cast<std::uint8_t>((setup.DwellTime & kMaxDwellValue) |
-                                                  (value == 1 ? kDwellChargeTimeBit : 0));
-      break;
+      return &setup.ComboSpark;
     case SetupChoice::kComboSiteRPM:
-      setup.ComboSiteRPM = value;
-      break;
+      return &setup.ComboSiteRPM;
     case SetupChoice::kComboSiteFuel:
-      setup.ComboSiteFuel = value;
-      break;
+      return &setup.ComboSiteFuel;
     case SetupChoice::kComboSiteIgnition:
-      setup.ComboSiteIgnition = value;
-      break;
-    case SetupChoice::kFuelPumpPrime:
-      setup.StartupPrime = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-      break;
-    case SetupChoice::kWarningLight:
-      setup.Setting997 = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-      break;
+      return &setup.ComboSiteIgnition;
+    case SetupChoice::kMapSelection:
+      return &setup.MapSelection;
     case SetupChoice::kLoadSensing:
-      sensors.LoadSensing = value;
-      break;
+      return &state.sensors.LoadSensing;
+    default:
+      return static_cast<decltype(&setup.Cylinders)>(nullptr);
+  }
+}
+
+// The state's field of a tick box, or null.
+template <typename State>
+auto* FlagField(SetupChoice choice, State& state) {
+  switch (choice) {
+    case SetupChoice::kTriggerSensorFlag:
+      return &state.setup.TriggerSensorFlag;
+    case SetupChoice::kHomeSensorFlag:
+      return &state.setup.HomeSensorFlag;
     case SetupChoice::kAltitudeComp:
-      sensors.AltitudeComp = value != 0;
-      break;
+      return &state.sensors.AltitudeComp;
     case SetupChoice::kTPumpBased:
-      sensors.TPumpBased = value != 0;
+      return &state.sensors.TPumpBased;
+    default:
+      return static_cast<decltype(&state.setup.TriggerSensorFlag)>(nullptr);
+  }
+}
+
+// The state's byte of a list kept as its entry's byte, or null.
+template <typename State>
+auto* ByteField(SetupChoice choice, State& state) {
+  switch (choice) {
+    case SetupChoice::kFuelPumpPrime:
+      return &state.setup.StartupPrime;
+    case SetupChoice::kWarningLight:
+      return &state.setup.Setting997;
+    default:
+      return static_cast<decltype(&state.setup.StartupPrime)>(nullptr);
+  }
+}
+
+void UpdateState(EditorState& state, SetupChoice choice, int value) {
+  if (int* field = IndexField(choice, state)) {
+    *field = value;
+    if (choice == SetupChoice::kFuelMode) SetupIgnitionDivide(state.setup);
+    return;
+  }
+  if (bool* flag = FlagField(choice, state)) {
+    *flag = value != 0;
+    return;
+  }
+  if (std::uint8_t* byte = ByteField(choice, state)) {
+    *byte = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
+    return;
+  }
+  SensorSetup& sensors = state.sensors;
+  switch (choice) {
+    case SetupChoice::kDwellMode: {
+      // The byte is written whole from the two dwell controls: bit 7, which neither sets, clear.
+      std::uint8_t& dwell = state.setup.DwellTime;
+      dwell = static_cast<std::uint8_t>((dwell & kMaxDwellValue) |
+                                        (value == 1 ? kDwellChargeTimeBit : 0));
       break;
+    }
     case SetupChoice::kComboMAP: {
       if (value == sensors.ComboMAP) break;
       sensors.ComboMAP = value;
@@ -229,12 +250,10 @@ void UpdateState(EditorState& state, SetupChoice choice, int value) {
         sensors.MapSensorScaling = *code;
       }
       break;
-    case SetupChoice::kMapSelection:
-      setup.MapSelection = value;
+    default:
       break;
   }
 }
-
 }  // namespace
 
 int ChoiceEntries(SetupChoice choice, const EditorState& state) {
@@ -291,76 +310,29 @@ int ChoiceEntries(SetupChoice choice, const EditorState& state) {
 
 namespace {
 
-// Bit 7 of byte 958, which neither dwell control sets; the fuel map selection bits of byte 995.
-constexpr std::uint8_t kDwellBitNoControlSets = 0x80;
+// The fuel map selection bits of byte 995.
 constexpr std::uint8_t kSelectionBitsOf995 = 0xE0;
 
 int HeldChoice(SetupChoice choice, const EditorState& state) {
-  const EngineSetup& setup = state.setup;
-  const SensorSetup& sensors = state.sensors;
+  if (const int* field = IndexField(choice, state)) return *field;
+  if (const bool* flag = FlagField(choice, state)) return *flag ? 1 : 0;
+  if (const std::uint8_t* byte = ByteField(choice, state)) return *byte;
   switch (choice) {
-    case SetupChoice::kCylinders:
-      return setup.Cylinders;
-    case SetupChoice::kFuelMode:
-      return setup.FuelMode;
-    case SetupChoice::kOptionImpedance:
-      return setup.OptionImpedance;
-    case SetupChoice::kLimiterMode:
-      return setup.LimiterMode;
-    case SetupChoice::kTriggerEdgeInput:
-      return setup.TriggerEdgeInput;
-    case SetupChoice::kTriggerEdgeHome:
-      return setup.TriggerEdgeHome;
-    case SetupChoice::kTriggerEdgeSpark:
-      return setup.TriggerEdgeSpark;
-    case SetupChoice::kComboAuxOutput:
-      return setup.ComboAuxOutput;
-    case SetupChoice::kComboTrigger:
-      return setup.ComboTrigger;
-    case SetupChoice::kTriggerHallMagnetic:
-      return setup.TriggerHallMagnetic;
-    case SetupChoice::kTriggerSensorFlag:
-      return setup.TriggerSensorFlag ? 1 : 0;
-    case SetupChoice::kComboHome:
-      return setup.ComboHome;
-    case SetupChoice::kHomeHallMagnetic:
-      return setup.HomeHallMagnetic;
-    case SetupChoice::kHomeSensorFlag:
-      return setup.HomeSensorFlag ? 1 : 0;
-    case SetupChoice::kComboSpark:
-      return setup.ComboSpark;
     case SetupChoice::kDwellMode:
-      return DwellModeOf(setup.DwellTime);
-    case SetupChoice::kComboSiteRPM:
-      return setup.ComboSiteRPM;
-    case SetupChoice::kComboSiteFuel:
-      return setup.ComboSiteFuel;
-    case SetupChoice::kComboSiteIgnition:
-      return setup.ComboSiteIgnition;
-    case SetupChoice::kFuelPumpPrime:
-      return setup.StartupPrime;
-    case SetupChoice::kWarningLight:
-      return setup.Setting997;
-    case SetupChoice::kLoadSensing:
-      return sensors.LoadSensing;
-    case SetupChoice::kAltitudeComp:
-      return sensors.AltitudeComp ? 1 : 0;
-    case SetupChoice::kTPumpBased:
-      return sensors.TPumpBased ? 1 : 0;
+      return DwellModeOf(state.setup.DwellTime);
     case SetupChoice::kComboMAP:
-      return sensors.ComboMAP < 0 ? 0 : sensors.ComboMAP;
+      return state.sensors.ComboMAP < 0 ? 0 : state.sensors.ComboMAP;
     case SetupChoice::kComboMAPScale:
-      return sensors.ComboMAPScale;
-    case SetupChoice::kMapSelection:
-      return setup.MapSelection;
+      return state.sensors.ComboMAPScale;
+    default:
+      return kNoEntry;
   }
-  return kNoEntry;
 }
 
 bool HeldShowable(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
   switch (choice) {
     case SetupChoice::kDwellMode:
-      return (state.setup.DwellTime & kDwellBitNoControlSets) == 0;
+      return (state.setup.DwellTime & kDwellUnusedBit) == 0;
     case SetupChoice::kComboMAPScale:
       return MapScaleEntryOfCode(state.sensors.ComboMAP, state.sensors.MapSensorScaling)
           .has_value();
@@ -557,8 +529,8 @@ std::optional<std::pair<int, int>> SetupEditor::RawRange(int position) const {
   return range;
 }
 
-std::string SetupEditor::RawRangeNote(int position) const {
-  const std::optional<std::pair<int, int>> range = RawRange(position);
+std::string SetupEditor::RawRangeNote(int position,
+                                      const std::optional<std::pair<int, int>>& range) const {
   if (!range) return "Takes no value now.";
   if (*range == std::pair{0, 255}) return {};
   std::string note =

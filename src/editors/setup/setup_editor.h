@@ -89,6 +89,8 @@ std::string RefusalText(const ChangeOutcome& outcome);
 // Byte 958: bit 6 chooses "Constant Charge Time" over "Constant Duty Percentage"; bits 0 to 5
 // hold the duty in percent or the charge time in tenths of a millisecond.
 inline constexpr std::uint8_t kDwellChargeTimeBit = 0x40;
+// Bit 7, which neither dwell control sets: a byte with it stands for no dwell mode or value.
+inline constexpr std::uint8_t kDwellUnusedBit = 0x80;
 inline constexpr int kMaxDwellValue = 63;
 int DwellModeOf(std::uint8_t dwell_byte);
 int DwellValueOf(std::uint8_t dwell_byte);
@@ -132,9 +134,10 @@ class SetupEditor {
   // The lowest and highest value a raw byte can take now (every value between them can);
   // nullopt when none can.
   std::optional<std::pair<int, int>> RawRange(int position) const;
-  // Why a raw byte takes only RawRange: "Takes 0 to 15: 16 would set byte 884 to 16, which
-  // fails ...". Empty when it takes every value.
-  std::string RawRangeNote(int position) const;
+  // Why a raw byte takes only `range`, its RawRange (which the pages have at hand: it tries
+  // every value): "Takes 0 to 15: 16 would set byte 884 to 16, which fails ...". Empty when it
+  // takes every value.
+  std::string RawRangeNote(int position, const std::optional<std::pair<int, int>>& range) const;
   // Idle option `index` (0 to 7: byte 856, bits 0 to 7; 8 to 15: byte 857).
   std::vector<ByteWrite> SetIdleFlag(int index, bool on);
 

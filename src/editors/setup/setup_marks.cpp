@@ -15,7 +15,6 @@ namespace vela {
 namespace {
 
 constexpr int kChargeTimeTenthsPerMs = 10;
-constexpr std::uint8_t kDwellUnusedBit = 0x80;
 
 std::string Whole(double value) {
   char text[32];
