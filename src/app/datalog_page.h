@@ -76,8 +76,6 @@ class DatalogPage : public QWidget {
   DatalogCapture& capture() { return capture_; }
   DatalogChart* chart() const { return chart_; }
   bool Logging() const { return capture_.DatalogLive; }
-  // The journal's file, for tests that look at what a kill would leave.
-  const DatalogJournal& journal() const { return journal_; }
 
  signals:
   // Stopping brings the DataLogging tab to the front.

@@ -142,9 +142,9 @@ DatalogLoadResult DatalogFiles::LoadDatalog(DatalogLog& log) {
     outcome.result = DatalogFileResult::kRefused;
     return outcome;
   }
+  // The shown log is replaced only by a file that is read as a datalog.
   const std::optional<std::string> bytes = files_.ReadFile(*path);
-  DatalogLog loaded;
-  if (bytes) outcome.report = DecodeLogFile(*bytes, loaded);
+  if (bytes) outcome.report = DecodeLogFile(*bytes, log);
   if (!outcome.report.recognised) {
     messages_.Show(MessageIcon::kExclamation, std::string(kLoadDatalogTitle),
                    {"This file is not a MORVANE VELA datalog this program can read.",
@@ -152,7 +152,6 @@ DatalogLoadResult DatalogFiles::LoadDatalog(DatalogLog& log) {
     outcome.result = DatalogFileResult::kFailed;
     return outcome;
   }
-  log.ReplaceWith(std::move(loaded));
   const std::vector<std::string> loss = DescribeLoss(outcome.report, log);
   if (!loss.empty())
     messages_.Show(MessageIcon::kExclamation, std::string(kLoadDatalogTitle), loss);

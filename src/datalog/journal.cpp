@@ -15,8 +15,11 @@ std::array<bool, kChannelCount> ActiveStates(const DatalogLog& log) {
 
 }  // namespace
 
+// A write counts only once it is on the disk: a failed push ends the journal as a failed append
+// does, and a journal that cannot be pushed at its start is said to be missing.
 void DatalogJournal::Write(const std::string& bytes) {
   if (ok_) ok_ = file_.Append(bytes);
+  if (ok_) ok_ = file_.Sync();
 }
 
 bool DatalogJournal::Begin(const DatalogLog& log) {
@@ -29,7 +32,6 @@ bool DatalogJournal::Begin(const DatalogLog& log) {
   active_written_ = ActiveStates(log);
   if (!ok_) return false;
   Write(EncodeLogHeader() + EncodeSeriesBlock(log) + EncodeAxisBlock(log.axis));
-  if (ok_) file_.Sync();
   return ok_;
 }
 
@@ -55,9 +57,7 @@ void DatalogJournal::Flush(const DatalogLog& log) {
     bytes += EncodeMarkerBlock(marker);
     markers_written_.push_back(marker);
   }
-  if (bytes.empty()) return;
-  Write(bytes);
-  if (ok_) file_.Sync();
+  if (!bytes.empty()) Write(bytes);
 }
 
 bool DatalogJournal::FlushDue(const DatalogLog& log, double now_s) const {
@@ -82,10 +82,7 @@ bool DatalogJournal::FlushIfDue(const DatalogLog& log, double now_s) {
 void DatalogJournal::End(const DatalogLog& log) {
   if (!writing_) return;
   Flush(log);
-  if (ok_) {
-    Write(EncodeEndBlock(log));
-    file_.Sync();
-  }
+  Write(EncodeEndBlock(log));
   file_.Close();
   writing_ = false;
 }

@@ -42,7 +42,7 @@ class DatalogJournal {
   DatalogJournal(JournalFile& file, std::string path) : file_(file), path_(std::move(path)) {}
 
   // A new log begins: the journal starts afresh with the log's series. False when the file
-  // cannot be made (the log is then recorded without a journal).
+  // cannot be made or pushed to the disk (the log is then recorded without a journal).
   bool Begin(const DatalogLog& log);
   // Records, markers and series changes since the last flush, pushed to the disk.
   void Flush(const DatalogLog& log);
@@ -60,6 +60,7 @@ class DatalogJournal {
   const std::string& path() const { return path_; }
 
  private:
+  // Appends `bytes` and pushes them to the disk; a failure stops every later write.
   void Write(const std::string& bytes);
 
   JournalFile& file_;

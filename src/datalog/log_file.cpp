@@ -147,7 +147,7 @@ LogFileReport DecodeLogFile(std::string_view bytes, DatalogLog& log) {
   LogBlockReader(bytes, read, report).ReadAll(std::min(bytes.size(), kLogHeaderSize));
   // A file with a damaged header is a datalog only when at least one whole block says so.
   report.recognised = !report.header_damaged || report.blocks_read > 0;
-  if (report.recognised) log = std::move(read);
+  if (report.recognised) log.ReplaceWith(std::move(read));
   return report;
 }
 

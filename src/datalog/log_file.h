@@ -82,8 +82,8 @@ inline constexpr std::size_t kLogFileHeadBytes = kLogHeaderSize + 4;
 
 // The whole file: header, series, axis, records in blocks of kRecordsPerBlock, markers, end.
 std::string EncodeLogFile(const DatalogLog& log);
-// Reads `bytes` into `log` (which is replaced when the file is recognised and left as it was
-// otherwise). Every whole block is read whatever else is damaged.
+// Reads `bytes` into `log`, which is replaced (its revision moving on) when the file is recognised
+// and left as it was otherwise. Every whole block is read whatever else is damaged.
 LogFileReport DecodeLogFile(std::string_view bytes, DatalogLog& log);
 
 // The pieces, for the journal.

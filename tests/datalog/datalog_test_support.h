@@ -84,6 +84,7 @@ class MemoryJournalFile : public JournalFile {
     return true;
   }
   bool Sync() override {
+    if (fail_sync) return false;
     synced = bytes.size();
     return open;
   }
@@ -100,6 +101,7 @@ class MemoryJournalFile : public JournalFile {
   bool open = false;
   bool removed = false;
   bool fail_create = false;
+  bool fail_sync = false;  // the disk refuses the push (full, or failing)
 };
 
 }  // namespace vela::testing

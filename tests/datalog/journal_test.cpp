@@ -165,5 +165,31 @@ TEST(Journal, AJournalThatCannotBeMadeIsSaidSoAndWritesNothing) {
   EXPECT_TRUE(file.bytes.empty());
 }
 
+// A write that does not reach the disk is no write: a journal whose first push fails is said to
+// be missing, and one whose push fails later writes nothing more.
+TEST(Journal, AJournalTheDiskWillNotTakeIsSaidSoAndStopsWriting) {
+  testing::MemoryJournalFile file;
+  file.fail_sync = true;
+  DatalogJournal journal(file, kJournal);
+  DatalogLog log = testing::PatternLog(10);
+  EXPECT_FALSE(journal.Begin(log));
+
+  Recording r;
+  r.Records(5);
+  r.journal.Flush(r.log);
+  const std::size_t synced = r.file.synced;
+  r.file.fail_sync = true;
+  r.Records(5);
+  r.journal.Flush(r.log);
+  const std::size_t appended = r.file.bytes.size();
+  r.file.fail_sync = false;
+  r.Records(5);
+  r.journal.Flush(r.log);
+  r.journal.End(r.log);
+  EXPECT_EQ(r.file.bytes.size(), appended);
+  EXPECT_EQ(r.file.synced, synced);
+  EXPECT_EQ(r.Recover()->log.RecordCount(), 10u);
+}
+
 }  // namespace
 }  // namespace vela
