@@ -4,24 +4,11 @@
 
 namespace vela {
 
-namespace {
-
-// A live value reads as static text whose value is the text it paints.
-QAccessibleInterface* LiveValueAccessible(const QString& class_name, QObject* object) {
-  if (class_name != QLatin1String("vela::LiveValue")) return nullptr;
-  auto* value = qobject_cast<LiveValue*>(object);
-  if (value == nullptr) return nullptr;
-  return new PaintedTextAccessible(value, QAccessible::StaticText, [](const QWidget* widget) {
-    return static_cast<const LiveValue*>(widget)->text();
-  });
-}
-
-}  // namespace
-
 LiveValue::LiveValue(const QString& widest, Qt::Alignment alignment, QWidget* parent)
     : QWidget(parent), widest_(widest), alignment_(alignment) {
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-  InstallAccessibleFactory<&LiveValueAccessible>();
+  // It reads as static text whose value is the text it paints.
+  InstallPaintedTextAccessible<LiveValue, QAccessible::StaticText, &LiveValue::text>();
 }
 
 void LiveValue::SetOpaque(QPalette::ColorRole ground, bool framed) {

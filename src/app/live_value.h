@@ -40,7 +40,7 @@ class LiveValue : public QWidget {
   bool opaque_ = false;
   bool framed_ = false;
   QPalette::ColorRole ground_ = QPalette::Window;
-  ValueAnnouncer announcer_{[this](const QString& text) { AnnounceValue(this, text); }};
+  ValueAnnouncer announcer_{this};
 };
 
 }  // namespace vela

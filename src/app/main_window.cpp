@@ -331,8 +331,7 @@ void MainWindow::ShowLiveData(bool tick) {
   const int afr_mode = parts_.setup.settings.afr_display_mode;
   const int tab = tabs_->currentIndex();
   if (tab < MapPages::kPages) map_pages_->ShowLive(shown, live, tab);
-  const bool data_page_turn = !tick || (++data_page_ticks_ % 2) == 0;
-  if (tab == kDataPage && data_page_turn)
+  if (tab == kDataPage && (!tick || ++data_page_ticks_ % 2 == 0))
     data_page_->Show(shown, afr_mode, map_pages_->LiveTuning(), live);
   setup_pages_->ShowLive(shown, afr_mode, live);
   parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));

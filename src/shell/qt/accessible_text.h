@@ -117,6 +117,9 @@ class ValueAnnouncer {
   using Announce = std::function<void(const QString&)>;
 
   explicit ValueAnnouncer(Announce announce) : announce_(std::move(announce)) {}
+  // Tells them as the value of `object` (AnnounceValue).
+  explicit ValueAnnouncer(QObject* object)
+      : ValueAnnouncer([object](const QString& text) { AnnounceValue(object, text); }) {}
   ValueAnnouncer(const ValueAnnouncer&) = delete;
   ValueAnnouncer& operator=(const ValueAnnouncer&) = delete;
 
@@ -152,6 +155,24 @@ template <QAccessibleInterface* (*Factory)(const QString&, QObject*)>
 void InstallAccessibleFactory() {
   static const bool installed = (QAccessible::installFactory(Factory), true);
   (void)installed;
+}
+
+// The interface of a widget of class `Widget` (exactly that class): role `Role`, its value the
+// text `Value` gives of it (a member function or a function taking the widget).
+template <class Widget, QAccessible::Role Role, auto Value>
+QAccessibleInterface* PaintedTextFactory(const QString& class_name, QObject* object) {
+  if (class_name != QLatin1String(Widget::staticMetaObject.className())) return nullptr;
+  auto* widget = qobject_cast<Widget*>(object);
+  if (widget == nullptr) return nullptr;
+  return new PaintedTextAccessible(widget, Role, [](const QWidget* painted) {
+    return QString(std::invoke(Value, *static_cast<const Widget*>(painted)));
+  });
+}
+
+// Lets tools read every `Widget` through PaintedTextFactory; installed once, however often asked.
+template <class Widget, QAccessible::Role Role, auto Value>
+void InstallPaintedTextAccessible() {
+  InstallAccessibleFactory<&PaintedTextFactory<Widget, Role, Value>>();
 }
 
 }  // namespace vela

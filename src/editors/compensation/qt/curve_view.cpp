@@ -33,21 +33,12 @@ QString Number(double value) {
   return QString::number(value, 'f', decimals);
 }
 
-QAccessibleInterface* CurveAccessible(const QString& class_name, QObject* object) {
-  if (class_name != QLatin1String("vela::CurveView")) return nullptr;
-  auto* curve = qobject_cast<CurveView*>(object);
-  if (curve == nullptr) return nullptr;
-  return new PaintedTextAccessible(curve, QAccessible::Chart, [](const QWidget* widget) {
-    return static_cast<const CurveView*>(widget)->LiveCaption();
-  });
-}
-
 }  // namespace
 
 CurveView::CurveView(QWidget* parent) : QWidget(parent) {
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   setAttribute(Qt::WA_OpaquePaintEvent);  // the chart's picture covers the whole widget
-  InstallAccessibleFactory<&CurveAccessible>();
+  InstallPaintedTextAccessible<CurveView, QAccessible::Chart, &CurveView::LiveCaption>();
 }
 
 void CurveView::Invalidate() {

@@ -94,7 +94,7 @@ class CurveView : public QWidget {
   std::optional<double> live_x_;
   QString live_caption_;
   QPixmap chart_;  // the chart without the live mark
-  ValueAnnouncer announcer_{[this](const QString& text) { AnnounceValue(this, text); }};
+  ValueAnnouncer announcer_{this};
 };
 
 }  // namespace vela

@@ -4,7 +4,6 @@
 #include <array>
 
 #include "editors/mapgrid/qt/map_readout.h"
-#include "editors/mapgrid/qt/map_surface_view.h"
 #include "shell/qt/accessible_text.h"
 
 namespace vela {
@@ -114,21 +113,14 @@ class ReadoutAccessible : public QAccessibleWidget {
 };
 
 QAccessibleInterface* MapAccessible(const QString& class_name, QObject* object) {
-  if (class_name == QLatin1String("vela::MapReadout")) {
-    if (auto* readout = qobject_cast<MapReadout*>(object)) return new ReadoutAccessible(readout);
-  } else if (class_name == QLatin1String("vela::MapSurfaceView")) {
-    if (auto* surface = qobject_cast<MapSurfaceView*>(object)) {
-      return new PaintedTextAccessible(surface, QAccessible::Chart, [](const QWidget* widget) {
-        return static_cast<const MapSurfaceView*>(widget)->MarkerText();
-      });
-    }
-  }
-  return nullptr;
+  if (class_name != QLatin1String("vela::MapReadout")) return nullptr;
+  auto* readout = qobject_cast<MapReadout*>(object);
+  return readout != nullptr ? new ReadoutAccessible(readout) : nullptr;
 }
 
 }  // namespace
 
-void InstallMapAccessibility() { InstallAccessibleFactory<&MapAccessible>(); }
+void InstallReadoutAccessibility() { InstallAccessibleFactory<&MapAccessible>(); }
 
 QAccessibleInterface* ReadoutValueInterface(MapReadout* readout, int index) {
   QAccessibleInterface* whole = QAccessible::queryAccessibleInterface(readout);

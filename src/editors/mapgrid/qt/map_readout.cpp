@@ -38,7 +38,7 @@ MapReadout::MapReadout(QWidget* parent, Qt::Orientation orientation)
     : QTableWidget(parent), across_(orientation == Qt::Horizontal) {
   // Before the rows exist: their arrival is told to a listening tool, which then asks for the
   // grid's interface and keeps the one it gets.
-  InstallMapAccessibility();
+  InstallReadoutAccessibility();
   const int quantities = static_cast<int>(kReadoutLabels.size());
   setRowCount(across_ ? 2 : quantities);
   setColumnCount(across_ ? quantities : 2);

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "editors/mapgrid/qt/map_accessible.h"
-
 namespace vela {
 
 namespace {
@@ -38,7 +36,7 @@ MapSurfaceView::MapSurfaceView(QWidget* parent) : QWidget(parent) {
   setMinimumSize(160, 120);
   setCursor(Qt::OpenHandCursor);
   setFocusPolicy(Qt::NoFocus);
-  InstallMapAccessibility();
+  InstallPaintedTextAccessible<MapSurfaceView, QAccessible::Chart, &MapSurfaceView::MarkerText>();
 }
 
 void MapSurfaceView::SetData(MapGraphData data) {
@@ -71,9 +69,8 @@ void MapSurfaceView::SetMarker(std::optional<OperatingPoint> point) {
 }
 
 void MapSurfaceView::TakeMarker(std::optional<Marker> marker) {
-  const QString before = MarkerText();
   marker_ = std::move(marker);
-  if (MarkerText() != before) announcer_.Changed(MarkerText());
+  announcer_.Changed(MarkerText());
 }
 
 void MapSurfaceView::SetAngles(ViewAngles angles) {

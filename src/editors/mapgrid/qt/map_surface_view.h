@@ -3,7 +3,7 @@
 // chip: the scene is drawn once into a picture whenever the map, the size or the view changes,
 // and a move of the live point paints only the point over that picture. Drag with the mouse to
 // turn the view; a double click brings back the first view. Accessibility tools read it as a
-// chart whose value is the live point's label (map_accessible.h).
+// chart whose value is the live point's label (accessible_text.h).
 #pragma once
 
 #include <QPixmap>
@@ -77,7 +77,7 @@ class MapSurfaceView : public QWidget {
   bool scene_stale_ = true;
   std::optional<QPointF> drag_from_;
   ViewAngles drag_angles_;
-  ValueAnnouncer announcer_{[this](const QString& text) { AnnounceValue(this, text); }};
+  ValueAnnouncer announcer_{this};
 };
 
 }  // namespace vela
