@@ -244,8 +244,8 @@ void MainWindow::WireLink() {
   connect(&link, &LinkSession::FrameTaken, status_strip_, &StatusStrip::CountFrame);
   live_refresh_.setInterval(kLiveRefreshMs);
   connect(&live_refresh_, &QTimer::timeout, this, [this] {
-    if (live_data_new_) ShowLiveData(/*tick=*/true);
-    live_data_new_ = false;
+    // A frame the Data Page waited its turn for stays new until the page has shown it.
+    if (live_data_new_) live_data_new_ = !ShowLiveData(/*tick=*/true);
   });
   live_refresh_.start();
   status_refresh_.setInterval(kStatusRefreshMs);
@@ -325,16 +325,19 @@ void MainWindow::RefreshStatus() {
 // Only the page in front is redrawn; a page brought to the front is redrawn at once. The Data
 // Page's large numbers take every second tick (five times a second): numbers that change faster
 // cannot be read, and their repaint is the page's whole cost.
-void MainWindow::ShowLiveData(bool tick) {
+bool MainWindow::ShowLiveData(bool tick) {
   const LiveData shown = live_view_->Shown();
   const bool live = live_view_->Live();
   const int afr_mode = parts_.setup.settings.afr_display_mode;
   const int tab = tabs_->currentIndex();
   if (tab < MapPages::kPages) map_pages_->ShowLive(shown, live, tab);
-  if (tab == kDataPage && (!tick || ++data_page_ticks_ % 2 == 0))
+  const bool data_page_waits = tab == kDataPage && tick && ++data_page_ticks_ % 2 != 0;
+  if (tab == kDataPage && !data_page_waits) {
     data_page_->Show(shown, afr_mode, map_pages_->LiveTuning(), live);
+  }
   setup_pages_->ShowLive(shown, afr_mode, live);
   parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
+  return !data_page_waits;
 }
 
 bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.trace); }

@@ -120,7 +120,8 @@ class MainWindow : public QMainWindow, public StartupSteps {
   void WireLink();
   void RefreshStatus();
   ProgramStatus CurrentStatus() const;
-  void ShowLiveData(bool tick = false);
+  // Shows the newest live values; false when the Data Page waited for its turn.
+  bool ShowLiveData(bool tick = false);
   void ApplyLinkSettings();
   void ShowPortDevice();
 
