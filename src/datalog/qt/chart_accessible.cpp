@@ -18,28 +18,15 @@ QString CursorLabels(const DatalogChart& chart) {
   return labels.join(QStringLiteral(", "));
 }
 
-QAccessibleInterface* ChartAccessible(const QString& class_name, QObject* object) {
-  if (class_name != QLatin1String("vela::DatalogChart")) return nullptr;
-  auto* chart = qobject_cast<DatalogChart*>(object);
-  if (chart == nullptr) return nullptr;
-  return new PaintedTextAccessible(chart, QAccessible::Chart, [](const QWidget* widget) {
-    return CursorLabels(*static_cast<const DatalogChart*>(widget));
-  });
-}
-
 }  // namespace
 
 void MakeChartAccessible(DatalogChart* chart) {
   if (chart == nullptr) return;
-  InstallAccessibleFactory<&ChartAccessible>();
+  InstallPaintedTextAccessible<DatalogChart, QAccessible::Chart, &CursorLabels>();
   chart->setAccessibleName("Datalog chart");
-  auto announced = std::make_shared<QString>(CursorLabels(*chart));
-  QObject::connect(chart, &DatalogChart::CursorsChanged, chart, [chart, announced] {
-    const QString labels = CursorLabels(*chart);
-    if (labels == *announced) return;
-    *announced = labels;
-    AnnounceValue(chart, labels);
-  });
+  auto announcer = std::make_shared<ValueAnnouncer>(chart);
+  QObject::connect(chart, &DatalogChart::CursorsChanged, chart,
+                   [chart, announcer] { announcer->Changed(CursorLabels(*chart)); });
 }
 
 }  // namespace vela
