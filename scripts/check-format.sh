@@ -3,12 +3,12 @@
 #   scripts/check-format.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
+report="$(mktemp)"
+trap 'rm -f "$report"' EXIT
 mapfile -t files < <(git ls-files '*.cpp' '*.h')
-if ! clang-format --dry-run --Werror "${files[@]}" 2> /tmp/vela-format.$$; then
-  grep -oE '^[^ :]+\.(cpp|h):' /tmp/vela-format.$$ | tr -d ':' | sort -u | sed 's/^/not formatted: /'
+if ! clang-format --dry-run --Werror "${files[@]}" 2> "$report"; then
+  grep -oE '^[^ :]+\.(cpp|h):' "$report" | tr -d ':' | sort -u | sed 's/^/not formatted: /'
   echo "run clang-format -i on them (Google base, 100 columns)"
-  rm -f /tmp/vela-format.$$
   exit 1
 fi
-rm -f /tmp/vela-format.$$
 echo "every C++ file is formatted"
