@@ -38,9 +38,11 @@ test: build
 build-bench: configure
 	cmake --build $(BUILD) -j $(JOBS) --target vela-benches
 
-# Fails when the build read a Debian package that scripts/install-deps.sh does not bring.
+# Fails when a build read a Debian package that scripts/install-deps.sh does not bring: the main
+# build with its benchmarks, and the fuzz build when there is one.
 check-packages: build build-bench
 	bash scripts/check-packages.sh $(BUILD)
+	if [ -f $(FUZZ_BUILD)/CMakeCache.txt ]; then bash scripts/check-packages.sh $(FUZZ_BUILD); fi
 
 bench: build build-bench
 	$(BUILD)/bench/vela-bench

@@ -2,8 +2,8 @@
 # Installs the Debian packages that building, testing and a headless run need.
 # Safe to run again: it asks apt only for what is missing. With --fuzz it also installs clang,
 # which only `make fuzz` needs; with --format clang-format, which only `make check-format` needs;
-# with --list it only prints the packages it would see to (scripts/check-packages.sh compares the
-# build against that list).
+# with --list it only prints every package it may see to (scripts/check-packages.sh compares the
+# builds against that list).
 set -euo pipefail
 
 packages=(
@@ -21,12 +21,18 @@ packages=(
   # installed with the rest so that every build CI makes reads only what this list brings.
   libclang-common-14-dev libclang-rt-14-dev
 )
-if [ "${1:-}" = "--fuzz" ]; then packages+=(clang-14); fi
-if [ "${1:-}" = "--format" ]; then packages+=(clang-format); fi
-if [ "${1:-}" = "--list" ]; then
-  echo "${packages[*]}"
-  exit 0
-fi
+# CMake picks clang's own archiver and linker tools for the fuzz build when they are there.
+fuzz_packages=(clang-14 llvm-14 lld-14)
+format_packages=(clang-format)
+case "${1:-}" in
+  --fuzz) packages+=("${fuzz_packages[@]}") ;;
+  --format) packages+=("${format_packages[@]}") ;;
+  --list)
+    # Everything any make target may install: the builds CI checks include the fuzz build.
+    echo "${packages[*]} ${fuzz_packages[*]} ${format_packages[*]}"
+    exit 0
+    ;;
+esac
 
 missing=()
 for p in "${packages[@]}"; do
