@@ -315,7 +315,7 @@ void DatalogPage::LinkLost() {
 }
 
 void DatalogPage::StopWithoutEcu() {
-  if (Logging() && parts_.link.state().Caption.find("Not") != std::string::npos) LinkLost();
+  if (Logging() && parts_.link.state().CaptionSaysNotConnected()) LinkLost();
 }
 
 double DatalogPage::NowSeconds() const { return static_cast<double>(clock_.nsecsElapsed()) / 1e9; }

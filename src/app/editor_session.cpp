@@ -217,7 +217,7 @@ void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
 }
 
 void EditorSession::NoteChangeWithoutEcu() {
-  if (mode_.Offline || !LinkConnected(parts_.link.state())) edited_while_down_ = true;
+  if (mode_.Offline || !parts_.link.state().CaptionSaysConnected()) edited_while_down_ = true;
 }
 
 void EditorSession::NoteEdit() {

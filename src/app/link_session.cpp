@@ -145,10 +145,7 @@ void LinkSession::OnBlock(const CalibrationImage& image) {
       this, [this, image] { emit CalibrationReceived(image); }, Qt::QueuedConnection);
 }
 
-bool LinkSession::LineReady() const {
-  return port_.IsOpen() && !state_.Caption.empty() &&
-         state_.Caption.find("Not") == std::string::npos;
-}
+bool LinkSession::LineReady() const { return port_.IsOpen() && state_.CaptionSaysConnected(); }
 
 }  // namespace vela
 

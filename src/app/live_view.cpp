@@ -36,7 +36,7 @@ LiveLoad LiveView::Load() const {
   return {shown.engine_rpm, shown.map_kpa, shown.tps_percent};
 }
 
-bool LiveView::Live() const { return LinkConnected(link_.state()); }
+bool LiveView::Live() const { return link_.state().CaptionSaysConnected(); }
 
 }  // namespace vela
 

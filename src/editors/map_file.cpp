@@ -75,10 +75,6 @@ int OverDutyFuelCells(const CalibrationImage& image) {
   return over;
 }
 
-bool LinkConnected(const LinkState& link) {
-  return !link.Caption.empty() && link.Caption.find("Not") == std::string::npos;
-}
-
 std::string MapFiles::InitialFolder() {
   if (!files_.IsDirectory(folders_.maps)) Warn(kFolderNotFoundTitle, kFolderNotFoundLine);
   if (memory_.folder.empty() || IsInside(memory_.folder, folders_.datalogs)) {
@@ -128,7 +124,7 @@ MapFileResult MapFiles::SaveMap(const EditorState& state) {
 }
 
 MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
-  if (!LinkConnected(target.link) && !target.mode.Offline) {
+  if (!target.link.CaptionSaysConnected() && !target.mode.Offline) {
     messages_.Show(MessageIcon::kExclamation, std::string(kDownloadErrorTitle),
                    LinesOf(kDownloadErrorLines));
     target.mode.Offline = true;

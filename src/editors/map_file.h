@@ -72,9 +72,6 @@ bool FileNameAccepted(const std::string& path);
 // injection mode. A cell above it would ask for more than 100 % injector duty.
 int OverDutyFuelCells(const CalibrationImage& image);
 
-// True when the main form's caption shows the connected state (set and without "Not").
-bool LinkConnected(const LinkState& link);
-
 enum class MapFileResult { kDone, kCancelled, kRefused, kFailed };
 
 // What loading a map works on besides the files. The ECU's firmware version that the loaded map

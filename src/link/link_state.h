@@ -37,6 +37,11 @@ struct LinkState {
   std::string Caption;
   // A link transfer (download) holds the link; shutdown then sends no closing command.
   bool TLock = false;
+
+  // The caption says the link is down ("Not" in it).
+  bool CaptionSaysNotConnected() const { return Caption.find("Not") != std::string::npos; }
+  // The caption is set and says the link is up.
+  bool CaptionSaysConnected() const { return !Caption.empty() && !CaptionSaysNotConnected(); }
 };
 
 // Sends command frames: the only way anything reaches the ECU.

@@ -42,7 +42,7 @@ void ReceiveBuffer::TakeChunk() {
 
 std::size_t ReceiveBuffer::ReplyStart(const std::string& chunk) const {
   if (!reply_expected_ || !reply_expected_() || state_.RxDebug) return std::string::npos;
-  if (state_.Caption.find("Not") != std::string::npos) return std::string::npos;
+  if (state_.CaptionSaysNotConnected()) return std::string::npos;
   // The buffer and the chunk together: a reply's "ALL" may be split between them.
   return FindReplyStart(rx_buffer_ + chunk);
 }
@@ -63,7 +63,7 @@ void ReceiveBuffer::KeepReply(const std::string& chunk, std::size_t reply_start)
 }
 
 void ReceiveBuffer::Keep(const std::string& chunk) {
-  const bool connected = state_.Caption.find("Not") == std::string::npos;
+  const bool connected = !state_.CaptionSaysNotConnected();
   if (connected && !state_.RxDebug && rx_buffer_.size() < kBufferLimit) {
     rx_buffer_ += chunk;
   } else if (rx_buffer_.size() < kDebugBufferLimit && state_.RxDebug) {

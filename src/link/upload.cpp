@@ -6,11 +6,6 @@
 #include "link/live_frame.h"
 
 namespace vela {
-namespace {
-
-bool NotConnected(const LinkState& state) { return state.Caption.find("Not") != std::string::npos; }
-
-}  // namespace
 
 std::size_t FindReplyStart(std::string_view text) {
   constexpr std::string_view kAll = CalibrationUpload::kAllMarker;
@@ -39,7 +34,7 @@ void CalibrationUpload::SetTimer(bool enabled, int interval_ms) {
 
 void CalibrationUpload::UploadTimer() {
   if (held_ && held_()) return;
-  if (NotConnected(state_)) {
+  if (state_.CaptionSaysNotConnected()) {
     if (port_.IsOpen() && upload_step_ < 1) {
       upload_step_ = 1;
       sender_.Send(kPrepareCommand, kPrepareAddress, kPrepareFirstValue);
