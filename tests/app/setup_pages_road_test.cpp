@@ -32,47 +32,14 @@
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
 #include "support/recording_sender.h"
+#include "support/wire_log.h"
 
 using namespace vela;
 using vela::testing::SentFrame;
+using vela::testing::WireLog;
 
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace setup_pages_road_test {
-
-// The single-value writes the ECU took, from its log of command frames (the live-rate register
-// left out).
-class WireLog {
- public:
-  std::function<void(const std::string&)> Hook() {
-    return [this](const std::string& line) {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      lines_.push_back(line);
-    };
-  }
-  std::vector<SentFrame> WritesSince(std::size_t mark) const {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    std::vector<SentFrame> writes;
-    for (std::size_t i = mark; i < lines_.size(); ++i) {
-      int command = 0;
-      int address = 0;
-      int value = 0;
-      if (std::sscanf(lines_[i].c_str(), "command %d address %d value %d", &command, &address,
-                      &value) == 3 &&
-          command == 4 && address != 864) {
-        writes.push_back({command, address, value});
-      }
-    }
-    return writes;
-  }
-  std::size_t Mark() const {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return lines_.size();
-  }
-
- private:
-  mutable std::mutex mutex_;
-  std::vector<std::string> lines_;
-};
 
 struct Program : testing::TestProgram {
   Program(const QString& root, const std::string& device)
