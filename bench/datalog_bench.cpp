@@ -20,11 +20,11 @@
 #include <map>
 #include <memory>
 
+#include "base/file_system.h"
 #include "datalog/datalog_capture.h"
-#include "datalog/datalog_files.h"
-#include "datalog/log_file.h"
+#include "datalog/files/datalog_files.h"
+#include "datalog/files/log_file.h"
 #include "datalog/qt/datalog_chart.h"
-#include "shell/file_system.h"
 
 namespace {
 

@@ -21,11 +21,11 @@
 #include <thread>
 #include <vector>
 
-#include "app/editor_session.h"
-#include "app/link_session.h"
 #include "app/main_window.h"
-#include "app/map_pages.h"
-#include "link/live_frame.h"
+#include "app/pages/map_pages.h"
+#include "app/sessions/editor_session.h"
+#include "app/sessions/link_session.h"
+#include "link/live/live_frame.h"
 #include "program_fixture.h"
 #include "sim/core/base_calibration.h"
 

@@ -5,10 +5,10 @@
 #include <chrono>
 #include <cstdint>
 
+#include "base/platform.h"
 #include "link/comms_sender.h"
 #include "link/delay_loop.h"
 #include "link/link_state.h"
-#include "shell/platform.h"
 
 namespace {
 

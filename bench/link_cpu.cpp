@@ -36,8 +36,8 @@
 #include <string>
 #include <vector>
 
-#include "app/datalog_page.h"
-#include "app/link_session.h"
+#include "app/pages/datalog_page.h"
+#include "app/sessions/link_session.h"
 #include "program_fixture.h"
 #include "sim/pty_runner.h"
 

@@ -6,12 +6,12 @@
 
 #include "link/connection_supervisor.h"
 #include "link/link_state.h"
-#include "link/live_data.h"
-#include "link/live_frame.h"
-#include "link/receive_buffer.h"
-#include "link/receive_dispatch.h"
-#include "link/receive_handlers.h"
-#include "link/upload.h"
+#include "link/live/live_data.h"
+#include "link/live/live_frame.h"
+#include "link/receive/receive_buffer.h"
+#include "link/receive/receive_dispatch.h"
+#include "link/receive/receive_handlers.h"
+#include "link/transfer/upload.h"
 
 namespace {
 

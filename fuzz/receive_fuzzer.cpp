@@ -39,7 +39,7 @@
 
 #include "invariant.h"
 #include "link/connection_supervisor.h"
-#include "link/receive_dispatch.h"
+#include "link/receive/receive_dispatch.h"
 #include "recording_line.h"
 
 namespace {

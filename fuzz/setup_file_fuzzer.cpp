@@ -10,7 +10,7 @@
 #include <string>
 
 #include "invariant.h"
-#include "shell/program_setup.h"
+#include "program/program_setup.h"
 #include "support/platform_fakes.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string_view>
 
-#include "link/live_frame.h"
+#include "link/live/live_frame.h"
 #include "sim/core/frame_rate.h"
 #include "sim/core/live_encoder.h"
 

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "link/fault_reply.h"
+#include "link/faults/fault_reply.h"
 
 namespace vela::sim {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "link/fault_reply.h"
+#include "link/faults/fault_reply.h"
 
 namespace vela::sim {
 

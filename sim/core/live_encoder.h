@@ -1,4 +1,4 @@
-// Live frames as the ECU sends them, laid out by link/live_frame.h. Besides the fields, the
+// Live frames as the ECU sends them, laid out by link/live/live_frame.h. Besides the fields, the
 // encoder sees to it that the data never spells one of the link's markers ("START", "END",
 // "ALL", "DONE", and "CODE" of the fault code reply), which the program would take for the edge of
 // a frame or an upload reply: a byte that would complete one is moved by one count.
@@ -9,7 +9,7 @@
 #include <span>
 
 #include "calibration/calibration_image.h"
-#include "link/live_frame.h"
+#include "link/live/live_frame.h"
 #include "sim/core/engine_model.h"
 
 namespace vela::sim {

@@ -6,7 +6,7 @@
 #include <QPushButton>
 
 #include "link/qt/qt_serial_port.h"
-#include "shell/first_run_setup.h"
+#include "program/first_run_setup.h"
 
 namespace vela {
 

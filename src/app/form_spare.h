@@ -5,7 +5,7 @@
 #include <QComboBox>
 #include <QDialog>
 
-#include "shell/program_setup.h"
+#include "program/program_setup.h"
 
 namespace vela {
 

@@ -7,12 +7,12 @@
 
 #include "app/app_options.h"
 #include "app/display_guard.h"
-#include "app/link_session.h"
 #include "app/main_window.h"
+#include "app/sessions/link_session.h"
+#include "base/file_system.h"
+#include "base/qt/qt_platform.h"
 #include "link/qt/qt_serial_port.h"
-#include "shell/file_system.h"
-#include "shell/qt/qt_platform.h"
-#include "shell/qt/single_instance.h"
+#include "program/qt/single_instance.h"
 #include "sim/pty_runner.h"
 
 namespace {

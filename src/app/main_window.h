@@ -13,10 +13,10 @@
 #include <functional>
 #include <memory>
 
+#include "base/qt/qt_platform.h"
 #include "link/program_status.h"
-#include "shell/program_setup.h"
-#include "shell/qt/qt_platform.h"
-#include "shell/startup_sequence.h"
+#include "program/program_setup.h"
+#include "program/startup_sequence.h"
 
 namespace vela {
 

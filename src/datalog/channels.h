@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "link/live_frame.h"
+#include "link/live/live_frame.h"
 
 namespace vela {
 

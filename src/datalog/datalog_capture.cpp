@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "calibration/rounding.h"
-#include "datalog/axis_follow.h"
+#include "datalog/chart/axis_follow.h"
 #include "link/link_timing.h"
 
 namespace vela {

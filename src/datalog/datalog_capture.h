@@ -10,7 +10,7 @@
 
 #include "datalog/channels.h"
 #include "datalog/datalog_log.h"
-#include "link/live_frame.h"
+#include "link/live/live_frame.h"
 
 namespace vela {
 

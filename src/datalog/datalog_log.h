@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "datalog/channels.h"
+#include "datalog/chart/minmax_pyramid.h"
 #include "datalog/log_gaps.h"
-#include "datalog/minmax_pyramid.h"
 
 namespace vela {
 

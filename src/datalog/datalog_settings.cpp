@@ -1,6 +1,6 @@
 #include "datalog/datalog_settings.h"
 
-#include "shell/program_settings.h"
+#include "base/program_settings.h"
 
 namespace vela {
 

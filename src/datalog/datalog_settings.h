@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/file_system.h"
+#include "base/platform.h"
 #include "datalog/channels.h"
-#include "shell/file_system.h"
-#include "shell/platform.h"
 
 namespace vela {
 

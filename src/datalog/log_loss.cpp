@@ -2,7 +2,7 @@
 // exactly what could not be read.
 #include <cstdio>
 
-#include "datalog/log_file.h"
+#include "datalog/files/log_file.h"
 
 namespace vela {
 

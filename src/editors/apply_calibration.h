@@ -11,11 +11,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/platform.h"
+#include "base/startup_trace.h"
 #include "calibration/calibration_image.h"
 #include "editors/editor_state.h"
 #include "link/link_state.h"
-#include "shell/platform.h"
-#include "shell/startup_trace.h"
 
 namespace vela {
 

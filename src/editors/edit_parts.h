@@ -5,10 +5,10 @@
 
 #include <string_view>
 
+#include "base/platform.h"
 #include "calibration/calibration_image.h"
 #include "editors/editor_state.h"
 #include "link/link_state.h"
-#include "shell/platform.h"
 
 namespace vela {
 

@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/file_names.h"
 #include "calibration/map_axes.h"
 #include "editors/build_calibration.h"
 #include "editors/mapgrid/cell_transmission.h"
 #include "editors/setup/setup_checks.h"
-#include "shell/file_names.h"
 
 namespace vela {
 

@@ -6,14 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "base/file_system.h"
+#include "base/platform.h"
+#include "base/program_folders.h"
 #include "calibration/calibration_image.h"
 #include "editors/apply_calibration.h"
 #include "editors/editor_state.h"
-#include "link/download.h"
 #include "link/link_state.h"
-#include "shell/file_system.h"
-#include "shell/platform.h"
-#include "shell/program_folders.h"
+#include "link/transfer/download.h"
 
 namespace vela {
 

@@ -6,10 +6,10 @@
 #include <array>
 #include <cstdint>
 
+#include "base/platform.h"
 #include "link/delay_loop.h"
 #include "link/link_state.h"
 #include "link/serial_port.h"
-#include "shell/platform.h"
 
 namespace vela {
 

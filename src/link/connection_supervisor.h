@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "link/link_state.h"
-#include "link/live_data.h"
-#include "link/receive_display.h"
-#include "link/upload.h"
+#include "link/live/live_data.h"
+#include "link/receive/receive_display.h"
+#include "link/transfer/upload.h"
 
 namespace vela {
 

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
+#include "base/platform.h"
 #include "link/link_state.h"
-#include "shell/platform.h"
 
 namespace vela {
 

@@ -9,10 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "base/startup_trace.h"
 #include "link/delay_loop.h"
 #include "link/link_state.h"
-#include "link/receive_display.h"
-#include "shell/startup_trace.h"
+#include "link/receive/receive_display.h"
 
 namespace vela {
 

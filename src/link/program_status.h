@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "link/receive_display.h"
+#include "link/receive/receive_display.h"
 
 namespace vela {
 

@@ -6,9 +6,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "app/data_page.h"
-#include "app/live_value.h"
-#include "app/status_strip.h"
+#include "app/pages/data_page.h"
+#include "app/widgets/live_value.h"
+#include "app/widgets/status_strip.h"
 #include "editors/compensation/qt/curve_view.h"
 #include "editors/mapgrid/qt/map_graph.h"
 #include "editors/mapgrid/qt/map_readout.h"

@@ -12,11 +12,11 @@
 #include <functional>
 #include <memory>
 
-#include "app/editor_session.h"
-#include "app/link_session.h"
-#include "app/live_value.h"
 #include "app/main_window.h"
-#include "app/map_pages.h"
+#include "app/pages/map_pages.h"
+#include "app/sessions/editor_session.h"
+#include "app/sessions/link_session.h"
+#include "app/widgets/live_value.h"
 #include "program_fixture.h"
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"

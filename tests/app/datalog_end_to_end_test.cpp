@@ -10,10 +10,10 @@
 #include <QtTest>
 #include <cmath>
 
-#include "app/datalog_page.h"
-#include "app/editor_session.h"
-#include "app/link_session.h"
 #include "app/main_window.h"
+#include "app/pages/datalog_page.h"
+#include "app/sessions/editor_session.h"
+#include "app/sessions/link_session.h"
 #include "program_fixture.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"

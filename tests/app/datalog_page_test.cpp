@@ -1,7 +1,7 @@
 // The DataLogging tab in the whole window: the channel boxes read from and written to
 // DatalogSetup.txt and never changed by a loaded log, the chart's make-up, logging ended by a lost
 // link or no link at all, and the load dialog that lists chart files by their content.
-#include "app/datalog_page.h"
+#include "app/pages/datalog_page.h"
 
 #include <QCheckBox>
 #include <QFile>
@@ -11,11 +11,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "app/link_session.h"
-#include "datalog/datalog_files.h"
-#include "datalog/log_file.h"
+#include "app/sessions/link_session.h"
+#include "base/qt/qt_platform.h"
+#include "datalog/files/datalog_files.h"
+#include "datalog/files/log_file.h"
 #include "program_fixture.h"
-#include "shell/qt/qt_platform.h"
 #include "support/gui_test_main.h"
 
 using namespace vela;

@@ -11,7 +11,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "app/link_session.h"
+#include "app/sessions/link_session.h"
 #include "link/connection_supervisor.h"
 #include "link/qt/qt_serial_port.h"
 #include "sim/core/base_calibration.h"

@@ -15,10 +15,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "app/settings_controls.h"
+#include "app/widgets/settings_controls.h"
 #include "link/qt/qt_serial_port.h"
+#include "program/qt/single_instance.h"
 #include "program_fixture.h"
-#include "shell/qt/single_instance.h"
 #include "support/gui_test_main.h"
 
 using namespace vela;

@@ -2,7 +2,7 @@
 // engine, the keyboard that never leaves the grid for a control that writes to the ECU, the fuel
 // map selection that asks first, and the AFR read-out that says what the Data Page says. Set
 // MAP_PAGES_SCREENSHOTS to a folder to keep pictures of the map pages at 1280x720 and 1024x600.
-#include "app/map_pages.h"
+#include "app/pages/map_pages.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -15,12 +15,12 @@
 #include <QtTest>
 #include <limits>
 
-#include "app/data_page.h"
-#include "app/editor_session.h"
+#include "app/pages/data_page.h"
+#include "app/sessions/editor_session.h"
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"
+#include "program/afr_display.h"
 #include "program_fixture.h"
-#include "shell/afr_display.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
 

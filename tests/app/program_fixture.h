@@ -5,12 +5,12 @@
 #include <QString>
 #include <memory>
 
-#include "app/link_session.h"
 #include "app/main_window.h"
+#include "app/sessions/link_session.h"
 #include "app_fakes.h"
+#include "base/file_system.h"
 #include "link/qt/qt_serial_port.h"
-#include "shell/file_system.h"
-#include "shell/qt/single_instance.h"
+#include "program/qt/single_instance.h"
 
 namespace vela::testing {
 

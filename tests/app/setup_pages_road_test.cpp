@@ -20,14 +20,14 @@
 #include <map>
 #include <mutex>
 
-#include "app/compensation_page.h"
-#include "app/editor_session.h"
-#include "app/map_pages.h"
-#include "app/setup_pages.h"
-#include "app/setup_widgets.h"
+#include "app/pages/map_pages.h"
+#include "app/pages/setup/compensation_page.h"
+#include "app/pages/setup/setup_pages.h"
+#include "app/pages/setup/setup_widgets.h"
+#include "app/sessions/editor_session.h"
 #include "editors/compensation/temperature_sensors.h"
+#include "program/context_help.h"
 #include "program_fixture.h"
-#include "shell/context_help.h"
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"

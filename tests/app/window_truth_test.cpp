@@ -10,10 +10,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "app/data_page.h"
-#include "app/fault_monitor.h"
-#include "app/fault_panel.h"
-#include "app/map_pages.h"
+#include "app/pages/data_page.h"
+#include "app/pages/fault_panel.h"
+#include "app/pages/map_pages.h"
+#include "app/sessions/fault_monitor.h"
 #include "editors/mapgrid/qt/map_graph.h"
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"

@@ -10,10 +10,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "app/editor_session.h"
-#include "app/link_session.h"
 #include "app/main_window.h"
-#include "app/map_pages.h"
+#include "app/pages/map_pages.h"
+#include "app/sessions/editor_session.h"
+#include "app/sessions/link_session.h"
 #include "program_fixture.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"

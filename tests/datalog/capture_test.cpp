@@ -3,7 +3,7 @@
 // newest point.
 #include <gtest/gtest.h>
 
-#include "datalog/axis_follow.h"
+#include "datalog/chart/axis_follow.h"
 #include "datalog/datalog_capture.h"
 #include "datalog_test_support.h"
 

@@ -1,12 +1,12 @@
 // The chart's arithmetic: the summaries keep a lone spike at any zoom, columns and raw points,
 // channel scales, zooming around the mouse, ticks and the fuel map cell under the cursor.
-#include "datalog/chart_view.h"
+#include "datalog/chart/chart_view.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "datalog/minmax_pyramid.h"
+#include "datalog/chart/minmax_pyramid.h"
 #include "datalog_test_support.h"
 
 namespace vela {

@@ -1,13 +1,13 @@
 // Saving and loading datalogs through the file dialog: titles, filters, folders, the name rules,
 // the text export, and what a failed save or a bad file leaves.
-#include "datalog/datalog_files.h"
+#include "datalog/files/datalog_files.h"
 
 #include <gtest/gtest.h>
 
 #include <deque>
 
 #include "app/app_fakes.h"
-#include "datalog/log_export.h"
+#include "datalog/files/log_export.h"
 #include "datalog_test_support.h"
 
 namespace vela {

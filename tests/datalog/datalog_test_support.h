@@ -5,8 +5,8 @@
 #include <string>
 
 #include "datalog/datalog_log.h"
-#include "datalog/journal.h"
-#include "link/live_frame.h"
+#include "datalog/files/journal.h"
+#include "link/live/live_frame.h"
 
 namespace vela::testing {
 

@@ -1,6 +1,6 @@
 // The recording journal: whatever was flushed before a crash or a power cut comes back at the
 // next start; a saved or declined log leaves nothing behind.
-#include "datalog/journal.h"
+#include "datalog/files/journal.h"
 
 #include <gtest/gtest.h>
 

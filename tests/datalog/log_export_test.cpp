@@ -1,5 +1,5 @@
 // A datalog as text: the CSV and the old table export, each with its gap marks, and the summary.
-#include "datalog/log_export.h"
+#include "datalog/files/log_export.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // The chart file: a log comes back as it was saved, with its arrival times and gaps; older and
 // foreign files; what a file's first bytes say about it.
-#include "datalog/log_file.h"
+#include "datalog/files/log_file.h"
 
 #include <gtest/gtest.h>
 
-#include "datalog/crc32.h"
+#include "datalog/files/crc32.h"
 #include "datalog_test_support.h"
 
 namespace vela {

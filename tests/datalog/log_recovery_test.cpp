@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "datalog/log_file.h"
+#include "datalog/files/log_file.h"
 #include "datalog_test_support.h"
 
 namespace vela {

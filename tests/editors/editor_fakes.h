@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/file_system.h"
+#include "base/platform.h"
 #include "calibration/calibration_image.h"
 #include "editors/edit_parts.h"
 #include "link/link_state.h"
-#include "shell/file_system.h"
-#include "shell/platform.h"
 #include "support/recording_sender.h"
 
 namespace vela::editor_testing {

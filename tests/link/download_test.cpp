@@ -1,4 +1,4 @@
-#include "link/download.h"
+#include "link/transfer/download.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

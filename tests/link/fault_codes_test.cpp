@@ -1,12 +1,12 @@
 // The fault code request and reply: the reply's layout, the reader on the receive side (among
 // live frames and calibration replies, however the line chunks it) and the faults seen.
-#include "link/fault_codes.h"
+#include "link/faults/fault_codes.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "link/fault_watch.h"
+#include "link/faults/fault_watch.h"
 #include "receive_fakes.h"
 
 namespace vela::receive_testing {

@@ -1,5 +1,5 @@
 // The smoothing of the live read-outs and the words and colours the window shows for the link.
-#include "link/live_smoothing.h"
+#include "link/live/live_smoothing.h"
 
 #include <gtest/gtest.h>
 

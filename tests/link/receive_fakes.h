@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "link/connection_supervisor.h"
-#include "link/receive_dispatch.h"
+#include "link/receive/receive_dispatch.h"
 
 namespace vela::receive_testing {
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "link/fault_codes.h"
+#include "link/faults/fault_codes.h"
 #include "receive_fakes.h"
 
 namespace vela::receive_testing {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "link/receive_handlers.h"
+#include "link/receive/receive_handlers.h"
 #include "sim/core/base_calibration.h"
 #include "sim/core/live_encoder.h"
 

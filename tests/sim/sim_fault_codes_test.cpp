@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "link/fault_reply.h"
+#include "link/faults/fault_reply.h"
 #include "sim/core/base_calibration.h"
 #include "sim/core/fault_memory.h"
 #include "sim/core/sim_options.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "link/live_frame.h"
+#include "link/live/live_frame.h"
 #include "sim/core/ecu_simulator.h"
 
 namespace vela::sim::testing {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "base/file_system.h"
+#include "base/platform.h"
 #include "link/serial_port.h"
-#include "shell/file_system.h"
-#include "shell/platform.h"
 
 namespace vela::testing {
 

@@ -10,9 +10,9 @@
 #include <cstring>
 #include <string>
 
-#include "datalog/log_export.h"
-#include "datalog/log_file.h"
-#include "shell/file_system.h"
+#include "base/file_system.h"
+#include "datalog/files/log_export.h"
+#include "datalog/files/log_file.h"
 
 namespace {
 

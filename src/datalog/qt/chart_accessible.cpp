@@ -3,9 +3,9 @@
 #include <QStringList>
 #include <memory>
 
+#include "base/qt/accessible_text.h"
 #include "datalog/qt/chart_painter.h"
 #include "datalog/qt/datalog_chart.h"
-#include "shell/qt/accessible_text.h"
 
 namespace vela {
 

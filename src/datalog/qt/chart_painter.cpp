@@ -5,8 +5,8 @@
 #include <cmath>
 #include <optional>
 
-#include "datalog/chart_view.h"
-#include "datalog/log_export.h"
+#include "datalog/chart/chart_view.h"
+#include "datalog/files/log_export.h"
 
 namespace vela {
 

@@ -5,7 +5,7 @@
 #include <QWheelEvent>
 #include <cmath>
 
-#include "datalog/chart_view.h"
+#include "datalog/chart/chart_view.h"
 #include "datalog/qt/chart_painter.h"
 
 namespace vela {

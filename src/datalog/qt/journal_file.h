@@ -4,7 +4,7 @@
 
 #include <QFile>
 
-#include "datalog/journal.h"
+#include "datalog/files/journal.h"
 
 namespace vela {
 

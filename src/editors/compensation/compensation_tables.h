@@ -10,13 +10,13 @@
 #include <string_view>
 #include <vector>
 
+#include "base/platform.h"
 #include "calibration/calibration_image.h"
 #include "editors/compensation/small_grid_model.h"
 #include "editors/edit_parts.h"
 #include "editors/editor_state.h"
 #include "editors/setup/map_sensor.h"
 #include "link/link_state.h"
-#include "shell/platform.h"
 
 namespace vela {
 

@@ -11,11 +11,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/platform.h"
 #include "calibration/calibration_image.h"
 #include "editors/edit_parts.h"
 #include "editors/editor_state.h"
 #include "link/link_state.h"
-#include "shell/platform.h"
 
 namespace vela {
 

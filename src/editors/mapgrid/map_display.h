@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "editors/mapgrid/map_grid_model.h"
-#include "link/live_frame.h"
+#include "link/live/live_frame.h"
 
 namespace vela {
 

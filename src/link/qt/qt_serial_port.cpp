@@ -13,8 +13,8 @@
 #include <cstring>
 #endif
 
+#include "base/program_folders.h"
 #include "link/comms_sender.h"
-#include "shell/program_folders.h"
 
 namespace vela {
 

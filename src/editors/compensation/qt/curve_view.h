@@ -11,7 +11,7 @@
 #include <optional>
 #include <vector>
 
-#include "shell/qt/accessible_text.h"
+#include "base/qt/accessible_text.h"
 
 namespace vela {
 

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "editors/mapgrid/map_display.h"
-#include "link/live_frame.h"
+#include "link/live/live_frame.h"
 
 namespace vela {
 

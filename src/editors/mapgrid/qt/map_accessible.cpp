@@ -3,8 +3,8 @@
 #include <QPointer>
 #include <array>
 
+#include "base/qt/accessible_text.h"
 #include "editors/mapgrid/qt/map_readout.h"
-#include "shell/qt/accessible_text.h"
 
 namespace vela {
 

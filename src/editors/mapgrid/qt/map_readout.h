@@ -11,8 +11,8 @@
 #include <memory>
 #include <vector>
 
-#include "link/live_data.h"
-#include "shell/qt/accessible_text.h"
+#include "base/qt/accessible_text.h"
+#include "link/live/live_data.h"
 
 namespace vela {
 

@@ -10,9 +10,9 @@
 #include <QWidget>
 #include <optional>
 
+#include "base/qt/accessible_text.h"
 #include "editors/mapgrid/qt/map_graph_data.h"
 #include "editors/mapgrid/surface_geometry.h"
-#include "shell/qt/accessible_text.h"
 
 namespace vela {
 

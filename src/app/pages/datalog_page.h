@@ -1,0 +1,133 @@
+// The "DataLo&gging" tab: the channel check boxes `Check2`, the buttons `Command6` (start/stop,
+// load, save), the chart `TChart1` with its cursors and markers, the cursor read-out and the time
+// scale. It binds the datalog core to the link's frames, the settings file, the journal and the
+// file dialogs.
+#pragma once
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTimer>
+#include <QWidget>
+#include <array>
+#include <string>
+
+#include "datalog/datalog_capture.h"
+#include "datalog/datalog_log.h"
+#include "datalog/datalog_settings.h"
+#include "datalog/files/datalog_files.h"
+#include "datalog/files/journal.h"
+#include "datalog/qt/datalog_chart.h"
+#include "datalog/qt/journal_file.h"
+#include "link/live/live_frame.h"
+#include "program/program_setup.h"
+
+namespace vela {
+
+class LinkSession;
+class MapGridModel;
+
+struct DatalogPageParts {
+  ProgramSetup& setup;
+  LinkSession& link;
+  MessageSink& messages;
+  FileDialogs& dialogs;
+  FileSystem& files;
+  std::string& dialog_folder;  // shared with the map files
+};
+
+class DatalogPage : public QWidget {
+  Q_OBJECT
+
+ public:
+  // `time_scale_box` holds `DatalogTimeScale` and `TextDatalogTimeScale`.
+  DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidget* parent = nullptr);
+  ~DatalogPage() override;
+
+  // Start-up steps: every channel flag off, channel 0's flag set, the chart set up, the channel
+  // settings read (with `LoadingSetup` held), a journal an earlier run left offered back.
+  void ClearChannelFlags();
+  void EnableChannel0();
+  void SetupChart();
+  void LoadDatalogSettings();
+  void OfferRecovery();
+
+  // `Command6`: 0 starts or stops logging, 1 loads a datalog, 2 saves it.
+  void Command6(int index);
+  // The L key.
+  void StartStopLogging() { Command6(0); }
+  // The K key: a marker at the newest record while logging, otherwise at cursor A.
+  void DropMarker();
+  // A marker with `text` at the time of the newest record.
+  void AddMarker(const std::string& text);
+
+  void FrameTaken(const live::Frame& frame);
+  // The link was lost: logging stops (the button says "Start DataLogging" again).
+  void LinkLost();
+  // Logging stops with the link: while the caption says not connected, no log runs.
+  void StopWithoutEcu();
+  // The fuel map whose cell the cursor read-out names.
+  void SetFuelMap(const MapGridModel* fuel_map) { fuel_map_ = fuel_map; }
+
+  DatalogLog& log() { return log_; }
+  DatalogCapture& capture() { return capture_; }
+  DatalogChart* chart() const { return chart_; }
+  bool Logging() const { return capture_.DatalogLive; }
+
+ signals:
+  // Stopping brings the DataLogging tab to the front.
+  void ShowDataLoggingTab();
+
+ private:
+  QWidget* BuildButtons();
+  QWidget* BuildChannels();
+  QWidget* BuildReadout();
+  void StartLogging();
+  void StopLogging(bool by_button);
+  void Save();
+  void Load();
+  void ChannelToggled(int channel, bool on);
+  // A log from a file or a recovered journal is shown: the check boxes, which say what the next
+  // recording takes, are left as they are.
+  void ShowLoadedLog();
+  void ShowGaps();
+  // Seconds on the program's clock, from which arrival times are counted.
+  double NowSeconds() const;
+  void FlushJournalIfDue();
+  ChannelChecks Checks() const;
+  void Refresh();
+  void ShowTime(double seconds);
+  void ShowCursorValues();
+  QString FuelCellText(double time) const;
+  double TimeScale() const;
+
+  DatalogPageParts parts_;
+  DatalogLog log_;
+  DatalogCapture capture_;
+  DatalogSettings settings_;
+  DatalogFiles files_;
+  QtJournalFile journal_file_;
+  DatalogJournal journal_;
+  bool journal_holds_log_ = false;  // the journal on disk is this log's, not yet saved
+  const MapGridModel* fuel_map_ = nullptr;
+
+  DatalogChart* chart_ = nullptr;
+  std::array<QPushButton*, 3> command6_{};
+  std::array<QCheckBox*, kChannelCount> check2_{};
+  QLabel* status_ = nullptr;
+  QLabel* time_box_ = nullptr;
+  QComboBox* file_kind_ = nullptr;
+  QComboBox* axis_channel_ = nullptr;
+  QTableWidget* cursor_values_ = nullptr;
+  QLabel* fuel_cell_ = nullptr;
+  QLabel* gaps_ = nullptr;
+  QTimer refresh_;
+  QTimer journal_check_;
+  QElapsedTimer clock_;
+  bool records_new_ = false;
+};
+
+}  // namespace vela

@@ -1,0 +1,71 @@
+// The three map pages (fuel map 1, fuel map 2, the ignition map) bound to the editors and the
+// link: grids filled from the editors' state, edits passed on for transmission, live read-outs,
+// the cross-hair and the page labels.
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+#include <array>
+#include <optional>
+
+#include "app/pages/map_page.h"
+#include "base/platform.h"
+#include "editors/mapgrid/qt/cross_hair.h"
+#include "link/live/live_data.h"
+
+namespace vela {
+
+class EditorSession;
+class LinkSession;
+class LiveView;
+
+class MapPages : public QObject {
+  Q_OBJECT
+
+ public:
+  static constexpr int kPages = 3;  // fuel map 1, fuel map 2, ignition: tabs 0, 1 and 2
+
+  MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view, MessageSink& messages,
+           QObject* parent = nullptr);
+
+  // Builds page `index` (0..2) inside `parent`.
+  MapPage* BuildPage(int index, QWidget* parent);
+  MapPage* page(int index) const { return pages_[index]; }
+
+  // The grid set-up: rows, columns by load sites, titles and header texts, then the values.
+  void SetUpGrids();
+  // After a calibration filled the editors: grids, map selection, cross-hair sites.
+  void ShowEditors();
+  // The read-out and the labels of map page `tab` (0..2) from the shown live values; greyed,
+  // with no value, while `connected` is false.
+  void ShowLive(const LiveData& live, bool connected, int tab);
+  // `Numerical`: the maps as numbers only, their graphs folded away.
+  void SetNumerical(bool numerical);
+  bool LiveTuning() const;
+  // The tab in front: the cross-hair marks that map.
+  void TabShown(int tab);
+
+  void ToggleAllRanges();
+  void ToggleLiveTuning();
+  void InsertLiveValue(int tab);
+  void MovePointerToLoadSite(int tab);
+
+ private:
+  void GridEdited(int index, const QList<QPoint>& cells);
+  void ShowDuty(int index);
+  // A choice of the fuel map selection: sent to the ECU once the tuner confirms it.
+  void MapSelectionChosen(int choice);
+
+  EditorSession& editors_;
+  LinkSession& link_;
+  LiveView& live_view_;
+  MessageSink& messages_;
+  std::array<MapPage*, kPages> pages_{};
+  CrossHair cross_hair_;
+  // The cross-hair follows the live point when the read-outs are redrawn (10 times a second),
+  // not with every frame: redrawing 60 times a second costs far more than the eye gains.
+  bool live_new_ = false;
+  bool all_ranges_ = false;
+};
+
+}  // namespace vela

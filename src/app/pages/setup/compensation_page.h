@@ -1,0 +1,56 @@
+// The "&Compensation" tab: the air, water and battery compensation tables and the throttle pump
+// as small map grids edited with the map keys, each beside its curve with the live operating
+// point on it (none while a temperature stands for no temperature: "Error", "999", ">120",
+// "<-20"), the battery table's bytes beyond its rows as stored, and the live read-out across the
+// top.
+#pragma once
+
+#include <QWidget>
+#include <array>
+
+#include "app/pages/setup/raw_field_panel.h"
+#include "app/pages/setup/setup_page_parts.h"
+#include "editors/compensation/compensation_tables.h"
+#include "editors/compensation/qt/curve_view.h"
+#include "editors/compensation/qt/small_map_grid.h"
+#include "editors/mapgrid/qt/map_readout.h"
+#include "link/live/live_data.h"
+
+namespace vela {
+
+class CompensationPage : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit CompensationPage(SetupPageParts parts, QWidget* parent = nullptr);
+
+  SmallMapGrid* grid(CompTable table) const { return grids_[static_cast<std::size_t>(table)]; }
+  CurveView* curve(CompTable table) const { return curves_[static_cast<std::size_t>(table)]; }
+  // The tables from the editors' state, in the formats the sensor set-up gives them.
+  void ShowEditors();
+  // The live values; greyed and without a live mark while `connected` is false.
+  void ShowLive(const LiveData& live, bool connected);
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  QWidget* BuildTable(CompTable table);
+  // The battery compensation's bytes beyond its 16 V row, as stored, with the check they count in.
+  QWidget* BuildUnshownBattery(QWidget* parent);
+  void CellsChanged(CompTable table, const std::vector<SmallGridChange>& changes);
+  void TextTyped(CompTable table, int row, const QString& text);
+  void ShowCurve(CompTable table);
+  // The tables and their curves (ShowEditors without the raw fields).
+  void ShowTables();
+
+  SetupPageParts parts_;
+  MapReadout* readout_;
+  RawFieldPanel* fields_;
+  std::array<SmallMapGrid*, 4> grids_{};
+  std::array<CurveView*, 4> curves_{};
+  LiveData live_;
+  bool connected_ = false;
+};
+
+}  // namespace vela

@@ -1,0 +1,184 @@
+// The editors at work: the editors' state and the program's calibration image, a received
+// calibration applied to them, every edited cell written into the image and sent at once, map
+// files saved and loaded, the download with its progress window, and off-line mode.
+#pragma once
+
+#include <QDialog>
+#include <QLabel>
+#include <QObject>
+#include <QProgressBar>
+#include <QTimer>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "base/platform.h"
+#include "base/startup_trace.h"
+#include "calibration/calibration_image.h"
+#include "editors/apply_calibration.h"
+#include "editors/compensation/compensation_tables.h"
+#include "editors/compensation/temperature_sensors.h"
+#include "editors/editor_state.h"
+#include "editors/map_file.h"
+#include "editors/mapgrid/cell_transmission.h"
+#include "editors/setup/setup_editor.h"
+#include "link/link_state.h"
+#include "link/transfer/download.h"
+
+namespace vela {
+
+class LinkSession;
+class MapGridModel;
+
+// Passes commands on unless the program is off-line: then nothing reaches the ECU.
+class OfflineGate : public CommandSender {
+ public:
+  OfflineGate(CommandSender& inner, const ProgramMode& mode) : inner_(inner), mode_(mode) {}
+  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
+                 int command2, int address2, std::int32_t value2, bool& slower) override;
+
+ private:
+  CommandSender& inner_;
+  const ProgramMode& mode_;
+};
+
+// Passes commands on and notes each edit, so that one made while no ECU listens is remembered.
+class EditSender : public CommandSender {
+ public:
+  EditSender(CommandSender& inner, std::function<void()> on_send)
+      : inner_(inner), on_send_(std::move(on_send)) {}
+  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
+                 int command2, int address2, std::int32_t value2, bool& slower) override {
+    on_send_();
+    inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2,
+                     slower);
+  }
+
+ private:
+  CommandSender& inner_;
+  std::function<void()> on_send_;
+};
+
+// `Form3`: the download progress window.
+class DownloadProgressWindow : public QDialog {
+  Q_OBJECT
+
+ public:
+  explicit DownloadProgressWindow(QWidget* parent = nullptr);
+  void SetWidth(double width);
+
+ private:
+  QProgressBar* bar_;
+};
+
+struct EditorSessionParts {
+  LinkSession& link;
+  StartupTrace& status;
+  MessageSink& messages;
+  FileDialogs& dialogs;
+  FileSystem& files;
+  const ProgramFolders& folders;
+  bool& suppress_change_events;
+};
+
+// Which map a grid edits.
+enum class EditedMap { kFuel1, kFuel2, kIgnition };
+
+class EditorSession : public QObject {
+  Q_OBJECT
+
+ public:
+  EditorSession(EditorSessionParts parts, QWidget* window);
+
+  EditorState& state() { return state_; }
+  const CalibrationImage& image() const { return image_; }
+  bool has_calibration() const { return has_calibration_; }
+  Download& download() { return download_; }
+  // The folder the program's file dialogs last showed (maps and datalogs share it).
+  FileDialogMemory& dialog_memory() { return dialog_memory_; }
+
+  // A complete block from the ECU. Ignored while off-line, so a tuner's off-line edits are never
+  // replaced behind their back. When changes were made while the ECU was not connected or the
+  // program was off-line, and the ECU's block differs from the editors' calibration, the tuner is
+  // asked which one wins. A block that arrives while that question is open waits for the answer.
+  // The notes of the application (the "PC Software Update" message) are shown after it, once
+  // the event that brought the block is handled.
+  void ApplyUpload(const CalibrationImage& image);
+  // The tuner changed `cells` of `map`'s grid: cap, write into the image and send.
+  void CellsEdited(EditedMap map, MapGridModel& grid, const std::vector<MapCell>& cells);
+  void SaveMap();
+  void LoadAndDownloadMap();
+  void SetOffline(bool offline);
+  void SetMapSelection(int choice);
+  // True while the ECU may hold another calibration than the one shown: a download did not
+  // complete and the whole image has not been sent again since.
+  bool EcuOutOfStep() const { return ecu_out_of_step_; }
+
+  // The set-up, compensation and sensor table editors: each change goes into the state and the
+  // image and is sent at once.
+  SetupEditor& setup_editor() { return setup_editor_; }
+  CompensationEditor& compensation_editor() { return compensation_editor_; }
+  SensorTableSender& sensor_tables() { return sensor_tables_; }
+  bool& suppress_change_events() { return parts_.suppress_change_events; }
+
+ signals:
+  // The editors' state was filled from a calibration: grids and lists must be shown again.
+  void EditorsFilled();
+  void OfflineChanged(bool offline);
+  void DownloadStatus(const QString& text);
+  void EcuOutOfStepChanged(bool out_of_step);
+  // The calibration the editors hold: the map file's name (or where it came from) and its path.
+  void MapInUseChanged(const QString& name, const QString& path);
+
+ private:
+  ApplyEnvironment Environment();
+  // One block from the ECU; false when the editors' calibration goes down to the ECU instead.
+  bool ApplyEcuBlock(const CalibrationImage& image);
+  // The upload prepared the link (864 <- 8, then 15); applying its block ends with the live-rate
+  // command. A block whose calibration is replaced by a download ends it here.
+  void EndUploadPreparation();
+  // Shows the notes the last application left once the current event is handled.
+  void ShowNotesLater();
+  // True when the tuner chose to send the editors' calibration instead of taking the ECU's.
+  bool KeepEditsOver(const CalibrationImage& ecu_image);
+  // A download ended after its line failed: says so, and offers to send the image again.
+  void DownloadInterrupted();
+  void DownloadWhole();
+  // A change made while no ECU listens (not connected, or off-line): when an ECU's calibration
+  // arrives next and differs, the tuner is asked which one wins.
+  void NoteChangeWithoutEcu();
+  // Every edit: remembered for the ECU's return, and the map in use is marked changed.
+  void NoteEdit();
+  void SetMapInUse(const std::string& path, bool from_ecu);
+  void ShowMapInUse();
+  void SetOutOfStep(bool out_of_step);
+
+  EditorSessionParts parts_;
+  EditorState state_;
+  CalibrationImage image_;
+  bool has_calibration_ = false;
+  bool applying_upload_ = false;                 // ApplyUpload is at work (a question may be open)
+  std::optional<CalibrationImage> newer_block_;  // arrived while it was
+  std::vector<CalibrationNote> notes_;           // to show once the application is done
+  bool edited_while_down_ = false;               // changes made while no ECU was listening
+  bool ecu_out_of_step_ = false;
+  bool resend_when_back_ = false;  // the tuner asked for the whole image once the ECU is back
+  std::string map_path_;           // the map file in use, empty when none
+  bool map_from_ecu_ = false;      // the calibration was read from the ECU
+  bool map_changed_ = false;       // edited since it was read, saved or loaded
+  ProgramMode mode_;
+  OfflineGate gate_;
+  HeldEdits held_edits_;  // a download holds the editors' changes until it has ended
+  EditSender edit_sender_;
+  SetupEditor setup_editor_;
+  CompensationEditor compensation_editor_;
+  SensorTableSender sensor_tables_;
+  CellTransmission transmission_;
+  DownloadProgressWindow progress_;
+  QTimer download_timer_;
+  Download download_;
+  FileDialogMemory dialog_memory_;
+  MapFiles map_files_;
+};
+
+}  // namespace vela

@@ -1,0 +1,74 @@
+#include "link/transfer/download.h"
+
+#include <utility>
+
+namespace vela {
+
+void HeldEdits::CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
+                          bool& reserved, int command2, int address2, std::int32_t value2,
+                          bool& slower) {
+  if (holding_) {
+    waiting_.push_back({command, address, value, pre_wait, command2, address2, value2, slower});
+    return;
+  }
+  inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2, slower);
+}
+
+void HeldEdits::Release() {
+  holding_ = false;
+  std::vector<Held> waiting;
+  waiting.swap(waiting_);
+  for (Held& edit : waiting) {
+    bool reserved = false;
+    inner_.CommsSend(edit.command, edit.address, edit.value, edit.pre_wait, reserved, edit.command2,
+                     edit.address2, edit.value2, edit.slower);
+  }
+}
+
+void Download::Start(std::vector<std::uint8_t> image) {
+  download_image_ = std::move(image);
+  download_pos_ = 1;
+  download_base_ = 1;
+  progress_width_ = 0.0;
+  running_ = true;
+  broken_ = false;
+  lock_before_ = link_.TLock;
+  link_.TLock = true;
+  if (edits_) edits_->Hold();
+  if (callbacks_.show_progress) callbacks_.show_progress();
+  if (callbacks_.set_timer_enabled) callbacks_.set_timer_enabled(true);
+}
+
+// p is the position of the next byte; positions past the image's end carry 0. The last frame's
+// position (p > L) turns it into the closing command.
+void Download::Tick() {
+  if (!running_) return;
+  const int p = download_pos_;
+  const int length = static_cast<int>(download_image_.size());
+  int command = p == length ? kDownloadByteCommand : kDownloadPairCommand;
+  if (p > length) command = kDownloadCloseCommand;
+  const int low = p <= length ? download_image_[static_cast<std::size_t>(p - 1)] : 0;
+  const int high = p <= length - 1 ? download_image_[static_cast<std::size_t>(p)] : 0;
+  sender_.Send(command, download_base_ - 1 + p, high * 256 + low);
+  const bool line_ready = !callbacks_.line_ready || callbacks_.line_ready();
+  if (!line_ready || link_.CommsSendAborted > 0) broken_ = true;
+
+  progress_width_ = length > 0 ? kDownloadProgressFullWidth / length * p : 0.0;
+  if (callbacks_.set_progress) callbacks_.set_progress(progress_width_);
+  download_pos_ = p + 2;
+  if (download_pos_ < length + 3) return;
+  Finish();
+}
+
+void Download::Finish() {
+  if (callbacks_.close_progress) callbacks_.close_progress();
+  if (callbacks_.set_timer_enabled) callbacks_.set_timer_enabled(false);
+  download_pos_ = 1;
+  running_ = false;
+  link_.TLock = lock_before_;
+  if (edits_) edits_->Release();
+  if (callbacks_.clear_status) callbacks_.clear_status();
+  if (broken_ && callbacks_.interrupted) callbacks_.interrupted();
+}
+
+}  // namespace vela
