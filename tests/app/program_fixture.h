@@ -7,10 +7,10 @@
 
 #include "app/main_window.h"
 #include "app/sessions/link_session.h"
-#include "app_fakes.h"
 #include "base/file_system.h"
 #include "link/qt/qt_serial_port.h"
 #include "program/qt/single_instance.h"
+#include "support/platform_fakes.h"
 
 namespace vela::testing {
 
@@ -28,7 +28,7 @@ struct TestProgram {
 
   ProgramFolders folders;
   DiskFileSystem files;
-  AnsweringMessages messages;
+  ScriptedMessages messages;
   ScriptedDialogs dialogs;
   StartupTrace trace;
   ProgramSetup setup;

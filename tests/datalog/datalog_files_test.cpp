@@ -6,9 +6,9 @@
 
 #include <deque>
 
-#include "app/app_fakes.h"
 #include "datalog/files/log_export.h"
 #include "datalog_test_support.h"
+#include "support/platform_fakes.h"
 
 namespace vela {
 namespace {
@@ -54,7 +54,7 @@ struct Files {
   }
   ProgramFolders folders{"/m/", "/m/V/", "/m/V/Maps/", "/m/V/Datalogs/"};
   testing::MemoryFileSystem disk;
-  testing::AnsweringMessages messages;  // Yes to every question
+  testing::ScriptedMessages messages;  // Yes to every question
   NotingDialogs dialogs;
   std::string dialog_folder;
   DatalogFiles files{disk, dialogs, messages, folders, dialog_folder};

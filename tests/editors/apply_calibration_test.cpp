@@ -198,7 +198,7 @@ TEST_F(ApplyCalibration, EditorsSendNothingWhileFillingAndNoBoxOpensUntilTheEnd)
   suppress = false;
   std::vector<std::string> events;
   sender.on_send = [&] { events.push_back(suppress ? "send while filling" : "send"); };
-  messages.on_show = [&] {
+  messages.while_open = [&](const std::string&) {
     events.push_back(std::string(suppress ? "box while filling" : "box") + " after " +
                      status.latest());
   };

@@ -14,84 +14,16 @@
 #include "calibration/calibration_image.h"
 #include "editors/edit_parts.h"
 #include "link/link_state.h"
+#include "support/platform_fakes.h"
 #include "support/recording_sender.h"
 
 namespace vela::editor_testing {
 
 using ::vela::testing::RecordingSender;
+using ::vela::testing::ScriptedDialogs;
+using ::vela::testing::ScriptedMessages;
 using ::vela::testing::SentFrame;
-
-struct ShownMessage {
-  MessageIcon icon;
-  std::string title;
-  std::vector<std::string> lines;
-  MessageButtons buttons;
-};
-
-// Records every box; answers from `answers` in turn, then kYes.
-struct ScriptedMessages : MessageSink {
-  MessageAnswer Show(MessageIcon icon, const std::string& title,
-                     const std::vector<std::string>& lines, MessageButtons buttons) override {
-    shown.push_back({icon, title, lines, buttons});
-    if (on_show) on_show();
-    if (answers.empty()) return MessageAnswer::kYes;
-    const MessageAnswer answer = answers.front();
-    answers.pop_front();
-    return answer;
-  }
-  std::vector<ShownMessage> shown;
-  std::deque<MessageAnswer> answers;
-  std::function<void()> on_show;
-};
-
-struct DialogCall {
-  std::string filter;
-  std::string title;
-  std::string initial_folder;
-};
-
-// Answers every dialog with `path` (nullopt: cancelled).
-struct ScriptedDialogs : FileDialogs {
-  std::optional<std::string> AskOpenPath(const std::string& filter, const std::string& title,
-                                         const std::string& initial_folder) override {
-    opened.push_back({filter, title, initial_folder});
-    return path;
-  }
-  std::optional<std::string> AskSavePath(const std::string& filter, const std::string& title,
-                                         const std::string& initial_folder) override {
-    saved.push_back({filter, title, initial_folder});
-    return path;
-  }
-  std::optional<std::string> path;
-  std::vector<DialogCall> opened;
-  std::vector<DialogCall> saved;
-};
-
-// Files in memory; a failing write leaves the stored file as it was.
-struct MemoryFiles : FileSystem {
-  bool IsDirectory(const std::string& path) override { return folders.count(path) > 0; }
-  bool CreateDirectory(const std::string& path) override {
-    folders[path] = true;
-    return true;
-  }
-  std::optional<std::string> ReadFile(const std::string& path) override {
-    const auto it = files.find(path);
-    if (it == files.end()) return std::nullopt;
-    return it->second;
-  }
-  int WriteFile(const std::string& path, const std::string& content) override {
-    ++writes;
-    if (write_error != kFileErrorNone) return write_error;
-    files[path] = content;
-    return kFileErrorNone;
-  }
-  std::string LastWriteReason() const override { return write_reason; }
-  std::map<std::string, bool> folders;
-  std::map<std::string, std::string> files;
-  int write_error = kFileErrorNone;
-  std::string write_reason;
-  int writes = 0;
-};
+using MemoryFiles = ::vela::testing::MemoryFileSystem;
 
 // A calibration that passes every check: 4 cylinders, 9 fuel and 5 ignition load sites, a
 // 36-1 trigger wheel, falling NTC sensor curves, firmware 2.

@@ -93,7 +93,7 @@ TEST_F(MapFileTest, OverwriteNeedsAYesAndAFailedWriteKeepsTheOldFile) {
   dialogs.path = "/d/M/V/Maps/m.sm1";
   files.files["/d/M/V/Maps/m.sm1"] = "old";
   const EditorState blank;
-  messages.answers = {MessageAnswer::kOk, MessageAnswer::kNo};  // validation warning, question
+  messages.answers = {MessageAnswer::kNo};  // the question (the validation warning is OK only)
   EXPECT_EQ(map_files.SaveMap(blank), MapFileResult::kCancelled);
   EXPECT_EQ(messages.shown.back().title, "Overwrite file");
   EXPECT_THAT(messages.shown.back().lines, ElementsAre("Do you want to overwrite the file?"));

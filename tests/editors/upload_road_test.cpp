@@ -69,7 +69,7 @@ TEST_F(UploadRoad, AnEcuSwappedWhileTheVersionNoteIsOpenIsAskedForItsCalibration
   newer.SetByte(909, 4);
   ReceiveBlock(newer);
   EXPECT_FALSE(rig.upload.TimerEnabled());
-  messages.on_show = [this] { SwapTheEcu(); };
+  messages.while_open = [this](const std::string&) { SwapTheEcu(); };
   ApplyWaitingBlock();
   EXPECT_TRUE(messages.shown.empty());  // no box while the editors fill
   ASSERT_EQ(notes.size(), 1u);
