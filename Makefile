@@ -8,7 +8,7 @@ FUZZ_CXX ?= clang++-14
 FUZZ_SECONDS ?= 60
 FUZZ_TARGETS ?= receive apply-image map-file setup-file
 
-.PHONY: deps configure build build-bench check-packages check-format run test bench clean fuzz
+.PHONY: deps configure build build-bench check-packages check-format check-structure run test bench clean fuzz
 
 deps:
 	bash scripts/install-deps.sh
@@ -56,6 +56,11 @@ bench: build build-bench
 check-format:
 	bash scripts/install-deps.sh --format
 	bash scripts/check-format.sh
+
+# Floors, folder sizes and function lengths (docs/architecture.md).
+check-structure:
+	bash scripts/install-deps.sh --format
+	python3 scripts/check-structure.py
 
 fuzz:
 	bash scripts/install-deps.sh --fuzz

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and a headless run need.
 # Safe to run again: it asks apt only for what is missing. With --fuzz it also installs clang,
-# which only `make fuzz` needs; with --format clang-format, which only `make check-format` needs;
-# with --list it only prints every package it may see to (scripts/check-packages.sh compares the
-# builds against that list).
+# which only `make fuzz` needs; with --format clang-format and python3, which only the code checks
+# (`make check-format`, `make check-structure`) need; with --list it only prints every package it
+# may see to (scripts/check-packages.sh compares the builds against that list).
 set -euo pipefail
 
 packages=(
@@ -23,7 +23,7 @@ packages=(
 )
 # CMake picks clang's own archiver and linker tools for the fuzz build when they are there.
 fuzz_packages=(clang-14 llvm-14 lld-14)
-format_packages=(clang-format)
+format_packages=(clang-format python3)
 case "${1:-}" in
   --fuzz) packages+=("${fuzz_packages[@]}") ;;
   --format) packages+=("${format_packages[@]}") ;;
