@@ -64,7 +64,7 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
   }
   cross_hair_.Attach(index + 1, page->grid(), page->graph());
   connect(page->grid(), &MapGrid::CellsChanged, this,
-          [this, index](const QList<QPoint>& cells) { GridEdited(index, cells); });
+          [this, index](const std::vector<MapCell>& cells) { GridEdited(index, cells); });
   connect(page->grid(), &MapGrid::CursorMoved, this, [this, index] { ShowDuty(index); });
   connect(page->all_ranges(), &QCheckBox::toggled, this, [this](bool on) {
     if (on != all_ranges_) ToggleAllRanges();
@@ -187,11 +187,8 @@ void MapPages::MovePointerToLoadSite(int tab) {
   grid->SetCurrentCell(grid->Model().Current().row, grid->Model().Current().column);
 }
 
-void MapPages::GridEdited(int index, const QList<QPoint>& cells) {
-  std::vector<MapCell> changed;
-  changed.reserve(cells.size());
-  for (const QPoint& cell : cells) changed.push_back({cell.y(), cell.x()});
-  editors_.CellsEdited(kEditedMaps[index], pages_[index]->grid()->Model(), changed);
+void MapPages::GridEdited(int index, const std::vector<MapCell>& cells) {
+  editors_.CellsEdited(kEditedMaps[index], pages_[index]->grid()->Model(), cells);
   pages_[index]->graph()->ShowMap(pages_[index]->grid()->Model());
   ShowDuty(index);
 }
