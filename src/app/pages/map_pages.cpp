@@ -2,7 +2,6 @@
 
 #include <QLayout>
 #include <QSignalBlocker>
-#include <cstdlib>
 
 #include "app/sessions/editor_session.h"
 #include "app/sessions/link_session.h"
@@ -197,7 +196,7 @@ void MapPages::ShowDuty(int index) {
   if (index >= 2) return;
   const MapGridModel& model = pages_[index]->grid()->Model();
   const MapCell cell = model.Current();
-  const double rpm = std::atof(model.RpmLabel(cell.row).c_str());
+  const double rpm = model.RowRpm(cell.row).value_or(0.0);
   const double base = DutyLimitBase(editors_.state().setup);
   pages_[index]->ShowDuty(
       rpm > 0 && base > 0 ? 100.0 * model.Value(cell.row, cell.column) * rpm / base : 0.0);
