@@ -98,6 +98,12 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
       live_view_(new LiveView(parts_.link, parts_.setup.settings, this)),
       fault_monitor_(new FaultMonitor(parts_.link, this)),
       map_pages_(new MapPages(*editors_, parts_.link, *live_view_, parts_.messages, this)) {
+  BuildLayout();
+  ConnectParts();
+  qApp->installEventFilter(this);
+}
+
+void MainWindow::BuildLayout() {
   setWindowTitle(QString::fromStdString(parts_.link.state().Caption));
   auto* central = new QWidget(this);
   central->setObjectName("Form1");
@@ -120,7 +126,9 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   layout->addWidget(status_strip_);
   setCentralWidget(central);
   base_font_points_ = central->font().pointSize();
+}
 
+void MainWindow::ConnectParts() {
   settings_controls_->device_for_port = [this](int n) { return parts_.port.DeviceFor(n); };
   connect(settings_controls_, &SettingsControls::PortChosen, this, &MainWindow::ReopenPort);
   connect(settings_controls_, &SettingsControls::ScaleChanged, this, &MainWindow::ApplyScale);
@@ -156,7 +164,6 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   if (auto* instant_help = findChild<QRadioButton*>("InstantHelp0")) {
     connect(instant_help, &QRadioButton::toggled, setup_pages_, &SetupPages::InstantHelpChanged);
   }
-  qApp->installEventFilter(this);
 }
 
 MainWindow::~MainWindow() {

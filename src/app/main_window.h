@@ -102,6 +102,10 @@ class MainWindow : public QMainWindow, public StartupSteps {
   bool eventFilter(QObject* watched, QEvent* event) override;
   void showEvent(QShowEvent* event) override;
 
+  // Construction: the tabs and the strip, then the wiring between the parts.
+  void BuildLayout();
+  void ConnectParts();
+
   QWidget* BuildPage(int index);
   QWidget* BuildMapFileButtons(QWidget* parent);
   QWidget* BuildKeystrokeTable(QWidget* parent);
