@@ -98,6 +98,12 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
       live_view_(new LiveView(parts_.link, parts_.setup.settings, this)),
       fault_monitor_(new FaultMonitor(parts_.link, this)),
       map_pages_(new MapPages(*editors_, parts_.link, *live_view_, parts_.messages, this)) {
+  BuildLayout();
+  ConnectParts();
+  qApp->installEventFilter(this);
+}
+
+void MainWindow::BuildLayout() {
   setWindowTitle(QString::fromStdString(parts_.link.state().Caption));
   auto* central = new QWidget(this);
   central->setObjectName("Form1");
@@ -120,7 +126,9 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   layout->addWidget(status_strip_);
   setCentralWidget(central);
   base_font_points_ = central->font().pointSize();
+}
 
+void MainWindow::ConnectParts() {
   settings_controls_->device_for_port = [this](int n) { return parts_.port.DeviceFor(n); };
   connect(settings_controls_, &SettingsControls::PortChosen, this, &MainWindow::ReopenPort);
   connect(settings_controls_, &SettingsControls::ScaleChanged, this, &MainWindow::ApplyScale);
@@ -156,7 +164,6 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   if (auto* instant_help = findChild<QRadioButton*>("InstantHelp0")) {
     connect(instant_help, &QRadioButton::toggled, setup_pages_, &SetupPages::InstantHelpChanged);
   }
-  qApp->installEventFilter(this);
 }
 
 MainWindow::~MainWindow() {
@@ -221,7 +228,7 @@ QWidget* MainWindow::BuildDataPage() {
   QLayout* options = data_page_->options_area()->layout();
   auto* reset = new QPushButton("Reset Displays", content);
   reset->setObjectName("Command16");
-  connect(reset, &QPushButton::clicked, this, &MainWindow::RunCommand16);
+  connect(reset, &QPushButton::clicked, this, &MainWindow::ResetDisplays);
   options->addWidget(reset);
   options->setAlignment(reset, Qt::AlignLeft);
   fault_panel_ = new FaultPanel(
@@ -340,7 +347,35 @@ bool MainWindow::ShowLiveData(bool tick) {
   return !data_page_waits;
 }
 
-bool MainWindow::Load() { return RunStartupSequence(*this, parts_.setup, parts_.trace); }
+bool MainWindow::Load() { return RunStartupSequence(LoadActions(), parts_.setup, parts_.trace); }
+
+StartupActions MainWindow::LoadActions() {
+  StartupActions a;
+  a.size_window = [this] { SizeWindow(); };
+  a.hide_before_startup = [this] { HideComponentsBeforeStartup(); };
+  a.set_colours = [this] { SetColours(); };
+  a.clear_datalog_channels = [this] { datalog_page_->ClearChannelFlags(); };
+  a.set_up_tabs = [this] { tabs_->setCurrentIndex(kFuelMap1); };
+  // Small enough for a netbook's screen less its task bar; the pages scroll or fold their graphs.
+  a.set_form_size = [this] { setMinimumSize(800, 520); };
+  a.set_up_map_grids = [this] { map_pages_->SetUpGrids(); };
+  a.check_single_instance = [this] { return CheckSingleInstance(); };
+  a.set_up_notice_label = [this] {
+    notice_label_->setText("Programmable engine management - keep the engine safe while tuning");
+  };
+  a.set_up_port_lists = [this] { settings_controls_->FillFixedLists(); };
+  a.read_program_settings = [this] { ReadProgramSettings(); };
+  a.enable_datalog_channel0 = [this] { datalog_page_->EnableChannel0(); };
+  a.set_up_datalog_chart = [this] { datalog_page_->SetupChart(); };
+  a.load_datalog_settings = [this] {
+    datalog_page_->LoadDatalogSettings();
+    datalog_page_->OfferRecovery();
+  };
+  a.select_first_tab = [this] { SelectFirstTab(); };
+  a.start_counts_per_ms_timer = [this] { StartCountsPerMsTimer(); };
+  a.reset_displays = [this] { ResetDisplays(); };
+  return a;
+}
 
 namespace {
 constexpr QSize kPreferredSize(1280, 860);
@@ -374,15 +409,6 @@ void MainWindow::SetColours() {
   tabs_->setPalette(palette);
 }
 
-void MainWindow::SetupLogLiveChannel1() { datalog_page_->ClearChannelFlags(); }
-void MainWindow::SetupTabs() { tabs_->setCurrentIndex(kFuelMap1); }
-// Small enough for a netbook's screen less its task bar; the pages scroll or fold their graphs.
-void MainWindow::SetupFormSize() { setMinimumSize(800, 520); }
-void MainWindow::SetupRpmPoints() {}
-void MainWindow::SetupGrid(const std::string& name) {
-  if (name == "Fuel") map_pages_->SetUpGrids();
-}
-
 bool MainWindow::CheckSingleInstance() {
   if (parts_.claim_single_instance()) return true;
   parts_.messages.Show(MessageIcon::kInformation, "MORVANE-ECU",
@@ -390,32 +416,11 @@ bool MainWindow::CheckSingleInstance() {
   return false;
 }
 
-void MainWindow::SetupNoticeLabel() {
-  notice_label_->setText("Programmable engine management - keep the engine safe while tuning");
-}
-
-void MainWindow::SetupPortAndSampleLists() { settings_controls_->FillFixedLists(); }
-void MainWindow::SetupInfoGrids() {}
-void MainWindow::SetupSensorAndTriggerLists() {}
-void MainWindow::SetupOutputPositions() {}
-void MainWindow::SetupEditorControls() {}
-void MainWindow::SetupHiddenFocuses() {}
-
 void MainWindow::ReadProgramSettings() {
   parts_.setup.ReadProgramSettings(parts_.port);
   ShowPortDevice();
   ApplyScale(parts_.setup.settings.scale);
   ApplyLinkSettings();
-}
-
-void MainWindow::EnableDatalogChannel0() { datalog_page_->EnableChannel0(); }
-void MainWindow::SetupGpiNames() {}
-void MainWindow::SetupGpoNames() {}
-void MainWindow::SetupDatalogChart() { datalog_page_->SetupChart(); }
-void MainWindow::SetupChartsAndCrossHair() {}
-void MainWindow::LoadDatalogSettings() {
-  datalog_page_->LoadDatalogSettings();
-  datalog_page_->OfferRecovery();
 }
 
 void MainWindow::SelectFirstTab() {
@@ -428,7 +433,7 @@ void MainWindow::StartCountsPerMsTimer() {
   parts_.link.StartCountsPerMsTimer(*status_adapter_);
 }
 
-void MainWindow::RunCommand16() {
+void MainWindow::ResetDisplays() {
   parts_.link.live().Clear();
   ShowLiveData();
 }

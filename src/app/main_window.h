@@ -48,7 +48,7 @@ struct MainWindowParts {
   FileDialogs* dialogs = nullptr;
 };
 
-class MainWindow : public QMainWindow, public StartupSteps {
+class MainWindow : public QMainWindow {
   Q_OBJECT
 
  public:
@@ -70,37 +70,24 @@ class MainWindow : public QMainWindow, public StartupSteps {
   FaultPanel& fault_panel() { return *fault_panel_; }
   StatusStrip& status_strip() { return *status_strip_; }
 
-  // StartupSteps
-  void SizeWindow() override;
-  void HideComponentsBeforeStartup() override;
-  void SetColours() override;
-  void SetupLogLiveChannel1() override;
-  void SetupTabs() override;
-  void SetupFormSize() override;
-  void SetupRpmPoints() override;
-  void SetupGrid(const std::string& name) override;
-  bool CheckSingleInstance() override;
-  void SetupNoticeLabel() override;
-  void SetupPortAndSampleLists() override;
-  void SetupInfoGrids() override;
-  void SetupSensorAndTriggerLists() override;
-  void SetupOutputPositions() override;
-  void SetupEditorControls() override;
-  void SetupHiddenFocuses() override;
-  void ReadProgramSettings() override;
-  void EnableDatalogChannel0() override;
-  void SetupGpiNames() override;
-  void SetupGpoNames() override;
-  void SetupDatalogChart() override;
-  void SetupChartsAndCrossHair() override;
-  void LoadDatalogSettings() override;
-  void SelectFirstTab() override;
-  void StartCountsPerMsTimer() override;
-  void RunCommand16() override;
-
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
   void showEvent(QShowEvent* event) override;
+
+  // Construction: the tabs and the strip, then the wiring between the parts.
+  void BuildLayout();
+  void ConnectParts();
+  // The load's steps as this window does them (see program/startup_sequence.h).
+  StartupActions LoadActions();
+  void SizeWindow();
+  void HideComponentsBeforeStartup();
+  void SetColours();
+  bool CheckSingleInstance();
+  void ReadProgramSettings();
+  void SelectFirstTab();
+  void StartCountsPerMsTimer();
+  // The action of the Data Page's "Reset Displays" button (`Command16`): blank read-outs.
+  void ResetDisplays();
 
   QWidget* BuildPage(int index);
   QWidget* BuildMapFileButtons(QWidget* parent);

@@ -59,6 +59,40 @@ void SetIfInRange(std::string_view text, int low, int high, int& control) {
 
 void SetTruth(std::string_view text, bool& first_choice) { first_choice = (text == "True"); }
 
+// Where a line's value goes: a yes/no field, or a number field whose file value (the field plus
+// `offset`) is taken when it lies within low to high. The port line is read on its own.
+struct SetupLineField {
+  bool ProgramSettings::*truth = nullptr;
+  int ProgramSettings::*number = nullptr;
+  int low = 0;
+  int high = 0;
+  int offset = 0;
+};
+
+SetupLineField TruthLine(bool ProgramSettings::*field) { return {field, nullptr, 0, 0, 0}; }
+SetupLineField NumberLine(int ProgramSettings::*field, int low, int high, int offset = 0) {
+  return {nullptr, field, low, high, offset};
+}
+
+const std::array<SetupLineField, kSetupLineCount> kLineFields = {{
+    {},  // the port
+    NumberLine(&ProgramSettings::frames_per_second_index, 0, kFramesPerSecondChoices - 1),
+    NumberLine(&ProgramSettings::datalog_time_scale, kDatalogTimeScaleMin, kDatalogTimeScaleMax),
+    NumberLine(&ProgramSettings::afr_display_mode, 0, kAfrDisplayModes - 1),
+    TruthLine(&ProgramSettings::fuel_map_numerical),
+    TruthLine(&ProgramSettings::gpo_name_enable),
+    TruthLine(&ProgramSettings::gpo_change_confirm),
+    TruthLine(&ProgramSettings::map_integrity),
+    TruthLine(&ProgramSettings::instant_help),
+    NumberLine(&ProgramSettings::comms_packet_speed, 1, kPacketSpeedChoices, 1),
+    NumberLine(&ProgramSettings::reduce_comms_sending, 0, 1),
+    NumberLine(&ProgramSettings::rpm_smoothing, 0, 1),
+    NumberLine(&ProgramSettings::map_smoothing, 0, 1),
+    NumberLine(&ProgramSettings::afr_smoothing, 0, 1),
+    TruthLine(&ProgramSettings::language_first),
+    NumberLine(&ProgramSettings::scale, kScaleMin + 50, kScaleMax + 50, 50),
+}};
+
 }  // namespace
 
 std::string FilePrintNumber(double value) {
@@ -136,65 +170,21 @@ void ApplySetupLine(int line_number, const std::string& setup_line, ProgramSetti
                     int& comm_port_number) {
   if (line_number < 1 || line_number > kSetupLineCount) return;
   const std::string_view v = ValueText(setup_line, kLines[line_number - 1].read_from);
-  switch (line_number) {
-    case 1:
-      if (const auto port = WholeNumber(v)) {
-        if (*port >= 1 && *port <= kPortCount) s.port_index = *port - 1;
-        comm_port_number = *port;
-      }
-      break;
-    case 2:
-      SetIfInRange(v, 0, kFramesPerSecondChoices - 1, s.frames_per_second_index);
-      break;
-    case 3:
-      SetIfInRange(v, kDatalogTimeScaleMin, kDatalogTimeScaleMax, s.datalog_time_scale);
-      break;
-    case 4:
-      SetIfInRange(v, 0, kAfrDisplayModes - 1, s.afr_display_mode);
-      break;
-    case 5:
-      SetTruth(v, s.fuel_map_numerical);
-      break;
-    case 6:
-      SetTruth(v, s.gpo_name_enable);
-      break;
-    case 7:
-      SetTruth(v, s.gpo_change_confirm);
-      break;
-    case 8:
-      SetTruth(v, s.map_integrity);
-      break;
-    case 9:
-      SetTruth(v, s.instant_help);
-      break;
-    case 10: {
-      int choice = s.comms_packet_speed + 1;
-      SetIfInRange(v, 1, kPacketSpeedChoices, choice);
-      s.comms_packet_speed = choice - 1;
-      break;
+  if (line_number == 1) {
+    if (const auto port = WholeNumber(v)) {
+      if (*port >= 1 && *port <= kPortCount) s.port_index = *port - 1;
+      comm_port_number = *port;
     }
-    case 11:
-      SetIfInRange(v, 0, 1, s.reduce_comms_sending);
-      break;
-    case 12:
-      SetIfInRange(v, 0, 1, s.rpm_smoothing);
-      break;
-    case 13:
-      SetIfInRange(v, 0, 1, s.map_smoothing);
-      break;
-    case 14:
-      SetIfInRange(v, 0, 1, s.afr_smoothing);
-      break;
-    case 15:
-      SetTruth(v, s.language_first);
-      break;
-    case 16: {
-      int saved = s.scale + 50;
-      SetIfInRange(v, kScaleMin + 50, kScaleMax + 50, saved);
-      s.scale = saved - 50;
-      break;
-    }
+    return;
   }
+  const SetupLineField& field = kLineFields[line_number - 1];
+  if (field.truth) {
+    SetTruth(v, s.*field.truth);
+    return;
+  }
+  int value = s.*field.number + field.offset;
+  SetIfInRange(v, field.low, field.high, value);
+  s.*field.number = value - field.offset;
 }
 
 }  // namespace vela

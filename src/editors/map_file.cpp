@@ -64,7 +64,7 @@ int OverDutyFuelCells(const CalibrationImage& image) {
   int over = 0;
   for (int map : {1, 2}) {
     for (int block_row = 1; block_row <= kMapRows; ++block_row) {
-      const int limit = DutyLimitUnits(base, std::to_string(rpm[block_row - 1]));
+      const int limit = DutyLimitUnits(base, rpm[block_row - 1]);
       for (int column = 1; column <= image.FuelLoadSites(); ++column) {
         const int raw =
             static_cast<int>(image.Read16(image.FuelCellPosition(map, block_row, column)));

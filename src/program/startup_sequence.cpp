@@ -1,86 +1,96 @@
 #include "program/startup_sequence.h"
 
+#include <utility>
+
 #include "program/program_setup.h"
 
 namespace vela {
 
 namespace {
 
-template <typename Step>
-void Traced(StartupTrace& trace, const std::string& name, Step step) {
-  trace.Show(name + " Started");
-  step();
-  trace.Show(name + " Complete");
-}
+// Builds the table: every helper leaves a step out whose action is empty.
+class TableBuilder {
+ public:
+  explicit TableBuilder(std::vector<StartupStep>& steps) : steps_(steps) {}
 
-void SetupDefaults(StartupSteps& steps, ProgramSetup& setup, StartupTrace& trace) {
-  setup.SuppressChangeEvents = true;
-  steps.SetupLogLiveChannel1();
-  trace.Show("Setup LogLiveChannel1 Complete");
-  steps.SetupTabs();
-  trace.Show("Setup SSTab1 Complete");
-  trace.Show("Setup Defaults Complete");
-  steps.SetupFormSize();
-  trace.Show("Setup Formsize Complete");
-  steps.SetupRpmPoints();
-  trace.Show("Setup RPM Points Complete");
-  for (const char* grid : kStartupGrids) {
-    steps.SetupGrid(grid);
-    trace.Show(std::string("Setup Grid ") + grid + " Complete");
+  void Step(std::string started, const std::function<void()>& action, std::string complete) {
+    if (!action) return;
+    steps_.push_back(
+        {std::move(started), [action] { return (action(), true); }, std::move(complete)});
   }
-  trace.Show("Setup GridSetup Complete");
+  // "<name> Started" before, "<name> Complete" after.
+  void Traced(const std::string& name, const std::function<void()>& action) {
+    Step(name + " Started", action, name + " Complete");
+  }
+  void Completed(const std::string& name, const std::function<void()>& action) {
+    Step("", action, name + " Complete");
+  }
+  void Silent(const std::function<void()>& action) { Step("", action, ""); }
+  void Text(std::string text) { steps_.push_back({std::move(text), nullptr, ""}); }
+  void Check(const std::string& name, const std::function<bool()>& check) {
+    if (check) steps_.push_back({name + " Started", check, name + " Complete"});
+  }
+
+ private:
+  std::vector<StartupStep>& steps_;
+};
+
+void AddDefaults(TableBuilder& table, const StartupActions& a, ProgramSetup& setup) {
+  table.Silent([&setup] { setup.SuppressChangeEvents = true; });
+  table.Completed("Setup LogLiveChannel1", a.clear_datalog_channels);
+  table.Completed("Setup SSTab1", a.set_up_tabs);
+  table.Text("Setup Defaults Complete");
+  table.Completed("Setup Formsize", a.set_form_size);
+  table.Completed("Setup Grid Fuel", a.set_up_map_grids);
+  table.Text("Setup GridSetup Complete");
 }
 
-void SetupFixedControls(StartupSteps& steps, StartupTrace& trace) {
-  Traced(trace, "SetupNoticeLabel", [&] { steps.SetupNoticeLabel(); });
-  Traced(trace, "SetupPortLists", [&] { steps.SetupPortAndSampleLists(); });
-  Traced(trace, "SetupInfoGrids", [&] { steps.SetupInfoGrids(); });
-  Traced(trace, "SetupSensorLists", [&] { steps.SetupSensorAndTriggerLists(); });
-  Traced(trace, "SetupOutputPositions", [&] { steps.SetupOutputPositions(); });
-  steps.HideComponentsBeforeStartup();
-  Traced(trace, "SetupEditorControls", [&] { steps.SetupEditorControls(); });
-  Traced(trace, "SetupHiddenFocuses", [&] { steps.SetupHiddenFocuses(); });
+void AddSettingsAndDatalog(TableBuilder& table, const StartupActions& a, ProgramSetup& setup) {
+  table.Silent(a.read_program_settings);
+  table.Step("Read Config.txt Started", a.enable_datalog_channel0, "Read Config.txt Complete");
+  const std::function<void()> chart = a.set_up_datalog_chart;
+  table.Step(
+      "Setup TChart1 Startup",
+      [chart, &setup] {
+        if (chart) chart();
+        setup.SuppressChangeEvents = false;
+      },
+      "Setup TChart1 Complete");
+  table.Traced("LoadDatalogSettings", a.load_datalog_settings);
 }
 
 }  // namespace
 
-bool RunStartupSequence(StartupSteps& steps, ProgramSetup& setup, StartupTrace& trace) {
-  trace.Show("Entered Form1.Load");
-  steps.SizeWindow();
-  trace.Show("HideComponentsBeforeStartup ...........");
-  steps.HideComponentsBeforeStartup();
-  Traced(trace, "SetColours", [&] { steps.SetColours(); });
-  SetupDefaults(steps, setup, trace);
+std::vector<StartupStep> StartupTable(const StartupActions& a, ProgramSetup& setup) {
+  std::vector<StartupStep> steps;
+  TableBuilder table(steps);
+  table.Text("Entered Form1.Load");
+  table.Silent(a.size_window);
+  table.Step("HideComponentsBeforeStartup ...........", a.hide_before_startup, "");
+  table.Traced("SetColours", a.set_colours);
+  AddDefaults(table, a, setup);
+  table.Check("CheckSingleInstance", a.check_single_instance);
+  table.Traced("SetupNoticeLabel", a.set_up_notice_label);
+  table.Traced("SetupPortLists", a.set_up_port_lists);
+  table.Silent(a.hide_before_startup);  // hidden again now that the fixed controls are set
+  AddSettingsAndDatalog(table, a, setup);
+  table.Traced("SSTab1_Click", a.select_first_tab);
+  table.Step("", a.start_counts_per_ms_timer, "CountsPerMSTimer Enabled");
+  table.Silent(a.reset_displays);
+  return steps;
+}
 
-  trace.Show("CheckSingleInstance Started");
-  if (!steps.CheckSingleInstance()) return false;
-  trace.Show("CheckSingleInstance Complete");
-
-  SetupFixedControls(steps, trace);
-
-  steps.ReadProgramSettings();  // shows the "Read Setup.txt" traces itself
-  trace.Show("Read Config.txt Started");
-  steps.EnableDatalogChannel0();
-  trace.Show("Read Config.txt Complete");
-
-  trace.Show("Setup GetGPIName Started");
-  steps.SetupGpiNames();
-  trace.Show("Setup GetGPIName Complete");
-  steps.SetupGpoNames();
-  trace.Show("Setup GetGPOName Complete");
-
-  trace.Show("Setup TChart1 Startup");
-  steps.SetupDatalogChart();
-  setup.SuppressChangeEvents = false;
-  trace.Show("Setup TChart1 Complete");
-  Traced(trace, "Setup Charts", [&] { steps.SetupChartsAndCrossHair(); });
-  Traced(trace, "LoadDatalogSettings", [&] { steps.LoadDatalogSettings(); });
-
-  Traced(trace, "SSTab1_Click", [&] { steps.SelectFirstTab(); });
-  steps.StartCountsPerMsTimer();
-  trace.Show("CountsPerMSTimer Enabled");
-  steps.RunCommand16();
+bool RunStartupSteps(const std::vector<StartupStep>& steps, StartupTrace& trace) {
+  for (const StartupStep& step : steps) {
+    if (!step.started.empty()) trace.Show(step.started);
+    if (step.run && !step.run()) return false;
+    if (!step.complete.empty()) trace.Show(step.complete);
+  }
   return true;
+}
+
+bool RunStartupSequence(const StartupActions& actions, ProgramSetup& setup, StartupTrace& trace) {
+  return RunStartupSteps(StartupTable(actions, setup), trace);
 }
 
 }  // namespace vela

@@ -11,55 +11,40 @@
 namespace vela {
 namespace {
 
-using ::testing::ElementsAre;
-
-// Records each step as it runs, and the guard flags at the moments that matter.
-class RecordingSteps : public StartupSteps {
- public:
-  explicit RecordingSteps(ProgramSetup& setup, testing::ScriptedPort& port)
-      : setup_(setup), port_(port) {}
-  void SizeWindow() override { Step("SizeWindow"); }
-  void HideComponentsBeforeStartup() override { Step("Hide"); }
-  void SetColours() override { Step("Colours"); }
-  void SetupLogLiveChannel1() override { Step("LogLiveChannel1"); }
-  void SetupTabs() override { Step("Tabs"); }
-  void SetupFormSize() override { Step("FormSize"); }
-  void SetupRpmPoints() override { Step("RpmPoints"); }
-  void SetupGrid(const std::string& name) override { Step("Grid " + name); }
-  bool CheckSingleInstance() override {
-    Step("SingleInstance");
-    return alone;
+// Records each step as it runs, and the guard flag while the settings are read.
+struct RecordingActions {
+  RecordingActions(ProgramSetup& setup, testing::ScriptedPort& port) {
+    const auto step = [this](const char* name) { return [this, name] { steps.push_back(name); }; };
+    actions.size_window = step("SizeWindow");
+    actions.hide_before_startup = step("Hide");
+    actions.set_colours = step("Colours");
+    actions.clear_datalog_channels = step("LogLiveChannel1");
+    actions.set_up_tabs = step("Tabs");
+    actions.set_form_size = step("FormSize");
+    actions.set_up_map_grids = step("Grids");
+    actions.check_single_instance = [this] {
+      steps.push_back("SingleInstance");
+      return alone;
+    };
+    actions.set_up_notice_label = step("Notice");
+    actions.set_up_port_lists = step("PortLists");
+    actions.read_program_settings = [this, &setup, &port] {
+      steps.push_back("ReadSettings");
+      suppressed_while_reading = setup.SuppressChangeEvents;
+      setup.ReadProgramSettings(port);
+    };
+    actions.enable_datalog_channel0 = step("Channel0");
+    actions.set_up_datalog_chart = step("DatalogChart");
+    actions.load_datalog_settings = step("DatalogSettings");
+    actions.select_first_tab = step("FirstTab");
+    actions.start_counts_per_ms_timer = step("CountsPerMsTimer");
+    actions.reset_displays = step("Command16");
   }
-  void SetupNoticeLabel() override { Step("Notice"); }
-  void SetupPortAndSampleLists() override { Step("PortLists"); }
-  void SetupInfoGrids() override { Step("InfoGrids"); }
-  void SetupSensorAndTriggerLists() override { Step("SensorLists"); }
-  void SetupOutputPositions() override { Step("OutputPositions"); }
-  void SetupEditorControls() override { Step("EditorControls"); }
-  void SetupHiddenFocuses() override { Step("HiddenFocuses"); }
-  void ReadProgramSettings() override {
-    Step("ReadSettings");
-    suppressed_while_reading = setup_.SuppressChangeEvents;
-    setup_.ReadProgramSettings(port_);
-  }
-  void EnableDatalogChannel0() override { Step("Channel0"); }
-  void SetupGpiNames() override { Step("GpiNames"); }
-  void SetupGpoNames() override { Step("GpoNames"); }
-  void SetupDatalogChart() override { Step("DatalogChart"); }
-  void SetupChartsAndCrossHair() override { Step("Charts"); }
-  void LoadDatalogSettings() override { Step("DatalogSettings"); }
-  void SelectFirstTab() override { Step("FirstTab"); }
-  void StartCountsPerMsTimer() override { Step("CountsPerMsTimer"); }
-  void RunCommand16() override { Step("Command16"); }
 
+  StartupActions actions;
   bool alone = true;
   bool suppressed_while_reading = false;
   std::vector<std::string> steps;
-
- private:
-  void Step(const std::string& name) { steps.push_back(name); }
-  ProgramSetup& setup_;
-  testing::ScriptedPort& port_;
 };
 
 class StartupSequenceTest : public ::testing::Test {
@@ -69,60 +54,77 @@ class StartupSequenceTest : public ::testing::Test {
   testing::ScriptedPort port;
   StartupTrace trace;
   ProgramSetup setup{ProgramFoldersUnder("/data"), files, messages, trace};
-  RecordingSteps steps{setup, port};
+  RecordingActions recorder{setup, port};
 };
 
 TEST_F(StartupSequenceTest, TracesEveryStepInOrder) {
-  ASSERT_TRUE(RunStartupSequence(steps, setup, trace));
-  std::vector<std::string> expected = {"Entered Form1.Load",
-                                       "HideComponentsBeforeStartup ...........",
-                                       "SetColours Started",
-                                       "SetColours Complete",
-                                       "Setup LogLiveChannel1 Complete",
-                                       "Setup SSTab1 Complete",
-                                       "Setup Defaults Complete",
-                                       "Setup Formsize Complete",
-                                       "Setup RPM Points Complete"};
-  for (const char* grid : {"Fuel", "Ign", "Water", "Air", "IdleMod0", "IdleMod1", "IdleMod2",
-                           "Other", "ThrottlePump", "WaterMap", "AirMap", "BattMap", "DataLog"}) {
-    expected.push_back(std::string("Setup Grid ") + grid + " Complete");
-  }
-  for (const char* text : {"Setup GridSetup Complete",      "CheckSingleInstance Started",
-                           "CheckSingleInstance Complete",  "SetupNoticeLabel Started",
-                           "SetupNoticeLabel Complete",     "SetupPortLists Started",
-                           "SetupPortLists Complete",       "SetupInfoGrids Started",
-                           "SetupInfoGrids Complete",       "SetupSensorLists Started",
-                           "SetupSensorLists Complete",     "SetupOutputPositions Started",
-                           "SetupOutputPositions Complete", "SetupEditorControls Started",
-                           "SetupEditorControls Complete",  "SetupHiddenFocuses Started",
-                           "SetupHiddenFocuses Complete",   "Read Setup.txt Started",
-                           "Read Setup.txt Complete",       "Read Config.txt Started",
-                           "Read Config.txt Complete",      "Setup GetGPIName Started",
-                           "Setup GetGPIName Complete",     "Setup GetGPOName Complete",
-                           "Setup TChart1 Startup",         "Setup TChart1 Complete",
-                           "Setup Charts Started",          "Setup Charts Complete",
-                           "LoadDatalogSettings Started",   "LoadDatalogSettings Complete",
-                           "SSTab1_Click Started",          "SSTab1_Click Complete",
-                           "CountsPerMSTimer Enabled"}) {
-    expected.push_back(text);
-  }
+  ASSERT_TRUE(RunStartupSequence(recorder.actions, setup, trace));
+  const std::vector<std::string> expected = {"Entered Form1.Load",
+                                             "HideComponentsBeforeStartup ...........",
+                                             "SetColours Started",
+                                             "SetColours Complete",
+                                             "Setup LogLiveChannel1 Complete",
+                                             "Setup SSTab1 Complete",
+                                             "Setup Defaults Complete",
+                                             "Setup Formsize Complete",
+                                             "Setup Grid Fuel Complete",
+                                             "Setup GridSetup Complete",
+                                             "CheckSingleInstance Started",
+                                             "CheckSingleInstance Complete",
+                                             "SetupNoticeLabel Started",
+                                             "SetupNoticeLabel Complete",
+                                             "SetupPortLists Started",
+                                             "SetupPortLists Complete",
+                                             "Read Setup.txt Started",
+                                             "Read Setup.txt Complete",
+                                             "Read Config.txt Started",
+                                             "Read Config.txt Complete",
+                                             "Setup TChart1 Startup",
+                                             "Setup TChart1 Complete",
+                                             "LoadDatalogSettings Started",
+                                             "LoadDatalogSettings Complete",
+                                             "SSTab1_Click Started",
+                                             "SSTab1_Click Complete",
+                                             "CountsPerMSTimer Enabled"};
   EXPECT_EQ(trace.texts(), expected);
-  EXPECT_EQ(steps.steps.back(), "Command16");
+  EXPECT_THAT(recorder.steps,
+              ::testing::ElementsAre(
+                  "SizeWindow", "Hide", "Colours", "LogLiveChannel1", "Tabs", "FormSize", "Grids",
+                  "SingleInstance", "Notice", "PortLists", "Hide", "ReadSettings", "Channel0",
+                  "DatalogChart", "DatalogSettings", "FirstTab", "CountsPerMsTimer", "Command16"));
+}
+
+// A step the program leaves empty is not part of the load, and neither are its traces; the
+// guard flag still spans the same stretch.
+TEST_F(StartupSequenceTest, AnEmptyStepIsLeftOutWithItsTraces) {
+  recorder.actions.set_colours = nullptr;
+  recorder.actions.set_up_datalog_chart = nullptr;
+  recorder.actions.check_single_instance = nullptr;
+  ASSERT_TRUE(RunStartupSequence(recorder.actions, setup, trace));
+  const std::vector<std::string>& texts = trace.texts();
+  for (const char* gone : {"SetColours Started", "SetColours Complete",
+                           "CheckSingleInstance Started", "CheckSingleInstance Complete"}) {
+    EXPECT_EQ(std::count(texts.begin(), texts.end(), gone), 0) << gone;
+  }
+  EXPECT_EQ(std::count(texts.begin(), texts.end(), "Setup TChart1 Complete"), 1);
+  EXPECT_TRUE(recorder.suppressed_while_reading);
+  EXPECT_FALSE(setup.SuppressChangeEvents);
 }
 
 TEST_F(StartupSequenceTest, ChangeEventsStaySuppressedUntilTheDatalogChartIsSetUp) {
-  ASSERT_TRUE(RunStartupSequence(steps, setup, trace));
-  EXPECT_TRUE(steps.suppressed_while_reading);
+  ASSERT_TRUE(RunStartupSequence(recorder.actions, setup, trace));
+  EXPECT_TRUE(recorder.suppressed_while_reading);
   EXPECT_FALSE(setup.SuppressChangeEvents);
-  const auto chart = std::find(steps.steps.begin(), steps.steps.end(), "DatalogChart");
-  const auto read = std::find(steps.steps.begin(), steps.steps.end(), "ReadSettings");
+  const auto chart = std::find(recorder.steps.begin(), recorder.steps.end(), "DatalogChart");
+  const auto read = std::find(recorder.steps.begin(), recorder.steps.end(), "ReadSettings");
   EXPECT_LT(read, chart);
 }
 
 TEST_F(StartupSequenceTest, ASecondInstanceStopsBeforeAnyFileOrPortIsTouched) {
-  steps.alone = false;
-  EXPECT_FALSE(RunStartupSequence(steps, setup, trace));
-  EXPECT_EQ(steps.steps.back(), "SingleInstance");
+  recorder.alone = false;
+  EXPECT_FALSE(RunStartupSequence(recorder.actions, setup, trace));
+  EXPECT_EQ(recorder.steps.back(), "SingleInstance");
+  EXPECT_EQ(trace.texts().back(), "CheckSingleInstance Started");
   EXPECT_TRUE(files.log.empty());
   EXPECT_TRUE(port.opened.empty());
 }

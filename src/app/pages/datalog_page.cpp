@@ -473,9 +473,7 @@ QString DatalogPage::FuelCellText(double time) const {
   }
   FuelMapAxes axes;
   for (int row = 1; row < MapGridModel::kRows; ++row) {
-    bool ok = false;
-    const double label = QString::fromStdString(fuel_map_->RpmLabel(row)).trimmed().toDouble(&ok);
-    if (ok) axes.rows.emplace_back(row, label);
+    if (const std::optional<double> rpm = fuel_map_->RowRpm(row)) axes.rows.emplace_back(row, *rpm);
   }
   for (int column = 1; column <= fuel_map_->LoadSites(); ++column) {
     axes.loads_kpa.push_back(fuel_map_->LoadSiteValue(column));

@@ -2,7 +2,6 @@
 
 #include <QLayout>
 #include <QSignalBlocker>
-#include <cstdlib>
 
 #include "app/sessions/editor_session.h"
 #include "app/sessions/link_session.h"
@@ -64,7 +63,7 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
   }
   cross_hair_.Attach(index + 1, page->grid(), page->graph());
   connect(page->grid(), &MapGrid::CellsChanged, this,
-          [this, index](const QList<QPoint>& cells) { GridEdited(index, cells); });
+          [this, index](const std::vector<MapCell>& cells) { GridEdited(index, cells); });
   connect(page->grid(), &MapGrid::CursorMoved, this, [this, index] { ShowDuty(index); });
   connect(page->all_ranges(), &QCheckBox::toggled, this, [this](bool on) {
     if (on != all_ranges_) ToggleAllRanges();
@@ -187,11 +186,8 @@ void MapPages::MovePointerToLoadSite(int tab) {
   grid->SetCurrentCell(grid->Model().Current().row, grid->Model().Current().column);
 }
 
-void MapPages::GridEdited(int index, const QList<QPoint>& cells) {
-  std::vector<MapCell> changed;
-  changed.reserve(cells.size());
-  for (const QPoint& cell : cells) changed.push_back({cell.y(), cell.x()});
-  editors_.CellsEdited(kEditedMaps[index], pages_[index]->grid()->Model(), changed);
+void MapPages::GridEdited(int index, const std::vector<MapCell>& cells) {
+  editors_.CellsEdited(kEditedMaps[index], pages_[index]->grid()->Model(), cells);
   pages_[index]->graph()->ShowMap(pages_[index]->grid()->Model());
   ShowDuty(index);
 }
@@ -200,7 +196,7 @@ void MapPages::ShowDuty(int index) {
   if (index >= 2) return;
   const MapGridModel& model = pages_[index]->grid()->Model();
   const MapCell cell = model.Current();
-  const double rpm = std::atof(model.RpmLabel(cell.row).c_str());
+  const double rpm = model.RowRpm(cell.row).value_or(0.0);
   const double base = DutyLimitBase(editors_.state().setup);
   pages_[index]->ShowDuty(
       rpm > 0 && base > 0 ? 100.0 * model.Value(cell.row, cell.column) * rpm / base : 0.0);

@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <array>
 #include <optional>
+#include <vector>
 
 #include "app/pages/map_page.h"
 #include "base/platform.h"
@@ -51,7 +52,7 @@ class MapPages : public QObject {
   void MovePointerToLoadSite(int tab);
 
  private:
-  void GridEdited(int index, const QList<QPoint>& cells);
+  void GridEdited(int index, const std::vector<MapCell>& cells);
   void ShowDuty(int index);
   // A choice of the fuel map selection: sent to the ECU once the tuner confirms it.
   void MapSelectionChosen(int choice);

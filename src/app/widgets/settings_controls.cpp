@@ -65,7 +65,27 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
   auto* box = MakeBox(page, "LinkOptions", "ECU Link");
   box->setMaximumWidth(760);
   auto* form = new QFormLayout(box);
+  AddPortRow(box, form);
+  AddFramesRow(box, form);
+  AddPacketSpeedRow(box, form);
+  QCheckBox* slow_send = MakeTick(box, "CheckSlowSend", "Reduce Comms Sending",
+                                  &ProgramSettings::reduce_comms_sending);
+  connect(slow_send, &QCheckBox::toggled, this, &SettingsControls::SlowSendChosen);
+  form->addRow(slow_send);
+  form->addRow("Upload check:", MakePair(box, "MapIntegrity", "Map Upload Integrity On",
+                                         "Integrity Off", &ProgramSettings::map_integrity)
+                                    .first->parentWidget());
+  form->addRow("Language:",
+               MakePair(box, "Language", "English", "Deutsch", &ProgramSettings::language_first)
+                   .first->parentWidget());
+  AddScaleRow(box, form);
+  first_run_button_ = new QPushButton("First-Run Port Set-up...", box);
+  first_run_button_->setObjectName("FirstRunSetupButton");
+  form->addRow(first_run_button_);
+  return box;
+}
 
+void SettingsControls::AddPortRow(QWidget* box, QFormLayout* form) {
   port_list_ = new QComboBox(box);
   port_list_->setObjectName("CommPortList");
   port_device_ = new QLabel(box);
@@ -81,7 +101,9 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
     Changed();
     if (!setup_.SuppressChangeEvents && !setup_.LoadingSetup) emit PortChosen(index + 1);
   });
+}
 
+void SettingsControls::AddFramesRow(QWidget* box, QFormLayout* form) {
   frames_per_second_ = new QComboBox(box);
   frames_per_second_->setObjectName("FramesPerSecondList");
   form->addRow("Live frames:", frames_per_second_);
@@ -91,7 +113,9 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
     Changed();
     emit FramesPerSecondChosen(index);
   });
+}
 
+void SettingsControls::AddPacketSpeedRow(QWidget* box, QFormLayout* form) {
   auto* speed_box = MakeBox(box, "CommsPacketSpeedOption", QString());
   auto* speed_row = new QHBoxLayout(speed_box);
   auto* speed_group = new QButtonGroup(speed_box);
@@ -108,17 +132,9 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
     });
   }
   form->addRow("Comms multiply:", speed_box);
-  QCheckBox* slow_send = MakeTick(box, "CheckSlowSend", "Reduce Comms Sending",
-                                  &ProgramSettings::reduce_comms_sending);
-  connect(slow_send, &QCheckBox::toggled, this, &SettingsControls::SlowSendChosen);
-  form->addRow(slow_send);
-  form->addRow("Upload check:", MakePair(box, "MapIntegrity", "Map Upload Integrity On",
-                                         "Integrity Off", &ProgramSettings::map_integrity)
-                                    .first->parentWidget());
-  form->addRow("Language:",
-               MakePair(box, "Language", "English", "Deutsch", &ProgramSettings::language_first)
-                   .first->parentWidget());
+}
 
+void SettingsControls::AddScaleRow(QWidget* box, QFormLayout* form) {
   scale_ = new QScrollBar(Qt::Horizontal, box);
   scale_->setObjectName("HScroll6");
   scale_->setRange(kScaleMin, kScaleMax);
@@ -133,11 +149,6 @@ QWidget* SettingsControls::BuildFileOptions(QWidget* page) {
     Changed();
     emit ScaleChanged(value);
   });
-
-  first_run_button_ = new QPushButton("First-Run Port Set-up...", box);
-  first_run_button_->setObjectName("FirstRunSetupButton");
-  form->addRow(first_run_button_);
-  return box;
 }
 
 QWidget* SettingsControls::BuildFuelDisplay(QWidget* page) {

@@ -5,6 +5,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -60,6 +61,11 @@ class SettingsControls : public QObject {
   QCheckBox* MakeTick(QWidget* parent, const QString& name, const QString& text,
                       int ProgramSettings::*field);
   void ShowPortDevice();
+  // The rows of the link options, each added to `form` in `box`.
+  void AddPortRow(QWidget* box, QFormLayout* form);
+  void AddFramesRow(QWidget* box, QFormLayout* form);
+  void AddPacketSpeedRow(QWidget* box, QFormLayout* form);
+  void AddScaleRow(QWidget* box, QFormLayout* form);
 
   ProgramSetup& setup_;
   QComboBox* port_list_ = nullptr;

@@ -1,7 +1,6 @@
 #include "editors/mapgrid/cell_transmission.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -17,17 +16,6 @@ namespace {
 
 constexpr double kDutyLimitNumerator = 120000.0;  // ms x RPM of one injection per two turns
 constexpr int kMaxLimitUnits = 1'000'000'000;
-
-std::optional<double> ReadRpm(const std::string& label) {
-  const auto first = label.find_first_not_of(' ');
-  if (first == std::string::npos) return std::nullopt;
-  std::string text = label.substr(first, label.find_last_not_of(' ') - first + 1);
-  std::replace(text.begin(), text.end(), ',', '.');
-  double rpm = 0.0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rpm);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return rpm;
-}
 
 // Clears the re-entry guard however the handler ends.
 class Guard {
@@ -56,8 +44,7 @@ double DutyLimitBase(int ignition_divide, bool third_injection_mode) {
   return kDutyLimitNumerator * b / a;
 }
 
-int DutyLimitUnits(double base, const std::string& rpm_label) {
-  const std::optional<double> rpm = ReadRpm(rpm_label);
+int DutyLimitUnits(double base, std::optional<double> rpm) {
   if (!rpm || !(*rpm > 0.0) || !std::isfinite(*rpm)) {
     return static_cast<int>(kNoRpmLimitMs * 1000.0);
   }
@@ -126,7 +113,7 @@ bool CellTransmission::RunColumn(MapGridModel& grid, const ColumnRun& run,
     const int at = static_cast<int>(position);
     bool capped = false;
     if (fuel) {
-      const int limit = DutyLimitUnits(base, grid.RpmLabel(row));
+      const int limit = DutyLimitUnits(base, grid.RowRpm(row));
       if (grid.Units(row, run.column) > limit) {
         grid.SetUnits(row, run.column, limit);
         result.capped.push_back({row, run.column});

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,10 +33,10 @@ struct TransmissionSetup {
 
 // 120000 x B / A: A the ignition divide, B = A in the third injection mode, otherwise 1.
 double DutyLimitBase(int ignition_divide, bool third_injection_mode);
-// The largest fuel cell at a row's RPM label, in microseconds: base / RPM rounded to one decimal
-// of a millisecond (a half to the even neighbour); 20.0 ms for an empty label, and for a label
-// that is not a positive number.
-int DutyLimitUnits(double base, const std::string& rpm_label);
+// The largest fuel cell at a row's RPM (MapGridModel::RowRpm), in microseconds: base / RPM
+// rounded to one decimal of a millisecond (a half to the even neighbour); 20.0 ms for a row
+// without an RPM (an empty label), and for an RPM that is not a positive number.
+int DutyLimitUnits(double base, std::optional<double> rpm);
 
 enum class TransmissionOutcome { kDone, kBusy, kOverflow };
 

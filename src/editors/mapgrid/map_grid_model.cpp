@@ -35,6 +35,7 @@ MapGridModel::MapGridModel(MapKind kind, int load_sites, char decimal_separator)
     : kind_(kind), load_sites_(std::max(load_sites, 1)), separator_(decimal_separator) {
   units_.assign(static_cast<std::size_t>(kMapRows * load_sites_), 0);
   rpm_labels_.resize(kMapRows);
+  row_rpm_.resize(kMapRows);
   SetRpmSites(RpmSites(0));
   WriteDefaultLabels();
 }
@@ -42,8 +43,15 @@ MapGridModel::MapGridModel(MapKind kind, int load_sites, char decimal_separator)
 void MapGridModel::SetRpmSites(const std::array<int, kMapRows>& rpm_of_site) {
   rpm_sites_ = rpm_of_site;
   for (int row = 1; row <= kMapRows; ++row) {
-    rpm_labels_[row - 1] = std::to_string(rpm_of_site[BlockRowOfGridRow(row) - 1]);
+    const int rpm = rpm_of_site[BlockRowOfGridRow(row) - 1];
+    rpm_labels_[row - 1] = std::to_string(rpm);
+    row_rpm_[row - 1] = rpm;
   }
+}
+
+std::optional<double> MapGridModel::RowRpm(int row) const {
+  if (row < 1 || row > kMapRows) return std::nullopt;
+  return row_rpm_[row - 1];
 }
 
 void MapGridModel::SetColumns(int columns) {
@@ -91,6 +99,7 @@ bool MapGridModel::SetText(int row, int column, const std::string& text) {
     header_[column - 1] = text;
   } else if (column == 0 && row >= 1 && row <= kMapRows) {
     rpm_labels_[row - 1] = text;
+    row_rpm_[row - 1] = ReadNumber(text, separator_);
   } else if (IsValueCell(row, column)) {
     const std::optional<double> value = ReadNumber(text, separator_);
     if (!value) return false;

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -109,6 +110,9 @@ class MapGridModel {
   // axis unit (see LoadSiteValue); the header row shows it except in the last three cells,
   // which hold kHeaderMarkers, so the whole load axis is LoadLabel of every column.
   std::string RpmLabel(int row) const { return Text(row, 0); }
+  // The engine speed of a row as a number: its RPM site, or what a label written with SetText
+  // reads as; none when the row's label is empty or no number, and outside rows 1 to 11.
+  std::optional<double> RowRpm(int row) const;
   void SetRpmSites(const std::array<int, kMapRows>& rpm_of_site);
   const std::array<int, kMapRows>& RpmSitesOfAxis() const { return rpm_sites_; }
   double LoadSiteValue(int column) const;
@@ -159,10 +163,11 @@ class MapGridModel {
   int load_sites_;
   char separator_;
   MapGridSettings settings_;
-  std::vector<int> units_;                 // rows 1..11 x columns 1..load sites
-  std::vector<std::string> header_;        // row 0, columns 1..load sites
-  std::vector<std::string> rpm_labels_;    // column 0, rows 1..11
-  std::array<int, kMapRows> rpm_sites_{};  // RPM of sites 0 (lowest) to 10
+  std::vector<int> units_;                      // rows 1..11 x columns 1..load sites
+  std::vector<std::string> header_;             // row 0, columns 1..load sites
+  std::vector<std::string> rpm_labels_;         // column 0, rows 1..11
+  std::vector<std::optional<double>> row_rpm_;  // the RPM those labels give, rows 1..11
+  std::array<int, kMapRows> rpm_sites_{};       // RPM of sites 0 (lowest) to 10
   MapCell current_{1, 1};
   MapCellRect selection_{1, 1, 1, 1};
   bool all_ranges_ = false;

@@ -135,13 +135,21 @@ TEST_F(CellTransmissionTest, DutyLimitFollowsTheIgnitionDivideAndInjectionMode) 
   EXPECT_DOUBLE_EQ(DutyLimitBase(3, true), 120000.0);
   EXPECT_DOUBLE_EQ(DutyLimitBase(4, false), 30000.0);
   EXPECT_DOUBLE_EQ(DutyLimitBase(0, false), 120000.0);
-  EXPECT_EQ(DutyLimitUnits(120000.0, "7000"), 17100);  // 17.142 ms
-  EXPECT_EQ(DutyLimitUnits(40000.0, "3200"), 12500);   // 12.5 ms exactly is kept
-  EXPECT_EQ(DutyLimitUnits(30000.0, "4800"), 6200);    // 6.25 -> 6.2 (half to even)
-  EXPECT_EQ(DutyLimitUnits(120000.0, ""), 20000);
-  EXPECT_EQ(DutyLimitUnits(120000.0, "  "), 20000);
-  EXPECT_EQ(DutyLimitUnits(120000.0, "0"), 20000);
-  EXPECT_EQ(DutyLimitUnits(120000.0, "fast"), 20000);
+  EXPECT_EQ(DutyLimitUnits(120000.0, 7000), 17100);  // 17.142 ms
+  EXPECT_EQ(DutyLimitUnits(40000.0, 3200), 12500);   // 12.5 ms exactly is kept
+  EXPECT_EQ(DutyLimitUnits(30000.0, 4800), 6200);    // 6.25 -> 6.2 (half to even)
+  EXPECT_EQ(DutyLimitUnits(120000.0, std::nullopt), 20000);
+  EXPECT_EQ(DutyLimitUnits(120000.0, 0), 20000);
+  EXPECT_EQ(DutyLimitUnits(120000.0, -50), 20000);
+  // A label that is blank or no number gives the row no RPM, and so no limit below 20.0 ms.
+  MapGridModel grid = FuelGrid(9);
+  for (const char* label : {"", "  ", "fast"}) {
+    SCOPED_TRACE(label);
+    grid.SetText(4, 0, label);
+    EXPECT_EQ(DutyLimitUnits(120000.0, grid.RowRpm(4)), 20000);
+  }
+  grid.SetText(4, 0, " 3200 ");
+  EXPECT_EQ(DutyLimitUnits(40000.0, grid.RowRpm(4)), 12500);
 }
 
 TEST_F(CellTransmissionTest, IgnitionCellsAreOneByteFramesWithoutADutyLimit) {

@@ -52,9 +52,10 @@ TEST(GridAxes, RowsCapAndCrossHairFollowEverySpacing) {
     const std::array<int, kMapRows> sites = RpmSites(code);
     EXPECT_EQ(grid.RpmLabel(1), std::to_string(sites[10]));
     EXPECT_EQ(grid.RpmLabel(11), "0");
+    EXPECT_EQ(grid.RowRpm(1), sites[10]);
     // The duty cap of the top row reads the top row's speed: 120000 / 7000 = 17.1 ms.
     const double base = DutyLimitBase(1, false);
-    EXPECT_EQ(DutyLimitUnits(base, grid.RpmLabel(1)),
+    EXPECT_EQ(DutyLimitUnits(base, grid.RowRpm(1)),
               static_cast<int>(std::lround(std::round(base / sites[10] * 10.0) * 100.0)));
     // Halfway between the two top sites the mark stands halfway between rows 1 and 2.
     const double rpm = (sites[9] + sites[10]) / 2.0;
@@ -63,7 +64,7 @@ TEST(GridAxes, RowsCapAndCrossHairFollowEverySpacing) {
     EXPECT_NEAR(OperatingPointOn(grid, {20000.0, 0.0, 0.0}).row, 1.0, 1e-9);
   }
   const MapGridModel fastest = GridWith(AxesFor(3, true, kTwoAndAHalfBar, 64));
-  EXPECT_EQ(DutyLimitUnits(DutyLimitBase(1, false), fastest.RpmLabel(1)), 12000);
+  EXPECT_EQ(DutyLimitUnits(DutyLimitBase(1, false), fastest.RowRpm(1)), 12000);
 }
 
 TEST(GridAxes, LoadColumnsFollowTheScalingAndTheCrossHairStandsOnThem) {

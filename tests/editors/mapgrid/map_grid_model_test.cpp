@@ -222,8 +222,10 @@ TEST(MapGridLabels, RpmLabelsRunFromTheHighestSiteDownAndCanBeEmptied) {
   MapGridModel grid(MapKind::kFuel, 9);
   EXPECT_EQ(grid.RpmLabel(1), "7000");
   EXPECT_EQ(grid.RpmLabel(11), "0");
+  EXPECT_EQ(grid.RowRpm(1), 7000.0);
   EXPECT_TRUE(grid.SetText(4, 0, ""));
   EXPECT_EQ(grid.RpmLabel(4), "");
+  EXPECT_EQ(grid.RowRpm(4), std::nullopt);
 }
 
 TEST(MapGridLabels, HeaderShowsLoadsThenTheThreeMarkers) {

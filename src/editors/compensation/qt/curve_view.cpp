@@ -201,23 +201,33 @@ void CurveView::PaintChart(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.fillRect(rect(), palette().base());
   const Scale scale = ScaleNow();
-  const QRectF& plot = scale.plot;
-  const Range& xr = scale.xr;
-  const Range& yr = scale.yr;
-  const auto px = [&](double x) { return scale.X(x); };
-  const auto py = [&](double y) { return scale.Y(*this, y); };
   painter.setPen(palette().text().color());
   const QRectF title_area(kLeft, 2, width() - kLeft - kRight, kTop - 4);
   painter.drawText(
       title_area, Qt::AlignHCenter | Qt::AlignTop,
       fontMetrics().elidedText(title_, Qt::ElideRight, static_cast<int>(title_area.width())));
+  PaintShade(painter, scale);
+  PaintAxes(painter, scale);
+  painter.setPen(QPen(palette().text().color(), 1));
+  painter.drawRect(scale.plot);
+  PaintCurve(painter, scale);
+}
 
-  if (shade_from_ && *shade_from_ < xr.high) {
-    const double from = std::max(px(*shade_from_), plot.left());
-    const QRectF shade(from, plot.top(), plot.right() - from, plot.height());
-    painter.fillRect(shade, QColor(255, 120, 100, 60));
-    painter.drawText(shade.adjusted(4, 2, -2, 0), Qt::AlignLeft | Qt::AlignTop, shade_caption_);
-  }
+void CurveView::PaintShade(QPainter& painter, const Scale& scale) const {
+  if (!shade_from_ || *shade_from_ >= scale.xr.high) return;
+  const QRectF& plot = scale.plot;
+  const double from = std::max(scale.X(*shade_from_), plot.left());
+  const QRectF shade(from, plot.top(), plot.right() - from, plot.height());
+  painter.fillRect(shade, QColor(255, 120, 100, 60));
+  painter.drawText(shade.adjusted(4, 2, -2, 0), Qt::AlignLeft | Qt::AlignTop, shade_caption_);
+}
+
+// Dotted lines across at each value step (numbered once there are values), the x steps beneath,
+// and the two units.
+void CurveView::PaintAxes(QPainter& painter, const Scale& scale) const {
+  const QRectF& plot = scale.plot;
+  const Range& xr = scale.xr;
+  const Range& yr = scale.yr;
   const bool values = !points_.empty() || !marks_.empty();
   for (int i = 0; i <= kAxisSegments; ++i) {
     const double y = yr.low + (yr.high - yr.low) * i / kAxisSegments;
@@ -234,15 +244,19 @@ void CurveView::PaintChart(QPainter& painter) const {
   const int x_segments = XSegments(xr.low, xr.high);
   for (int i = 0; i <= x_segments; ++i) {
     const double x = xr.low + (xr.high - xr.low) * i / x_segments;
-    painter.drawText(QRectF(px(x) - 30, plot.bottom() + 2, 60, 14), Qt::AlignHCenter, Number(x));
+    painter.drawText(QRectF(scale.X(x) - 30, plot.bottom() + 2, 60, 14), Qt::AlignHCenter,
+                     Number(x));
   }
   painter.drawText(QRectF(plot.left(), plot.bottom() + 14, plot.width(), 14), Qt::AlignRight,
                    x_unit_);
   painter.drawText(QRectF(2, 2, kLeft - 4, 16), Qt::AlignLeft,
                    fontMetrics().elidedText(y_unit_, Qt::ElideRight, kLeft - 4));
-  painter.setPen(QPen(palette().text().color(), 1));
-  painter.drawRect(plot);
+}
 
+// The curve through the points (with a dot at each when asked), then the marks.
+void CurveView::PaintCurve(QPainter& painter, const Scale& scale) const {
+  const auto px = [&](double x) { return scale.X(x); };
+  const auto py = [&](double y) { return scale.Y(*this, y); };
   if (points_.size() >= 2) {
     QPainterPath path;
     path.moveTo(px(points_.front().x()), py(points_.front().y()));

@@ -74,6 +74,9 @@ class CurveView : public QWidget {
   double Y(double value) const;  // value on the drawn y scale
   Scale ScaleNow() const;
   void PaintChart(QPainter& painter) const;
+  void PaintShade(QPainter& painter, const Scale& scale) const;
+  void PaintAxes(QPainter& painter, const Scale& scale) const;
+  void PaintCurve(QPainter& painter, const Scale& scale) const;
   void PaintLive(QPainter& painter) const;
   // The chart changed: it is drawn afresh.
   void Invalidate();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 
 #include "calibration/map_axes.h"
 
@@ -12,13 +13,12 @@ namespace {
 std::vector<double> RpmAxis(const MapGridModel& grid) {
   std::vector<double> axis;
   for (int row = 1; row <= kMapRows; ++row) {
-    bool ok = false;
-    const double rpm = QString::fromStdString(grid.RpmLabel(row)).trimmed().toDouble(&ok);
-    if (!ok || (!axis.empty() && rpm >= axis.back())) {
+    const std::optional<double> rpm = grid.RowRpm(row);
+    if (!rpm || (!axis.empty() && *rpm >= axis.back())) {
       axis.clear();
       break;
     }
-    axis.push_back(rpm);
+    axis.push_back(*rpm);
   }
   if (!axis.empty()) return axis;
   const std::array<int, kMapRows> sites = RpmSites(0);

@@ -268,10 +268,7 @@ void MapGrid::selectionChanged(const QItemSelection& selected, const QItemSelect
 }
 
 void MapGrid::OnModelCellsChanged(const std::vector<MapCell>& cells) {
-  QList<QPoint> points;
-  points.reserve(static_cast<qsizetype>(cells.size()));
-  for (const MapCell& cell : cells) points.append(QPoint(cell.column, cell.row));
-  emit CellsChanged(points);
+  emit CellsChanged(cells);
   table_->Refresh();
 }
 

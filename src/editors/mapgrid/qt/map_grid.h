@@ -5,12 +5,12 @@
 // (`FuelMap1`, `FuelMap2`, `IgnMap`).
 #pragma once
 
-#include <QList>
 #include <QPoint>
 #include <QRegion>
 #include <QString>
 #include <QTableView>
 #include <optional>
+#include <vector>
 
 #include "calibration/map_values.h"
 #include "editors/mapgrid/cross_shape.h"
@@ -63,9 +63,9 @@ class MapGrid : public QTableView {
   QSize sizeHint() const override;
 
  signals:
-  // The cells (x = column, y = row) that a key or an insert changed. Handlers run before the
-  // grid redraws, so a handler may still adjust the cells (the duty cap).
-  void CellsChanged(const QList<QPoint>& cells);
+  // The cells that a key or an insert changed. Handlers run before the grid redraws, so a
+  // handler may still adjust the cells (the duty cap).
+  void CellsChanged(const std::vector<MapCell>& cells);
   void CursorMoved(int row, int column);
 
  protected:

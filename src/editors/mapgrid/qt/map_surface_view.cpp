@@ -12,6 +12,7 @@ namespace {
 constexpr int kValueAxisSegments = 5;
 constexpr double kDegreesPerPixelTurned = 0.5;
 constexpr double kDegreesPerPixelTilted = 0.3;
+constexpr double kSurfaceLabelGap = 4;  // pixels between an edge and its labels
 
 QPointF At(const ScreenPoint& p) { return {p.x, p.y}; }
 
@@ -30,6 +31,60 @@ QRectF LabelRect(const QFontMetricsF& metrics, const QString& text, QPointF edge
 }
 
 }  // namespace
+
+// The labels of the floor's two axes, each placed clear of those drawn before it.
+class MapSurfaceView::SurfaceAxisLabels {
+ public:
+  SurfaceAxisLabels(QPainter& painter, const QFontMetricsF& metrics, QPointF centre)
+      : painter_(painter), metrics_(metrics), centre_(centre) {}
+
+  bool IsFree(const QRectF& box) const {
+    return std::none_of(taken_.begin(), taken_.end(), [&](const QRectF& other) {
+      return box.adjusted(-3, 0, 3, 0).intersects(other);
+    });
+  }
+
+  // One label per place (`to_point` turns a place into the edge point), then the axis title.
+  template <typename ToPoint>
+  void PaintAxis(const QStringList& texts, const std::vector<double>& places, ToPoint to_point,
+                 const QString& title) {
+    // Both ends first, so that a crowded axis still shows where it starts and ends.
+    const int count = std::min(static_cast<int>(texts.size()), static_cast<int>(places.size()));
+    std::vector<int> order;
+    if (count > 0) order.push_back(0);
+    if (count > 1) order.push_back(count - 1);
+    for (int i = 1; i + 1 < count; ++i) order.push_back(i);
+    for (const int i : order) {
+      const QPointF edge = to_point(places[static_cast<std::size_t>(i)]);
+      const QRectF box = LabelRect(metrics_, texts[i].trimmed(), edge, centre_, kSurfaceLabelGap);
+      if (!IsFree(box)) continue;
+      painter_.drawText(box, Qt::AlignCenter, texts[i].trimmed());
+      taken_.push_back(box);
+    }
+    PaintTitle(texts, to_point(0.5), title);
+  }
+
+ private:
+  // The title stands beyond the widest label, measured in the direction away from the box.
+  void PaintTitle(const QStringList& texts, QPointF middle, const QString& title) {
+    double widest = 0;
+    for (const QString& text : texts) {
+      widest = std::max(widest, metrics_.horizontalAdvance(text.trimmed()) + 2);
+    }
+    const QPointF away = middle - centre_;
+    const double length = std::max(std::hypot(away.x(), away.y()), 1e-9);
+    const double labels_reach =
+        std::abs(away.x()) / length * widest + std::abs(away.y()) / length * metrics_.height();
+    const QRectF box =
+        LabelRect(metrics_, title, middle, centre_, 2 * kSurfaceLabelGap + labels_reach);
+    painter_.drawText(box, Qt::AlignCenter, title);
+  }
+
+  QPainter& painter_;
+  QFontMetricsF metrics_;
+  QPointF centre_;
+  std::vector<QRectF> taken_;
+};
 
 MapSurfaceView::MapSurfaceView(QWidget* parent) : QWidget(parent) {
   setAttribute(Qt::WA_OpaquePaintEvent);
@@ -258,51 +313,21 @@ void MapSurfaceView::PaintSurface(QPainter& painter) const {
 void MapSurfaceView::PaintLabels(QPainter& painter) const {
   const SurfaceProjection& view = view_;
   const auto [near_x, near_z] = view.NearestFloorCorner();
-  const QFontMetricsF metrics(font());
-  const double gap = 4;
-  const QPointF centre = At(view.Project(0.5, 0, 0.5));
   painter.setPen(palette().windowText().color());
-  std::vector<QRectF> taken;
-  const auto is_free = [&](const QRectF& box) {
-    return std::none_of(taken.begin(), taken.end(), [&](const QRectF& other) {
-      return box.adjusted(-3, 0, 3, 0).intersects(other);
-    });
-  };
-  const auto label_row = [&](const QStringList& texts, const std::vector<double>& places,
-                             auto to_point, const QString& title) {
-    // Both ends first, so that a crowded axis still shows where it starts and ends.
-    const int count = std::min(static_cast<int>(texts.size()), static_cast<int>(places.size()));
-    std::vector<int> order;
-    if (count > 0) order.push_back(0);
-    if (count > 1) order.push_back(count - 1);
-    for (int i = 1; i + 1 < count; ++i) order.push_back(i);
-    for (const int i : order) {
-      const QPointF edge = to_point(places[static_cast<std::size_t>(i)]);
-      const QRectF box = LabelRect(metrics, texts[i].trimmed(), edge, centre, gap);
-      if (!is_free(box)) continue;
-      painter.drawText(box, Qt::AlignCenter, texts[i].trimmed());
-      taken.push_back(box);
-    }
-    // The title stands beyond the widest label, measured in the direction away from the box.
-    double widest = 0;
-    for (const QString& text : texts) {
-      widest = std::max(widest, metrics.horizontalAdvance(text.trimmed()) + 2);
-    }
-    const QPointF middle = to_point(0.5);
-    const QPointF away = middle - centre;
-    const double length = std::max(std::hypot(away.x(), away.y()), 1e-9);
-    const double labels_reach =
-        std::abs(away.x()) / length * widest + std::abs(away.y()) / length * metrics.height();
-    const QRectF box = LabelRect(metrics, title, middle, centre, 2 * gap + labels_reach);
-    painter.drawText(box, Qt::AlignCenter, title);
-  };
-  label_row(
+  SurfaceAxisLabels labels(painter, QFontMetricsF(font()), At(view.Project(0.5, 0, 0.5)));
+  labels.PaintAxis(
       data_.load_labels, load_x_, [&](double x) { return At(view.Project(x, 0, near_z)); },
       QStringLiteral("Load (%1)").arg(data_.load_unit));
-  label_row(
+  labels.PaintAxis(
       data_.rpm_labels, rpm_z_, [&](double z) { return At(view.Project(near_x, 0, z)); },
       QStringLiteral("RPM"));
+  PaintValueAxis(painter, labels);
+}
 
+void MapSurfaceView::PaintValueAxis(QPainter& painter, const SurfaceAxisLabels& labels) const {
+  const SurfaceProjection& view = view_;
+  const auto [near_x, near_z] = view.NearestFloorCorner();
+  const QFontMetricsF metrics(font());
   // The value axis stands at whichever outer corner of the far walls lies further out.
   const double far_x = 1 - near_x;
   const double far_z = 1 - near_z;
@@ -318,10 +343,10 @@ void MapSurfaceView::PaintLabels(QPainter& painter) const {
     const QPointF at = At(view.Project(corner_x, y, corner_z));
     const QString text = QString::number(value_scale_.min + i * step, 'g', 6);
     const double text_width = metrics.horizontalAdvance(text) + 2;
-    const QRectF box(on_left ? at.x() - gap - text_width : at.x() + gap,
+    const QRectF box(on_left ? at.x() - kSurfaceLabelGap - text_width : at.x() + kSurfaceLabelGap,
                      at.y() - metrics.height() / 2, text_width, metrics.height());
     top = at;
-    if (!is_free(box)) continue;
+    if (!labels.IsFree(box)) continue;
     painter.drawText(box, (on_left ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter, text);
   }
   const QString title = data_.kind == MapKind::kFuel ? QStringLiteral("Injector time (ms)")

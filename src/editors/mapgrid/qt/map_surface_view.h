@@ -56,7 +56,9 @@ class MapSurfaceView : public QWidget {
   void PaintScene(QPainter& painter) const;
   void PaintFloorAndWalls(QPainter& painter) const;
   void PaintSurface(QPainter& painter) const;
+  class SurfaceAxisLabels;  // places the floor axes' labels clear of each other
   void PaintLabels(QPainter& painter) const;
+  void PaintValueAxis(QPainter& painter, const SurfaceAxisLabels& labels) const;
   std::optional<Marker> PlaceMarker() const;
   // The live point as it is to be painted; tools hear of a new label.
   void TakeMarker(std::optional<Marker> marker);
