@@ -41,13 +41,25 @@ void AddDefaults(TableBuilder& table, const StartupActions& a, ProgramSetup& set
   table.Completed("Setup SSTab1", a.set_up_tabs);
   table.Text("Setup Defaults Complete");
   table.Completed("Setup Formsize", a.set_form_size);
+  // The engine speed points and the grids after Fuel are set up with it; the load still names
+  // each of them, as the tuner has always seen them go by.
+  table.Text("Setup RPM Points Complete");
   table.Completed("Setup Grid Fuel", a.set_up_map_grids);
+  for (const char* grid : {"Ign", "Water", "Air", "IdleMod0", "IdleMod1", "IdleMod2", "Other",
+                           "ThrottlePump", "WaterMap", "AirMap", "BattMap", "DataLog"}) {
+    table.Text(std::string("Setup Grid ") + grid + " Complete");
+  }
   table.Text("Setup GridSetup Complete");
 }
 
 void AddSettingsAndDatalog(TableBuilder& table, const StartupActions& a, ProgramSetup& setup) {
   table.Silent(a.read_program_settings);
   table.Step("Read Config.txt Started", a.enable_datalog_channel0, "Read Config.txt Complete");
+  // The input and output names are fixed texts the pages hold; only the traces remain.
+  for (const char* text :
+       {"Setup GetGPIName Started", "Setup GetGPIName Complete", "Setup GetGPOName Complete"}) {
+    table.Text(text);
+  }
   const std::function<void()> chart = a.set_up_datalog_chart;
   table.Step(
       "Setup TChart1 Startup",
@@ -73,6 +85,8 @@ std::vector<StartupStep> StartupTable(const StartupActions& a, ProgramSetup& set
   table.Traced("SetupNoticeLabel", a.set_up_notice_label);
   table.Traced("SetupPortLists", a.set_up_port_lists);
   table.Silent(a.hide_before_startup);  // hidden again now that the fixed controls are set
+  table.Text("SetupHiddenFocuses Started");
+  table.Text("SetupHiddenFocuses Complete");
   AddSettingsAndDatalog(table, a, setup);
   table.Traced("SSTab1_Click", a.select_first_tab);
   table.Step("", a.start_counts_per_ms_timer, "CountsPerMSTimer Enabled");
