@@ -51,14 +51,14 @@ void BM_SpinOneMillisecond(benchmark::State& state) {
 }
 BENCHMARK(BM_SpinOneMillisecond)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-void BM_BuildCommandFrame(benchmark::State& state) {
+void BM_BuildFrameBytes(benchmark::State& state) {
   std::int32_t value = 0;
   for (auto _ : state) {
-    vela::CommandFrame frame = vela::BuildCommandFrame(4, 300, value++);
+    vela::FrameBytes frame = vela::BuildFrameBytes({4, 300, value++});
     benchmark::DoNotOptimize(frame);
   }
 }
-BENCHMARK(BM_BuildCommandFrame);
+BENCHMARK(BM_BuildFrameBytes);
 
 }  // namespace
 

@@ -48,7 +48,9 @@ class StreamingPort : public vela::SerialPort {
 
 class NullSender : public vela::CommandSender {
  public:
-  void CommsSend(int, int, std::int32_t, bool&, bool&, int, int, std::int32_t, bool&) override {}
+  vela::SendResult Send(const vela::CommandFrame&) override {
+    return {.outcome = vela::SendOutcome::kSent};
+  }
 };
 
 void BM_ReceiveAndDispatchLiveFrames(benchmark::State& state) {

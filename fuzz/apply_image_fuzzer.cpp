@@ -77,8 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::MapFileBench bench(0);
   ApplyUploadedCalibration(image, CalibrationSource::kUpload, bench.state, bench.apply);
   Require(!bench.suppress_change_events, "change events flow again once the image is applied");
-  const CommandFrame live_rate =
-      BuildCommandFrame(kUploadDoneCommand, kLiveRateAddress, bench.line.link.CommsSpeedValue);
+  const FrameBytes live_rate =
+      BuildFrameBytes({kUploadDoneCommand, kLiveRateAddress, bench.line.link.CommsSpeedValue});
   Require(std::ranges::equal(bench.line.port.written, live_rate),
           "applying an upload sends the live-rate command and nothing else");
   RequireMapLayout(bench.state.maps);

@@ -12,10 +12,10 @@ void Fail(std::string_view invariant) {
   std::abort();
 }
 
-std::vector<CommandFrame> CommandFramesOf(std::span<const std::uint8_t> written) {
-  const std::size_t frame_length = std::tuple_size_v<CommandFrame>;
+std::vector<FrameBytes> CommandFramesOf(std::span<const std::uint8_t> written) {
+  const std::size_t frame_length = std::tuple_size_v<FrameBytes>;
   Require(written.size() % frame_length == 0, "the port took whole six-byte frames only");
-  std::vector<CommandFrame> frames(written.size() / frame_length);
+  std::vector<FrameBytes> frames(written.size() / frame_length);
   for (std::size_t f = 0; f < frames.size(); ++f) {
     const auto bytes = written.subspan(f * frame_length, frame_length);
     std::copy(bytes.begin(), bytes.end(), frames[f].begin());
@@ -25,9 +25,9 @@ std::vector<CommandFrame> CommandFramesOf(std::span<const std::uint8_t> written)
   return frames;
 }
 
-std::vector<std::uint8_t> LineBytesOf(std::span<const CommandFrame> frames) {
+std::vector<std::uint8_t> LineBytesOf(std::span<const FrameBytes> frames) {
   std::vector<std::uint8_t> bytes;
-  for (const CommandFrame& frame : frames) bytes.insert(bytes.end(), frame.begin(), frame.end());
+  for (const FrameBytes& frame : frames) bytes.insert(bytes.end(), frame.begin(), frame.end());
   return bytes;
 }
 

@@ -20,9 +20,9 @@ inline void Require(bool holds, std::string_view invariant) {
 // The bytes a port took, cut into the six-byte command frames they must be. Fails unless they
 // are a whole number of frames and every frame's last byte is the sum of its first five modulo
 // 256.
-std::vector<CommandFrame> CommandFramesOf(std::span<const std::uint8_t> written);
+std::vector<FrameBytes> CommandFramesOf(std::span<const std::uint8_t> written);
 
 // The line bytes of `frames`, one after another.
-std::vector<std::uint8_t> LineBytesOf(std::span<const CommandFrame> frames);
+std::vector<std::uint8_t> LineBytesOf(std::span<const FrameBytes> frames);
 
 }  // namespace vela::fuzz

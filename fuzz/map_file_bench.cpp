@@ -16,12 +16,13 @@ constexpr int kClosePosition = kImageLength + 2;
 }  // namespace
 
 std::vector<std::uint8_t> DownloadLineBytes(const CalibrationImage& image) {
-  std::vector<CommandFrame> frames;
+  std::vector<FrameBytes> frames;
   for (int p = 1; p <= kLastPairPosition; p += 2) {
-    frames.push_back(BuildCommandFrame(kDownloadPairCommand, p, image.Read16(p)));
+    frames.push_back(
+        BuildFrameBytes({kDownloadPairCommand, p, static_cast<std::int32_t>(image.Read16(p))}));
   }
-  frames.push_back(BuildCommandFrame(kDownloadByteCommand, kImageLength, image.Byte(kImageLength)));
-  frames.push_back(BuildCommandFrame(kDownloadCloseCommand, kClosePosition, 0));
+  frames.push_back(BuildFrameBytes({kDownloadByteCommand, kImageLength, image.Byte(kImageLength)}));
+  frames.push_back(BuildFrameBytes({kDownloadCloseCommand, kClosePosition, 0}));
   return LineBytesOf(frames);
 }
 

@@ -146,13 +146,13 @@ struct ReceiveBench {
 
   // One tick of `TimerCommProcess`, as its timer runs it.
   void Tick() {
-    line.clock.now_ms += kTimerCommProcessIntervalMs;
+    line.clock.now += kTimerCommProcessIntervalMs;
     dispatcher.TimerCommProcess();
   }
 
   // The line falls quiet for longer than a reply takes, and the dispatcher ticks once.
   void RequireNoStartStandsAfterQuiet() {
-    line.clock.now_ms += CalibrationUpload::kReplyTimeMs + 1;
+    line.clock.now += CalibrationUpload::kReplyTimeMs + 1;
     dispatcher.TimerCommProcess();
     Require(!upload.UploadStarted() || !line.port.input.empty() || !line.port.open,
             "a reply start that no reply followed in a reply's time is given up");
@@ -224,13 +224,13 @@ struct ReceiveBench {
     const std::size_t limit =
         std::max(ReceiveBuffer::kReplyHoldLimit,
                  ReceiveBuffer::kBufferLimit + ReceiveBuffer::kChunkLimit - 1);
-    Require(buffer.RxBuffer().size() <= limit, "the receive buffer stays within its limits");
+    Require(buffer.received().size() <= limit, "the receive buffer stays within its limits");
     Require(display.upload_progress >= 0 && display.upload_progress <= 100,
             "the upload's progress is a percentage");
   }
 
   void CheckHandedFrame() const {
-    const live::Frame& f = dispatcher.RxFrame();
+    const live::Frame& f = dispatcher.last_frame();
     Require(IsWholeFrame(f) || IsZeroFrame(f),
             "the handlers get a whole frame between START and END, or none before the first");
     for (const std::string* text :
@@ -246,12 +246,12 @@ struct ReceiveBench {
   void CheckWritten() const {
     using Upload = CalibrationUpload;
     const std::array allowed = {
-        BuildCommandFrame(Upload::kPrepareCommand, Upload::kPrepareAddress,
-                          Upload::kPrepareFirstValue),
-        BuildCommandFrame(Upload::kPrepareCommand, Upload::kPrepareAddress,
-                          Upload::kPrepareSecondValue),
-        BuildCommandFrame(upload.RequestCode(), Upload::kRequestAddress, Upload::kRequestValue)};
-    for (const CommandFrame& frame : fuzz::CommandFramesOf(line.port.written)) {
+        BuildFrameBytes(
+            {Upload::kPrepareCommand, Upload::kPrepareAddress, Upload::kPrepareFirstValue}),
+        BuildFrameBytes(
+            {Upload::kPrepareCommand, Upload::kPrepareAddress, Upload::kPrepareSecondValue}),
+        BuildFrameBytes({upload.RequestCode(), Upload::kRequestAddress, Upload::kRequestValue})};
+    for (const FrameBytes& frame : fuzz::CommandFramesOf(line.port.written)) {
       Require(std::ranges::count(allowed, frame) == 1,
               "the receive side sends only the link preparation and the upload request");
     }

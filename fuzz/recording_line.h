@@ -7,22 +7,17 @@
 
 #include "link/comms_sender.h"
 #include "link/delay_loop.h"
-#include "link/receive_fakes.h"
+#include "support/platform_fakes.h"
 
 namespace vela::fuzz {
 
 // Closing drops what the port held, as closing a serial port does.
-struct RecordingPort : receive_testing::ReceivePort {
+struct RecordingPort : testing::ScriptedPort {
+  RecordingPort() { open = true; }
   void Close() override {
-    ReceivePort::Close();
+    ScriptedPort::Close();
     input.clear();
   }
-  bool WriteByte(std::uint8_t byte) override {
-    if (!open) return false;
-    written.push_back(byte);
-    return true;
-  }
-  std::vector<std::uint8_t> written;
 };
 
 // The link's shared values and `CommsSend` over a recording port. Pacing is ready from the start
@@ -35,7 +30,7 @@ struct RecordingLine {
   }
   RecordingPort port;
   LinkState link;
-  receive_testing::ReceiveClock clock;
+  testing::FakeClock clock;
   DelayLoop delay{clock, link};
   CommsSender sender{port, clock, link, delay};
 };

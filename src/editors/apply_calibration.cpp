@@ -216,7 +216,9 @@ void ApplyTablesAndIdle(const CalibrationImage& image, EditorState& state) {
 void FinishSorting(CalibrationSource source, ApplyEnvironment& env) {
   env.status.Show(std::string(kUploadSortingComplete));
   if (source == CalibrationSource::kUpload) {
-    env.sender.Send(kUploadDoneCommand, kLiveRateAddress, env.link.CommsSpeedValue);
+    // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
+    static_cast<void>(
+        env.sender.Send({kUploadDoneCommand, kLiveRateAddress, env.link.CommsSpeedValue}));
   } else if (env.end_upload) {
     env.end_upload();
   }

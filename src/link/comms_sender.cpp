@@ -40,18 +40,18 @@ std::int64_t AtLeastMin(double iterations) {
 
 }  // namespace
 
-CommandFrame BuildCommandFrame(int command, int address, std::int32_t value) {
-  std::int64_t v = value;
+FrameBytes BuildFrameBytes(const CommandFrame& frame) {
+  std::int64_t v = frame.value;
   if (v > kValueStep) v -= v / kValueStep;
   if (v > 65'535) v %= 65'536;
-  CommandFrame frame{};
-  frame[0] = LowByte(command);
-  frame[1] = LowByte(address);       // address - Int(address / 256) x 256
-  frame[2] = LowByte(address >> 8);  // Int(address / 256), rounded down for negatives too
-  frame[3] = LowByte(v);
-  frame[4] = LowByte(v >> 8);
-  frame[5] = LowByte(frame[0] + frame[1] + frame[2] + frame[3] + frame[4]);
-  return frame;
+  FrameBytes bytes{};
+  bytes[0] = LowByte(frame.command);
+  bytes[1] = LowByte(frame.address);       // address - Int(address / 256) x 256
+  bytes[2] = LowByte(frame.address >> 8);  // Int(address / 256), rounded down for negatives too
+  bytes[3] = LowByte(v);
+  bytes[4] = LowByte(v >> 8);
+  bytes[5] = LowByte(bytes[0] + bytes[1] + bytes[2] + bytes[3] + bytes[4]);
+  return bytes;
 }
 
 PacingRow PacingRowFor(float engine_rate) {
@@ -67,49 +67,40 @@ double FrameTimeMs(int command, float byte_delay) {
   return 1.05 * byte_delay + 0.45;
 }
 
-void CommsSender::CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
-                            bool& /*reserved*/, int command2, int address2, std::int32_t value2,
-                            bool& slower) {
-  if (!port_.IsOpen() || !link_.PacingReady) return;
-  ChoosePacing();
-  double frame_time = FrameTimeMs(command, comms_byte_delay_);
-  double frame_time2 = FrameTimeMs(command2, comms_byte_delay_);
-  if (!link_.CommsDelayEnabled && !link_.ForcedDelay) {
-    frame_time = frame_time2 = kUndelayedFrameTimeMs;
-  }
-  if (link_.CommsSuspended) return;
-  const bool waits_first = pre_wait;
-  const bool slow_bytes = slower;
-  if (!SendFrame(BuildCommandFrame(command, address, value), frame_time, waits_first, slow_bytes)) {
-    return;
-  }
-  if (command2 > 0) {
-    // Nothing follows the second frame: how it went stays in CommsSendAborted, as the first's.
-    static_cast<void>(SendFrame(BuildCommandFrame(command2, address2, value2), frame_time2,
-                                waits_first, slow_bytes));
-  }
+SendResult CommsSender::Send(const CommandFrame& frame) {
+  SendResult result;
+  if (!port_.IsOpen() || !link_.PacingReady) return result;
+  const PacingRow pacing = ChoosePacing();
+  result.byte_delay_ms = pacing.byte_delay;
+  result.delay_steps = pacing.steps;
+  double frame_time = FrameTimeMs(frame.command, pacing.byte_delay);
+  if (!link_.CommsDelayEnabled && !link_.ForcedDelay) frame_time = kUndelayedFrameTimeMs;
+  if (link_.CommsSuspended) return result;
+  const bool written = WriteFrame(BuildFrameBytes(frame), frame_time, frame.pre_wait, pacing);
+  result.outcome = written ? SendOutcome::kSent : SendOutcome::kAborted;
+  return result;
 }
 
 void CommsSender::SendClosingCommand() {
   if (link_.TLock) return;
-  Send(6, 0, 0);
+  // Shutdown goes on whatever became of it: the port closes next.
+  static_cast<void>(Send({.command = 6, .address = 0, .value = 0}));
   delay_.DelayMs(kClosingDelayMs);
 }
 
-void CommsSender::ChoosePacing() {
+PacingRow CommsSender::ChoosePacing() {
   // A stopped engine (count 0) leaves an infinite rate; it paces like a standing engine.
   if (std::isinf(link_.EngineRate) && link_.EngineRate > 0) link_.EngineRate = 0.0f;
-  const PacingRow row = PacingRowFor(link_.EngineRate);
-  comms_byte_delay_ = row.byte_delay;
-  comms_delay_steps_ = row.steps;
-  if (link_.SlowSend) comms_byte_delay_ = static_cast<float>(comms_byte_delay_ * 1.2 + 2.0);
+  PacingRow row = PacingRowFor(link_.EngineRate);
+  if (link_.SlowSend) row.byte_delay = static_cast<float>(row.byte_delay * 1.2 + 2.0);
+  return row;
 }
 
-bool CommsSender::SendFrame(const CommandFrame& frame, double frame_time, bool pre_wait,
-                            bool slower) {
+bool CommsSender::WriteFrame(const FrameBytes& bytes, double frame_time, bool pre_wait,
+                             const PacingRow& pacing) {
   if (pre_wait) PreWait(frame_time);
-  const std::int64_t wait = ByteWaitIterations(frame_time, pre_wait, slower);
-  for (const std::uint8_t byte : frame) {
+  const std::int64_t wait = ByteWaitIterations(frame_time, pre_wait, pacing);
+  for (const std::uint8_t byte : bytes) {
     const std::int64_t before = clock_.NowMs();
     const bool taken = port_.WriteByte(byte);
     if (!taken || clock_.NowMs() - before > kWriteTimeoutMs) {
@@ -132,11 +123,10 @@ void CommsSender::PreWait(double frame_time) {
   }
 }
 
-std::int64_t CommsSender::ByteWaitIterations(double frame_time, bool pre_wait, bool slower) const {
-  const double divisor = pre_wait ? comms_delay_steps_ * 1.5 + 6.0 : 6.0 + comms_delay_steps_;
-  double iterations = frame_time * link_.CountsPerMS / divisor;
-  if (slower) iterations *= 1.5;
-  return AtLeastMin(iterations);
+std::int64_t CommsSender::ByteWaitIterations(double frame_time, bool pre_wait,
+                                             const PacingRow& pacing) const {
+  const double divisor = pre_wait ? pacing.steps * 1.5 + 6.0 : 6.0 + pacing.steps;
+  return AtLeastMin(frame_time * link_.CountsPerMS / divisor);
 }
 
 }  // namespace vela

@@ -1,6 +1,7 @@
-// `CommsSend`: frames commands as six-byte frames and writes them to the ECU one byte at a time,
-// with a calibrated gap after every byte. The gap follows `EngineRate` (the busier the engine,
-// the longer the ECU needs per byte) through the pacing table below.
+// The comms send routine (`CommsSend` in the behaviour description): frames commands as six-byte
+// frames and writes them to the ECU one byte at a time, with a calibrated gap after every byte. The
+// gap follows `EngineRate` (the busier the engine, the longer the ECU needs per byte) through the
+// pacing table below.
 #pragma once
 
 #include <array>
@@ -13,12 +14,13 @@
 
 namespace vela {
 
-using CommandFrame = std::array<std::uint8_t, 6>;
+// A command frame as it travels: six bytes.
+using FrameBytes = std::array<std::uint8_t, 6>;
 
 // Command code, address low and high byte, value low and high byte, checksum (byte sum modulo
 // 256). Values above 16,777,216 first lose Int(value / 16,777,216), then values above 65,535 are
 // taken modulo 65,536; negative addresses and values travel as their 16-bit two's complement.
-CommandFrame BuildCommandFrame(int command, int address, std::int32_t value);
+FrameBytes BuildFrameBytes(const CommandFrame& frame);
 
 // One row of the pacing table: the gap between bytes and its companion step count.
 struct PacingRow {
@@ -45,31 +47,26 @@ class CommsSender : public CommandSender {
   CommsSender(SerialPort& port, Clock& clock, LinkState& link, DelayLoop& delay)
       : port_(port), clock_(clock), link_(link), delay_(delay) {}
 
-  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
-                 int command2, int address2, std::int32_t value2, bool& slower) override;
+  // Chooses the pacing, then writes the frame's bytes, each followed by its gap. Nothing goes
+  // out while the port is closed, before the PC has been measured or while sending is suspended.
+  [[nodiscard]] SendResult Send(const CommandFrame& frame) override;
 
   // Shutdown: unless a transfer holds the link (`TLock`), sends command 6 (address 0, value 0)
   // and waits `DelayMs(kClosingDelayMs)` so that the ECU takes it before the port closes.
   void SendClosingCommand();
 
-  // The pacing chosen by the latest call.
-  float comms_byte_delay() const { return comms_byte_delay_; }
-  std::int16_t comms_delay_steps() const { return comms_delay_steps_; }
-
  private:
-  void ChoosePacing();
-  // Sends one frame; false when a byte write timed out and the call must end.
-  [[nodiscard]] bool SendFrame(const CommandFrame& frame, double frame_time, bool pre_wait,
-                               bool slower);
+  PacingRow ChoosePacing();
+  // Writes the bytes; false when a byte was not taken in time and the rest was dropped.
+  [[nodiscard]] bool WriteFrame(const FrameBytes& bytes, double frame_time, bool pre_wait,
+                                const PacingRow& pacing);
   void PreWait(double frame_time);
-  std::int64_t ByteWaitIterations(double frame_time, bool pre_wait, bool slower) const;
+  std::int64_t ByteWaitIterations(double frame_time, bool pre_wait, const PacingRow& pacing) const;
 
   SerialPort& port_;
   Clock& clock_;
   LinkState& link_;
   DelayLoop& delay_;
-  float comms_byte_delay_ = 0.0f;
-  std::int16_t comms_delay_steps_ = 0;
 };
 
 }  // namespace vela

@@ -44,19 +44,40 @@ struct LinkState {
   bool CaptionSaysConnected() const { return !Caption.empty() && !CaptionSaysNotConnected(); }
 };
 
-// Sends command frames: the only way anything reaches the ECU.
+// One command frame as a caller hands it over; the sender turns it into six bytes on the wire.
+struct CommandFrame {
+  int command = 0;
+  int address = 0;
+  std::int32_t value = 0;
+  // Waits a quiet spell before the frame and spreads the frame time over more steps; the
+  // live-frame rate command asks for it, so that the ECU gets a gap before a rate change.
+  bool pre_wait = false;
+};
+
+// What became of a frame.
+enum class SendOutcome {
+  kSent,     // all six bytes written, each followed by its gap
+  kNotSent,  // nothing written: port closed, PC not yet measured, sending suspended or off-line
+  kAborted,  // a byte was not taken in time: the rest dropped and the link marked stalled
+  kHeld,     // kept back, to go out later in the order made (edits during a download)
+};
+
+struct SendResult {
+  SendOutcome outcome = SendOutcome::kNotSent;
+  // The pacing the frame was given: the gap between bytes (the reduce-sending option included)
+  // and its companion step count. Zero when the frame never reached the pacing.
+  float byte_delay_ms = 0.0f;
+  std::int16_t delay_steps = 0;
+
+  bool sent() const { return outcome == SendOutcome::kSent; }
+};
+
+// Sends command frames: the only way anything reaches the ECU. A frame that could not go out is
+// not repeated; the result says so, and the link state keeps the stall for supervision.
 class CommandSender {
  public:
   virtual ~CommandSender() = default;
-  virtual void CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
-                         bool& reserved, int command2, int address2, std::int32_t value2,
-                         bool& slower) = 0;
-  // Convenience for the common single frame.
-  void Send(int command, int address, std::int32_t value, bool pre_wait = false) {
-    bool reserved = false;
-    bool slower = false;
-    CommsSend(command, address, value, pre_wait, reserved, 0, 0, 0, slower);
-  }
+  [[nodiscard]] virtual SendResult Send(const CommandFrame& frame) = 0;
 };
 
 }  // namespace vela

@@ -58,11 +58,11 @@ void LinkTiming::ComputeCommsSpeed(int index) {
 }
 
 void LinkTiming::TimerCommsSpeed() {
-  bool pre_wait = true;
-  bool reserved = false;
-  bool slower = false;
-  sender_.CommsSend(4, kCommsSpeedAddress, link_.CommsSpeedValue, pre_wait, reserved, 0, 0, 0,
-                    slower);
+  // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
+  static_cast<void>(sender_.Send({.command = 4,
+                                  .address = kCommsSpeedAddress,
+                                  .value = link_.CommsSpeedValue,
+                                  .pre_wait = true}));
 }
 
 }  // namespace vela

@@ -6,15 +6,15 @@
 
 #include "editor_fakes.h"
 #include "editors/apply_calibration.h"
-#include "link/receive_fakes.h"
+#include "support/receive_rig.h"
 
 namespace vela {
 namespace {
 
 using editor_testing::ScriptedMessages;
 using editor_testing::SoundImage;
-using receive_testing::Frames;
-using receive_testing::SentCommand;
+using testing::Frames;
+using testing::SentFrame;
 
 struct UploadRoad : ::testing::Test {
   UploadRoad() {
@@ -46,13 +46,13 @@ struct UploadRoad : ::testing::Test {
   void ExpectTheNewEcuIsAsked() {
     EXPECT_TRUE(rig.upload.UploadExpected());
     EXPECT_TRUE(rig.upload.TimerEnabled());
-    rig.sender.sent.clear();
+    rig.sender.frames.clear();
     rig.upload.UploadTimer();
     rig.upload.UploadTimer();
-    EXPECT_EQ(rig.sender.sent, (std::vector<SentCommand>{{4, 864, 15}, {1, 770, 1284}}));
+    EXPECT_EQ(rig.sender.frames, (std::vector<SentFrame>{{4, 864, 15}, {1, 770, 1284}}));
   }
 
-  receive_testing::ReceiveRig rig;
+  testing::ReceiveRig rig;
   std::vector<CalibrationImage> waiting;
   EditorState state;
   StartupTrace status;

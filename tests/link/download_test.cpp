@@ -65,7 +65,6 @@ TEST_F(DownloadTest, AWholeImageTravelsAsPairsThenTheOddByteThenTheClosingFrame)
   EXPECT_EQ(sender.frames[510].value, image[1020] + 256 * image[1021]);
   EXPECT_EQ(sender.frames[511], (Frame{4, 1023, 0xAB}));
   EXPECT_EQ(sender.frames[512], (Frame{6, 1025, 0}));
-  EXPECT_EQ(sender.second_frames, 0);
 }
 
 TEST_F(DownloadTest, ProgressGrowsWithThePositionAndPassesFullWidthOnTheClosingTick) {
@@ -173,9 +172,9 @@ TEST(DownloadEdits, AnEditDuringADownloadFollowsItAndIsNeverOverwritten) {
   std::vector<std::uint8_t> image(1023, 0x11);
   download.Start(image);
   for (int i = 0; i < 100; ++i) download.Tick();  // positions 1 to 200 are down
-  edits.Send(4, 601, 0x2345);                     // a fuel cell ahead of the download
-  edits.Send(4, 3, 0x77);                         // a byte already sent
-  edits.Send(4, 601, 0x2346);                     // the same cell again
+  EXPECT_EQ(edits.Send({4, 601, 0x2345}).outcome, SendOutcome::kHeld);  // a fuel cell ahead
+  EXPECT_EQ(edits.Send({4, 3, 0x77}).outcome, SendOutcome::kHeld);      // a byte already sent
+  EXPECT_EQ(edits.Send({4, 601, 0x2346}).outcome, SendOutcome::kHeld);  // the same cell again
   EXPECT_EQ(edits.waiting(), 3u);
   while (download.running()) download.Tick();
   ASSERT_EQ(sender.frames.size(), 516u);
@@ -187,7 +186,7 @@ TEST(DownloadEdits, AnEditDuringADownloadFollowsItAndIsNeverOverwritten) {
   EXPECT_EQ(ecu[601], 0x23);
   EXPECT_EQ(ecu[2], 0x77);
   EXPECT_EQ(edits.waiting(), 0u);
-  edits.Send(4, 5, 1);
+  EXPECT_TRUE(edits.Send({4, 5, 1}).sent());
   EXPECT_EQ(sender.frames.back(), (Frame{4, 5, 1}));
 }
 

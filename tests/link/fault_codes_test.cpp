@@ -7,9 +7,9 @@
 #include <random>
 
 #include "link/faults/fault_watch.h"
-#include "receive_fakes.h"
+#include "support/receive_rig.h"
 
-namespace vela::receive_testing {
+namespace vela::testing {
 namespace {
 
 using fault_reply::Reply;
@@ -79,7 +79,7 @@ struct FaultReaderTest : ::testing::Test {
 TEST_F(FaultReaderTest, AsksWithOneFrameAndNotAgainWhileTheAnswerIsAwaited) {
   reader.Request();
   reader.Request();
-  EXPECT_EQ(rig.sender.sent, (std::vector<SentCommand>{{9, 1040, 0}}));
+  EXPECT_EQ(rig.sender.frames, (std::vector<SentFrame>{{9, 1040, 0}}));
   EXPECT_TRUE(reader.Waiting());
 }
 
@@ -151,7 +151,7 @@ TEST_F(FaultReaderTest, NoAnswerWithinTheWaitIsSilenceAndALateReplyIsLeftToTheFr
   EXPECT_TRUE(replies.empty());
   EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{3}));
   reader.Request();  // a new request goes out
-  EXPECT_EQ(rig.sender.sent.size(), 2u);
+  EXPECT_EQ(rig.sender.frames.size(), 2u);
 }
 
 TEST_F(FaultReaderTest, ACalibrationReplyIsNeverBrokenByTheFaultReader) {
@@ -206,4 +206,4 @@ TEST(FaultWatchTest, CodesReadFromTheEcuAddOnlyWhatWasNotSeen) {
 }
 
 }  // namespace
-}  // namespace vela::receive_testing
+}  // namespace vela::testing

@@ -1,9 +1,9 @@
 // The receive event: what is kept of each chunk the port delivers.
 #include <gtest/gtest.h>
 
-#include "receive_fakes.h"
+#include "support/receive_rig.h"
 
-namespace vela::receive_testing {
+namespace vela::testing {
 namespace {
 
 TEST(ReceiveEvent, AppendsWhileConnectedAndTopsUpTheWatchdog) {
@@ -69,4 +69,4 @@ TEST(ReceiveEvent, DoesNothingOnAClosedPortOrWhenReentered) {
 }
 
 }  // namespace
-}  // namespace vela::receive_testing
+}  // namespace vela::testing

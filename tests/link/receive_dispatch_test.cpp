@@ -1,9 +1,9 @@
 // The receive timer and the dispatcher: the frame search, the buffer limits and the guards.
 #include <gtest/gtest.h>
 
-#include "receive_fakes.h"
+#include "support/receive_rig.h"
 
-namespace vela::receive_testing {
+namespace vela::testing {
 namespace {
 
 using Periods = std::vector<std::uint32_t>;
@@ -136,10 +136,10 @@ TEST(TimerCommProcess, TriesAPortThatWillNotOpenLessAndLessOften) {
   ReceiveRig rig;
   rig.port.open = rig.port.opens_succeed = false;
   std::vector<std::int64_t> tries;
-  for (rig.clock.now_ms = 0; rig.clock.now_ms <= 5000; rig.clock.now_ms += 8) {
+  for (rig.clock.now = 0; rig.clock.now <= 5000; rig.clock.now += 8) {
     const std::size_t before = rig.port.opened.size();
     rig.dispatcher.TimerCommProcess();
-    if (rig.port.opened.size() > before) tries.push_back(rig.clock.now_ms);
+    if (rig.port.opened.size() > before) tries.push_back(rig.clock.now);
   }
   ASSERT_GE(tries.size(), 6u);
   EXPECT_EQ(tries[0], 0);
@@ -152,12 +152,12 @@ TEST(TimerCommProcess, TriesAPortThatWillNotOpenLessAndLessOften) {
   EXPECT_GT(rig.dispatcher.MsUntilReopen(), 0);
 
   rig.port.opens_succeed = true;
-  rig.clock.now_ms += rig.dispatcher.MsUntilReopen();
+  rig.clock.now += rig.dispatcher.MsUntilReopen();
   rig.dispatcher.TimerCommProcess();
   EXPECT_TRUE(rig.port.open);
   EXPECT_EQ(rig.dispatcher.MsUntilReopen(), 0);
   rig.port.open = false;  // lost again: tried at the next tick
-  rig.clock.now_ms += 8;
+  rig.clock.now += 8;
   rig.dispatcher.TimerCommProcess();
   EXPECT_TRUE(rig.port.open);
 }
@@ -199,4 +199,4 @@ TEST(TimerCommProcess, RestsOnlyWhenAFurtherTickWouldChangeNothing) {
 }
 
 }  // namespace
-}  // namespace vela::receive_testing
+}  // namespace vela::testing

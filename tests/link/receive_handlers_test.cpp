@@ -1,9 +1,9 @@
 // The receive handlers: a frame built with the live frame layout, decoded into the live data set.
 #include <gtest/gtest.h>
 
-#include "receive_fakes.h"
+#include "support/receive_rig.h"
 
-namespace vela::receive_testing {
+namespace vela::testing {
 namespace {
 
 struct HandlerTest : ::testing::Test {
@@ -114,4 +114,4 @@ TEST_F(HandlerTest, AnEngineBarelyTurningReadsNoSpeed) {
 }
 
 }  // namespace
-}  // namespace vela::receive_testing
+}  // namespace vela::testing

@@ -1,9 +1,9 @@
 // `CommsTimer`: the caption, the reset on a lost link and the re-armed upload.
 #include <gtest/gtest.h>
 
-#include "receive_fakes.h"
+#include "support/receive_rig.h"
 
-namespace vela::receive_testing {
+namespace vela::testing {
 namespace {
 
 struct SupervisionTest : ::testing::Test {
@@ -83,4 +83,4 @@ TEST_F(SupervisionTest, AReconnectionReArmsTheUploadSoAPowerCycledEcuIsReadAgain
 }
 
 }  // namespace
-}  // namespace vela::receive_testing
+}  // namespace vela::testing

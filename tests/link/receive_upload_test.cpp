@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "link/faults/fault_codes.h"
-#include "receive_fakes.h"
+#include "support/receive_rig.h"
 
-namespace vela::receive_testing {
+namespace vela::testing {
 namespace {
 
 std::string Block() {
@@ -44,8 +44,8 @@ TEST_F(UploadTest, PreparesTheLinkThenRequestsWithTheSelectedCodeUnlessASendAbor
   rig.upload.UploadTimer();
   rig.state.CommsSendAborted = 1;
   rig.upload.UploadTimer();
-  EXPECT_EQ(rig.sender.sent,
-            (std::vector<SentCommand>{{4, 864, 8}, {4, 864, 15}, {1, 770, 1284}, {3, 770, 1284}}));
+  EXPECT_EQ(rig.sender.frames,
+            (std::vector<SentFrame>{{4, 864, 8}, {4, 864, 15}, {1, 770, 1284}, {3, 770, 1284}}));
   EXPECT_EQ(rig.display.orange_block, "Upload Requested 3");
 }
 
@@ -55,9 +55,9 @@ TEST_F(UploadTest, BacksOffTo1600And2200Milliseconds) {
   rig.upload.UploadTimer();  // prepares the link
   while (request_times.size() < 105) {
     now += rig.upload.TimerIntervalMs();
-    const std::size_t before = rig.sender.sent.size();
+    const std::size_t before = rig.sender.frames.size();
     rig.upload.UploadTimer();
-    if (rig.sender.sent.size() > before) request_times.push_back(now);
+    if (rig.sender.frames.size() > before) request_times.push_back(now);
   }
   for (std::size_t n = 1; n < request_times.size(); ++n) {  // the gap before request n + 1
     EXPECT_EQ(request_times[n] - request_times[n - 1], n < 10 ? 800 : n < 20 ? 1600 : 2200) << n;
@@ -84,11 +84,11 @@ TEST_F(UploadTest, HeldTicksSendNothingAndAnUploadEndedElsewhereTakesNoReply) {
   rig.upload.SetHeld([&] { return held; });
   rig.upload.UploadTimer();
   rig.upload.UploadTimer();
-  EXPECT_TRUE(rig.sender.sent.empty());
+  EXPECT_TRUE(rig.sender.frames.empty());
   held = false;
   rig.upload.UploadTimer();
   rig.upload.UploadTimer();
-  EXPECT_EQ(rig.sender.sent, (std::vector<SentCommand>{{4, 864, 15}, {1, 770, 1284}}));
+  EXPECT_EQ(rig.sender.frames, (std::vector<SentFrame>{{4, 864, 15}, {1, 770, 1284}}));
 
   rig.upload.Complete();
   EXPECT_FALSE(rig.upload.TimerEnabled());
@@ -125,7 +125,7 @@ TEST_F(UploadTest, DecidesOnlyOnceAWholeReplyCouldBeThere) {
   Reply("ALL" + std::string(1023, 'a'));  // waits for more
   EXPECT_EQ(rig.display.status, (LabelLook{"UPLOAD", kLabelGreen}));
   rig.upload.UploadTimer();  // sends nothing while a reply is arriving
-  EXPECT_TRUE(rig.sender.sent.empty());
+  EXPECT_TRUE(rig.sender.frames.empty());
   Reply("ALL" + std::string(1030, 'a'));  // no "DONE" where the block should end
   EXPECT_EQ(rig.display.status, (LabelLook{"ERR", kLabelRed}));
   EXPECT_EQ(rig.Buffer(), "aaa");
@@ -212,8 +212,8 @@ std::string StandingFrame(std::uint16_t tag) {
 }
 
 int Requests(const ReceiveRig& rig) {
-  return static_cast<int>(std::ranges::count_if(rig.sender.sent, [](const SentCommand& c) {
-    return std::get<1>(c) == CalibrationUpload::kRequestAddress;
+  return static_cast<int>(std::ranges::count_if(rig.sender.frames, [](const SentFrame& c) {
+    return c.address == CalibrationUpload::kRequestAddress;
   }));
 }
 
@@ -232,7 +232,7 @@ TEST(StrayMarkers, FramesWhoseDataSpellAllAreTakenAndTheUploadGoesOn) {
     rig.Receive(frame.substr(7));
     rig.dispatcher.TimerCommProcess();
     if (i % 5 == 0) rig.upload.UploadTimer();
-    rig.clock.now_ms += 250;
+    rig.clock.now += 250;
   }
   EXPECT_EQ(rig.periods.size(), 20u);
   EXPECT_EQ(rig.live.idle_target_rpm, 19);
@@ -254,15 +254,15 @@ TEST(StrayMarkers, AStartNoReplyFollowsIsGivenUpInTheReplysTime) {
   rig.Receive(StandingFrame(1).substr(3));
   rig.dispatcher.TimerCommProcess();
   EXPECT_TRUE(rig.upload.UploadStarted());
-  rig.clock.now_ms = 60;
+  rig.clock.now = 60;
   rig.Receive(Frames(1, 100));
   rig.dispatcher.TimerCommProcess();
-  rig.clock.now_ms = CalibrationUpload::kReplyTimeMs;  // a reply could still end now
+  rig.clock.now = CalibrationUpload::kReplyTimeMs;  // a reply could still end now
   rig.dispatcher.TimerCommProcess();
   rig.upload.UploadTimer();
   EXPECT_TRUE(rig.periods.empty());
   EXPECT_EQ(Requests(rig), 0);
-  rig.clock.now_ms = CalibrationUpload::kReplyTimeMs + 1;
+  rig.clock.now = CalibrationUpload::kReplyTimeMs + 1;
   rig.upload.UploadTimer();  // no longer held back
   EXPECT_EQ(Requests(rig), 1);
   rig.Receive(Frames(1, 200));
@@ -282,9 +282,9 @@ TEST(StrayMarkers, AReplyArrivingAtTheLinesSpeedIsNeverGivenUp) {
   for (std::size_t at = 0; at < reply.size(); at += kPiece) {
     rig.Receive(reply.substr(at, kPiece));
     rig.dispatcher.TimerCommProcess();
-    rig.clock.now_ms += 9;
+    rig.clock.now += 9;
   }
-  EXPECT_GT(rig.clock.now_ms, CalibrationUpload::kReplyWireMs);
+  EXPECT_GT(rig.clock.now, CalibrationUpload::kReplyWireMs);
   EXPECT_EQ(blocks.size(), 1u);
 }
 
@@ -336,4 +336,4 @@ TEST(DamagedReply, GoesWholeSoItsBlockIsNeverReadAsFramesOrFaults) {
 }
 
 }  // namespace
-}  // namespace vela::receive_testing
+}  // namespace vela::testing

@@ -4,109 +4,149 @@
 #include <limits>
 
 #include "link/comms_sender.h"
-#include "transmit_fakes.h"
+#include "support/platform_fakes.h"
 
 namespace vela {
 namespace {
 
+using ::testing::DoubleNear;
+using ::testing::Each;
 using ::testing::ElementsAre;
 
-// CountsPerMS 2000, EngineRate 3000 (delay 4.0, 1 step): command 5 has a frame time of 4.65 ms
-// and waits 4.65 x 2000 / 7 = 1329 iterations after each byte.
-constexpr std::int64_t kByteWait = 1329;
+// Within a tenth of a microsecond: one delay-loop iteration at this PC's speed.
+constexpr double kTolerance = 0.0001;
+constexpr std::int32_t kCountsPerMs = 10'000;
 
+// The line as an analyser on it sees it: when each byte left, and the quiet after it. Time is
+// the PC's measured busy-wait time (iterations over `CountsPerMS`), the only clock the pacing has.
 class CommsSenderTest : public ::testing::Test {
  protected:
   CommsSenderTest() {
-    link_.CountsPerMS = 2000;
+    port_.open = true;
+    link_.CountsPerMS = kCountsPerMs;
     link_.PacingReady = true;
-    link_.EngineRate = 3000.0f;
-    port_.on_write = [this] { marks_.push_back(loop_.iterations_run()); };
+    link_.EngineRate = 3000.0f;  // byte delay 4.0 ms, 1 step
+    port_.on_write = [this] { left_at_.push_back(Now()); };
   }
-  // Sends and returns the iterations waited before the first byte and after each byte.
-  std::vector<std::int64_t> Send(int command, bool pre_wait = false, bool slower = false,
-                                 int command2 = 0) {
-    marks_ = {loop_.iterations_run()};
-    bool reserved = false;
-    sender_.CommsSend(command, 300, 1000, pre_wait, reserved, command2, 7, 9, slower);
-    marks_.push_back(loop_.iterations_run());
-    std::vector<std::int64_t> waits;
-    for (std::size_t i = 1; i < marks_.size(); ++i) waits.push_back(marks_[i] - marks_[i - 1]);
-    return waits;
-  }
+  double Now() const { return static_cast<double>(loop_.iterations_run()) / link_.CountsPerMS; }
 
-  transmit_testing::FakeClock clock_;
-  transmit_testing::ScriptedPort port_;
+  SendResult Send(const CommandFrame& frame) {
+    left_at_.clear();
+    sent_at_ = Now();
+    const SendResult result = sender_.Send(frame);
+    done_at_ = Now();
+    return result;
+  }
+  // The quiet after each byte written, up to the end of the call.
+  std::vector<double> Gaps() const {
+    std::vector<double> gaps;
+    for (std::size_t i = 0; i < left_at_.size(); ++i) {
+      gaps.push_back((i + 1 < left_at_.size() ? left_at_[i + 1] : done_at_) - left_at_[i]);
+    }
+    return gaps;
+  }
+  double QuietBeforeFirstByte() const { return left_at_.front() - sent_at_; }
+
+  testing::FakeClock clock_;
+  testing::ScriptedPort port_;
   LinkState link_;
   DelayLoop loop_{clock_, link_};
   CommsSender sender_{port_, clock_, link_, loop_};
-  std::vector<std::int64_t> marks_;
+  std::vector<double> left_at_;
+  double sent_at_ = 0.0;
+  double done_at_ = 0.0;
 };
 
-TEST_F(CommsSenderTest, WritesSixBytesEachFollowedByItsWait) {
-  EXPECT_THAT(Send(5),
-              ElementsAre(0, kByteWait, kByteWait, kByteWait, kByteWait, kByteWait, kByteWait));
+// Command 5 at a standing engine: 4.65 ms of frame time spread over 6 + 1 steps.
+TEST_F(CommsSenderTest, EveryByteIsFollowedByItsShareOfTheFrameTime) {
+  const SendResult result = Send({5, 300, 1000});
+  EXPECT_EQ(result.outcome, SendOutcome::kSent);
+  EXPECT_FLOAT_EQ(result.byte_delay_ms, 4.0f);
+  EXPECT_EQ(result.delay_steps, 1);
   EXPECT_THAT(port_.written, ElementsAre(5, 44, 1, 232, 3, 29));
+  EXPECT_DOUBLE_EQ(QuietBeforeFirstByte(), 0.0);
+  EXPECT_THAT(Gaps(),
+              ElementsAre(DoubleNear(4.65 / 7, kTolerance), DoubleNear(4.65 / 7, kTolerance),
+                          DoubleNear(4.65 / 7, kTolerance), DoubleNear(4.65 / 7, kTolerance),
+                          DoubleNear(4.65 / 7, kTolerance), DoubleNear(4.65 / 7, kTolerance)));
+  Send({2, 1, 0});  // a pair write takes 8.9 ms, the closing command always 10.45
+  EXPECT_THAT(Gaps(), Each(DoubleNear(8.9 / 7, kTolerance)));
+  Send({6, 0, 0});
+  EXPECT_THAT(Gaps(), Each(DoubleNear(10.45 / 7, kTolerance)));
+}
+
+TEST_F(CommsSenderTest, CommsMultiplyRepeatsTheGapAndNoGapFallsBelowTheFloor) {
   link_.CommsRepeat = 2;
-  EXPECT_EQ(Send(5)[1], 2 * kByteWait);
-  link_.CommsRepeat = 0;  // still waits once
-  EXPECT_EQ(Send(5, false, /*slower=*/true)[1], 1993);
-  link_.CountsPerMS = 0;
-  EXPECT_EQ(Send(5)[1], 100);
+  Send({5, 300, 1000});
+  EXPECT_THAT(Gaps(), Each(DoubleNear(2 * 4.65 / 7, kTolerance)));
+  link_.CommsRepeat = 0;  // still one gap
+  Send({5, 300, 1000});
+  EXPECT_THAT(Gaps(), Each(DoubleNear(4.65 / 7, kTolerance)));
+  link_.CountsPerMS = 100;  // a share of 66 iterations is raised to the floor
+  Send({5, 300, 1000});
+  EXPECT_THAT(Gaps(), Each(DoubleNear(DelayLoop::kMinIterations / 100.0, 0.01)));
 }
 
-TEST_F(CommsSenderTest, PreWaitComesFirstAndShortensByteWaits) {
+// The pre-frame wait: (CommsPreWaitCount + 10) quarter frame times of quiet, then the frame
+// time spread over 6 + 1.5 x steps.
+TEST_F(CommsSenderTest, PreWaitGivesQuietBeforeTheFrameAndShortensTheGaps) {
   link_.CommsPreWaitCount = 2;
-  const auto waits = Send(5, /*pre_wait=*/true);
-  EXPECT_EQ(waits[0], 12 * 2325);  // 10 + 2 steps of 4.65 x 2000 / 4
-  EXPECT_EQ(waits[1], 1240);       // divided by 1 x 1.5 + 6
-}
-
-TEST_F(CommsSenderTest, SecondFrameHasItsOwnFrameTime) {
-  const auto waits = Send(5, false, false, /*command2=*/2);
-  EXPECT_THAT(port_.written, ElementsAre(5, 44, 1, 232, 3, 29, 2, 7, 0, 9, 0, 18));
-  EXPECT_EQ(waits[6], kByteWait);
-  EXPECT_EQ(waits[7], 2543);  // 8.9 x 2000 / 7
+  EXPECT_TRUE(Send({.command = 5, .address = 300, .value = 1000, .pre_wait = true}).sent());
+  EXPECT_NEAR(QuietBeforeFirstByte(), 12 * 4.65 / 4, kTolerance);
+  EXPECT_THAT(Gaps(), Each(DoubleNear(4.65 / 7.5, kTolerance)));
+  link_.CommsPreWaitCount = 0;  // the live-rate command's quiet is longer than a live frame
+  Send({.command = 4, .address = 864, .value = 27, .pre_wait = true});
+  EXPECT_GT(QuietBeforeFirstByte(), 10.5);
 }
 
 TEST_F(CommsSenderTest, InfiniteRateCountsAsZeroAndSlowSendLengthensTheDelay) {
   link_.EngineRate = std::numeric_limits<float>::infinity();
   link_.SlowSend = true;
-  EXPECT_EQ(Send(5)[1], 2025);  // (1.05 x (3.6 x 1.2 + 2) + 0.45) x 2000 / 7
+  const SendResult result = Send({5, 300, 1000});
   EXPECT_EQ(link_.EngineRate, 0.0f);
-  EXPECT_FLOAT_EQ(sender_.comms_byte_delay(), 6.32f);
+  EXPECT_FLOAT_EQ(result.byte_delay_ms, 6.32f);  // 3.6 x 1.2 + 2
+  EXPECT_THAT(Gaps(), Each(DoubleNear((1.05 * 6.32 + 0.45) / 7, kTolerance)));
 }
 
-TEST_F(CommsSenderTest, DelaysOffShrinkFrameTimeUnlessForced) {
+TEST_F(CommsSenderTest, DelaysOffShrinkTheGapsToTheFloorUnlessForced) {
   link_.CommsDelayEnabled = false;
-  EXPECT_EQ(Send(6)[1], 100);
+  Send({6, 0, 0});
+  EXPECT_THAT(Gaps(),
+              Each(DoubleNear(DelayLoop::kMinIterations / double{kCountsPerMs}, kTolerance)));
   link_.ForcedDelay = true;
-  EXPECT_EQ(Send(5)[1], kByteWait);
+  Send({5, 300, 1000});
+  EXPECT_THAT(Gaps(), Each(DoubleNear(4.65 / 7, kTolerance)));
 }
 
-TEST_F(CommsSenderTest, ClosedPortOrSuspendedLinkSendsNothing) {
+TEST_F(CommsSenderTest, ClosedPortSuspendedLinkOrUnmeasuredPcSendsNothing) {
   port_.open = false;
-  Send(5, true);
+  EXPECT_EQ(Send({.command = 5, .pre_wait = true}).outcome, SendOutcome::kNotSent);
   EXPECT_EQ(clock_.reads, 0);
   port_.open = true;
   link_.CommsSuspended = true;
-  Send(5, true);
+  EXPECT_EQ(Send({.command = 5, .pre_wait = true}).outcome, SendOutcome::kNotSent);
+  EXPECT_EQ(loop_.iterations_run(), 0);  // not even the pre-frame wait
+  link_.CommsSuspended = false;
+  link_.PacingReady = false;
+  EXPECT_EQ(Send({5, 300, 1000}).outcome, SendOutcome::kNotSent);
+  sender_.SendClosingCommand();
   EXPECT_TRUE(port_.written.empty());
-  EXPECT_EQ(loop_.iterations_run(), 0);
 }
 
-TEST_F(CommsSenderTest, WriteOver350MsAbortsTheRestOfTheCall) {
+TEST_F(CommsSenderTest, AWriteOver350MsAbortsTheRestOfTheFrameAndMarksTheStall) {
   link_.CommsSendAborted = 1;
-  port_.on_write = [this] { clock_.now += 350; };  // exactly 350 ms is not too long
-  Send(5);
+  port_.on_write = [this] { clock_.now += kWriteTimeoutMs; };  // exactly 350 ms is not too long
+  EXPECT_TRUE(Send({5, 300, 1000}).sent());
   EXPECT_EQ(link_.CommsSendAborted, 0);
   port_.written.clear();
   port_.on_write = [this] {
-    marks_.push_back(loop_.iterations_run());
-    if (port_.written.size() == 3) clock_.now += 351;
+    left_at_.push_back(Now());
+    if (port_.written.size() == 3) clock_.now += kWriteTimeoutMs + 1;
   };
-  EXPECT_THAT(Send(5, false, false, 2), ElementsAre(0, kByteWait, kByteWait, 0));
+  EXPECT_EQ(Send({5, 300, 1000}).outcome, SendOutcome::kAborted);
   EXPECT_EQ(port_.written.size(), 3u);
+  EXPECT_THAT(Gaps(),
+              ElementsAre(DoubleNear(4.65 / 7, kTolerance), DoubleNear(4.65 / 7, kTolerance), 0.0));
   EXPECT_EQ(link_.CommsSendAborted, 1);
   EXPECT_EQ(link_.StallCounter, 100);
   EXPECT_EQ(clock_.events_run, 1);
@@ -114,32 +154,27 @@ TEST_F(CommsSenderTest, WriteOver350MsAbortsTheRestOfTheCall) {
 
 // A port that does not take a byte (the write reports failure after its own timeout) stalls the
 // link just as a slow write does.
-TEST_F(CommsSenderTest, APortThatRefusesAByteAbortsTheCallAndMarksTheStall) {
+TEST_F(CommsSenderTest, APortThatRefusesAByteAbortsTheFrameAndMarksTheStall) {
   port_.refuse_from = 2;
-  Send(5, false, false, 2);
+  EXPECT_EQ(Send({5, 300, 1000}).outcome, SendOutcome::kAborted);
   EXPECT_EQ(port_.written.size(), 2u);
   EXPECT_EQ(link_.CommsSendAborted, 1);
   EXPECT_EQ(link_.StallCounter, 100);
   port_.refuse_from = -1;
-  Send(5);
+  EXPECT_TRUE(Send({5, 300, 1000}).sent());
   EXPECT_EQ(link_.CommsSendAborted, 0);
 }
 
-TEST_F(CommsSenderTest, NothingIsSentBeforeThePcHasBeenMeasured) {
-  link_.PacingReady = false;
-  Send(5);
-  sender_.SendClosingCommand();
-  EXPECT_TRUE(port_.written.empty());
-}
-
-TEST_F(CommsSenderTest, ClosingCommandIsCodeSixThenTheShortDelayUnlessLocked) {
+// Shutdown: command 6, then DelayMs(20), which spins 0.55 of the time (its clock readings take
+// the rest), so that the ECU takes the command before the port closes.
+TEST_F(CommsSenderTest, ClosingCommandIsCodeSixThenAQuietSpellUnlessLocked) {
   link_.TLock = true;
   sender_.SendClosingCommand();
   EXPECT_TRUE(port_.written.empty());
   link_.TLock = false;
   sender_.SendClosingCommand();
   EXPECT_THAT(port_.written, ElementsAre(6, 0, 0, 0, 0, 6));
-  EXPECT_EQ(loop_.iterations_run(), 6 * 2986 + 22'000);  // 10.45 x 2000 / 7; 20 x 0.55 x 2000
+  EXPECT_NEAR(Now() - left_at_.back(), 10.45 / 7 + 0.55 * kClosingDelayMs, kTolerance);
 }
 
 }  // namespace

@@ -2,22 +2,33 @@
 #include <gtest/gtest.h>
 
 #include "link/link_timing.h"
-#include "transmit_fakes.h"
+#include "support/platform_fakes.h"
+#include "support/recording_sender.h"
 
 namespace vela {
 namespace {
 
 using ::testing::ElementsAre;
+using testing::SentFrame;
+
+struct RecordingLabel : StatusLabel {
+  void SetText(const std::string& text) override { log.push_back(text); }
+  void SetColour(LabelColour c) override {
+    log.push_back(std::to_string(c.red) + "," + std::to_string(c.green) + "," +
+                  std::to_string(c.blue));
+  }
+  std::vector<std::string> log;
+};
 
 class LinkTimingTest : public ::testing::Test {
  protected:
-  transmit_testing::FakeClock clock_;
+  testing::FakeClock clock_;
   LinkState link_;
   DelayLoop loop_{clock_, link_};
-  transmit_testing::RecordingSender sender_;
+  testing::RecordingSender sender_;
   LinkTiming timing_{loop_, link_, sender_};
   StartupTrace trace_;
-  transmit_testing::RecordingLabel label_;
+  RecordingLabel label_;
 };
 
 TEST_F(LinkTimingTest, FastPcMeasuresQuicklyFourTimesThenEnablesUpload) {
@@ -41,9 +52,10 @@ TEST_F(LinkTimingTest, TheRateGoesOutOnceMeasuredAndBeforeTheUploadTimerStarts) 
   clock_.script = {0, 10, 10, 20, 20, 30, 30, 41};
   timing_.ComputeCommsSpeed(4);
   std::size_t sent_when_enabled = 99;
-  timing_.CountsPerMSTimer(trace_, label_, [&] { sent_when_enabled = sender_.sent.size(); });
+  timing_.CountsPerMSTimer(trace_, label_, [&] { sent_when_enabled = sender_.frames.size(); });
   EXPECT_TRUE(link_.PacingReady);
-  EXPECT_THAT(sender_.sent, ElementsAre(ElementsAre(4, 864, 13, 1)));
+  EXPECT_THAT(sender_.frames, ElementsAre(SentFrame{4, 864, 13}));
+  EXPECT_THAT(sender_.pre_waits, ElementsAre(true));
   EXPECT_EQ(sent_when_enabled, 1u);
 }
 
@@ -65,7 +77,8 @@ TEST_F(LinkTimingTest, RateValueIsConstantOverDispatchPowerAndIsSentTo864) {
   timing_.ComputeCommsSpeed(0);
   EXPECT_EQ(link_.CommsSpeedValue, 13);
   timing_.TimerCommsSpeed();
-  EXPECT_THAT(sender_.sent, ElementsAre(ElementsAre(4, 864, 13, 1)));
+  EXPECT_THAT(sender_.frames, ElementsAre(SentFrame{4, 864, 13}));
+  EXPECT_THAT(sender_.pre_waits, ElementsAre(true));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // shared by every test program and the fuzz targets.
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -118,25 +119,59 @@ class MemoryFileSystem : public FileSystem {
   int writes = 0;
 };
 
+// Time stands still unless the test moves it (`now`, or `step_per_read` per reading); scripted
+// readings, when given, come first.
+struct FakeClock : Clock {
+  std::int64_t NowMs() override {
+    ++reads;
+    if (script.empty()) return (now += step_per_read) - step_per_read;
+    now = script.front();
+    script.pop_front();
+    return now;
+  }
+  void LetEventsRun() override { ++events_run; }
+  std::int64_t now = 0;
+  std::int64_t step_per_read = 0;
+  std::deque<std::int64_t> script;
+  int reads = 0;
+  int events_run = 0;
+};
+
+// A serial port in memory: the test fills its input and reads what was written; opening and
+// writing can be made to fail. It starts closed.
 class ScriptedPort : public SerialPort {
  public:
   bool Open(int port_number) override {
     opened.push_back(port_number);
-    open_ = opens_succeed;
-    return open_;
+    open = opens_succeed;
+    return open;
   }
-  void Close() override { open_ = false; }
-  bool IsOpen() const override { return open_; }
-  std::size_t BytesWaiting() const override { return 0; }
-  std::vector<std::uint8_t> ReadAll() override { return {}; }
-  void ClearInput() override {}
-  bool WriteByte(std::uint8_t) override { return open_; }
+  void Close() override { open = false; }
+  bool IsOpen() const override { return open; }
+  std::size_t BytesWaiting() const override { return input.size(); }
+  std::vector<std::uint8_t> ReadAll() override {
+    if (on_read) on_read();  // may call back into the code under test
+    std::vector<std::uint8_t> bytes(input.begin(), input.end());
+    input.clear();
+    return bytes;
+  }
+  void ClearInput() override { input.clear(); }
+  bool WriteByte(std::uint8_t byte) override {
+    if (!open) return false;
+    if (refuse_from >= 0 && static_cast<int>(written.size()) >= refuse_from) return false;
+    written.push_back(byte);
+    if (on_write) on_write();
+    return true;
+  }
 
+  bool open = false;
   bool opens_succeed = true;
   std::vector<int> opened;
-
- private:
-  bool open_ = false;
+  std::string input;
+  std::function<void()> on_read;
+  int refuse_from = -1;  // the port takes no byte from this count on (-1: every byte)
+  std::vector<std::uint8_t> written;
+  std::function<void()> on_write;
 };
 
 }  // namespace vela::testing

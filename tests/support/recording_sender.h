@@ -9,6 +9,7 @@
 
 namespace vela::testing {
 
+// A frame as the ECU sees it: what travels on the wire.
 struct SentFrame {
   int command;
   int address;
@@ -18,18 +19,16 @@ struct SentFrame {
 
 class RecordingSender : public CommandSender {
  public:
-  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int command2,
-                 int address2, std::int32_t value2, bool&) override {
-    frames.push_back({command, address, value});
-    if (command2 > 0) {
-      frames.push_back({command2, address2, value2});
-      ++second_frames;
-    }
+  SendResult Send(const CommandFrame& frame) override {
+    frames.push_back({frame.command, frame.address, frame.value});
+    pre_waits.push_back(frame.pre_wait);
     if (on_send) on_send();
+    return {.outcome = outcome};
   }
   std::vector<SentFrame> frames;
-  int second_frames = 0;
+  std::vector<bool> pre_waits;  // each frame's pre-frame wait, in order
   std::function<void()> on_send;
+  SendOutcome outcome = SendOutcome::kSent;  // what every send reports
 };
 
 }  // namespace vela::testing

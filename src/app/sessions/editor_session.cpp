@@ -20,11 +20,9 @@ constexpr std::string_view kInterruptedLines[] = {
 constexpr double kProgressFullWidth = 6450.0;
 }  // namespace
 
-void OfflineGate::CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
-                            bool& reserved, int command2, int address2, std::int32_t value2,
-                            bool& slower) {
-  if (mode_.Offline) return;
-  inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2, slower);
+SendResult OfflineGate::Send(const CommandFrame& frame) {
+  if (mode_.Offline) return {};
+  return inner_.Send(frame);
 }
 
 DownloadProgressWindow::DownloadProgressWindow(QWidget* parent)
@@ -102,7 +100,9 @@ void EditorSession::ShowNotesLater() {
 }
 
 void EditorSession::EndUploadPreparation() {
-  gate_.Send(kUploadDoneCommand, kLiveRateAddress, parts_.link.state().CommsSpeedValue);
+  // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
+  static_cast<void>(
+      gate_.Send({kUploadDoneCommand, kLiveRateAddress, parts_.link.state().CommsSpeedValue}));
 }
 
 bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {

@@ -34,8 +34,7 @@ class MapGridModel;
 class OfflineGate : public CommandSender {
  public:
   OfflineGate(CommandSender& inner, const ProgramMode& mode) : inner_(inner), mode_(mode) {}
-  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
-                 int command2, int address2, std::int32_t value2, bool& slower) override;
+  [[nodiscard]] SendResult Send(const CommandFrame& frame) override;
 
  private:
   CommandSender& inner_;
@@ -47,11 +46,9 @@ class EditSender : public CommandSender {
  public:
   EditSender(CommandSender& inner, std::function<void()> on_send)
       : inner_(inner), on_send_(std::move(on_send)) {}
-  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
-                 int command2, int address2, std::int32_t value2, bool& slower) override {
+  [[nodiscard]] SendResult Send(const CommandFrame& frame) override {
     on_send_();
-    inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2,
-                     slower);
+    return inner_.Send(frame);
   }
 
  private:

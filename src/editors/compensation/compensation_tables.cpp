@@ -219,7 +219,8 @@ bool CompensationEditor::CellChanged(CompTable table, int row, int reported, int
       break;
   }
   parts_.image.SetByte(position, byte);
-  parts_.sender.Send(kSingleValueWrite, position, byte);
+  // The image keeps the edit whatever became of the frame; a lost one shows as the stall.
+  static_cast<void>(parts_.sender.Send({kSingleValueWrite, position, byte}));
   return true;
 }
 

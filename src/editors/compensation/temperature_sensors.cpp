@@ -169,7 +169,8 @@ bool SensorTableSender::Store(SensorTable table, const std::vector<int>& rows,
     sent[static_cast<std::size_t>(row + 1)] = byte;
     state[static_cast<std::size_t>(row)] = byte;
     parts_.image.SetByte(first + row, byte);
-    parts_.sender.Send(kSingleValueWrite, first + row, byte);
+    // The image keeps the edit whatever became of the frame; a lost one shows as the stall.
+    static_cast<void>(parts_.sender.Send({kSingleValueWrite, first + row, byte}));
   }
   return true;
 }

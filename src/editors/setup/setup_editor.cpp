@@ -600,7 +600,8 @@ std::vector<ByteWrite> SetupEditor::StorePositions(const std::vector<int>& posit
     const std::uint8_t value = encoded.Byte(position);
     if (value == parts_.image.Byte(position)) continue;
     parts_.image.SetByte(position, value);
-    parts_.sender.Send(kSingleValueWrite, position, value);
+    // The image keeps the edit whatever became of the frame; a lost one shows as the stall.
+    static_cast<void>(parts_.sender.Send({kSingleValueWrite, position, value}));
     sent.push_back({position, value});
   }
   return sent;

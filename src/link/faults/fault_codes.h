@@ -32,9 +32,9 @@ class FaultCodeReader {
   // Sends the request, unless one already waits for its answer.
   void Request();
   // The dispatcher's call while data arrives: while a request waits, the first whole reply in
-  // `RxBuffer` that is no live frame's data is taken out of it and passed on; a damaged one is
-  // left for the frame search to pass over.
-  void FaultReplyHandler(std::string& RxBuffer);
+  // the receive buffer that is no live frame's data is taken out of it and passed on; a damaged one
+  // is left for the frame search to pass over.
+  void FaultReplyHandler(std::string& received);
   // The supervision tick: a request left unanswered too long ends with on_no_answer.
   void Tick();
 

@@ -44,7 +44,7 @@ std::size_t ReceiveBuffer::ReplyStart(const std::string& chunk) const {
   if (!reply_expected_ || !reply_expected_() || state_.RxDebug) return std::string::npos;
   if (state_.CaptionSaysNotConnected()) return std::string::npos;
   // The buffer and the chunk together: a reply's "ALL" may be split between them.
-  return FindReplyStart(rx_buffer_ + chunk);
+  return FindReplyStart(received_ + chunk);
 }
 
 // A burst of kChunkLimit bytes or more is cut to its first kChunkLimit characters and the rest
@@ -57,19 +57,19 @@ void ReceiveBuffer::CutBurst(std::string& chunk) {
 
 // The reply is held from "ALL" on, whatever the chunk sizes, up to a reply and what follows it.
 void ReceiveBuffer::KeepReply(const std::string& chunk, std::size_t reply_start) {
-  rx_buffer_ += chunk;
-  rx_buffer_.erase(0, reply_start);
-  if (rx_buffer_.size() > kReplyHoldLimit) rx_buffer_.resize(kReplyHoldLimit);
+  received_ += chunk;
+  received_.erase(0, reply_start);
+  if (received_.size() > kReplyHoldLimit) received_.resize(kReplyHoldLimit);
 }
 
 void ReceiveBuffer::Keep(const std::string& chunk) {
   const bool connected = !state_.CaptionSaysNotConnected();
-  if (connected && !state_.RxDebug && rx_buffer_.size() < kBufferLimit) {
-    rx_buffer_ += chunk;
-  } else if (rx_buffer_.size() < kDebugBufferLimit && state_.RxDebug) {
-    rx_buffer_ += chunk;
+  if (connected && !state_.RxDebug && received_.size() < kBufferLimit) {
+    received_ += chunk;
+  } else if (received_.size() < kDebugBufferLimit && state_.RxDebug) {
+    received_ += chunk;
   } else {
-    rx_buffer_.clear();
+    received_.clear();
     ++display_.overflow_count;
   }
 }

@@ -1,5 +1,5 @@
-// The receive event: bytes the serial port delivers are gathered into `RxBuffer`, one character
-// per byte, within fixed limits so that the dispatcher always works on fresh data.
+// The receive event: bytes the serial port delivers are gathered into the receive buffer, one
+// character per byte, within fixed limits so that the dispatcher always works on fresh data.
 //
 // A calibration reply is the one exception. Once a reply has started (the program waits for
 // one, the link is connected and an "ALL" that is no live frame's data, FindReplyStart, stands in
@@ -44,8 +44,8 @@ class ReceiveBuffer {
   // The longest the buffer grows while a reply is under way: the reply and what may follow it.
   static constexpr std::size_t kReplyHoldLimit = 1030 + kBufferLimit;
 
-  std::string& RxBuffer() { return rx_buffer_; }
-  const std::string& RxBuffer() const { return rx_buffer_; }
+  std::string& received() { return received_; }
+  const std::string& received() const { return received_; }
   bool InReceive() const { return in_receive_; }
 
  private:
@@ -60,7 +60,7 @@ class ReceiveBuffer {
   SerialPort& port_;
   LinkState& state_;
   LinkDisplay& display_;
-  std::string rx_buffer_;
+  std::string received_;
   bool in_receive_ = false;
   std::function<bool()> reply_expected_;
 };

@@ -49,7 +49,7 @@ void ReceiveDispatcher::TimerCommProcess() {
 bool ReceiveDispatcher::WaitsForData() const {
   if (!port_.IsOpen()) return false;
   if (state_.RxPending <= state_.RxThreshold) return true;
-  return FindFrame(buffer_.RxBuffer()).end == kNone;
+  return FindFrame(buffer_.received()).end == kNone;
 }
 
 std::int64_t ReceiveDispatcher::MsUntilReopen() const {
@@ -79,67 +79,67 @@ void ReceiveDispatcher::CommsReceiveDispatch(bool& /*FirstCall*/) {
 }
 
 void ReceiveDispatcher::Dispatch() {
-  std::string& rx_buffer = buffer_.RxBuffer();
+  std::string& received = buffer_.received();
   if (state_.RxPending > 0) {
-    upload_.UploadReplyHandler(rx_buffer);
+    upload_.UploadReplyHandler(received);
     // Never inside a calibration reply: its image bytes may spell anything.
-    if (on_reply_ && !upload_.UploadStarted()) on_reply_(rx_buffer);
+    if (on_reply_ && !upload_.UploadStarted()) on_reply_(received);
   } else {
-    rx_buffer.clear();
+    received.clear();
     upload_.ReplyDropped();
     display_.receive_indicator = {std::to_string(state_.RxPending), kIndicatorGrey};
   }
-  upload_.UploadProgressHandler(rx_buffer);
+  upload_.UploadProgressHandler(received);
   // The frame search waits for a reply under way: a frame found inside it would be the block's
   // own bytes, and taking it would throw the reply away.
-  if (upload_.ReplyIncomplete(rx_buffer)) return;
+  if (upload_.ReplyIncomplete(received)) return;
   rx_frame_length_ = live::kStartToEnd;
 
-  const auto [p, q] = FindFrame(rx_buffer);
+  const auto [p, q] = FindFrame(received);
   if (p != kNone && q != kNone && q - p == rx_frame_length_) {
-    TakeWholeFrame(rx_buffer, p);
+    TakeWholeFrame(received, p);
   } else if (p != kNone && q != kNone) {
     // "END" at the wrong distance: a damaged frame. The buffer goes only when it has grown long.
-    if (rx_buffer.size() > static_cast<std::size_t>(rx_backlog_factor_ * kDamagedDropFactor)) {
-      rx_buffer.clear();
+    if (received.size() > static_cast<std::size_t>(rx_backlog_factor_ * kDamagedDropFactor)) {
+      received.clear();
     }
     RunHandlers();
   }
   // Otherwise no whole frame yet: the buffer waits for the next tick.
 }
 
-void ReceiveDispatcher::TakeWholeFrame(std::string& rx_buffer, std::size_t start) {
+void ReceiveDispatcher::TakeWholeFrame(std::string& received, std::size_t start) {
   ++frame_counter_;
   if (frame_counter_ < frame_counter_limit_) {  // left for a later dispatch
     RunHandlers();
     return;
   }
-  std::copy_n(rx_buffer.begin() + static_cast<std::ptrdiff_t>(start), live::kFrameLength,
-              rx_frame_.begin());
+  std::copy_n(received.begin() + static_cast<std::ptrdiff_t>(start), live::kFrameLength,
+              last_frame_.begin());
   const std::int64_t keep_from =
       static_cast<std::int64_t>(start) + rx_frame_length_ + live::kEndMarker.size() + rx_skip_;
-  rx_buffer.erase(
-      0, static_cast<std::size_t>(std::clamp<std::int64_t>(keep_from, 0, std::ssize(rx_buffer))));
-  TrimBacklog(rx_buffer);
+  received.erase(
+      0, static_cast<std::size_t>(std::clamp<std::int64_t>(keep_from, 0, std::ssize(received))));
+  TrimBacklog(received);
   frame_counter_ = 0;
   if (state_.RxPending > state_.RxThreshold) {
     display_.receive_indicator = {std::to_string(state_.RxPending), kLabelGreen};
   }
   RunHandlers();
-  if (on_frame_) on_frame_(rx_frame_);
+  if (on_frame_) on_frame_(last_frame_);
 }
 
 // Only a debug capture can let the buffer grow this far: the last frame start and what follows
 // it are kept, at most the last kTrimKeep characters.
-void ReceiveDispatcher::TrimBacklog(std::string& rx_buffer) const {
-  if (rx_buffer.size() <= static_cast<std::size_t>(rx_backlog_factor_ * kBacklogTrimFactor)) {
+void ReceiveDispatcher::TrimBacklog(std::string& received) const {
+  if (received.size() <= static_cast<std::size_t>(rx_backlog_factor_ * kBacklogTrimFactor)) {
     return;
   }
-  const std::size_t s = rx_buffer.find(live::kStartMarker, rx_buffer.size() - kTrimSearchBack - 1);
-  if (s != kNone) rx_buffer.erase(0, s >= kTrimKeepBeforeStart ? s - kTrimKeepBeforeStart : 0);
-  if (rx_buffer.size() > kTrimKeep) rx_buffer.erase(0, rx_buffer.size() - kTrimKeep);
+  const std::size_t s = received.find(live::kStartMarker, received.size() - kTrimSearchBack - 1);
+  if (s != kNone) received.erase(0, s >= kTrimKeepBeforeStart ? s - kTrimKeepBeforeStart : 0);
+  if (received.size() > kTrimKeep) received.erase(0, received.size() - kTrimKeep);
 }
 
-void ReceiveDispatcher::RunHandlers() { handlers_.RunAll(rx_frame_); }
+void ReceiveDispatcher::RunHandlers() { handlers_.RunAll(last_frame_); }
 
 }  // namespace vela

@@ -1,6 +1,7 @@
 // The receive timer and the dispatcher: `TimerCommProcess` keeps the port open and runs
 // `CommsReceiveDispatch` one to six times a tick; each dispatch lets the upload look at the
-// buffer, takes at most one whole live frame out of `RxBuffer` and runs the receive handlers.
+// buffer, takes at most one whole live frame out of the receive buffer and runs the receive
+// handlers.
 #pragma once
 
 #include <cstdint>
@@ -49,7 +50,7 @@ class ReceiveDispatcher {
   void CommsReceiveDispatch(bool& FirstCall);
 
   // True when a tick now could only wait for more data: the port is open and either no data is
-  // pending or `RxBuffer` holds no whole or damaged frame ("START" with an "END" after it).
+  // pending or the receive buffer holds no whole or damaged frame ("START" with an "END" after it).
   // Nothing but the receive event changes that, so the ticks may rest until it runs again.
   bool WaitsForData() const;
   // While the port is closed, how long until the tick tries to open it again (0: at once, or the
@@ -64,14 +65,14 @@ class ReceiveDispatcher {
   // Called with every new frame taken, after the handlers (the datalog capture).
   void SetFrameHook(std::function<void(const live::Frame&)> hook) { on_frame_ = std::move(hook); }
   // Called on every dispatch while data arrives and no calibration reply is under way, after the
-  // upload's handler and before the frame search, with `RxBuffer`: another text reply of the ECU
-  // (the fault codes) is taken out here.
+  // upload's handler and before the frame search, with the receive buffer: another text reply of
+  // the ECU (the fault codes) is taken out here.
   void SetReplyHandler(std::function<void(std::string&)> handler) {
     on_reply_ = std::move(handler);
   }
   void ResetFrameCounter() { frame_counter_ = 0; }
 
-  const live::Frame& RxFrame() const { return rx_frame_; }
+  const live::Frame& last_frame() const { return last_frame_; }
   std::int16_t FrameCounter() const { return frame_counter_; }
   float RxBacklogFactor() const { return rx_backlog_factor_; }
   bool InDispatch() const { return in_dispatch_; }
@@ -79,8 +80,8 @@ class ReceiveDispatcher {
  private:
   void ReopenPort();
   void Dispatch();
-  void TakeWholeFrame(std::string& rx_buffer, std::size_t start);
-  void TrimBacklog(std::string& rx_buffer) const;
+  void TakeWholeFrame(std::string& received, std::size_t start);
+  void TrimBacklog(std::string& received) const;
   void RunHandlers();
 
   SerialPort& port_;
@@ -93,7 +94,7 @@ class ReceiveDispatcher {
   std::function<void(const live::Frame&)> on_frame_;
   std::function<void(std::string&)> on_reply_;
 
-  live::Frame rx_frame_{};
+  live::Frame last_frame_{};
   std::uint8_t rx_frame_length_ = live::kStartToEnd;
   std::int32_t rx_skip_ = 0;
   float rx_backlog_factor_ = 10.25f;

@@ -4,25 +4,18 @@
 
 namespace vela {
 
-void HeldEdits::CommsSend(int command, int address, std::int32_t value, bool& pre_wait,
-                          bool& reserved, int command2, int address2, std::int32_t value2,
-                          bool& slower) {
-  if (holding_) {
-    waiting_.push_back({command, address, value, pre_wait, command2, address2, value2, slower});
-    return;
-  }
-  inner_.CommsSend(command, address, value, pre_wait, reserved, command2, address2, value2, slower);
+SendResult HeldEdits::Send(const CommandFrame& frame) {
+  if (!holding_) return inner_.Send(frame);
+  waiting_.push_back(frame);
+  return {.outcome = SendOutcome::kHeld};
 }
 
 void HeldEdits::Release() {
   holding_ = false;
-  std::vector<Held> waiting;
+  std::vector<CommandFrame> waiting;
   waiting.swap(waiting_);
-  for (Held& edit : waiting) {
-    bool reserved = false;
-    inner_.CommsSend(edit.command, edit.address, edit.value, edit.pre_wait, reserved, edit.command2,
-                     edit.address2, edit.value2, edit.slower);
-  }
+  // As when they were made: the image keeps the edits, and a lost frame shows as the stall.
+  for (const CommandFrame& edit : waiting) static_cast<void>(inner_.Send(edit));
 }
 
 void Download::Start(std::vector<std::uint8_t> image) {
@@ -49,7 +42,9 @@ void Download::Tick() {
   if (p > length) command = kDownloadCloseCommand;
   const int low = p <= length ? download_image_[static_cast<std::size_t>(p - 1)] : 0;
   const int high = p <= length - 1 ? download_image_[static_cast<std::size_t>(p)] : 0;
-  sender_.Send(command, download_base_ - 1 + p, high * 256 + low);
+  // A frame the line did not carry is read from the link's state, as every frame of the download
+  // is: `CommsSendAborted` stays set from a stall until a byte goes through again.
+  static_cast<void>(sender_.Send({command, download_base_ - 1 + p, high * 256 + low}));
   const bool line_ready = !callbacks_.line_ready || callbacks_.line_ready();
   if (!line_ready || link_.CommsSendAborted > 0) broken_ = true;
 

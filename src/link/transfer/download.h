@@ -49,8 +49,8 @@ struct DownloadCallbacks {
 class HeldEdits : public CommandSender {
  public:
   explicit HeldEdits(CommandSender& inner) : inner_(inner) {}
-  void CommsSend(int command, int address, std::int32_t value, bool& pre_wait, bool& reserved,
-                 int command2, int address2, std::int32_t value2, bool& slower) override;
+  // While holding, keeps the frame (`kHeld`); otherwise passes it on.
+  [[nodiscard]] SendResult Send(const CommandFrame& frame) override;
   void Hold() { holding_ = true; }
   // Sends what waited, in the order it came, and lets changes through from then on.
   void Release();
@@ -58,19 +58,9 @@ class HeldEdits : public CommandSender {
   std::size_t waiting() const { return waiting_.size(); }
 
  private:
-  struct Held {
-    int command;
-    int address;
-    std::int32_t value;
-    bool pre_wait;
-    int command2;
-    int address2;
-    std::int32_t value2;
-    bool slower;
-  };
   CommandSender& inner_;
   bool holding_ = false;
-  std::vector<Held> waiting_;
+  std::vector<CommandFrame> waiting_;
 };
 
 class Download {

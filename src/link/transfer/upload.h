@@ -69,12 +69,12 @@ class CalibrationUpload {
   void UploadTimer();
   void RequestUpload();
   // Called by the dispatcher on every dispatch while data is arriving.
-  void UploadReplyHandler(std::string& RxBuffer);
-  void UploadProgressHandler(const std::string& RxBuffer);
-  // True while a reply has begun at the start of `RxBuffer` and is not yet whole. Until it is,
-  // nothing in it can be told from the block's own bytes, which may spell a live frame, and the
+  void UploadReplyHandler(std::string& received);
+  void UploadProgressHandler(const std::string& received);
+  // True while a reply has begun at the start of the receive buffer and is not yet whole. Until it
+  // is, nothing in it can be told from the block's own bytes, which may spell a live frame, and the
   // ECU sends nothing else before the reply ends.
-  bool ReplyIncomplete(const std::string& RxBuffer) const;
+  bool ReplyIncomplete(const std::string& received) const;
   // The editors took a calibration from elsewhere (a map file going down to the ECU): the upload
   // is over as if its block had been handed on, timer stopped and flags cleared; a reply still on
   // its way is not taken. A lost link re-arms it as usual.
@@ -108,13 +108,13 @@ class CalibrationUpload {
 
  private:
   void BackOff();
-  // A reply start was seen at the start of `rx_buffer`: notes when, and how far it reached in time.
-  void FollowReply(const std::string& rx_buffer, bool new_start);
+  // A reply start was seen at the start of `received`: notes when, and how far it reached in time.
+  void FollowReply(const std::string& received, bool new_start);
   // True once a reply start has stood longer than a reply takes.
   bool ReplyOverdue() const;
-  void TakeReply(std::string& rx_buffer);
-  void DropDamagedReply(std::string& rx_buffer);
-  void GiveUpReply(std::string& rx_buffer);
+  void TakeReply(std::string& received);
+  void DropDamagedReply(std::string& received);
+  void GiveUpReply(std::string& received);
   void SetTimer(bool enabled, int interval_ms);
 
   SerialPort& port_;

@@ -1,59 +1,18 @@
-// Scripted stand-ins and a wired-up receive side for the receive, supervision and upload tests.
+// The receive side wired up over the fakes, and live frames built field by field, for the receive,
+// supervision, upload and fault code tests and the upload's road through the editors.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "link/connection_supervisor.h"
 #include "link/receive/receive_dispatch.h"
+#include "support/platform_fakes.h"
+#include "support/recording_sender.h"
 
-namespace vela::receive_testing {
-
-// A port whose input the test fills; a read may call back into the code under test.
-struct ReceivePort : SerialPort {
-  bool Open(int port_number) override {
-    opened.push_back(port_number);
-    return open = opens_succeed;
-  }
-  void Close() override { open = false; }
-  bool IsOpen() const override { return open; }
-  std::size_t BytesWaiting() const override { return input.size(); }
-  std::vector<std::uint8_t> ReadAll() override {
-    if (on_read) on_read();
-    std::vector<std::uint8_t> bytes(input.begin(), input.end());
-    input.clear();
-    return bytes;
-  }
-  void ClearInput() override { input.clear(); }
-  bool WriteByte(std::uint8_t) override { return true; }
-
-  bool open = true;
-  bool opens_succeed = true;
-  std::string input;
-  std::vector<int> opened;
-  std::function<void()> on_read;
-};
-
-// Time stands still unless the test moves it.
-struct ReceiveClock : Clock {
-  std::int64_t NowMs() override { return now_ms; }
-  void LetEventsRun() override { ++events_run; }
-  std::int64_t now_ms = 0;
-  int events_run = 0;
-};
-
-using SentCommand = std::tuple<int, int, std::int32_t>;  // command, address, value
-
-struct SentCommands : CommandSender {
-  void CommsSend(int command, int address, std::int32_t value, bool&, bool&, int, int, std::int32_t,
-                 bool&) override {
-    sent.emplace_back(command, address, value);
-  }
-  std::vector<SentCommand> sent;
-};
+namespace vela::testing {
 
 // A live frame built field by field with the positions of live_frame.h.
 struct FrameBuilder {
@@ -86,6 +45,7 @@ inline std::string Frames(int count, std::uint32_t first = 1) {
 // The whole receive side over the fakes, connected and with data arriving.
 struct ReceiveRig {
   ReceiveRig() {
+    port.open = true;
     ApplyReceiveDefaults(state);
     state.Caption = std::string(kCaptionConnected);
     state.RxPending = static_cast<std::uint8_t>(state.RxLevel);
@@ -105,14 +65,14 @@ struct ReceiveRig {
     port.input = chunk;
     buffer.OnCommEvent(kDataReceived);
   }
-  std::string& Buffer() { return buffer.RxBuffer(); }
+  std::string& Buffer() { return buffer.received(); }
 
   LinkState state;
   LinkDisplay display;
   LiveData live;
-  ReceivePort port;
-  ReceiveClock clock;
-  SentCommands sender;
+  ScriptedPort port;
+  FakeClock clock;
+  RecordingSender sender;
   ReceiveBuffer buffer{port, state, display};
   CalibrationUpload upload{port, sender, clock, state, display};
   ReceiveHandlers handlers{live};
@@ -123,4 +83,4 @@ struct ReceiveRig {
   std::function<void()> on_refreshed;
 };
 
-}  // namespace vela::receive_testing
+}  // namespace vela::testing
