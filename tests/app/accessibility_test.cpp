@@ -60,25 +60,9 @@ QString ValueOf(QObject* object) {
   return iface ? iface->text(QAccessible::Value) : QString("(no interface)");
 }
 
-struct ShownProgram {
-  ShownProgram() {
-    std::string error;
-    started = ecu.Start({}, &error);
-    program =
-        std::make_unique<testing::TestProgram>(dir.path(), QString::fromStdString(ecu.SlavePath()));
-    loaded = program->window->Load();
-    program->window->show();
-  }
-  MainWindow& window() { return *program->window; }
-  bool Live() {
-    return program->link.state().Caption == kCaptionConnected &&
-           !program->link.upload().UploadExpected();
-  }
-
-  QTemporaryDir dir;
-  sim::InProcessSimulator ecu;
-  bool started = false;
-  std::unique_ptr<testing::TestProgram> program;
+// The whole program shown, its link paced as on a serial line.
+struct ShownProgram : testing::RunningProgram {
+  ShownProgram() : RunningProgram(testing::RunningOptions::Paced()) { loaded = Show(); }
   bool loaded = false;
 };
 

@@ -27,14 +27,6 @@ using namespace vela;
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace calibration_road_test {
 
-// The program with its link at full speed: a pseudo-terminal needs no pacing gaps.
-struct Program : testing::TestProgram {
-  Program(const QString& root, const std::string& device)
-      : TestProgram(root, QString::fromStdString(device)) {
-    link.SetCommsDelayEnabled(false);
-  }
-};
-
 QByteArray FileBytes(const QString& path) {
   QFile file(path);
   return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -45,20 +37,12 @@ QByteArray ImageBytes(const CalibrationImage& image) {
   return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
 }
 
-// A simulated ECU on a fixed path (a symbolic link to its terminal), so that it can be
-// unplugged and plugged in again while the program keeps its port.
-struct PluggedEcu {
-  explicit PluggedEcu(const QString& dir) : line((dir + "/ecu").toStdString()) {
-    options.link_path = line;
-  }
-  bool Start(std::string* error) {
-    ecu = std::make_unique<sim::InProcessSimulator>();
-    return ecu->Start(options, error);
-  }
-  std::string line;
-  sim::SimCommandLine options;
-  std::unique_ptr<sim::InProcessSimulator> ecu;
-};
+// The ECU on a fixed line, so that it can be unplugged and plugged in again.
+testing::RunningOptions Pluggable() {
+  testing::RunningOptions options;
+  options.fixed_line = true;
+  return options;
+}
 
 // A key on a grid cell, as the tuner gives it.
 void KeyOnCell(MapGrid* grid, int row, int column, Qt::Key key) {
@@ -72,18 +56,14 @@ class CalibrationRoadTest : public QObject {
 
  private slots:
   void uploadEditSaveChangeLoadAndDownload() {
-    QTemporaryDir dir;
-    sim::InProcessSimulator ecu;
-    std::string error;
-    QVERIFY2(ecu.Start({}, &error), error.c_str());
-    Program program(dir.path(), ecu.SlavePath());
-    QVERIFY(program.window->Load());
-    program.window->show();
-    EditorSession& editors = program.window->editors();
-    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
-    QVERIFY(editors.state().SetupErrors.empty());
+    testing::RunningProgram p;
+    QVERIFY2(p.started, p.error.c_str());
     // The upload ends by asking the ECU for the rate chosen in the settings (20 a second).
-    QTRY_COMPARE_WITH_TIMEOUT(program.link.live().frames_per_second, 20, 3000);
+    QVERIFY(p.Run());
+    testing::TestProgram& program = *p.program;
+    sim::InProcessSimulator& ecu = *p.ecu;
+    EditorSession& editors = p.editors();
+    QVERIFY(editors.state().SetupErrors.empty());
 
     // The grids show the ECU's maps.
     const CalibrationImage uploaded = ecu.ImageSnapshot();
@@ -150,20 +130,15 @@ class CalibrationRoadTest : public QObject {
 
   // A file that is no map is refused before a question is asked: not one frame reaches the ECU.
   void mapFilesThatAreNoMapsPutNothingOnTheWire() {
-    QTemporaryDir dir;
-    sim::InProcessSimulator ecu;
-    sim::SimCommandLine options;
-    options.verbose = true;
     auto frames = std::make_shared<std::atomic<int>>(0);
-    std::string error;
-    QVERIFY2(ecu.Start(options, &error, [frames](const std::string&) { ++*frames; }),
-             error.c_str());
-    Program program(dir.path(), ecu.SlavePath());
-    QVERIFY(program.window->Load());
-    program.window->show();
-    EditorSession& editors = program.window->editors();
-    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
-    QTRY_COMPARE_WITH_TIMEOUT(program.link.live().frames_per_second, 20, 3000);
+    testing::RunningOptions options;
+    options.log = [frames](const std::string&) { ++*frames; };
+    testing::RunningProgram p(options);
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Run());
+    testing::TestProgram& program = *p.program;
+    sim::InProcessSimulator& ecu = *p.ecu;
+    EditorSession& editors = p.editors();
     const QByteArray before = ImageBytes(ecu.ImageSnapshot());
     QTest::qWait(300);
     const int frames_before = frames->load();
@@ -196,15 +171,12 @@ class CalibrationRoadTest : public QObject {
   // complete, marks the map pages, and on the tuner's Yes sends the whole map when the ECU is
   // back.
   void aDownloadCutShortIsReportedAndSentAgainWhenTheEcuReturns() {
-    QTemporaryDir dir;
-    PluggedEcu plug(dir.path());
-    std::string error;
-    QVERIFY2(plug.Start(&error), error.c_str());
-    std::unique_ptr<sim::InProcessSimulator>& ecu = plug.ecu;
-    Program program(dir.path(), plug.line);
-    QVERIFY(program.window->Load());
-    program.window->show();
-    EditorSession& editors = program.window->editors();
+    testing::RunningProgram p(Pluggable());
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Show());
+    testing::TestProgram& program = *p.program;
+    std::unique_ptr<sim::InProcessSimulator>& ecu = p.ecu;
+    EditorSession& editors = p.editors();
     QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
 
     CalibrationImage changed = ecu->ImageSnapshot();
@@ -229,7 +201,7 @@ class CalibrationRoadTest : public QObject {
     auto* banner = program.window->findChild<QLabel*>("EcuOutOfStep");
     QVERIFY(banner != nullptr && banner->isVisible());
 
-    QVERIFY2(plug.Start(&error), error.c_str());
+    QVERIFY2(p.Plug(), p.error.c_str());
     QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
     QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()).mid(0, 908),
@@ -242,7 +214,7 @@ class CalibrationRoadTest : public QObject {
   // once, none behind a scroll bar, in a window of the smallest size the program is made for.
   void everySetupErrorIsInViewAtOnce() {
     QTemporaryDir dir;
-    Program program(dir.path(), "/dev/no-such-tty");
+    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
     QVERIFY(program.window->Load());
     program.window->resize(1024, 600);
     program.window->show();
@@ -283,12 +255,12 @@ class CalibrationRoadTest : public QObject {
       QVERIFY(file.open(QIODevice::WriteOnly));
       file.write(ImageBytes(image));
     }
-    PluggedEcu plug(dir.path());
-    plug.options.image_path = first_path.toStdString();
-    std::string error;
-    QVERIFY2(plug.Start(&error), error.c_str());
-    Program program(dir.path(), plug.line);
-    EditorSession& editors = program.window->editors();
+    testing::RunningOptions options = Pluggable();
+    options.ecu.image_path = first_path.toStdString();
+    testing::RunningProgram p(options);
+    QVERIFY2(p.started, p.error.c_str());
+    testing::TestProgram& program = *p.program;
+    EditorSession& editors = p.editors();
     bool note_seen = false;
     bool lost_while_open = false;
     const auto run_while = [](const std::function<bool()>& condition) {
@@ -301,18 +273,17 @@ class CalibrationRoadTest : public QObject {
     program.messages.while_open = [&](const std::string& title) {
       if (title != "PC Software Update" || note_seen) return;
       note_seen = true;
-      plug.ecu->Stop();
+      p.ecu->Stop();
       const auto connected = [&] {
         return program.link.state().Caption.find("Not") == std::string::npos;
       };
       run_while(connected);
       lost_while_open = !connected();
-      plug.options.image_path = second_path.toStdString();
-      QVERIFY2(plug.Start(&error), error.c_str());
+      p.options.ecu.image_path = second_path.toStdString();
+      QVERIFY2(p.Plug(), p.error.c_str());
       run_while([&] { return ImageBytes(editors.image()) != ImageBytes(second); });
     };
-    QVERIFY(program.window->Load());
-    program.window->show();
+    QVERIFY(p.Show());
     QTRY_VERIFY_WITH_TIMEOUT(note_seen, 10000);
     QVERIFY(lost_while_open);
     QCOMPARE(ImageBytes(editors.image()), ImageBytes(second));
@@ -325,19 +296,17 @@ class CalibrationRoadTest : public QObject {
   // The engine holds still, so every frame carries the same values: the Data Page shows what the
   // simulated ECU put in them, each at the scale of its field.
   void theDataPageShowsWhatTheEcuPutInItsFrames() {
-    QTemporaryDir dir;
-    sim::InProcessSimulator ecu;
-    sim::SimCommandLine options;
-    options.sim.steady_after_us = 2'000'000;
-    std::string error;
-    QVERIFY2(ecu.Start(options, &error), error.c_str());
-    Program program(dir.path(), ecu.SlavePath());
-    QVERIFY(program.window->Load());
-    program.window->show();
-    QTRY_VERIFY_WITH_TIMEOUT(program.window->editors().has_calibration(), 10000);
+    testing::RunningOptions options;
+    options.ecu.sim.steady_after_us = 2'000'000;
+    testing::RunningProgram p(options);
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Show());
+    testing::TestProgram& program = *p.program;
+    const QString dir = p.dir.path();
+    QTRY_VERIFY_WITH_TIMEOUT(p.editors().has_calibration(), 10000);
     program.window->tabs()->setCurrentIndex(9);  // only the page in front redraws
     QTest::qWait(2500);
-    const sim::EngineState engine = ecu.EngineSnapshot();
+    const sim::EngineState engine = p.ecu->EngineSnapshot();
     const auto text = [&](const char* name) {
       auto* value = program.window->findChild<LiveValue*>(name);
       return value ? value->text() : QString("(no %1)").arg(name);
@@ -355,21 +324,18 @@ class CalibrationRoadTest : public QObject {
     QCOMPARE(text("DataIdle"), fixed(std::round(engine.idle_duty_pct * 2.56) / 2.56, 1));
     QVERIFY(std::abs(text("DataWater").toDouble() - engine.water_c) <= 1.0);
     QVERIFY(std::abs(text("DataAir").toDouble() - engine.air_c) <= 1.0);
-    program.window->grab().save(dir.path() + "/data-page.png");
+    program.window->grab().save(dir + "/data-page.png");
     const QString keep = qEnvironmentVariable("VELA_SHOTS");
-    if (!keep.isEmpty()) QFile::copy(dir.path() + "/data-page.png", keep + "/data-page.png");
+    if (!keep.isEmpty()) QFile::copy(dir + "/data-page.png", keep + "/data-page.png");
   }
 
   void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {
-    QTemporaryDir dir;
-    PluggedEcu plug(dir.path());
-    std::string error;
-    QVERIFY2(plug.Start(&error), error.c_str());
-    std::unique_ptr<sim::InProcessSimulator>& ecu = plug.ecu;
-    Program program(dir.path(), plug.line);
-    QVERIFY(program.window->Load());
-    program.window->show();
-    EditorSession& editors = program.window->editors();
+    testing::RunningProgram p(Pluggable());
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Show());
+    testing::TestProgram& program = *p.program;
+    std::unique_ptr<sim::InProcessSimulator>& ecu = p.ecu;
+    EditorSession& editors = p.editors();
     QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
 
     // The ECU goes away; the tuner changes a fuel cell meanwhile.
@@ -386,7 +352,7 @@ class CalibrationRoadTest : public QObject {
     program.messages.while_open = [](const std::string& title) {
       if (title == "MORVANE Warning") QTest::qWait(1500);
     };
-    QVERIFY2(plug.Start(&error), error.c_str());
+    QVERIFY2(p.Plug(), p.error.c_str());
     QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
     QCOMPARE(program.messages.shown.back().title, std::string("MORVANE Warning"));
     const std::size_t asked_once = program.messages.shown.size();

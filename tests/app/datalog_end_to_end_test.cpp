@@ -23,29 +23,9 @@ using namespace vela;
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace datalog_end_to_end_test {
 
-struct Program : testing::TestProgram {
-  Program(const QString& root, const std::string& device)
-      : TestProgram(root, QString::fromStdString(device)) {
-    link.SetCommsDelayEnabled(false);
-  }
-  // Loads, shows and waits for the ECU's calibration and the chosen frame rate (20 a second).
-  bool Run() {
-    if (!window->Load()) return false;
-    window->show();
-    window->activateWindow();
-    if (!QTest::qWaitForWindowActive(window.get())) return false;
-    return QTest::qWaitFor([this] { return window->editors().has_calibration(); }, 10000) &&
-           QTest::qWaitFor([this] { return link.live().frames_per_second == 20; }, 3000);
-  }
-  DatalogPage& page() { return window->datalog_page(); }
-  // A key as the tuner types it: the main window sees keys only while it is the active window.
-  bool Press(Qt::Key key) {
-    window->activateWindow();
-    if (!QTest::qWaitForWindowActive(window.get())) return false;
-    QTest::keyClick(window.get(), key);
-    return true;
-  }
-  QString Datalogs() const { return QString::fromStdString(folders.datalogs); }
+struct Program : testing::RunningProgram {
+  DatalogPage& page() { return window().datalog_page(); }
+  QString Datalogs() const { return QString::fromStdString(program->folders.datalogs); }
 };
 
 std::uint32_t Field(const live::Frame& f, int position, int bytes) {
@@ -71,20 +51,17 @@ class DatalogEndToEndTest : public QObject {
 
  private slots:
   void recordSaveReloadAndReadTheFramesBackWithVelaLog() {
-    QTemporaryDir dir;
-    sim::InProcessSimulator ecu;
-    std::string error;
-    QVERIFY2(ecu.Start({}, &error), error.c_str());
-    Program program(dir.path(), ecu.SlavePath());
+    Program program;
+    QVERIFY2(program.started, program.error.c_str());
     QVERIFY(program.Run());
     std::vector<live::Frame> frames;  // what the ECU sent while the log ran
-    QObject::connect(&program.link, &LinkSession::FrameTaken, [&](const live::Frame& frame) {
+    QObject::connect(&program.link(), &LinkSession::FrameTaken, [&](const live::Frame& frame) {
       if (program.page().Logging()) frames.push_back(frame);
     });
 
     QVERIFY(program.Press(Qt::Key_L));
     QVERIFY(program.page().Logging());
-    QCOMPARE(program.window->findChild<QPushButton*>("Command6_0")->text(),
+    QCOMPARE(program.window().findChild<QPushButton*>("Command6_0")->text(),
              QString("Stop DataLogging"));
     QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 30, 5000);
     QVERIFY(program.Press(Qt::Key_K));
@@ -92,14 +69,14 @@ class DatalogEndToEndTest : public QObject {
     QVERIFY(QFile::exists(program.Datalogs() + "Recording.journal"));
     QVERIFY(program.Press(Qt::Key_L));
     QVERIFY(!program.page().Logging());
-    QCOMPARE(program.window->tabs()->currentIndex(), 11);
+    QCOMPARE(program.window().tabs()->currentIndex(), 11);
     const DatalogLog& log = program.page().log();
     QCOMPARE(log.RecordCount(), frames.size());
     QCOMPARE(log.Markers().size(), std::size_t{1});
 
     // Saved: the extension is the upper-case one, and the journal is no longer needed.
-    program.dialogs.paths.push_back((program.Datalogs() + "pull.sl1").toStdString());
-    program.window->findChild<QPushButton*>("Command6_2")->click();
+    program.program->dialogs.paths.push_back((program.Datalogs() + "pull.sl1").toStdString());
+    program.window().findChild<QPushButton*>("Command6_2")->click();
     const QString saved = program.Datalogs() + "pull.SL1";
     QVERIFY(QFile::exists(saved));
     QVERIFY(!QFile::exists(program.Datalogs() + "Recording.journal"));
@@ -107,8 +84,8 @@ class DatalogEndToEndTest : public QObject {
     // A new log, then the saved one loaded back over it.
     QVERIFY(program.Press(Qt::Key_L));
     QVERIFY(program.Press(Qt::Key_L));
-    program.dialogs.paths.push_back(saved.toStdString());
-    program.window->findChild<QPushButton*>("Command6_1")->click();
+    program.program->dialogs.paths.push_back(saved.toStdString());
+    program.window().findChild<QPushButton*>("Command6_1")->click();
     QCOMPARE(log.RecordCount(), frames.size());
     QCOMPARE(log.Markers().front().text, std::string("Mark 1"));
 
@@ -142,58 +119,51 @@ class DatalogEndToEndTest : public QObject {
 
   // The status strip tells a running log on every page, with its time and record count.
   void theStatusStripShowsARunningLogOnEveryPage() {
-    QTemporaryDir dir;
-    sim::InProcessSimulator ecu;
-    std::string error;
-    QVERIFY2(ecu.Start({}, &error), error.c_str());
-    Program program(dir.path(), ecu.SlavePath());
+    Program program;
+    QVERIFY2(program.started, program.error.c_str());
     QVERIFY(program.Run());
-    auto* state = program.window->findChild<QLabel*>("DatalogState");
+    auto* state = program.window().findChild<QLabel*>("DatalogState");
     QVERIFY(state);
     QVERIFY(state->isHidden());
-    program.window->tabs()->setCurrentIndex(0);
+    program.window().tabs()->setCurrentIndex(0);
     program.page().StartStopLogging();
     QTRY_VERIFY_WITH_TIMEOUT(program.page().log().RecordCount() >= 10, 5000);
     QTRY_VERIFY(state->isVisible());
     QVERIFY(state->text().startsWith("Logging "));
     QVERIFY(state->text().endsWith(" records"));
-    program.window->tabs()->setCurrentIndex(9);
+    program.window().tabs()->setCurrentIndex(9);
     QVERIFY(state->isVisible());
     program.page().StartStopLogging();
     QTRY_VERIFY(state->isHidden());
   }
 
   void aJournalLeftByAKilledProgramIsOfferedAtTheNextStart() {
-    QTemporaryDir dir;
-    sim::InProcessSimulator ecu;
-    std::string error;
-    QVERIFY2(ecu.Start({}, &error), error.c_str());
-    QByteArray on_disk;
-    std::size_t records_then = 0;
-    {
-      Program program(dir.path(), ecu.SlavePath());
-      QVERIFY(program.Run());
-      program.page().StartStopLogging();
-      QTest::qWait(2500);
-      // What a kill leaves: the journal as the disk holds it at this moment.
-      records_then = program.page().log().RecordCount();
-      QFile journal(program.Datalogs() + "Recording.journal");
-      QVERIFY(journal.open(QIODevice::ReadOnly));
-      on_disk = journal.readAll();
-    }
-    const QString journal_path =
-        dir.path() + "/MORVANE Programs Info/MORVANE VELA/Datalogs/" + "Recording.journal";
+    Program program;
+    QVERIFY2(program.started, program.error.c_str());
+    QVERIFY(program.Run());
+    const QString journal_path = program.Datalogs() + "Recording.journal";
+    program.page().StartStopLogging();
+    QTest::qWait(2500);
+    // What a kill leaves: the journal as the disk holds it at this moment.
+    const std::size_t records_then = program.page().log().RecordCount();
+    QFile journal(journal_path);
+    QVERIFY(journal.open(QIODevice::ReadOnly));
+    const QByteArray on_disk = journal.readAll();
+    journal.close();
+    program.program.reset();
     QFile::remove(journal_path);
     QFile rewritten(journal_path);
     QVERIFY(rewritten.open(QIODevice::WriteOnly));
     rewritten.write(on_disk);
     rewritten.close();
 
-    Program again(dir.path(), ecu.SlavePath());
+    testing::TestProgram again(program.dir.path(),
+                               QString::fromStdString(program.ecu->SlavePath()));
+    again.link.SetCommsDelayEnabled(false);
     again.messages.answers.push_back(MessageAnswer::kYes);
     QVERIFY(again.window->Load());
     QCOMPARE(again.messages.shown.back().title, std::string("Recover DataLog"));
-    const std::size_t recovered = again.page().log().RecordCount();
+    const std::size_t recovered = again.window->datalog_page().log().RecordCount();
     QVERIFY2(recovered + 20 >= records_then && recovered <= records_then,
              qPrintable(QString("%1 of %2 records").arg(recovered).arg(records_then)));
     QVERIFY(QFile::exists(journal_path));  // kept until the log is saved

@@ -51,10 +51,8 @@ class DatalogPageTest : public QObject {
     QTemporaryDir dir;
     const QString program_folder = dir.path() + "/MORVANE Programs Info/MORVANE VELA/";
     QDir().mkpath(program_folder);
-    QFile file(program_folder + "DatalogSetup.txt");
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("Channel 0 = 1\r\nChannel 1 = 0\r\nChannel 2 = 1\r\n");
-    file.close();
+    Write(program_folder + "DatalogSetup.txt",
+          "Channel 0 = 1\r\nChannel 1 = 0\r\nChannel 2 = 1\r\n");
     testing::TestProgram program(dir.path(), "/dev/no-such-tty");
     QVERIFY(program.window->Load());
     DatalogPage& page = program.window->datalog_page();

@@ -29,22 +29,13 @@ using namespace vela;
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace map_pages_test {
 
-struct ShownProgram {
-  explicit ShownProgram(const sim::SimCommandLine& options, QSize size = {1280, 720}) {
-    std::string error;
-    started = ecu.Start(options, &error);
-    program =
-        std::make_unique<testing::TestProgram>(dir.path(), QString::fromStdString(ecu.SlavePath()));
-    loaded = program->window->Load();
-    program->window->resize(size);
-    program->window->show();
+// The program shown at `size`, its link paced as on a serial line.
+struct ShownProgram : testing::RunningProgram {
+  explicit ShownProgram(const sim::SimCommandLine& options, QSize size = {1280, 720})
+      : RunningProgram(testing::RunningOptions::Paced(options, size)) {
+    loaded = Show();
   }
-  MainWindow& window() { return *program->window; }
   MapPage* page(int index) { return window().map_pages().page(index); }
-  bool Live() {
-    return program->link.state().Caption == kCaptionConnected &&
-           !program->link.upload().UploadExpected();
-  }
   // What the screen shows of `widget` now, once every pending paint is done (and nothing else,
   // so that nothing moves between the paint and the picture).
   QImage OnScreen(QWidget* widget) {
@@ -59,10 +50,6 @@ struct ShownProgram {
     if (!folder.isEmpty()) OnScreen(&window()).save(folder + "/" + name + ".png");
   }
 
-  QTemporaryDir dir;
-  sim::InProcessSimulator ecu;
-  bool started = false;
-  std::unique_ptr<testing::TestProgram> program;
   bool loaded = false;
 };
 
@@ -138,8 +125,7 @@ class MapPagesTest : public QObject {
   void tabNeverLeavesTheGridForAControlThatWritesToTheEcu() {
     ShownProgram p({});
     QVERIFY(p.started && p.loaded);
-    p.window().activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&p.window()));
+    QVERIFY(p.Activate());
     QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
     for (int index = 0; index < MapPages::kPages; ++index) {
       for (QAbstractButton* button : p.page(index)->findChildren<QAbstractButton*>()) {

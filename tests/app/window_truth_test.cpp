@@ -28,21 +28,12 @@ using namespace vela;
 namespace window_truth_test {
 
 // The whole program shown, with a simulated ECU of the given options on its line.
-struct ShownProgram {
-  explicit ShownProgram(const sim::SimCommandLine& options) {
-    std::string error;
-    started = ecu.Start(options, &error);
-    program =
-        std::make_unique<testing::TestProgram>(dir.path(), QString::fromStdString(ecu.SlavePath()));
-    loaded = program->window->Load();
-    program->window->show();
+// The whole program shown, its link paced as on a serial line.
+struct ShownProgram : testing::RunningProgram {
+  explicit ShownProgram(const sim::SimCommandLine& options)
+      : RunningProgram(testing::RunningOptions::Paced(options)) {
+    loaded = Show();
   }
-  MainWindow& window() { return *program->window; }
-  template <typename T>
-  T* Find(const QString& name) {
-    return window().findChild<T*>(name);
-  }
-  QString Text(const QString& label) { return Find<QLabel>(label)->text(); }
   bool Connected() { return program->link.state().Caption == kCaptionConnected; }
   QStringList GridRows() {
     QStringList rows;
@@ -52,10 +43,6 @@ struct ShownProgram {
   }
   void ReadCodes() { QTest::mouseClick(Find<QPushButton>("Command9"), Qt::LeftButton); }
 
-  QTemporaryDir dir;
-  sim::InProcessSimulator ecu;
-  bool started = false;
-  std::unique_ptr<testing::TestProgram> program;
   bool loaded = false;
 };
 
@@ -186,8 +173,7 @@ class WindowTruthTest : public QObject {
   void theKeyboardStartsInTheMapAndFollowsThePageLetters() {
     ShownProgram p({});
     QVERIFY(p.started && p.loaded);
-    p.window().activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&p.window()));
+    QVERIFY(p.Activate());
     QTRY_VERIFY_WITH_TIMEOUT(!p.program->link.upload().UploadExpected(), 8000);
     MapPages& maps = p.window().map_pages();
     QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(maps.page(0)->grid()));

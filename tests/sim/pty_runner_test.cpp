@@ -47,12 +47,20 @@ std::vector<std::uint8_t> ReadUntil(int fd, Done done) {
 
 bool HasFrame(const std::vector<std::uint8_t>& s) { return !Split(s).frames.empty(); }
 
-TEST(PtyRunnerTest, StreamsFramesAnswersAnUploadAndSurvivesAReopen) {
+// The terminal behind its link streams frames, answers an upload and survives its reader
+// closing and opening it again; a second start is refused, and stopping removes the link.
+TEST(PtyRunnerTest, StreamsFramesAnswersAnUploadAndSurvivesAReopenBehindItsLink) {
+  const auto link = std::filesystem::temp_directory_path() / "vela_sim_test_link";
+  std::filesystem::remove(link);
+  SimCommandLine options;
+  options.link_path = link.string();
   InProcessSimulator sim;
   std::string error;
-  ASSERT_TRUE(sim.Start(SimCommandLine{}, &error)) << error;
+  ASSERT_TRUE(sim.Start(options, &error)) << error;
   EXPECT_TRUE(sim.Running());
-  int fd = OpenSlave(sim.SlavePath());
+  EXPECT_EQ(std::filesystem::read_symlink(link).string(), sim.SlavePath());
+  EXPECT_FALSE(sim.Start(options, &error));
+  int fd = OpenSlave(link.string());
   ASSERT_GE(fd, 0);
   EXPECT_TRUE(HasFrame(ReadUntil(fd, HasFrame)));
 
@@ -73,19 +81,6 @@ TEST(PtyRunnerTest, StreamsFramesAnswersAnUploadAndSurvivesAReopen) {
   ::close(fd);
   sim.Stop();
   EXPECT_FALSE(sim.Running());
-}
-
-TEST(PtyRunnerTest, PlacesAndRemovesTheLinkAndRefusesASecondStart) {
-  const auto link = std::filesystem::temp_directory_path() / "vela_sim_test_link";
-  std::filesystem::remove(link);
-  SimCommandLine options;
-  options.link_path = link.string();
-  InProcessSimulator sim;
-  std::string error;
-  ASSERT_TRUE(sim.Start(options, &error)) << error;
-  EXPECT_EQ(std::filesystem::read_symlink(link).string(), sim.SlavePath());
-  EXPECT_FALSE(sim.Start(options, &error));
-  sim.Stop();
   EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(link)));
 }
 

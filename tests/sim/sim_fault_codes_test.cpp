@@ -1,5 +1,5 @@
 // The simulated ECU's fault codes: what it holds, how the live frame shows it, the answer to a
-// fault code request, silence, and the command line that injects codes.
+// fault code request, and silence.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,7 +7,6 @@
 #include "link/faults/fault_reply.h"
 #include "sim/core/base_calibration.h"
 #include "sim/core/fault_memory.h"
-#include "sim/core/sim_options.h"
 #include "sim_test_support.h"
 
 namespace vela::sim {
@@ -94,18 +93,6 @@ TEST(SimFaultCodesTest, ASilentEcuLeavesFaultRequestsUnansweredButKeepsStreaming
   EXPECT_TRUE(FaultReplies(out).empty());
   EXPECT_GE(Split(out).frames.size(), 9u);
   EXPECT_EQ(sim.Counters().fault_requests, 1u);
-}
-
-TEST(SimFaultCodesTest, TheCommandLineInjectsCodesAndSilence) {
-  std::vector<std::string_view> args = {"--fault-codes", "66,139@20,3@0.5", "--no-fault-reply"};
-  const auto line = ParseSimCommandLine(args, nullptr);
-  ASSERT_TRUE(line);
-  EXPECT_EQ(line->sim.fault_codes,
-            (std::vector<InjectedFault>{{66, 0}, {139, 20'000'000}, {3, 500'000}}));
-  EXPECT_FALSE(line->sim.answer_fault_requests);
-  for (std::string_view bad : {"0", "256", "66,x", "66@", "66@-1", "@3"}) {
-    EXPECT_FALSE(ParseInjectedFaults(bad)) << bad;
-  }
 }
 
 }  // namespace

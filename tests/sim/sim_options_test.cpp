@@ -2,44 +2,30 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
 #include <vector>
 
 namespace vela::sim {
 namespace {
 
-std::optional<SimCommandLine> Parse(std::vector<std::string_view> args,
-                                    std::string* error = nullptr) {
+// The command line `text`, its words split at blanks.
+std::optional<SimCommandLine> Parse(std::string_view text, std::string* error = nullptr) {
+  std::vector<std::string_view> args;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find(' ', at), text.size());
+    args.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
   return ParseSimCommandLine(args, error);
 }
 
 TEST(SimCommandLineTest, ReadsEveryOptionInBothSpellings) {
-  const auto line = Parse({"--image",
-                           "a.sm1",
-                           "--link=/tmp/ecu",
-                           "--seed",
-                           "9",
-                           "--unpaced",
-                           "--garbage-every=3",
-                           "--garbage-max",
-                           "4",
-                           "--chunks",
-                           "2",
-                           "--chunk-gap-ms",
-                           "5",
-                           "--silence-after",
-                           "1.5",
-                           "--silence-for=2",
-                           "--upload-cut",
-                           "100",
-                           "--done-shift",
-                           "-2",
-                           "--faulty-uploads",
-                           "0",
-                           "--burst-every",
-                           "3",
-                           "--burst-bytes",
-                           "700",
-                           "-v"});
+  const auto line = Parse(
+      "--image a.sm1 --link=/tmp/ecu --seed 9 --unpaced --garbage-every=3 --garbage-max 4 "
+      "--chunks 2 --chunk-gap-ms 5 --silence-after 1.5 --silence-for=2 --upload-cut 100 "
+      "--done-shift -2 --faulty-uploads 0 --burst-every 3 --burst-bytes 700 -v "
+      "--fault-codes 66,139@20,3@0.5 --no-fault-reply");
   ASSERT_TRUE(line);
   EXPECT_EQ(line->image_path, "a.sm1");
   EXPECT_EQ(line->link_path, "/tmp/ecu");
@@ -58,18 +44,23 @@ TEST(SimCommandLineTest, ReadsEveryOptionInBothSpellings) {
   EXPECT_EQ(f.burst_every_us, 3'000'000);
   EXPECT_EQ(f.burst_bytes, 700);
   EXPECT_TRUE(line->verbose);
+  EXPECT_EQ(line->sim.fault_codes,
+            (std::vector<InjectedFault>{{66, 0}, {139, 20'000'000}, {3, 500'000}}));
+  EXPECT_FALSE(line->sim.answer_fault_requests);
 }
 
 TEST(SimCommandLineTest, RefusesUnknownOptionsMissingAndMalformedValues) {
   std::string error;
-  EXPECT_FALSE(Parse({"--frobnicate"}, &error));
+  EXPECT_FALSE(Parse("--frobnicate", &error));
   EXPECT_NE(error.find("--frobnicate"), std::string::npos);
-  EXPECT_FALSE(Parse({"--seed"}, &error));
-  EXPECT_FALSE(Parse({"--seed", "x"}, &error));
-  EXPECT_FALSE(Parse({"--silence-after", "-1"}, &error));
-  EXPECT_FALSE(Parse({"--burst-bytes", "499"}, &error));
-  EXPECT_FALSE(Parse({"--upload-cut", "1023"}, &error));
-  EXPECT_TRUE(Parse({"--help"})->help);
+  for (const char* bad :
+       {"--seed", "--seed x", "--silence-after -1", "--burst-bytes 499", "--upload-cut 1023"}) {
+    EXPECT_FALSE(Parse(bad, &error)) << bad;
+  }
+  for (std::string_view bad : {"0", "256", "66,x", "66@", "66@-1", "@3"}) {
+    EXPECT_FALSE(ParseInjectedFaults(bad)) << bad;
+  }
+  EXPECT_TRUE(Parse("--help")->help);
 }
 
 }  // namespace
