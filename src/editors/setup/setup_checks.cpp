@@ -81,7 +81,8 @@ int ThrottlePumpFailures(const Image& image, const Context&) {
 }
 
 int MapScalingFailures(const Image& image, const Context& context) {
-  return Fails(!MapScaleEntryOfCode(context.combo_map, image.Byte(FieldPos("MapSensorScaling"))));
+  return Fails(
+      !MapScaleEntryOfCode(context.map_sensor_type, image.Byte(FieldPos("MapSensorScaling"))));
 }
 
 int GpoFailures(const Image& image, int group_start) {

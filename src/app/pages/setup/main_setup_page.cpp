@@ -39,13 +39,13 @@ std::vector<std::string> Strings(const std::array<std::string_view, N>& texts) {
 // The choices whose change re-lays the map grids or their labels.
 bool MovesTheMaps(SetupChoice choice) {
   switch (choice) {
-    case SetupChoice::kComboSiteRPM:
-    case SetupChoice::kComboSiteFuel:
-    case SetupChoice::kComboSiteIgnition:
+    case SetupChoice::kRpmSites:
+    case SetupChoice::kFuelLoadSites:
+    case SetupChoice::kIgnLoadSites:
     case SetupChoice::kFuelMode:
     case SetupChoice::kLoadSensing:
-    case SetupChoice::kComboMAP:
-    case SetupChoice::kComboMAPScale:
+    case SetupChoice::kMapSensorType:
+    case SetupChoice::kMapScale:
     case SetupChoice::kMapSelection:
       return true;
     default:
@@ -195,13 +195,13 @@ QWidget* MainSetupPage::BuildEngine() {
   note_injection_ = MakeNote(box, "NoteInjection");
   AddNote(grid, note_injection_);
   AddGroup(box, grid, l::kInjectorImpedance, "Injector Impedance", "OptionImpedance",
-           Views(kImpedanceTexts), 3, SetupChoice::kOptionImpedance);
+           Views(kImpedanceTexts), 3, SetupChoice::kInjectorImpedance);
   note_impedance_ = MakeNote(box, "NoteImpedance");
   AddNote(grid, note_impedance_);
   AddList(box, grid, l::kStartupPrime, "Startup Prime", "ComboPrime", Strings(kFuelPumpPrimeTexts),
           SetupChoice::kFuelPumpPrime);
   AddList(box, grid, l::kAuxiliaryOutput, "Auxiliary Output", "Combo1", Strings(kAuxOutputTexts),
-          SetupChoice::kComboAuxOutput);
+          SetupChoice::kAuxOutput);
   AddNote(grid, MakeInfoNote(box, "NoteAuxOutput", kAuxOutputNote));
   AddList(box, grid, l::kWarningLight, "Warning Light", "ComboWarningLight",
           Strings(kWarningLightTexts), SetupChoice::kWarningLight);
@@ -222,7 +222,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   AddGroup(box, grid, l::kLimiterType, "Limiter Type", "LimiterMode", Views(kLimiterModeTexts), 3,
            SetupChoice::kLimiterMode);
   AddList(box, grid, l::kSparkMode, "Spark Mode", "ComboSpark", Strings(kSparkModeTexts),
-          SetupChoice::kComboSpark);
+          SetupChoice::kSparkMode);
   note_spark_ = MakeNote(box, "NoteSparkMode");
   AddNote(grid, note_spark_);
   AddList(box, grid, l::kDwellControl, "Dwell Control", "ComboDwell", Strings(kDwellModeTexts),
@@ -232,7 +232,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   dwell_value_->setObjectName("DwellValue");
   dwell_value_->setKeyboardTracking(false);
   connect(dwell_value_, &QDoubleSpinBox::valueChanged, this, [this](double value) {
-    const std::uint8_t dwell = parts_.editors.state().setup.DwellTime;
+    const std::uint8_t dwell = parts_.editors.state().setup.dwell;
     const NumberShow show = DwellShow(dwell);
     if (value >= show.low) {
       const double kept = ClampInto(value, show);
@@ -245,7 +245,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   note_dwell_ = MakeNote(box, "NoteDwell");
   AddNote(grid, note_dwell_);
   AddGroup(box, grid, l::kSparkOutputEdge, "Spark Output Edge", "TriggerEdgeSpark",
-           Views(kTriggerEdgeSparkTexts), 2, SetupChoice::kTriggerEdgeSpark);
+           Views(kTriggerEdgeSparkTexts), 2, SetupChoice::kSparkOutputEdge);
   AddNote(grid, MakeInfoNote(box, "NoteSparkPullUp", kSparkPullUpNote));
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
@@ -256,9 +256,9 @@ QWidget* MainSetupPage::BuildTrigger() {
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
   AddList(box, grid, l::kTriggerPattern, "Trigger Pattern", "ComboTrigger",
-          Strings(kTriggerPatternTexts), SetupChoice::kComboTrigger);
+          Strings(kTriggerPatternTexts), SetupChoice::kTriggerPattern);
   AddGroup(box, grid, l::kTriggerSensorType, "Trigger Sensor", "TriggerHallMagnetic",
-           Views(kSensorTypeTexts), 3, SetupChoice::kTriggerHallMagnetic);
+           Views(kSensorTypeTexts), 3, SetupChoice::kTriggerSensorType);
   trigger_flag_ =
       Flag(box, "TriggerSensorFlag", "Trigger Sensor Bit 7 flag", SetupChoice::kTriggerSensorFlag);
   Bind(SetupChoice::kTriggerSensorFlag, trigger_flag_, nullptr);
@@ -266,7 +266,7 @@ QWidget* MainSetupPage::BuildTrigger() {
   AddRow(grid, Caption(box, l::kTriggerVoltage, "Trigger Voltage"),
          SideBySide(box, trigger_voltage, trigger_flag_));
   AddGroup(box, grid, l::kTriggerInputEdge, "Trigger Edge", "TriggerEdgeInput",
-           Views(kTriggerEdgeInputTexts), 2, SetupChoice::kTriggerEdgeInput);
+           Views(kTriggerEdgeInputTexts), 2, SetupChoice::kTriggerInputEdge);
   trigger_offset_ = new QDoubleSpinBox(box);
   GuardWheel(trigger_offset_);
   trigger_offset_->setObjectName("TriggerOffset");
@@ -275,7 +275,7 @@ QWidget* MainSetupPage::BuildTrigger() {
   trigger_offset_->setSuffix(QString::fromUtf8("\u00B0 BTDC"));
   trigger_offset_->setKeyboardTracking(false);
   connect(trigger_offset_, &QDoubleSpinBox::valueChanged, this, [this](double degrees) {
-    const NumberShow show = TriggerOffsetShow(parts_.editors.state().setup.TriggerOffset);
+    const NumberShow show = TriggerOffsetShow(parts_.editors.state().setup.trigger_offset);
     parts_.editors.setup_editor().SetTriggerOffsetDegrees(ClampInto(degrees, show));
     ShowEditors();
   });
@@ -285,16 +285,16 @@ QWidget* MainSetupPage::BuildTrigger() {
   check_trigger_ = MakeNote(box, "CheckTrigger");
   AddNote(grid, check_trigger_);
   AddList(box, grid, l::kHomePosition, "Home Position", "ComboHome", Strings(kHomePatternTexts),
-          SetupChoice::kComboHome);
+          SetupChoice::kHomePattern);
   AddGroup(box, grid, l::kHomeSensorType, "Home Sensor", "HomeHallMagnetic",
-           Views(kSensorTypeTexts), 3, SetupChoice::kHomeHallMagnetic);
+           Views(kSensorTypeTexts), 3, SetupChoice::kHomeSensorType);
   home_flag_ = Flag(box, "HomeSensorFlag", "Home Sensor Bit 7 flag", SetupChoice::kHomeSensorFlag);
   Bind(SetupChoice::kHomeSensorFlag, home_flag_, nullptr);
   QSpinBox* home_voltage = RawSpin(box, "HomeVoltage", kHomeVoltage);
   AddRow(grid, Caption(box, l::kHomeVoltage, "Home Voltage"),
          SideBySide(box, home_voltage, home_flag_));
   AddGroup(box, grid, l::kHomeInputEdge, "Home Edge", "TriggerEdgeHome",
-           Views(kTriggerEdgeHomeTexts), 2, SetupChoice::kTriggerEdgeHome);
+           Views(kTriggerEdgeHomeTexts), 2, SetupChoice::kHomeInputEdge);
   check_home_ = MakeNote(box, "CheckHome");
   AddNote(grid, check_home_);
   grid->setRowStretch(grid->rowCount(), 1);
@@ -308,15 +308,15 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
   AddGroup(box, grid, l::kLoadSensing, "Load Sensing", "LoadSensing", Views(kLoadSensingTexts), 2,
            SetupChoice::kLoadSensing);
   AddList(box, grid, l::kInstalledMapSensor, "Installed Map Sensor", "ComboMAP",
-          Strings(kMapSensorTexts), SetupChoice::kComboMAP);
+          Strings(kMapSensorTexts), SetupChoice::kMapSensorType);
   map_scale_ = AddList(box, grid, l::kMapSensorScaling, "MAP Sensor Scaling", "ComboMAPScale", {},
-                       SetupChoice::kComboMAPScale);
+                       SetupChoice::kMapScale);
   AddList(box, grid, l::kEngineSpeedSites, "Engine Speed Sites", "ComboSiteRPM",
-          Strings(kRpmSiteTexts), SetupChoice::kComboSiteRPM);
+          Strings(kRpmSiteTexts), SetupChoice::kRpmSites);
   AddList(box, grid, l::kFuelLoadSites, "Fuel Load Sites", "ComboSiteFuel", Strings(kFuelSiteTexts),
-          SetupChoice::kComboSiteFuel);
+          SetupChoice::kFuelLoadSites);
   AddList(box, grid, l::kIgnitionLoadSites, "Ignition Load Sites", "ComboSiteIgnition",
-          Strings(kIgnSiteTexts), SetupChoice::kComboSiteIgnition);
+          Strings(kIgnSiteTexts), SetupChoice::kIgnLoadSites);
   note_sites_ = MakeNote(box, "NoteLoadSites");
   ShowNote(note_sites_, QString::fromStdString(LoadSitesNote()));
   AddNote(grid, note_sites_);
@@ -351,7 +351,7 @@ void MainSetupPage::ShowMapScaleList() {
   const SensorSetup& sensors = parts_.editors.state().sensors;
   const QSignalBlocker block(map_scale_);
   map_scale_->clear();
-  for (const std::string& text : MapScaleTexts(sensors.ComboMAP)) {
+  for (const std::string& text : MapScaleTexts(sensors.map_sensor_type)) {
     map_scale_->addItem(QString::fromStdString(text));
   }
 }
@@ -365,15 +365,15 @@ void MainSetupPage::ShowNumbers() {
     ShowNumber(spin, show, "Not set");
     ShowNote(mark, QString::fromStdString(show.mark));
   }
-  const NumberShow dwell = DwellShow(setup.DwellTime);
-  const bool charge = DwellModeOf(setup.DwellTime) == 1;
+  const NumberShow dwell = DwellShow(setup.dwell);
+  const bool charge = DwellModeOf(setup.dwell) == 1;
   dwell_value_->setDecimals(charge ? 1 : 0);
   dwell_value_->setSingleStep(charge ? 0.1 : 1.0);
   dwell_value_->setSuffix(dwell.value ? (charge ? " ms" : " %") : "");
   ShowNumber(dwell_value_, dwell,
-             dwell.value ? QString() : QString("%1 as stored").arg(setup.DwellTime));
+             dwell.value ? QString() : QString("%1 as stored").arg(setup.dwell));
   ShowNote(mark_dwell_, QString::fromStdString(dwell.mark));
-  const NumberShow offset = TriggerOffsetShow(setup.TriggerOffset);
+  const NumberShow offset = TriggerOffsetShow(setup.trigger_offset);
   ShowNumber(trigger_offset_, offset, QString());
   ShowNote(mark_offset_, QString::fromStdString(offset.mark));
   SetupEditor& editor = parts_.editors.setup_editor();
@@ -401,7 +401,7 @@ void MainSetupPage::ShowNotes() {
 
 void MainSetupPage::ShowChecks() {
   const CalibrationImage& image = parts_.editors.image();
-  const CheckContext context{parts_.editors.state().sensors.ComboMAP};
+  const CheckContext context{parts_.editors.state().sensors.map_sensor_type};
   const auto messages = [&](std::initializer_list<int> positions) {
     QStringList lines;
     for (const int position : positions) {

@@ -77,12 +77,12 @@ QWidget* SensorSetupPage::BuildMapOptions() {
       "What the throttle pump's \" De-activate Over\" limit is measured in: percent of "
       "throttle, or boost in bar through the MAP sensor.");
   connect(pump_basis_, &QButtonGroup::idToggled, this, [this](int id, bool on) {
-    if (on) Choose(SetupChoice::kTPumpBased, id);
+    if (on) Choose(SetupChoice::kThrottlePumpBasis, id);
   });
   layout->addWidget(basis);
   QLabel* basis_mark = MakeNote(box, "TPumpBasedMark");
   layout->addWidget(basis_mark);
-  choices_.push_back({SetupChoice::kTPumpBased, pump_basis_, basis_mark});
+  choices_.push_back({SetupChoice::kThrottlePumpBasis, pump_basis_, basis_mark});
   return box;
 }
 
@@ -306,7 +306,7 @@ void SensorSetupPage::ShowControls() {
   for (const ChoiceControl& control : choices_) ShowChoiceControl(control, parts_.editors);
   for (const SensorTable which : {SensorTable::kWater, SensorTable::kAir}) {
     const std::array<std::uint8_t, 8>& bytes =
-        which == SensorTable::kWater ? sensors.Water : sensors.Air;
+        which == SensorTable::kWater ? sensors.water_sensor_cal : sensors.air_sensor_cal;
     std::array<std::string, kSensorPoints> texts;
     for (int row = 0; row < kSensorPoints; ++row) {
       texts[row] = Ohms(OhmsOfRatioByte(bytes[row])).toStdString();
