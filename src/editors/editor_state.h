@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "calibration/map_values.h"
+#include "calibration/setup_fields.h"
 
 namespace vela {
 
@@ -117,7 +118,7 @@ struct SensorSetup {
   std::array<std::uint8_t, 8> water_sensor_cal{};  // bytes 987 to 994
 };
 
-inline constexpr int kFirstUnshownBattByte = 1006;
+inline constexpr int kFirstUnshownBattByte = FieldPos("BattComp") + 7;
 
 // The compensation page, in stored form.
 struct Compensation {

@@ -69,8 +69,7 @@ int SensorRatioByte(double ohms) {
 double OhmsOfRatioByte(std::uint8_t ratio) { return kSensorPullUpOhms * ratio / (256.0 - ratio); }
 
 int SensorTablePosition(SensorTable table) {
-  return table == SensorTable::kWater ? SetupFieldNamed("WaterSensorCal").position
-                                      : SetupFieldNamed("AirSensorCal").position;
+  return table == SensorTable::kWater ? FieldPos("WaterSensorCal") : FieldPos("AirSensorCal");
 }
 
 namespace {

@@ -6,7 +6,7 @@ namespace vela {
 
 namespace {
 
-constexpr int kIdleFlags1 = SetupFieldNamed("IdleFlags1").position;
+constexpr int kIdleFlags1 = FieldPos("IdleFlags1");
 constexpr int kIdleFlagsPerByte = 8;
 
 }  // namespace
