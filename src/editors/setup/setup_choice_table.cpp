@@ -259,6 +259,9 @@ constexpr SetupChoiceDescription Choice(SetupChoice choice, ChoiceShape shape,
           field,  bits,  {},   maps,    &Code::Held, &Code::Keep, &Code::Encode, &Code::Decode};
 }
 
+constexpr std::string_view kThrottlePumpBasisTip =
+    "What the throttle pump's \" De-activate Over\" limit is measured in: percent of throttle, or "
+    "boost in bar through the MAP sensor.";
 constexpr std::string_view kBit7Flag = "Bit 7 flag";
 constexpr std::string_view kBit7Tip = "Bit 7 of the sensor byte, kept and sent as it is.";
 
@@ -344,9 +347,15 @@ constexpr std::array<SetupChoiceDescription, 27> kChoices = {
     Choice<c::FlagBit<c::kSensors, &SensorSetup::altitude_comp, 0x20>>(
         S::kAltitudeComp, kTickBox, "AltitudeComp", "Altitude Compensation", {}, 0,
         "MapSensorSetup", 0x20),
-    Choice<c::FlagBit<c::kSensors, &SensorSetup::throttle_pump_on_map, 0x80>>(
-        S::kThrottlePumpBasis, kOptions, "TPumpBased", "Throttle Pump Based On",
-        kThrottlePumpBasisTexts, 1, "MapSensorSetup", 0x80),
+    [] {
+      SetupChoiceDescription d =
+          Choice<c::FlagBit<c::kSensors, &SensorSetup::throttle_pump_on_map, 0x80>>(
+              S::kThrottlePumpBasis, kOptions, "TPumpBased", "Throttle Pump Based On",
+              kThrottlePumpBasisTexts, 1, "MapSensorSetup", 0x80);
+      d.spoken = d.caption;
+      d.tip = kThrottlePumpBasisTip;
+      return d;
+    }(),
     [] {
       SetupChoiceDescription d =
           Choice<c::MapType>(S::kMapSensorType, kList, "ComboMAP", "Installed Map Sensor",
