@@ -1,6 +1,6 @@
-// The engine set-up page's option groups and lists: their captions and the texts of their
-// choices, kept exactly as the tuner sees them (leading and double blanks included), with the
-// fixed warning of the trigger input edge.
+// The texts of the set-up pages' option groups and lists, kept exactly as the tuner sees them
+// (leading and double blanks included), with the fixed warning of the trigger input edge. Their
+// captions stand in the choices' descriptions (setup_choice_table.h).
 #pragma once
 
 #include <array>
