@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(result == MapFileResult::kDone, "a 1023-byte file answered Yes all the way is loaded");
   CalibrationImage expected;
   expected.Assign(std::span(data, size));
-  expected.SetByte(SetupFieldNamed("FirmwareVersion").position, kEcuFirmware);
+  expected.SetByte(FieldPos("FirmwareVersion"), kEcuFirmware);
   Require(bench.program_image.Bytes() == expected.Bytes(),
           "the program's image is the file with the ECU's firmware version");
   fuzz::CommandFramesOf(bench.line.port.written);

@@ -120,13 +120,13 @@ void WriteIdle(CalibrationImage& image) {
 }  // namespace
 
 int MapSensorTypeOf(const CalibrationImage& image) {
-  return image.Byte(SetupFieldNamed("MapSensorSetup").position) & kMapSensorTypeBits;
+  return image.Byte(FieldPos("MapSensorSetup")) & kMapSensorTypeBits;
 }
 
 LoadAxis LoadAxisOfImage(const CalibrationImage& image) {
-  const std::uint8_t setup = image.Byte(SetupFieldNamed("MapSensorSetup").position);
+  const std::uint8_t setup = image.Byte(FieldPos("MapSensorSetup"));
   return LoadAxisOf((setup & kMapLoadSensing) != 0, MapSensorTypeOf(image),
-                    image.Byte(SetupFieldNamed("MapSensorScaling").position));
+                    image.Byte(FieldPos("MapSensorScaling")));
 }
 
 CalibrationImage BuildBaseCalibration() {

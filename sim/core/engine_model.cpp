@@ -35,8 +35,7 @@ double EightPointValue(const CalibrationImage& image, int first_position, double
 }  // namespace
 
 double RpmSitePosition(const CalibrationImage& image, double rpm) {
-  const std::array<int, kMapRows> sites =
-      RpmSites(image.Byte(SetupFieldNamed("RpmSitesSetup").position));
+  const std::array<int, kMapRows> sites = RpmSites(image.Byte(FieldPos("RpmSitesSetup")));
   const std::vector<double> points(sites.begin(), sites.end());
   return AxisPosition(points, rpm);
 }

@@ -63,17 +63,13 @@ class CalibrationImage {
   std::optional<std::uint32_t> FieldValue(std::string_view name) const;
   std::vector<std::uint8_t> FieldBytes(std::string_view name) const;
 
-  std::uint8_t TriggerVoltage() const { return Byte(SetupFieldNamed("TriggerVoltage").position); }
-  std::uint8_t HomeVoltage() const { return Byte(SetupFieldNamed("HomeVoltage").position); }
-  std::uint8_t IdlePwmFrequency() const {
-    return Byte(SetupFieldNamed("IdlePwmFrequency").position);
-  }
-  std::uint8_t IgnitionLock() const { return Byte(SetupFieldNamed("IgnitionLock").position); }
-  std::uint8_t FirmwareVersion() const { return Byte(SetupFieldNamed("FirmwareVersion").position); }
-  std::uint8_t FuelSitesSelection() const {
-    return Byte(SetupFieldNamed("FuelSitesSelection").position);
-  }
-  std::uint8_t IgnSites() const { return Byte(SetupFieldNamed("IgnSites").position); }
+  std::uint8_t TriggerVoltage() const { return Byte(FieldPos("TriggerVoltage")); }
+  std::uint8_t HomeVoltage() const { return Byte(FieldPos("HomeVoltage")); }
+  std::uint8_t IdlePwmFrequency() const { return Byte(FieldPos("IdlePwmFrequency")); }
+  std::uint8_t IgnitionLock() const { return Byte(FieldPos("IgnitionLock")); }
+  std::uint8_t FirmwareVersion() const { return Byte(FieldPos("FirmwareVersion")); }
+  std::uint8_t FuelSitesSelection() const { return Byte(FieldPos("FuelSitesSelection")); }
+  std::uint8_t IgnSites() const { return Byte(FieldPos("IgnSites")); }
   std::uint32_t RevLimit1() const { return FieldValue(SetupFieldNamed("RevLimit1")); }
   std::uint32_t RevLimit2() const { return FieldValue(SetupFieldNamed("RevLimit2")); }
   std::uint32_t EcuNumber() const { return FieldValue(SetupFieldNamed("EcuNumber")); }

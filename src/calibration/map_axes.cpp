@@ -58,31 +58,31 @@ std::array<int, kMapRows> RpmSites(int rpm_sites_code) {
   return sites;
 }
 
-const MapSensorType& MapSensorTypeOf(int combo_map) {
-  return kTypes[combo_map >= 0 && combo_map < kMapSensorTypes ? combo_map : 0];
+const MapSensorType& MapSensorTypeOf(int sensor_type) {
+  return kTypes[sensor_type >= 0 && sensor_type < kMapSensorTypes ? sensor_type : 0];
 }
 
-std::optional<int> MapScaleEntryOfCode(int combo_map, std::uint8_t code) {
-  const std::span<const MapScaleEntry> scales = MapSensorTypeOf(combo_map).scales;
+std::optional<int> MapScaleEntryOfCode(int sensor_type, std::uint8_t code) {
+  const std::span<const MapScaleEntry> scales = MapSensorTypeOf(sensor_type).scales;
   for (std::size_t i = 0; i < scales.size(); ++i) {
     if (scales[i].code == code) return static_cast<int>(i);
   }
-  if (combo_map == kOpenEndedType && code >= kOpenEndedFrom) {
+  if (sensor_type == kOpenEndedType && code >= kOpenEndedFrom) {
     return static_cast<int>(scales.size()) - 1;
   }
   return std::nullopt;
 }
 
-std::optional<std::uint8_t> MapScaleCodeOfEntry(int combo_map, int entry) {
-  const std::span<const MapScaleEntry> scales = MapSensorTypeOf(combo_map).scales;
+std::optional<std::uint8_t> MapScaleCodeOfEntry(int sensor_type, int entry) {
+  const std::span<const MapScaleEntry> scales = MapSensorTypeOf(sensor_type).scales;
   if (entry < 0 || entry >= static_cast<int>(scales.size())) return std::nullopt;
   return scales[static_cast<std::size_t>(entry)].code;
 }
 
-LoadAxis LoadAxisOf(bool map_based, int combo_map, std::uint8_t scaling_code) {
+LoadAxis LoadAxisOf(bool map_based, int sensor_type, std::uint8_t scaling_code) {
   if (!map_based) return {LoadBasis::kThrottle, 100.0};
-  const std::span<const MapScaleEntry> scales = MapSensorTypeOf(combo_map).scales;
-  const std::optional<int> entry = MapScaleEntryOfCode(combo_map, scaling_code);
+  const std::span<const MapScaleEntry> scales = MapSensorTypeOf(sensor_type).scales;
+  const std::optional<int> entry = MapScaleEntryOfCode(sensor_type, scaling_code);
   const double span = scales[static_cast<std::size_t>(entry.value_or(0))].span_bar;
   return {LoadBasis::kMap, span * kKpaPerBar};
 }

@@ -53,12 +53,12 @@ inline constexpr std::array<std::string_view, kMapSensorTypes> kMapSensorTexts =
     " 5 Bar Sensor"};
 inline constexpr std::uint8_t kMapSensorTypeBits = 0x07;
 // Type 0 also stands for no selection (kNoEntry); an unknown type counts as type 0.
-const MapSensorType& MapSensorTypeOf(int combo_map);
+const MapSensorType& MapSensorTypeOf(int sensor_type);
 // The entry that scaling code `code` selects for a type, or nullopt when the type does not take
 // it (type 4's last entry takes every code from 240 up).
-std::optional<int> MapScaleEntryOfCode(int combo_map, std::uint8_t code);
+std::optional<int> MapScaleEntryOfCode(int sensor_type, std::uint8_t code);
 // The scaling code of an entry, or nullopt when the type has no such entry.
-std::optional<std::uint8_t> MapScaleCodeOfEntry(int combo_map, int entry);
+std::optional<std::uint8_t> MapScaleCodeOfEntry(int sensor_type, int entry);
 
 // The load axis of the maps.
 enum class LoadBasis { kThrottle, kMap };
@@ -70,7 +70,7 @@ struct LoadAxis {
 // From byte 955's load sensing bit, the MAP sensor type and byte 956: on a MAP basis the sites
 // run evenly from 0 kPa to the span of the scaling (100 kPa a bar), the type's full span when
 // the code is not one of its scalings; on a throttle basis from 0 to 100 %.
-LoadAxis LoadAxisOf(bool map_based, int combo_map, std::uint8_t scaling_code);
+LoadAxis LoadAxisOf(bool map_based, int sensor_type, std::uint8_t scaling_code);
 // The load of each of `sites` load sites, first to last, evenly from 0 to the axis top.
 std::vector<double> LoadSiteValues(const LoadAxis& axis, int sites);
 

@@ -111,7 +111,8 @@ consteval SetupField SetupFieldNamed(std::string_view name) {
   return *field;
 }
 
-// The image position of a field the program names in its own code.
+// The image position of a field the program names in its own code: the one way the program
+// names a position (SetupFieldNamed gives the rest of the field: its width, its last position).
 consteval int FieldPos(std::string_view name) { return SetupFieldNamed(name).position; }
 
 }  // namespace vela

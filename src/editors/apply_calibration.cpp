@@ -5,8 +5,8 @@
 #include <cstddef>
 
 #include "calibration/conversions.h"
-#include "editors/setup/map_sensor.h"
 #include "editors/setup/setup_checks.h"
+#include "editors/setup/setup_choice_table.h"
 
 namespace vela {
 
@@ -22,7 +22,8 @@ std::array<std::uint8_t, N> BytesAt(const CalibrationImage& image, int first) {
 bool Bit(std::uint8_t value, int bit) { return ((value >> bit) & 1) != 0; }
 
 void RunStepChecks(int step, const CalibrationImage& image, EditorState& state) {
-  RunChecks(ChecksOfStep(step), image, CheckContext{state.sensors.ComboMAP}, state.SetupErrors);
+  RunChecks(ChecksOfStep(step), image, CheckContext{state.sensors.map_sensor_type},
+            state.SetupErrors);
 }
 
 // The image's reading walks (cells in block order, block row r shown in grid row 12 - r), with
@@ -55,35 +56,27 @@ void ApplyEcuNumber(const CalibrationImage& image, EditorState& state) {
 }
 
 void ApplyCylindersAndRpmSites(const CalibrationImage& image, EditorState& state) {
-  state.setup.Cylinders = image.Byte(FieldPos("Cylinders"));
-  state.setup.ComboSiteRPM = image.Byte(FieldPos("RpmSitesSetup"));
+  DecodeChoices("Cylinders", image, state);
+  DecodeChoices("RpmSitesSetup", image, state);
   RunStepChecks(3, image, state);
 }
 
-// Bits 7, 6 and 5 choose options 2, 1 and 0, taken in that order (with more than one set, the
-// last taken stands); none of them chooses "Combine Maps". The low bits give the load sites.
+// The fuel map selection and the fuel load site code. The code is kept as held: the list shows
+// no entry for an invalid one, the maps are read with 17 columns for it.
 void ApplyFuelSites(const CalibrationImage& image, EditorState& state) {
-  const std::uint8_t value = image.FuelSitesSelection();
-  int selection = kMapSelectionCombine;
-  if (Bit(value, 7)) selection = kMapSelectionEcuSelected;
-  if (Bit(value, 6)) selection = kMapSelectionOnlyMap2;
-  if (Bit(value, 5)) selection = kMapSelectionOnlyMap1;
-  state.setup.MapSelection = selection;
-  // The code is kept as held: the list shows no entry for an invalid one, the maps are read
-  // with 17 columns for it.
-  state.setup.ComboSiteFuel = value & 0x1F;
-  state.maps.FuelLoadSites = FuelLoadSitesOfChoice(state.setup.ComboSiteFuel);
+  DecodeChoices("FuelSitesSelection", image, state);
+  state.maps.FuelLoadSites = FuelLoadSitesOfChoice(state.setup.fuel_load_sites_code);
   RunStepChecks(4, image, state);
 }
 
 void ApplyMaps(const CalibrationImage& image, EditorState& state) {
   state.maps.FuelMap1 = ReadFuelGrid(image, kFuelMap1Start, state.maps.FuelLoadSites);
   state.maps.FuelMap2 = ReadFuelGrid(image, kFuelMap2Start, state.maps.FuelLoadSites);
-  state.setup.TriggerOffset = image.Byte(FieldPos("TriggerOffset"));
-  state.setup.ComboSiteIgnition = image.IgnSites();
-  state.maps.IgnLoadSites = IgnLoadSitesOfChoice(state.setup.ComboSiteIgnition);
+  state.setup.trigger_offset = image.Byte(FieldPos("TriggerOffset"));
+  DecodeChoices("IgnSites", image, state);
+  state.maps.IgnLoadSites = IgnLoadSitesOfChoice(state.setup.ign_load_sites_code);
   state.maps.IgnMap = ReadIgnGrid(image, state.maps.IgnLoadSites);
-  state.setup.IgnitionLock = image.IgnitionLock() != 0;
+  state.setup.ignition_lock = image.IgnitionLock() != 0;
   RunStepChecks(5, image, state);
 }
 
@@ -113,28 +106,22 @@ void ApplyVersion(const CalibrationImage& image, EditorState& state,
                      Lines(std::string(kFirmwareUpdateLine1), kFirmwareUpdateLine2)});
     state.SetupErrors.emplace_back(kFirmwareNotLatest);
   }
-  version.Check7 = number >= kLatestKnownFirmware;
+  version.firmware_latest = number >= kLatestKnownFirmware;
 }
 
 void ApplyEngineSetup(const CalibrationImage& image, EditorState& state) {
   EngineSetup& setup = state.setup;
-  setup.RevLimit2 = static_cast<std::uint16_t>(image.RevLimit2());
-  setup.ComboTrigger = image.Byte(FieldPos("TriggerPattern"));
-  const std::uint8_t trigger_sensor = image.Byte(FieldPos("TriggerSensor"));
-  setup.TriggerHallMagnetic = trigger_sensor & kSensorTypeMask;
-  setup.TriggerSensorFlag = Bit(trigger_sensor, 7);
-  setup.TriggerVoltage = image.TriggerVoltage();
-  setup.ComboHome = image.Byte(FieldPos("HomePattern"));
-  const std::uint8_t home_sensor = image.Byte(FieldPos("HomeSensor"));
-  setup.HomeHallMagnetic = home_sensor & kSensorTypeMask;
-  setup.HomeSensorFlag = Bit(home_sensor, 7);
-  setup.HomeVoltage = image.HomeVoltage();
-  setup.ComboSpark = image.Byte(FieldPos("SparkMode"));
-  const std::uint8_t injection = image.Byte(FieldPos("InjectionMode"));
-  setup.FuelMode = injection & 0x03;
-  setup.OptionImpedance = (injection >> 6) & 0x03;
-  setup.TriggerToothOffset = image.Byte(FieldPos("TriggerToothOffset"));
-  SetupIgnitionDivide(setup);
+  setup.rev_limit2_period = static_cast<std::uint16_t>(image.RevLimit2());
+  DecodeChoices("TriggerPattern", image, state);
+  DecodeChoices("TriggerSensor", image, state);
+  setup.trigger_voltage = image.TriggerVoltage();
+  DecodeChoices("HomePattern", image, state);
+  DecodeChoices("HomeSensor", image, state);
+  setup.home_voltage = image.HomeVoltage();
+  DecodeChoices("SparkMode", image, state);
+  // The fuel mode sets the ignition divide with it.
+  DecodeChoices("InjectionMode", image, state);
+  setup.trigger_tooth_offset = image.Byte(FieldPos("TriggerToothOffset"));
   RunStepChecks(7, image, state);
 }
 
@@ -142,32 +129,20 @@ void ApplyOutputsAndEdges(const CalibrationImage& image, EditorState& state) {
   state.io.Gpo1Setup = BytesAt<16>(image, kGpoStarts[0]);
   state.io.Gpo2Setup = BytesAt<16>(image, kGpoStarts[1]);
   state.io.Gpo3Setup = BytesAt<16>(image, kGpoStarts[2]);
-  const std::uint8_t value = image.Byte(FieldPos("LimiterTacho"));
-  EngineSetup& setup = state.setup;
-  setup.TriggerEdgeInput = Bit(value, 0) ? 1 : 0;
-  setup.TriggerEdgeHome = Bit(value, 1) ? 1 : 0;
-  setup.TriggerEdgeSpark = Bit(value, 2) ? 1 : 0;
-  setup.ComboAuxOutput = Bit(value, 5) ? 1 : 0;
-  const int limiter = value >> 6;  // 1, 2, 3 for the choices 0, 1, 2
-  setup.LimiterMode = limiter == 0 ? kNoEntry : limiter - 1;
+  DecodeChoices("LimiterTacho", image, state);
   RunStepChecks(8, image, state);
 }
 
 void ApplyFuelTpsAndMapSensor(const CalibrationImage& image, EditorState& state) {
-  state.setup.FuelSetting948 = image.Byte(FieldPos("FuelSetting948"));
-  state.setup.RevLimit1 = static_cast<std::uint16_t>(image.RevLimit1());
+  state.setup.fuel_setting_948 = image.Byte(FieldPos("FuelSetting948"));
+  state.setup.rev_limit1_period = static_cast<std::uint16_t>(image.RevLimit1());
   SensorSetup& sensors = state.sensors;
-  sensors.TpsCal1 = BytesAt<2>(image, FieldPos("TpsCal1"));
-  sensors.TpsSetup = image.Byte(FieldPos("TpsSetup"));
-  sensors.TpsCal2 = BytesAt<2>(image, FieldPos("TpsCal2"));
-  const std::uint8_t map_setup = image.Byte(FieldPos("MapSensorSetup"));
-  sensors.AltitudeComp = Bit(map_setup, 5);
-  sensors.LoadSensing = Bit(map_setup, 6) ? 1 : 0;
-  sensors.TPumpBased = Bit(map_setup, 7);
-  sensors.ComboMAP = map_setup & kMapSensorTypeBits;
-  sensors.MapSensorScaling = image.Byte(FieldPos("MapSensorScaling"));
-  const std::optional<int> entry = MapScaleEntryOfCode(sensors.ComboMAP, sensors.MapSensorScaling);
-  if (entry) sensors.ComboMAPScale = *entry;
+  sensors.tps_cal1 = BytesAt<2>(image, FieldPos("TpsCal1"));
+  sensors.tps_setup = image.Byte(FieldPos("TpsSetup"));
+  sensors.tps_cal2 = BytesAt<2>(image, FieldPos("TpsCal2"));
+  // The sensor type first: the scaling's entry is that type's.
+  DecodeChoices("MapSensorSetup", image, state);
+  DecodeChoices("MapSensorScaling", image, state);
   RunStepChecks(9, image, state);
 }
 
@@ -179,7 +154,8 @@ void ApplyInputsAndDwell(const CalibrationImage& image, EditorState& state) {
   io.Gpi2Setup = BytesAt<6>(image, kGpiStarts[1]);
   io.GpiAux = BytesAt<2>(image, FieldPos("GpiAux"));
   io.Gpi2Function = image.Byte(FieldPos("Gpi2Function"));
-  state.setup.DwellTime = image.Byte(FieldPos("DwellTime"));
+  state.setup.dwell = image.Byte(FieldPos("DwellTime"));
+  DecodeChoices("DwellTime", image, state);
   RunStepChecks(10, image, state);
 }
 
@@ -189,11 +165,11 @@ void ApplyTablesAndIdle(const CalibrationImage& image, EditorState& state) {
   std::copy(pump.begin(), pump.end(), tables.ThrottlePump.begin());
   tables.ThrottlePump[3] = image.Byte(FieldPos("Setting951"));
   tables.AirMap = BytesAt<8>(image, FieldPos("AirComp"));
-  state.sensors.Air = BytesAt<8>(image, FieldPos("AirSensorCal"));
+  state.sensors.air_sensor_cal = BytesAt<8>(image, FieldPos("AirSensorCal"));
   tables.WaterMap = BytesAt<8>(image, FieldPos("WaterComp"));
-  state.sensors.Water = BytesAt<8>(image, FieldPos("WaterSensorCal"));
-  state.setup.Setting997 = image.Byte(FieldPos("Setting997"));
-  state.setup.StartupPrime = image.Byte(FieldPos("StartupPrime"));
+  state.sensors.water_sensor_cal = BytesAt<8>(image, FieldPos("WaterSensorCal"));
+  DecodeChoices("Setting997", image, state);
+  DecodeChoices("StartupPrime", image, state);
   tables.BattMap = BytesAt<12>(image, FieldPos("BattComp"));
   IdleControl& idle = state.idle;
   idle.IdleTargetRpm = image.IdleTargetRpm();
@@ -206,8 +182,8 @@ void ApplyTablesAndIdle(const CalibrationImage& image, EditorState& state) {
   const std::uint8_t flags2 = image.Byte(FieldPos("IdleFlags2"));
   const std::uint8_t flags1 = image.Byte(FieldPos("IdleFlags1"));
   for (int bit = 0; bit < 8; ++bit) {
-    idle.CheckIdle[static_cast<std::size_t>(8 + bit)] = Bit(flags2, bit);
-    idle.CheckIdle[static_cast<std::size_t>(bit)] = Bit(flags1, bit);
+    idle.idle_flags[static_cast<std::size_t>(8 + bit)] = Bit(flags2, bit);
+    idle.idle_flags[static_cast<std::size_t>(bit)] = Bit(flags1, bit);
   }
   idle.IdleSetting858 = image.Byte(FieldPos("IdleSetting858"));
   RunStepChecks(11, image, state);

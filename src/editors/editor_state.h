@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "calibration/map_values.h"
+#include "calibration/setup_fields.h"
 
 namespace vela {
 
@@ -51,69 +52,73 @@ struct MapEditors {
   MapValues IgnMap{5};
 };
 
-// The engine set-up page and the site choices of the map pages.
+// The engine set-up page and the site choices of the map pages. A field that a control sets
+// says the control's objectName (the name the pages, the tuner's files and the tests know).
 struct EngineSetup {
-  int Cylinders = 0;     // byte 947: entry of "1", "2", "3", "4", "5", "6", "8", "10", "12"
-  int ComboSiteRPM = 0;  // byte 946: RPM site spacing, 0 to 3
-  int MapSelection = kMapSelectionCombine;  // byte 995, bits 5 to 7
-  int ComboSiteFuel = 0;      // byte 995, bits 0 to 4: 9, 13 or 17 load sites (the code as held)
-  int ComboSiteIgnition = 0;  // byte 996: 5 or 6 load sites (the code as held)
-  std::uint8_t TriggerOffset = 0;  // byte 959, half degrees (shown raw / 2)
+  int cylinders_code = 0;  // `Cylinders`, byte 947: entry of "1", "2", "3", "4", "5", "6", "8", ...
+  int rpm_sites_code = 0;  // `ComboSiteRPM`, byte 946: RPM site spacing, 0 to 3
+  int fuel_map_selection = kMapSelectionCombine;  // `MapSelectionSetup`, byte 995, bits 5 to 7
+  // `ComboSiteFuel`, byte 995, bits 0 to 4: 9, 13 or 17 load sites (the code as held).
+  int fuel_load_sites_code = 0;
+  int ign_load_sites_code = 0;      // `ComboSiteIgnition`, byte 996: 5 or 6 load sites (as held)
+  std::uint8_t trigger_offset = 0;  // `TriggerOffset`, byte 959, half degrees (shown raw / 2)
 
-  std::uint16_t RevLimit2 = 0;      // bytes 900 to 901, raw timer value
-  int ComboTrigger = 0;             // byte 902: trigger pattern, 0 to 5
-  int TriggerHallMagnetic = 0;      // byte 903, bits 0 to 6: "Hall", "Magnetic", "Magnetic Low"
-  bool TriggerSensorFlag = false;   // byte 903, bit 7
-  std::uint8_t TriggerVoltage = 0;  // byte 852
-  int ComboHome = 0;                // byte 904: home position pattern, 0 to 4
-  int HomeHallMagnetic = 0;         // byte 905, bits 0 to 6
-  bool HomeSensorFlag = false;      // byte 905, bit 7
-  std::uint8_t HomeVoltage = 0;     // byte 853
-  int ComboSpark = 0;               // byte 906: ignition coil mode, 0 to 3
-  int FuelMode = 0;                 // byte 907, bits 0 and 1: 0 Batch, 1 (1) Semi-Sequential, 2 (2)
-  int OptionImpedance = 0;          // byte 907, bits 6 and 7: 0 Low, 1 (64) Medium, 2 (128) High
-  std::uint8_t TriggerToothOffset = 0;  // byte 908
+  std::uint16_t rev_limit2_period = 0;  // `RevLimit2`, bytes 900 to 901, raw timer value
+  int trigger_pattern = 0;              // `ComboTrigger`, byte 902: 0 to 5
+  int trigger_sensor_type = 0;          // `TriggerHallMagnetic`, byte 903, bits 0 to 6: "Hall", ...
+  bool trigger_sensor_flag = false;     // `TriggerSensorFlag`, byte 903, bit 7
+  std::uint8_t trigger_voltage = 0;     // `TriggerVoltage`, byte 852
+  int home_pattern = 0;                 // `ComboHome`, byte 904: home position pattern, 0 to 4
+  int home_sensor_type = 0;             // `HomeHallMagnetic`, byte 905, bits 0 to 6
+  bool home_sensor_flag = false;        // `HomeSensorFlag`, byte 905, bit 7
+  std::uint8_t home_voltage = 0;        // `HomeVoltage`, byte 853
+  int spark_mode = 0;                   // `ComboSpark`, byte 906: ignition coil mode, 0 to 3
+  int fuel_mode = 0;  // `FuelMode`, byte 907, bits 0 and 1: 0 Batch, 1 Semi-Sequential, 2 (2)
+  int injector_impedance = 0;  // `OptionImpedance`, byte 907, bits 6 and 7: Low, Medium (64), ...
+  std::uint8_t trigger_tooth_offset = 0;  // `TriggerToothOffset`, byte 908
 
   // Byte 942, bit by bit.
-  int TriggerEdgeInput = 0;  // bit 0: 0 "Falling (Default)", 1 "Rising"
-  int TriggerEdgeHome = 0;   // bit 1: 0 "Rising (Default)", 1 "Falling"
-  int TriggerEdgeSpark = 0;  // bit 2 set for choice 1 only; the pull-up choices 2, 3 stay here
-  int ComboAuxOutput = 0;    // bit 5 set for entry 1; entries 2 and 3 stay here
-  int LimiterMode = 0;       // bits 6, 7: 0 "Cut Fuel" (64), 1 "Cut Spark" (128), 2 "Cut Both"
+  int trigger_input_edge = 0;  // `TriggerEdgeInput`, bit 0: "Falling (Default)", 1 "Rising"
+  int home_input_edge = 0;     // `TriggerEdgeHome`, bit 1: 0 "Rising (Default)", 1 "Falling"
+  // `TriggerEdgeSpark`: bit 2 set for choice 1 only; the pull-up choices 2, 3 stay here.
+  int spark_output_edge = 0;
+  int aux_output = 0;    // `Combo1`, bit 5 set for entry 1; entries 2 and 3 stay here
+  int limiter_mode = 0;  // `LimiterMode`, bits 6, 7: "Cut Fuel" (64), "Cut Spark" (128), ...
 
-  std::uint8_t FuelSetting948 = 0;  // byte 948
-  std::uint16_t RevLimit1 = 0;      // bytes 949 to 950, raw timer value
-  std::uint8_t DwellTime = 0;       // byte 958: bit 6 the dwell mode, bits 0 to 5 its value
-  std::uint8_t Setting997 = 0;      // byte 997: the engine warning light entry, 0 to 3
-  std::uint8_t StartupPrime = 0;    // byte 998: the fuel pump prime entry, 0 to 14
-  bool IgnitionLock = false;        // byte 871: ignition timing lock
+  std::uint8_t fuel_setting_948 = 0;    // byte 948
+  std::uint16_t rev_limit1_period = 0;  // `RevLimit1`, bytes 949 to 950, raw timer value
+  // Byte 958: bit 6 the dwell mode (`ComboDwell`), bits 0 to 5 its value (`DwellValue`).
+  std::uint8_t dwell = 0;
+  std::uint8_t warning_light = 0;    // `ComboWarningLight`, byte 997: the entry, 0 to 3
+  std::uint8_t fuel_pump_prime = 0;  // `ComboPrime`, byte 998: the entry, 0 to 14
+  bool ignition_lock = false;        // byte 871: ignition timing lock
 
   // Set by SetupIgnitionDivide: the ignition divide A (1 to 4) and the injection factor B of the
   // fuel duty limit 120000 x B / A.
-  int IgnitionDivide = 1;
-  int InjectionFactor = 1;
+  int ignition_divide = 1;
+  int injection_factor = 1;
 };
 
 // The sensor set-up page: MAP sensor, throttle position sensor, temperature sensors.
 struct SensorSetup {
-  std::array<std::uint8_t, 2> TpsCal1{};  // bytes 868 to 869 (`ThrottleCal`)
-  std::uint8_t TpsSetup = 0;              // byte 952, 0 or 1
-  std::array<std::uint8_t, 2> TpsCal2{};  // bytes 953 to 954 (`ThrottleCal`)
-  // Byte 955: bit 5 altitude compensation, bit 6 load sensing ("TPS Based", "MAP Based"),
-  // bit 7 throttle pump on a MAP basis.
-  bool AltitudeComp = false;
-  int LoadSensing = 0;  // kLoadSensingTps or kLoadSensingMap
-  bool TPumpBased = false;
+  std::array<std::uint8_t, 2> tps_cal1{};  // bytes 868 to 869 (`ThrottleCal`)
+  std::uint8_t tps_setup = 0;              // byte 952, 0 or 1
+  std::array<std::uint8_t, 2> tps_cal2{};  // bytes 953 to 954 (`ThrottleCal`)
+  // Byte 955: bit 5 altitude compensation (`AltitudeComp`), bit 6 load sensing (`LoadSensing`:
+  // "TPS Based", "MAP Based"), bit 7 throttle pump on a MAP basis (`TPumpBased`).
+  bool altitude_comp = false;
+  int load_sensing = 0;  // kLoadSensingTps or kLoadSensingMap
+  bool throttle_pump_on_map = false;
   // Sensor type: the position in the `ComboMAP` list (byte 955, bits 0 to 2), kNoEntry for none.
   // It decides which scaling codes byte 956 accepts (editors/setup/map_sensor.h).
-  int ComboMAP = kNoEntry;
-  int ComboMAPScale = kNoEntry;         // the `ComboMAPScale` entry of byte 956
-  std::uint8_t MapSensorScaling = 64;   // byte 956 as the ECU holds it
-  std::array<std::uint8_t, 8> Air{};    // bytes 971 to 978: divider ratio x 256, -20 to 120 C
-  std::array<std::uint8_t, 8> Water{};  // bytes 987 to 994
+  int map_sensor_type = kNoEntry;
+  int map_scale_entry = kNoEntry;                  // the `ComboMAPScale` entry of byte 956
+  std::uint8_t map_scale_code = 64;                // byte 956 as the ECU holds it
+  std::array<std::uint8_t, 8> air_sensor_cal{};    // bytes 971 to 978: divider ratio x 256
+  std::array<std::uint8_t, 8> water_sensor_cal{};  // bytes 987 to 994
 };
 
-inline constexpr int kFirstUnshownBattByte = 1006;
+inline constexpr int kFirstUnshownBattByte = FieldPos("BattComp") + 7;
 
 // The compensation page, in stored form.
 struct Compensation {
@@ -147,8 +152,9 @@ struct IdleControl {
   std::array<std::uint8_t, 3> IdleCold{};  // bytes 1016 to 1018
   std::array<std::uint8_t, 4> IdleMod2{};  // bytes 860 to 863
   std::uint8_t IdlePwmFrequency = 0;       // byte 867, 0 to 3
-  // `CheckIdle` boxes: 0 to 7 are bits 0 to 7 of byte 856, 8 to 15 those of byte 857.
-  std::array<bool, 16> CheckIdle{};
+  // The idle options (`CheckIdle` boxes): 0 to 7 are bits 0 to 7 of byte 856, 8 to 15 those of
+  // byte 857.
+  std::array<bool, 16> idle_flags{};
   std::uint8_t IdleSetting858 = 0;  // byte 858
 };
 
@@ -156,7 +162,7 @@ struct IdleControl {
 struct VersionInfo {
   std::uint8_t FirmwareVersion = 0;  // byte 909
   std::string VersionLabel;          // the version label's text
-  bool Check7 = false;               // ticked for firmware 3 and later
+  bool firmware_latest = false;      // `Check7`: ticked for firmware 3 and later
   std::uint32_t EcuNumber = 0;       // bytes 943 to 945
   // The "PC Software Update" box opens while this is set, or when the version text differs
   // from the one it last showed; showing it clears the flag. The link may set it again.
@@ -178,8 +184,8 @@ struct EditorState {
 
 // Load sites of a `ComboSiteFuel` / `ComboSiteIgnition` code as the ECU lays its maps out: a
 // fuel code of 2 or more gives 17, an ignition code other than 0 gives 6; no entry gives 9 and 5.
-int FuelLoadSitesOfChoice(int combo_site_fuel);
-int IgnLoadSitesOfChoice(int combo_site_ignition);
+int FuelLoadSitesOfChoice(int sites_code);
+int IgnLoadSitesOfChoice(int sites_code);
 
 // Takes the ignition divide A from the engine set-up, how many times each injector opens in an
 // engine cycle: 2 for "Batch" and "Semi-Sequential" (once a crank turn), 1 for "Sequential";

@@ -57,7 +57,7 @@ bool FileNameAccepted(const std::string& path) {
 
 int OverDutyFuelCells(const CalibrationImage& image) {
   EngineSetup setup;
-  setup.FuelMode = image.Byte(FieldPos("InjectionMode")) & 0x03;
+  setup.fuel_mode = image.Byte(FieldPos("InjectionMode")) & 0x03;
   SetupIgnitionDivide(setup);
   const double base = DutyLimitBase(setup);
   const std::array<int, kMapRows> rpm = RpmSites(image.Byte(FieldPos("RpmSitesSetup")));

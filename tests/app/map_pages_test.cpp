@@ -134,7 +134,7 @@ class MapPagesTest : public QObject {
     }
     MapGrid* grid = p.page(0)->grid();
     QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
-    const int selection = p.window().editors().state().setup.MapSelection;
+    const int selection = p.window().editors().state().setup.fuel_map_selection;
     for (int i = 0; i < 4; ++i) {
       QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
       QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
@@ -142,7 +142,7 @@ class MapPagesTest : public QObject {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
     QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
-    QCOMPARE(p.window().editors().state().setup.MapSelection, selection);
+    QCOMPARE(p.window().editors().state().setup.fuel_map_selection, selection);
     QVERIFY(p.program->messages.shown.empty());
 
     QCheckBox* all_ranges = p.page(0)->all_ranges();
@@ -158,19 +158,19 @@ class MapPagesTest : public QObject {
     QVERIFY(p.started && p.loaded);
     QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
     QButtonGroup* group = p.page(0)->map_selection();
-    const int before = p.window().editors().state().setup.MapSelection;
+    const int before = p.window().editors().state().setup.fuel_map_selection;
     const int other = before == 1 ? 0 : 1;
     p.program->messages.answers = {MessageAnswer::kNo};
     group->button(other)->click();
     QCOMPARE(p.program->messages.shown.size(), std::size_t{1});
     QCOMPARE(p.program->messages.shown[0].title, std::string("Fuel Map Selection"));
-    QCOMPARE(p.window().editors().state().setup.MapSelection, before);
+    QCOMPARE(p.window().editors().state().setup.fuel_map_selection, before);
     QCOMPARE(group->checkedId(), before);
     QCOMPARE(p.page(1)->map_selection()->checkedId(), before);
 
     p.program->messages.answers = {MessageAnswer::kYes};
     group->button(other)->click();
-    QCOMPARE(p.window().editors().state().setup.MapSelection, other);
+    QCOMPARE(p.window().editors().state().setup.fuel_map_selection, other);
     QCOMPARE(group->checkedId(), other);
     QCOMPARE(p.page(1)->map_selection()->checkedId(), other);
   }

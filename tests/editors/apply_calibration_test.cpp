@@ -43,8 +43,8 @@ TEST_F(ApplyCalibration, SoundBlockFillsTheEditorsWithoutErrorsAndTracesTheSorti
   Apply(SoundImage());
   EXPECT_THAT(state.SetupErrors, IsEmpty());
   EXPECT_THAT(status.texts(), ElementsAre("Upload Sorting Started", "Upload Sorting Complete"));
-  EXPECT_EQ(state.setup.FuelMode, 1);
-  EXPECT_EQ(state.setup.OptionImpedance, 1);
+  EXPECT_EQ(state.setup.fuel_mode, 1);
+  EXPECT_EQ(state.setup.injector_impedance, 1);
   EXPECT_EQ(state.idle.IdleTargetRpm, 19u * 256);
   EXPECT_EQ(state.version.VersionLabel, "2");
 }
@@ -53,13 +53,13 @@ TEST_F(ApplyCalibration, SoundBlockFillsTheEditorsWithoutErrorsAndTracesTheSorti
 // injector opens in a cycle.
 TEST_F(ApplyCalibration, TheInjectionModeSetsTheIgnitionDivideOfTheDutyLimit) {
   Apply(With(SoundImage(), 907, 64 + 0));  // batch: once a crank turn
-  EXPECT_EQ(state.setup.IgnitionDivide, 2);
+  EXPECT_EQ(state.setup.ignition_divide, 2);
   EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 60000.0);
   Apply(With(SoundImage(), 907, 64 + 1));  // semi-sequential pairs: also once a turn
   EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 60000.0);
   Apply(With(SoundImage(), 907, 64 + 2));  // sequential: once a cycle
-  EXPECT_EQ(state.setup.IgnitionDivide, 1);
-  EXPECT_EQ(state.setup.InjectionFactor, 1);
+  EXPECT_EQ(state.setup.ignition_divide, 1);
+  EXPECT_EQ(state.setup.injection_factor, 1);
   EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 120000.0);
 }
 
@@ -103,8 +103,8 @@ TEST_F(ApplyCalibration, ListsEveryFailedCheckInStepOrderAndStillAppliesEveryFie
                    "Idle Cold Adjuster Invalid", "Idle PWM Frequency Invalid"});
   EXPECT_EQ(state.SetupErrors, expected);
 
-  EXPECT_EQ(state.setup.Cylinders, 9);
-  EXPECT_EQ(state.setup.ComboTrigger, 6);
+  EXPECT_EQ(state.setup.cylinders_code, 9);
+  EXPECT_EQ(state.setup.trigger_pattern, 6);
   EXPECT_EQ(state.maps.FuelLoadSites, 17);
   EXPECT_EQ(state.maps.IgnLoadSites, 6);
 }
@@ -116,7 +116,7 @@ TEST_F(ApplyCalibration, InvalidRpmSitesStillFillBothFuelMaps) {
   image.Write16(375, 1000);  // fuel map 2, block row 1, column 1
   Apply(image);
   EXPECT_THAT(state.SetupErrors, ElementsAre("RPM Sites Setup is invalid"));
-  EXPECT_EQ(state.setup.ComboSiteRPM, 4);
+  EXPECT_EQ(state.setup.rpm_sites_code, 4);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 1), 4.66);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(1, 9), 2.5);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap2.At(11, 1), 1.0);
@@ -128,19 +128,19 @@ TEST_F(ApplyCalibration, FuelSitesByteSizesTheFuelMapsAndChoosesTheMapFromBitSev
   image.Write16(373, 900);  // 17 sites: block row 11, column 17
   Apply(image);
   EXPECT_EQ(state.maps.FuelMap1.Columns(), 17);
-  EXPECT_EQ(state.setup.ComboSiteFuel, 2);
+  EXPECT_EQ(state.setup.fuel_load_sites_code, 2);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(10, 1), 0.7);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(1, 17), 0.9);
 
   Apply(With(image, 995, 0));
   EXPECT_EQ(state.maps.FuelMap1.Columns(), 9);
   EXPECT_EQ(state.maps.FuelMap2.Columns(), 9);
-  EXPECT_EQ(state.setup.MapSelection, kMapSelectionCombine);
+  EXPECT_EQ(state.setup.fuel_map_selection, kMapSelectionCombine);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(10, 9), 0.7);  // position 35: block row 2, column 9
 
   for (auto [bits, selection] : {std::pair{0x20, 0}, {0x40, 1}, {0x80, 2}, {0xC0, 1}}) {
     Apply(With(SoundImage(), 995, bits));
-    EXPECT_EQ(state.setup.MapSelection, selection) << bits;
+    EXPECT_EQ(state.setup.fuel_map_selection, selection) << bits;
   }
   EXPECT_THAT(state.SetupErrors, ElementsAre("Fuel Map Selection Error"));  // 0xC0 only
 }
@@ -151,7 +151,7 @@ TEST_F(ApplyCalibration, IgnitionSitesAndLockFillTheIgnitionMap) {
   Apply(image);
   EXPECT_EQ(state.maps.IgnMap.Columns(), 6);
   EXPECT_DOUBLE_EQ(state.maps.IgnMap.At(10, 1), 89.0);
-  EXPECT_TRUE(state.setup.IgnitionLock);
+  EXPECT_TRUE(state.setup.ignition_lock);
   EXPECT_THAT(state.SetupErrors, ElementsAre("Ignition Timing Lock Active"));
 }
 
@@ -175,16 +175,16 @@ TEST_F(ApplyCalibration, NewerFirmwareOpensTheUpdateBoxOncePerVersionText) {
   Apply(With(SoundImage(), 909, 5));
   ASSERT_EQ(messages.shown.size(), 3u);
   EXPECT_EQ(messages.shown[2].lines[0], line + "  ");
-  EXPECT_TRUE(state.version.Check7);
+  EXPECT_TRUE(state.version.firmware_latest);
 }
 
 TEST_F(ApplyCalibration, VersionsUpToThreePassAndZeroSkipsTheChecks) {
   for (int version : {0, 1, 2, 3}) Apply(With(SoundImage(), 909, version));
   EXPECT_THAT(messages.shown, IsEmpty());
   EXPECT_THAT(state.SetupErrors, IsEmpty());
-  EXPECT_TRUE(state.version.Check7);  // version 3
+  EXPECT_TRUE(state.version.firmware_latest);  // version 3
   Apply(With(SoundImage(), 909, 0));
-  EXPECT_FALSE(state.version.Check7);
+  EXPECT_FALSE(state.version.firmware_latest);
   for (int version = 0; version <= 255; ++version) {
     EXPECT_FALSE(FirmwareOlderThanSoftware(static_cast<std::uint8_t>(version))) << version;
   }
@@ -226,16 +226,16 @@ TEST_F(ApplyCalibration, NotesGoToTheCallerWhenItTakesThem) {
 TEST_F(ApplyCalibration, ScalingCodeSelectsTheScaleEntryOfTheSensorTypeInByte955) {
   const CalibrationImage type4 = With(SoundImage(), 955, 64 | 4);
   Apply(With(type4, 956, 250));
-  EXPECT_EQ(state.sensors.ComboMAP, 4);
-  EXPECT_EQ(state.sensors.ComboMAPScale, 11);
+  EXPECT_EQ(state.sensors.map_sensor_type, 4);
+  EXPECT_EQ(state.sensors.map_scale_entry, 11);
   Apply(With(type4, 956, 113));
-  EXPECT_EQ(state.sensors.ComboMAPScale, 7);
+  EXPECT_EQ(state.sensors.map_scale_entry, 7);
   EXPECT_THAT(state.SetupErrors, IsEmpty());
 
   Apply(With(With(SoundImage(), 955, 64 | 2), 956, 72));  // a type 3 code on a type 2 sensor
-  EXPECT_EQ(state.sensors.ComboMAP, 2);
-  EXPECT_EQ(state.sensors.ComboMAPScale, 7);
-  EXPECT_EQ(state.sensors.MapSensorScaling, 72);
+  EXPECT_EQ(state.sensors.map_sensor_type, 2);
+  EXPECT_EQ(state.sensors.map_scale_entry, 7);
+  EXPECT_EQ(state.sensors.map_scale_code, 72);
   EXPECT_THAT(state.SetupErrors, ElementsAre("Map Sensor Scaling Invalid"));
 }
 

@@ -106,7 +106,7 @@ TEST(BuildCalibration, NineFuelAndFiveIgnitionSitesLeaveTheRestOfTheAreasZero) {
 
 TEST(BuildCalibration, FailedChecksCarryTheMapErrorSuffixAndNoticesAreLeftOut) {
   EditorState state;
-  state.setup.IgnitionLock = true;
+  state.setup.ignition_lock = true;
   const BuiltCalibration built = BuildCalibrationFromEditors(state);
   EXPECT_EQ(built.image.Byte(871), 1);
   EXPECT_THAT(built.errors, ElementsAre("Rev Limiter 2 Invalid, There was an error in your Map",
@@ -116,8 +116,8 @@ TEST(BuildCalibration, FailedChecksCarryTheMapErrorSuffixAndNoticesAreLeftOut) {
 
 TEST(BuildCalibration, AListWithoutAChoiceIsWrittenAsAnInvalidCode) {
   EditorState state = Applied(SoundImage());
-  state.setup.ComboTrigger = kNoEntry;
-  state.setup.LimiterMode = kNoEntry;
+  state.setup.trigger_pattern = kNoEntry;
+  state.setup.limiter_mode = kNoEntry;
   const BuiltCalibration built = BuildCalibrationFromEditors(state);
   EXPECT_EQ(built.image.Byte(902), 255);
   EXPECT_THAT(built.errors,
@@ -127,12 +127,12 @@ TEST(BuildCalibration, AListWithoutAChoiceIsWrittenAsAnInvalidCode) {
 
 TEST(BuildCalibration, EdgesAuxiliaryAndLimiterShareByte942) {
   EditorState state;
-  state.setup.TriggerEdgeInput = 1;
-  state.setup.TriggerEdgeSpark = 1;
-  state.setup.LimiterMode = 2;
+  state.setup.trigger_input_edge = 1;
+  state.setup.spark_output_edge = 1;
+  state.setup.limiter_mode = 2;
   EXPECT_EQ(EncodeSetup(state).Byte(942), 197);
-  state.setup.TriggerEdgeSpark = 2;  // a pull-up choice: not carried by the byte
-  state.setup.ComboAuxOutput = 1;
+  state.setup.spark_output_edge = 2;  // a pull-up choice: not carried by the byte
+  state.setup.aux_output = 1;
   EXPECT_EQ(EncodeSetup(state).Byte(942), 1 + 32 + 192);
 }
 

@@ -52,7 +52,7 @@ class MapFileTest : public ::testing::Test {
 
 TEST_F(MapFileTest, SaveWritesTheBuiltBlockThroughTheSaveDialog) {
   EditorState saved;
-  saved.setup.RevLimit1 = saved.setup.RevLimit2 = 100;
+  saved.setup.rev_limit1_period = saved.setup.rev_limit2_period = 100;
   saved.idle.IdleTargetRpm = 900;
   dialogs.path = "/d/M/V/Maps/a.b.c.d.sm1";
   EXPECT_EQ(map_files.SaveMap(saved), MapFileResult::kDone);
@@ -199,7 +199,7 @@ TEST_F(MapFileTest, EveryFileThatIsNotExactlyAMapIsRefusedBeforeAnythingIsSent) 
       {"long.sm1", map + "x"},
       {"random.sm1", std::string(5000, '\x7f')},
   };
-  state.setup.Cylinders = 5;
+  state.setup.cylinders_code = 5;
   for (const auto& [name, content] : cases) {
     SCOPED_TRACE(name);
     files.files["/d/M/V/Maps/" + name] = content;
@@ -224,7 +224,7 @@ TEST_F(MapFileTest, EveryFileThatIsNotExactlyAMapIsRefusedBeforeAnythingIsSent) 
   EXPECT_FALSE(download.running());
   EXPECT_THAT(sender.frames, IsEmpty());
   EXPECT_THAT(status.texts(), IsEmpty());
-  EXPECT_EQ(state.setup.Cylinders, 5);
+  EXPECT_EQ(state.setup.cylinders_code, 5);
   EXPECT_EQ(program_image.Bytes(), CalibrationImage().Bytes());
 }
 

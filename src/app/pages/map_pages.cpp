@@ -86,7 +86,7 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
 // tuner says so, and the buttons show the choice in force either way.
 void MapPages::MapSelectionChosen(int choice) {
   if (choice < 0 || choice >= static_cast<int>(kMapSelectionTexts.size())) return;
-  if (choice != editors_.state().setup.MapSelection) {
+  if (choice != editors_.state().setup.fuel_map_selection) {
     const std::string_view text = kMapSelectionTexts[static_cast<std::size_t>(choice)];
     const std::string name(text.substr(text.find_first_not_of(' ')));
     const MessageAnswer answer =
@@ -104,8 +104,8 @@ void MapPages::SetUpGrids() {
   const MapEditors& maps = state.maps;
   const GridLoadSites sites = LoadSitesForGrids(maps.FuelLoadSites, maps.IgnLoadSites);
   const GridAxes axes =
-      AxesFor(state.setup.ComboSiteRPM, state.sensors.LoadSensing == kLoadSensingMap,
-              state.sensors.ComboMAP, state.sensors.MapSensorScaling);
+      AxesFor(state.setup.rpm_sites_code, state.sensors.load_sensing == kLoadSensingMap,
+              state.sensors.map_sensor_type, state.sensors.map_scale_code);
   for (int i = 0; i < kPages; ++i) {
     MapPage* page = pages_[i];
     const int load_sites = i < 2 ? sites.fuel : sites.ignition;
@@ -120,7 +120,7 @@ void MapPages::SetUpGrids() {
 
 void MapPages::ShowEditors() {
   SetUpGrids();
-  const int selection = editors_.state().setup.MapSelection;
+  const int selection = editors_.state().setup.fuel_map_selection;
   for (int i = 0; i < 2; ++i) {
     QButtonGroup* group = pages_[i]->map_selection();
     const QSignalBlocker block(group);
@@ -131,7 +131,7 @@ void MapPages::ShowEditors() {
 
 void MapPages::ShowLive(const LiveData& live, bool connected, int tab) {
   if (tab < 0 || tab >= kPages) return;
-  const int selection = editors_.state().setup.MapSelection;
+  const int selection = editors_.state().setup.fuel_map_selection;
   const bool map1_running = live.status & live::kStatusFuelMap1;
   const bool map2_running = live.status & live::kStatusFuelMap2;
   const bool in_use = tab == 0   ? map1_running || selection == kMapSelectionOnlyMap1

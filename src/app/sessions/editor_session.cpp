@@ -199,8 +199,8 @@ void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
   setup.map_start = map == EditedMap::kFuel1   ? kFuelMap1Start
                     : map == EditedMap::kFuel2 ? kFuelMap2Start
                                                : kIgnMapStart;
-  setup.ignition_divide = state_.setup.IgnitionDivide;
-  setup.third_injection_mode = state_.setup.FuelMode == kFuelModeSequential;
+  setup.ignition_divide = state_.setup.ignition_divide;
+  setup.third_injection_mode = state_.setup.fuel_mode == kFuelModeSequential;
   transmission_.OnCellsChanged(grid, cells, setup);
   MapValues values = grid.ToMapValues();
   switch (map) {
@@ -279,7 +279,7 @@ void EditorSession::SetOffline(bool offline) {
 void EditorSession::SetMapSelection(int choice) {
   // Through the set-up editor, so that the selection bits never go out beside a fuel load site
   // code that fails its check (the byte is refused whole; the pages show why).
-  if (parts_.suppress_change_events || state_.setup.MapSelection == choice) return;
+  if (parts_.suppress_change_events || state_.setup.fuel_map_selection == choice) return;
   setup_editor_.Choose(SetupChoice::kMapSelection, choice);
 }
 

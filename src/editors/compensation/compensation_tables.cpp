@@ -112,11 +112,11 @@ CellFormat FormatOf(CompTable table, int row, const SensorSetup& sensors) {
   if (row != kThrottlePumpDeactivateRow) {
     return {ThrottlePumpShown, ThrottlePumpStored, 1, kPercentSteps, 0, kByteMax};
   }
-  if (!sensors.TPumpBased) {
+  if (!sensors.throttle_pump_on_map) {
     return {DeactivateShownTps, DeactivateStoredTps, 2, kPercentSteps, 0, kByteMax};
   }
   const MapSensorLine line =
-      MapSensorLineOf(sensors.ComboMAP, sensors.ComboMAPScale).value_or(MapSensorLine{});
+      MapSensorLineOf(sensors.map_sensor_type, sensors.map_scale_entry).value_or(MapSensorLine{});
   return {[line](int raw) { return DeactivateShownMap(raw, line); },
           [line](double bar) { return DeactivateStoredMap(bar, line); },
           3,
@@ -194,7 +194,7 @@ bool CompensationEditor::CellChanged(CompTable table, int row, int reported, int
   CalibrationImage after = parts_.image;
   after.SetByte(position, byte);
   const std::vector<SetupCheck> broken =
-      ChangeBreaks(after, {parts_.state.sensors.ComboMAP}, {&position, 1});
+      ChangeBreaks(after, {parts_.state.sensors.map_sensor_type}, {&position, 1});
   if (!broken.empty()) {
     Refuse(table, row,
            "the value would be stored as " + std::to_string(stored) + ", which fails \"" +

@@ -69,8 +69,7 @@ int SensorRatioByte(double ohms) {
 double OhmsOfRatioByte(std::uint8_t ratio) { return kSensorPullUpOhms * ratio / (256.0 - ratio); }
 
 int SensorTablePosition(SensorTable table) {
-  return table == SensorTable::kWater ? SetupFieldNamed("WaterSensorCal").position
-                                      : SetupFieldNamed("AirSensorCal").position;
+  return table == SensorTable::kWater ? FieldPos("WaterSensorCal") : FieldPos("AirSensorCal");
 }
 
 namespace {
@@ -137,8 +136,9 @@ bool SensorTableSender::SendRow(SensorTable table, int row, const std::string& o
     return false;
   }
   // The other rows stay as the ECU holds them: only the typed row is judged and sent.
-  std::array<std::uint8_t, kSensorPoints> bytes =
-      table == SensorTable::kWater ? parts_.state.sensors.Water : parts_.state.sensors.Air;
+  std::array<std::uint8_t, kSensorPoints> bytes = table == SensorTable::kWater
+                                                      ? parts_.state.sensors.water_sensor_cal
+                                                      : parts_.state.sensors.air_sensor_cal;
   bytes[static_cast<std::size_t>(row)] = *byte;
   return Store(table, {row}, bytes);
 }
@@ -153,7 +153,7 @@ bool SensorTableSender::Store(SensorTable table, const std::vector<int>& rows,
     written.push_back(first + row);
   }
   const std::vector<SetupCheck> broken =
-      ChangeBreaks(after, {parts_.state.sensors.ComboMAP}, written);
+      ChangeBreaks(after, {parts_.state.sensors.map_sensor_type}, written);
   if (!broken.empty()) {
     parts_.messages.Show(
         MessageIcon::kExclamation, std::string(kEditorWarningTitle),
@@ -162,8 +162,9 @@ bool SensorTableSender::Store(SensorTable table, const std::vector<int>& rows,
     return false;
   }
   std::array<std::uint16_t, 11>& sent = table == SensorTable::kWater ? water_sent_ : air_sent_;
-  std::array<std::uint8_t, 8>& state =
-      table == SensorTable::kWater ? parts_.state.sensors.Water : parts_.state.sensors.Air;
+  std::array<std::uint8_t, 8>& state = table == SensorTable::kWater
+                                           ? parts_.state.sensors.water_sensor_cal
+                                           : parts_.state.sensors.air_sensor_cal;
   for (const int row : rows) {
     const std::uint8_t byte = bytes[static_cast<std::size_t>(row)];
     sent[static_cast<std::size_t>(row + 1)] = byte;

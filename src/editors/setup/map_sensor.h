@@ -19,11 +19,11 @@
 namespace vela {
 
 // The `ComboMAPScale` entries of a sensor type (kNoEntry or an unknown type counts as type 0).
-std::vector<std::string> MapScaleTexts(int combo_map);
+std::vector<std::string> MapScaleTexts(int sensor_type);
 
 // The span in bar that a type and scaling entry leave: the number in the entry's text; nullopt
 // when the type offers no such entry.
-std::optional<double> MapSensorSpanBar(int combo_map, int combo_map_scale);
+std::optional<double> MapSensorSpanBar(int sensor_type, int scale_entry);
 
 // The ECU's MAP input: volts = (kPa x slope - offset) x 4.98 / span, with the sensor read as a
 // straight line from 0 kPa absolute (0 V) to its span (4.98 V): slope 1, offset 0 kPa, span the
@@ -37,6 +37,6 @@ inline constexpr double kMapInputVolts = 4.98;
 inline constexpr double kMapInputCounts = 128.0;
 
 // The line of a type and scaling entry; nullopt when the type offers no such entry.
-std::optional<MapSensorLine> MapSensorLineOf(int combo_map, int combo_map_scale);
+std::optional<MapSensorLine> MapSensorLineOf(int sensor_type, int scale_entry);
 
 }  // namespace vela

@@ -41,6 +41,10 @@ constexpr std::array<int, 6> kToothPositions = {0, 12, 24, 36, 36, 60};
 constexpr PositionRange kNoRange = {0, -1};
 constexpr CheckReads At(int position) { return {PositionRange{position, position}, kNoRange}; }
 constexpr CheckReads Span(int first, int last) { return {PositionRange{first, last}, kNoRange}; }
+// The whole of a field.
+consteval CheckReads Whole(std::string_view field) {
+  return {PositionRange{FieldPos(field), SetupFieldNamed(field).LastPosition()}, kNoRange};
+}
 constexpr CheckReads Both(int first, int second) {
   return {PositionRange{first, first}, PositionRange{second, second}};
 }
@@ -81,7 +85,8 @@ int ThrottlePumpFailures(const Image& image, const Context&) {
 }
 
 int MapScalingFailures(const Image& image, const Context& context) {
-  return Fails(!MapScaleEntryOfCode(context.combo_map, image.Byte(FieldPos("MapSensorScaling"))));
+  return Fails(
+      !MapScaleEntryOfCode(context.map_sensor_type, image.Byte(FieldPos("MapSensorScaling"))));
 }
 
 int GpoFailures(const Image& image, int group_start) {
@@ -89,23 +94,23 @@ int GpoFailures(const Image& image, int group_start) {
 }
 
 constexpr auto kStep3 = std::to_array<SetupCheck>({
-    {"Cylinders Setup Invalid", At(947),
+    {"Cylinders Setup Invalid", At(FieldPos("Cylinders")),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("Cylinders")) >= kCylinderChoices);
      },
      true, false, "byte 947 is 9 or more: the list has entries 0 to 8"},
-    {"RPM Sites Setup is invalid", At(946),
+    {"RPM Sites Setup is invalid", At(FieldPos("RpmSitesSetup")),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("RpmSitesSetup")) > 3); },
      true, false, "byte 946 is above 3"},
 });
 
 constexpr auto kStep4 = std::to_array<SetupCheck>({
-    {"Fuel Load Sites Error", At(995),
+    {"Fuel Load Sites Error", At(FieldPos("FuelSitesSelection")),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("FuelSitesSelection")) & kSitesCodeBits) > 2);
      },
      true, false, "bits 0 to 4 of byte 995 are above 2"},
-    {"Fuel Map Selection Error", At(995),
+    {"Fuel Map Selection Error", At(FieldPos("FuelSitesSelection")),
      [](const Image& i, const Context&) {
        return MoreThanOneBit(i.Byte(FieldPos("FuelSitesSelection")) & kMapSelectionBits);
      },
@@ -113,77 +118,80 @@ constexpr auto kStep4 = std::to_array<SetupCheck>({
 });
 
 constexpr auto kStep5 = std::to_array<SetupCheck>({
-    {"Trigger Offset Error", At(959),
+    {"Trigger Offset Error", At(FieldPos("TriggerOffset")),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("TriggerOffset")) > kMaxTriggerOffset);
      },
      true, false, "byte 959 is above 120 (60 degrees)"},
-    {"Ignition Load Sites Error", At(996),
+    {"Ignition Load Sites Error", At(FieldPos("IgnSites")),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("IgnSites")) > 1); },
      true, false, "byte 996 is above 1"},
-    {"Ignition Timing Lock Active", At(871),
+    {"Ignition Timing Lock Active", At(FieldPos("IgnitionLock")),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("IgnitionLock")) != 0); },
      false, false, "byte 871 is not 0"},
 });
 
 constexpr auto kStep7 = std::to_array<SetupCheck>({
-    {"Rev Limiter 2 Invalid", Span(900, 901),
+    {"Rev Limiter 2 Invalid", Whole("RevLimit2"),
      [](const Image& i, const Context&) { return Fails(i.RevLimit2() == 0); }, true, false,
      "bytes 900 and 901 are 0 (no speed)"},
-    {"Trigger Pattern Invalid", At(902),
+    {"Trigger Pattern Invalid", At(FieldPos("TriggerPattern")),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("TriggerPattern")) > 5);
      },
      true, false, "byte 902 is above 5"},
-    {"Trigger Hall or Magnetic Invalid", At(903),
+    {"Trigger Hall or Magnetic Invalid", At(FieldPos("TriggerSensor")),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("TriggerSensor")) & kSensorTypeMask) > 2);
      },
      true, false, "bits 0 to 6 of byte 903 are above 2"},
-    {"Trigger Voltage Invalid", At(852),
+    {"Trigger Voltage Invalid", At(FieldPos("TriggerVoltage")),
      [](const Image& i, const Context&) { return Fails(i.TriggerVoltage() > kMaxSensorVoltage); },
      true, false, "byte 852 is above 229"},
-    {"Home Position Pattern Invalid", At(904),
+    {"Home Position Pattern Invalid", At(FieldPos("HomePattern")),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("HomePattern")) > 4); },
      true, false, "byte 904 is above 4"},
-    {"Home Position Hall or Magnetic Invalid", At(905),
+    {"Home Position Hall or Magnetic Invalid", At(FieldPos("HomeSensor")),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("HomeSensor")) & kSensorTypeMask) > 2);
      },
      true, false, "bits 0 to 6 of byte 905 are above 2"},
-    {"Home Position Voltage Invalid", At(853),
+    {"Home Position Voltage Invalid", At(FieldPos("HomeVoltage")),
      [](const Image& i, const Context&) { return Fails(i.HomeVoltage() > kMaxSensorVoltage); },
      true, false, "byte 853 is above 229"},
-    {"Ignition Spark Mode Invalid", At(906),
+    {"Ignition Spark Mode Invalid", At(FieldPos("SparkMode")),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("SparkMode")) > 3); },
      true, false, "byte 906 is above 3"},
-    {"Fuel Injection Mode and Injector Impedance", At(907), InjectionModeFailures, true, false,
+    {"Fuel Injection Mode and Injector Impedance", At(FieldPos("InjectionMode")),
+     InjectionModeFailures, true, false,
      "byte 907 has both bits 0 and 1, both bits 6 and 7, or one of bits 2 to 5"},
-    {"Trigger Tooth Offset Invalid", Both(902, 908), ToothOffsetFailures, true, false,
+    {"Trigger Tooth Offset Invalid",
+     Both(FieldPos("TriggerPattern"), FieldPos("TriggerToothOffset")), ToothOffsetFailures, true,
+     false,
      "byte 908 names no tooth of the wheel in byte 902 (12, 24, 36 or 60 teeth: 0 to one less)"},
 });
 
 constexpr auto kStep8 = std::to_array<SetupCheck>({
-    {"GPO1 Function Invalid", At(884),
+    {"GPO1 Function Invalid", At(FieldPos("Gpo1Setup")),
      [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[0]); }, true, false,
      "byte 884 is 16 or more"},
-    {"GPO2 Function Invalid", At(910),
+    {"GPO2 Function Invalid", At(FieldPos("Gpo2Setup")),
      [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[1]); }, true, false,
      "byte 910 is 16 or more"},
-    {"GPO3 Function Invalid", At(926),
+    {"GPO3 Function Invalid", At(FieldPos("Gpo3Setup")),
      [](const Image& i, const Context&) { return GpoFailures(i, kGpoStarts[2]); }, true, false,
      "byte 926 is 16 or more"},
-    {"Rev Limiter Type Invalid", At(942),
+    {"Rev Limiter Type Invalid", At(FieldPos("LimiterTacho")),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("LimiterTacho")) & kLimiterModeBits) == 0);
      },
      true, false, "bits 6 and 7 of byte 942 are both clear (no limiter type)"},
-    {"Tacho Output Setup Invalid", At(942),
+    {"Tacho Output Setup Invalid", At(FieldPos("LimiterTacho")),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("LimiterTacho")) & kUnusedTachoBit) != 0);
      },
      true, false, "bit 4 of byte 942 is set"},
-    {"Trigger Edges Setup Invalid", At(942),
+    {"Trigger Edges Setup Invalid", At(FieldPos("LimiterTacho")),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("LimiterTacho")) & kUnusedEdgeBit) != 0);
      },
@@ -191,41 +199,41 @@ constexpr auto kStep8 = std::to_array<SetupCheck>({
 });
 
 constexpr auto kStep9 = std::to_array<SetupCheck>({
-    {"Rev Limiter 1 Invalid", Span(949, 950),
+    {"Rev Limiter 1 Invalid", Whole("RevLimit1"),
      [](const Image& i, const Context&) { return Fails(i.RevLimit1() == 0); }, true, false,
      "bytes 949 and 950 are 0 (no speed)"},
-    {"TPS Setup Error", At(952),
+    {"TPS Setup Error", At(FieldPos("TpsSetup")),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("TpsSetup")) > 1); },
      true, false, "byte 952 is above 1"},
-    {"Map Sensor Setup Invalid", At(955),
+    {"Map Sensor Setup Invalid", At(FieldPos("MapSensorSetup")),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("MapSensorSetup")) > kMaxMapSensorSetup);
      },
      true, false, "byte 955 (the MAP sensor type and its three flags) is above 228"},
-    {"Throttle Pump Setup Error", At(955), ThrottlePumpFailures, true, false,
+    {"Throttle Pump Setup Error", At(FieldPos("MapSensorSetup")), ThrottlePumpFailures, true, false,
      "a throttle pump on a MAP basis without the MAP sensor in use (neither MAP load sensing nor "
      "altitude compensation)"},
-    {"Map Sensor Setup Error", At(955),
+    {"Map Sensor Setup Error", At(FieldPos("MapSensorSetup")),
      [](const Image& i, const Context&) {
        return Fails((i.Byte(FieldPos("MapSensorSetup")) & kMapSensorLowBits) > kLastMapSensorType);
      },
      true, false, "bits 0 to 4 of byte 955 are above 5"},
-    {"Map Sensor Scaling Invalid", Both(955, 956), MapScalingFailures, true, false,
-     "byte 956 is not a scaling of the MAP sensor type"},
+    {"Map Sensor Scaling Invalid", Both(FieldPos("MapSensorSetup"), FieldPos("MapSensorScaling")),
+     MapScalingFailures, true, false, "byte 956 is not a scaling of the MAP sensor type"},
 });
 
 constexpr auto kStep10 = std::to_array<SetupCheck>({
-    {"GPI1 Function Invalid", At(1022),
+    {"GPI1 Function Invalid", At(FieldPos("Gpi1Function")),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("Gpi1Function")) >= kGpiFunctionCodes);
      },
      true, false, "byte 1022 is 8 or more"},
-    {"GPI2 Function Invalid", At(1023),
+    {"GPI2 Function Invalid", At(FieldPos("Gpi2Function")),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("Gpi2Function")) >= kGpiFunctionCodes);
      },
      true, false, "byte 1023 is 8 or more"},
-    {"Dwell Time Invalid", At(958),
+    {"Dwell Time Invalid", At(FieldPos("DwellTime")),
      [](const Image& i, const Context&) { return Fails(ByteAt(i, FieldPos("DwellTime")) >= 128); },
      true, false, "byte 958 is 128 or more"},
 });
@@ -239,48 +247,73 @@ constexpr std::string_view kBatt = "Battery Voltage Compensation Invalid";
 constexpr std::string_view kBattRule = "one of bytes 1000 to 1010 is above 200 (2.00 ms)";
 
 constexpr auto kStep11 = std::to_array<SetupCheck>({
-    {kAirCurve, Both(971, 972), CurvePairFails<972>, true, false, kCurveRule},
-    {kAirCurve, Both(972, 973), CurvePairFails<973>, true, false, kCurveRule},
-    {kAirCurve, Both(973, 974), CurvePairFails<974>, true, false, kCurveRule},
-    {kAirCurve, Both(974, 975), CurvePairFails<975>, true, false, kCurveRule},
-    {kAirCurve, Both(975, 976), CurvePairFails<976>, true, false, kCurveRule},
-    {kAirCurve, Both(976, 977), CurvePairFails<977>, true, false, kCurveRule},
-    {kAirCurve, Both(977, 978), CurvePairFails<978>, true, false, kCurveRule},
-    {kWaterCurve, Both(987, 988), CurvePairFails<988>, true, false, kCurveRule},
-    {kWaterCurve, Both(988, 989), CurvePairFails<989>, true, false, kCurveRule},
-    {kWaterCurve, Both(989, 990), CurvePairFails<990>, true, false, kCurveRule},
-    {kWaterCurve, Both(990, 991), CurvePairFails<991>, true, false, kCurveRule},
-    {kWaterCurve, Both(991, 992), CurvePairFails<992>, true, false, kCurveRule},
-    {kWaterCurve, Both(992, 993), CurvePairFails<993>, true, false, kCurveRule},
-    {kWaterCurve, Both(993, 994), CurvePairFails<994>, true, false, kCurveRule},
-    {"Injector Startup Prime Invalid", At(998),
+    {kAirCurve, Both(FieldPos("AirSensorCal"), FieldPos("AirSensorCal") + 1),
+     CurvePairFails<FieldPos("AirSensorCal") + 1>, true, false, kCurveRule},
+    {kAirCurve, Both(FieldPos("AirSensorCal") + 1, FieldPos("AirSensorCal") + 2),
+     CurvePairFails<FieldPos("AirSensorCal") + 2>, true, false, kCurveRule},
+    {kAirCurve, Both(FieldPos("AirSensorCal") + 2, FieldPos("AirSensorCal") + 3),
+     CurvePairFails<FieldPos("AirSensorCal") + 3>, true, false, kCurveRule},
+    {kAirCurve, Both(FieldPos("AirSensorCal") + 3, FieldPos("AirSensorCal") + 4),
+     CurvePairFails<FieldPos("AirSensorCal") + 4>, true, false, kCurveRule},
+    {kAirCurve, Both(FieldPos("AirSensorCal") + 4, FieldPos("AirSensorCal") + 5),
+     CurvePairFails<FieldPos("AirSensorCal") + 5>, true, false, kCurveRule},
+    {kAirCurve, Both(FieldPos("AirSensorCal") + 5, FieldPos("AirSensorCal") + 6),
+     CurvePairFails<FieldPos("AirSensorCal") + 6>, true, false, kCurveRule},
+    {kAirCurve, Both(FieldPos("AirSensorCal") + 6, FieldPos("AirSensorCal") + 7),
+     CurvePairFails<FieldPos("AirSensorCal") + 7>, true, false, kCurveRule},
+    {kWaterCurve, Both(FieldPos("WaterSensorCal"), FieldPos("WaterSensorCal") + 1),
+     CurvePairFails<FieldPos("WaterSensorCal") + 1>, true, false, kCurveRule},
+    {kWaterCurve, Both(FieldPos("WaterSensorCal") + 1, FieldPos("WaterSensorCal") + 2),
+     CurvePairFails<FieldPos("WaterSensorCal") + 2>, true, false, kCurveRule},
+    {kWaterCurve, Both(FieldPos("WaterSensorCal") + 2, FieldPos("WaterSensorCal") + 3),
+     CurvePairFails<FieldPos("WaterSensorCal") + 3>, true, false, kCurveRule},
+    {kWaterCurve, Both(FieldPos("WaterSensorCal") + 3, FieldPos("WaterSensorCal") + 4),
+     CurvePairFails<FieldPos("WaterSensorCal") + 4>, true, false, kCurveRule},
+    {kWaterCurve, Both(FieldPos("WaterSensorCal") + 4, FieldPos("WaterSensorCal") + 5),
+     CurvePairFails<FieldPos("WaterSensorCal") + 5>, true, false, kCurveRule},
+    {kWaterCurve, Both(FieldPos("WaterSensorCal") + 5, FieldPos("WaterSensorCal") + 6),
+     CurvePairFails<FieldPos("WaterSensorCal") + 6>, true, false, kCurveRule},
+    {kWaterCurve, Both(FieldPos("WaterSensorCal") + 6, FieldPos("WaterSensorCal") + 7),
+     CurvePairFails<FieldPos("WaterSensorCal") + 7>, true, false, kCurveRule},
+    {"Injector Startup Prime Invalid", At(FieldPos("StartupPrime")),
      [](const Image& i, const Context&) {
        return Fails(ByteAt(i, FieldPos("StartupPrime")) > kMaxStartupPrime);
      },
      true, false, "byte 998 is above 14: the list has entries 0 to 14"},
-    {kBatt, At(1000), BattCompFails<1000>, true, false, kBattRule},
-    {kBatt, At(1001), BattCompFails<1001>, true, true, kBattRule},
-    {kBatt, At(1002), BattCompFails<1002>, true, true, kBattRule},
-    {kBatt, At(1003), BattCompFails<1003>, true, true, kBattRule},
-    {kBatt, At(1004), BattCompFails<1004>, true, true, kBattRule},
-    {kBatt, At(1005), BattCompFails<1005>, true, true, kBattRule},
-    {kBatt, At(1006), BattCompFails<1006>, true, true, kBattRule},
-    {kBatt, At(1007), BattCompFails<1007>, true, true, kBattRule},
-    {kBatt, At(1008), BattCompFails<1008>, true, true, kBattRule},
-    {kBatt, At(1009), BattCompFails<1009>, true, true, kBattRule},
-    {kBatt, At(1010), BattCompFails<1010>, true, true, kBattRule},
-    {"Idle Target RPM Invalid", Span(1011, 1013),
+    {kBatt, At(FieldPos("BattComp") + 1), BattCompFails<FieldPos("BattComp") + 1>, true, false,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 2), BattCompFails<FieldPos("BattComp") + 2>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 3), BattCompFails<FieldPos("BattComp") + 3>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 4), BattCompFails<FieldPos("BattComp") + 4>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 5), BattCompFails<FieldPos("BattComp") + 5>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 6), BattCompFails<FieldPos("BattComp") + 6>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 7), BattCompFails<FieldPos("BattComp") + 7>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 8), BattCompFails<FieldPos("BattComp") + 8>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 9), BattCompFails<FieldPos("BattComp") + 9>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 10), BattCompFails<FieldPos("BattComp") + 10>, true, true,
+     kBattRule},
+    {kBatt, At(FieldPos("BattComp") + 11), BattCompFails<FieldPos("BattComp") + 11>, true, true,
+     kBattRule},
+    {"Idle Target RPM Invalid", Whole("IdleTargetRpm"),
      [](const Image& i, const Context&) { return Fails(i.IdleTargetRpm() == 0); }, true, false,
      "bytes 1011 to 1013 are 0 (no speed)"},
-    {"Idle Minimum Larger than Maximum Error", Span(1014, 1015),
+    {"Idle Minimum Larger than Maximum Error", Whole("IdleMinMax"),
      [](const Image& i, const Context&) {
        return Fails(i.Byte(FieldPos("IdleMinMax")) > i.Byte(FieldPos("IdleMinMax") + 1));
      },
      true, false, "byte 1014 (the minimum) is above byte 1015 (the maximum)"},
-    {"Idle Cold Adjuster Invalid", At(1018),
+    {"Idle Cold Adjuster Invalid", At(FieldPos("IdleCold") + 2),
      [](const Image& i, const Context&) { return Fails(i.Byte(FieldPos("IdleCold") + 2) >= 128); },
      true, false, "byte 1018 is 128 or more (64.0 shown)"},
-    {"Idle PWM Frequency Invalid", At(867),
+    {"Idle PWM Frequency Invalid", At(FieldPos("IdlePwmFrequency")),
      [](const Image& i, const Context&) { return Fails(i.IdlePwmFrequency() >= 4); }, true, false,
      "byte 867 is 4 or more"},
 });

@@ -30,7 +30,7 @@ inline constexpr std::uint8_t kSensorTypeMask = 0x7F;  // bits 0 to 6 of bytes 9
 
 // What a check reads besides the block: the MAP sensor type chosen in `ComboMAP`.
 struct CheckContext {
-  int combo_map = -1;
+  int map_sensor_type = -1;
 };
 
 // The image positions a check reads: up to two ranges, an unused one {0, -1}. A check's outcome

@@ -15,64 +15,11 @@ namespace {
 
 constexpr double kMaxTriggerOffsetDegrees = kMaxTriggerOffset / 2.0;
 
-}  // namespace
-
-std::string_view SetupFieldOf(SetupChoice choice) {
-  switch (choice) {
-    case SetupChoice::kCylinders:
-      return "Cylinders";
-    case SetupChoice::kFuelMode:
-    case SetupChoice::kOptionImpedance:
-      return "InjectionMode";
-    case SetupChoice::kLimiterMode:
-    case SetupChoice::kTriggerEdgeInput:
-    case SetupChoice::kTriggerEdgeHome:
-    case SetupChoice::kTriggerEdgeSpark:
-    case SetupChoice::kComboAuxOutput:
-      return "LimiterTacho";
-    case SetupChoice::kComboTrigger:
-      return "TriggerPattern";
-    case SetupChoice::kTriggerHallMagnetic:
-    case SetupChoice::kTriggerSensorFlag:
-      return "TriggerSensor";
-    case SetupChoice::kComboHome:
-      return "HomePattern";
-    case SetupChoice::kHomeHallMagnetic:
-    case SetupChoice::kHomeSensorFlag:
-      return "HomeSensor";
-    case SetupChoice::kComboSpark:
-      return "SparkMode";
-    case SetupChoice::kDwellMode:
-      return "DwellTime";
-    case SetupChoice::kComboSiteRPM:
-      return "RpmSitesSetup";
-    case SetupChoice::kComboSiteFuel:
-      return "FuelSitesSelection";
-    case SetupChoice::kComboSiteIgnition:
-      return "IgnSites";
-    case SetupChoice::kFuelPumpPrime:
-      return "StartupPrime";
-    case SetupChoice::kWarningLight:
-      return "Setting997";
-    case SetupChoice::kLoadSensing:
-    case SetupChoice::kAltitudeComp:
-    case SetupChoice::kTPumpBased:
-    case SetupChoice::kComboMAP:
-      return "MapSensorSetup";
-    case SetupChoice::kComboMAPScale:
-      return "MapSensorScaling";
-    case SetupChoice::kMapSelection:
-      return "FuelSitesSelection";
-  }
-  return {};
-}
-
-namespace {
-
 // The fields a choice writes: its own, and for a new MAP sensor type the scaling it starts at.
 std::vector<std::string_view> FieldsOf(SetupChoice choice) {
-  if (choice == SetupChoice::kComboMAP) return {"MapSensorSetup", "MapSensorScaling"};
-  return {SetupFieldOf(choice)};
+  const SetupChoiceDescription& d = Describe(choice);
+  if (d.also_writes.empty()) return {d.field};
+  return {d.field, d.also_writes};
 }
 
 template <std::size_t N>
@@ -98,8 +45,8 @@ std::uint8_t* RawStateByte(EditorState& state, int position) {
            InGroup(io.GpiAux, FieldPos("GpiAux"), position),
            InGroup(idle.IdleCold, FieldPos("IdleCold"), position),
            InGroup(idle.IdleMod2, FieldPos("IdleMod2Values"), position),
-           InGroup(sensors.TpsCal1, FieldPos("TpsCal1"), position),
-           InGroup(sensors.TpsCal2, FieldPos("TpsCal2"), position),
+           InGroup(sensors.tps_cal1, FieldPos("TpsCal1"), position),
+           InGroup(sensors.tps_cal2, FieldPos("TpsCal2"), position),
        }) {
     if (byte != nullptr) return byte;
   }
@@ -122,251 +69,21 @@ std::uint8_t* RawStateByte(EditorState& state, int position) {
     case FieldPos("IdleSetting858"):
       return &idle.IdleSetting858;
     case FieldPos("TpsSetup"):
-      return &sensors.TpsSetup;
+      return &sensors.tps_setup;
     case FieldPos("TriggerVoltage"):
-      return &setup.TriggerVoltage;
+      return &setup.trigger_voltage;
     case FieldPos("HomeVoltage"):
-      return &setup.HomeVoltage;
+      return &setup.home_voltage;
     case FieldPos("TriggerToothOffset"):
-      return &setup.TriggerToothOffset;
+      return &setup.trigger_tooth_offset;
     case FieldPos("FuelSetting948"):
-      return &setup.FuelSetting948;
+      return &setup.fuel_setting_948;
     default:
       return nullptr;
   }
 }
 
-// The state's field of a choice held as its entry index, or null (a flag, a byte, the dwell
-// mode, the MAP sensor's type and scaling). `State` is EditorState, const or not.
-template <typename State>
-auto* IndexField(SetupChoice choice, State& state) {
-  auto& setup = state.setup;
-  switch (choice) {
-    case SetupChoice::kCylinders:
-      return &setup.Cylinders;
-    case SetupChoice::kFuelMode:
-      return &setup.FuelMode;
-    case SetupChoice::kOptionImpedance:
-      return &setup.OptionImpedance;
-    case SetupChoice::kLimiterMode:
-      return &setup.LimiterMode;
-    case SetupChoice::kTriggerEdgeInput:
-      return &setup.TriggerEdgeInput;
-    case SetupChoice::kTriggerEdgeHome:
-      return &setup.TriggerEdgeHome;
-    case SetupChoice::kTriggerEdgeSpark:
-      return &setup.TriggerEdgeSpark;
-    case SetupChoice::kComboAuxOutput:
-      return &setup.ComboAuxOutput;
-    case SetupChoice::kComboTrigger:
-      return &setup.ComboTrigger;
-    case SetupChoice::kTriggerHallMagnetic:
-      return &setup.TriggerHallMagnetic;
-    case SetupChoice::kComboHome:
-      return &setup.ComboHome;
-    case SetupChoice::kHomeHallMagnetic:
-      return &setup.HomeHallMagnetic;
-    case SetupChoice::kComboSpark:
-      return &setup.ComboSpark;
-    case SetupChoice::kComboSiteRPM:
-      return &setup.ComboSiteRPM;
-    case SetupChoice::kComboSiteFuel:
-      return &setup.ComboSiteFuel;
-    case SetupChoice::kComboSiteIgnition:
-      return &setup.ComboSiteIgnition;
-    case SetupChoice::kMapSelection:
-      return &setup.MapSelection;
-    case SetupChoice::kLoadSensing:
-      return &state.sensors.LoadSensing;
-    default:
-      return static_cast<decltype(&setup.Cylinders)>(nullptr);
-  }
-}
-
-// The state's field of a tick box, or null.
-template <typename State>
-auto* FlagField(SetupChoice choice, State& state) {
-  switch (choice) {
-    case SetupChoice::kTriggerSensorFlag:
-      return &state.setup.TriggerSensorFlag;
-    case SetupChoice::kHomeSensorFlag:
-      return &state.setup.HomeSensorFlag;
-    case SetupChoice::kAltitudeComp:
-      return &state.sensors.AltitudeComp;
-    case SetupChoice::kTPumpBased:
-      return &state.sensors.TPumpBased;
-    default:
-      return static_cast<decltype(&state.setup.TriggerSensorFlag)>(nullptr);
-  }
-}
-
-// The state's byte of a list kept as its entry's byte, or null.
-template <typename State>
-auto* ByteField(SetupChoice choice, State& state) {
-  switch (choice) {
-    case SetupChoice::kFuelPumpPrime:
-      return &state.setup.StartupPrime;
-    case SetupChoice::kWarningLight:
-      return &state.setup.Setting997;
-    default:
-      return static_cast<decltype(&state.setup.StartupPrime)>(nullptr);
-  }
-}
-
-void UpdateState(EditorState& state, SetupChoice choice, int value) {
-  if (int* field = IndexField(choice, state)) {
-    *field = value;
-    if (choice == SetupChoice::kFuelMode) SetupIgnitionDivide(state.setup);
-    return;
-  }
-  if (bool* flag = FlagField(choice, state)) {
-    *flag = value != 0;
-    return;
-  }
-  if (std::uint8_t* byte = ByteField(choice, state)) {
-    *byte = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-    return;
-  }
-  SensorSetup& sensors = state.sensors;
-  switch (choice) {
-    case SetupChoice::kDwellMode: {
-      // The byte is written whole from the two dwell controls: bit 7, which neither sets, clear.
-      std::uint8_t& dwell = state.setup.DwellTime;
-      dwell = static_cast<std::uint8_t>((dwell & kMaxDwellValue) |
-                                        (value == 1 ? kDwellChargeTimeBit : 0));
-      break;
-    }
-    case SetupChoice::kComboMAP: {
-      if (value == sensors.ComboMAP) break;
-      sensors.ComboMAP = value;
-      // A new type starts at its full span, the one scaling every type offers.
-      sensors.ComboMAPScale = 0;
-      sensors.MapSensorScaling = MapScaleCodeOfEntry(value, 0).value_or(64);
-      break;
-    }
-    case SetupChoice::kComboMAPScale:
-      if (const auto code = MapScaleCodeOfEntry(sensors.ComboMAP, value)) {
-        sensors.ComboMAPScale = value;
-        sensors.MapSensorScaling = *code;
-      }
-      break;
-    default:
-      break;
-  }
-}
 }  // namespace
-
-int ChoiceEntries(SetupChoice choice, const EditorState& state) {
-  switch (choice) {
-    case SetupChoice::kCylinders:
-      return static_cast<int>(kCylinderTexts.size());
-    case SetupChoice::kFuelMode:
-      return static_cast<int>(kFuelModeTexts.size());
-    case SetupChoice::kOptionImpedance:
-      return static_cast<int>(kImpedanceTexts.size());
-    case SetupChoice::kLimiterMode:
-      return static_cast<int>(kLimiterModeTexts.size());
-    case SetupChoice::kTriggerEdgeSpark:
-      return static_cast<int>(kTriggerEdgeSparkTexts.size());
-    case SetupChoice::kComboAuxOutput:
-      return static_cast<int>(kAuxOutputTexts.size());
-    case SetupChoice::kComboTrigger:
-      return static_cast<int>(kTriggerPatternTexts.size());
-    case SetupChoice::kTriggerHallMagnetic:
-    case SetupChoice::kHomeHallMagnetic:
-      return static_cast<int>(kSensorTypeTexts.size());
-    case SetupChoice::kComboHome:
-      return static_cast<int>(kHomePatternTexts.size());
-    case SetupChoice::kComboSpark:
-      return static_cast<int>(kSparkModeTexts.size());
-    case SetupChoice::kComboSiteRPM:
-      return static_cast<int>(kRpmSiteTexts.size());
-    case SetupChoice::kComboSiteFuel:
-      return static_cast<int>(kFuelSiteTexts.size());
-    case SetupChoice::kComboSiteIgnition:
-      return static_cast<int>(kIgnSiteTexts.size());
-    case SetupChoice::kFuelPumpPrime:
-      return static_cast<int>(kFuelPumpPrimeTexts.size());
-    case SetupChoice::kWarningLight:
-      return static_cast<int>(kWarningLightTexts.size());
-    case SetupChoice::kComboMAP:
-      return kMapSensorTypes;
-    case SetupChoice::kComboMAPScale:
-      return static_cast<int>(MapScaleTexts(state.sensors.ComboMAP).size());
-    case SetupChoice::kMapSelection:
-      return static_cast<int>(kMapSelectionTexts.size());
-    case SetupChoice::kTriggerEdgeInput:
-    case SetupChoice::kTriggerEdgeHome:
-    case SetupChoice::kTriggerSensorFlag:
-    case SetupChoice::kHomeSensorFlag:
-    case SetupChoice::kDwellMode:
-    case SetupChoice::kLoadSensing:
-    case SetupChoice::kAltitudeComp:
-    case SetupChoice::kTPumpBased:
-      return 2;
-  }
-  return 0;
-}
-
-namespace {
-
-// The fuel map selection bits of byte 995.
-constexpr std::uint8_t kSelectionBitsOf995 = 0xE0;
-
-int HeldChoice(SetupChoice choice, const EditorState& state) {
-  if (const int* field = IndexField(choice, state)) return *field;
-  if (const bool* flag = FlagField(choice, state)) return *flag ? 1 : 0;
-  if (const std::uint8_t* byte = ByteField(choice, state)) return *byte;
-  switch (choice) {
-    case SetupChoice::kDwellMode:
-      return DwellModeOf(state.setup.DwellTime);
-    case SetupChoice::kComboMAP:
-      return state.sensors.ComboMAP < 0 ? 0 : state.sensors.ComboMAP;
-    case SetupChoice::kComboMAPScale:
-      return state.sensors.ComboMAPScale;
-    default:
-      return kNoEntry;
-  }
-}
-
-bool HeldShowable(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
-  switch (choice) {
-    case SetupChoice::kDwellMode:
-      return (state.setup.DwellTime & kDwellUnusedBit) == 0;
-    case SetupChoice::kComboMAPScale:
-      return MapScaleEntryOfCode(state.sensors.ComboMAP, state.sensors.MapSensorScaling)
-          .has_value();
-    case SetupChoice::kMapSelection: {
-      const int bits = image.Byte(FieldPos("FuelSitesSelection")) & kSelectionBitsOf995;
-      return (bits & (bits - 1)) == 0;
-    }
-    default:
-      return true;
-  }
-}
-
-}  // namespace
-
-int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image) {
-  const int held = HeldChoice(choice, state);
-  if (held < 0 || held >= ChoiceEntries(choice, state) || !HeldShowable(choice, state, image)) {
-    return kNoEntry;
-  }
-  return held;
-}
-
-int DwellModeOf(std::uint8_t dwell_byte) { return (dwell_byte & kDwellChargeTimeBit) ? 1 : 0; }
-int DwellValueOf(std::uint8_t dwell_byte) { return dwell_byte & kMaxDwellValue; }
-
-std::uint8_t LimiterTachoByte(const EngineSetup& setup) {
-  int value = 0;
-  if (setup.TriggerEdgeInput == 1) value |= 1;
-  if (setup.TriggerEdgeHome == 1) value |= 2;
-  if (setup.TriggerEdgeSpark == 1) value |= 4;
-  if (setup.ComboAuxOutput == 1) value |= 32;
-  if (setup.LimiterMode >= 0 && setup.LimiterMode <= 2) value |= (setup.LimiterMode + 1) << 6;
-  return static_cast<std::uint8_t>(value);
-}
 
 std::vector<int> SafeByteOrder(int first_position, int width, std::uint32_t old_value,
                                std::uint32_t new_value) {
@@ -383,8 +100,8 @@ bool SetupEditor::IsRawPosition(int position) {
 
 void SetupEditor::LayOutMaps() {
   MapEditors& maps = parts_.state.maps;
-  maps.FuelLoadSites = FuelLoadSitesOfChoice(parts_.state.setup.ComboSiteFuel);
-  maps.IgnLoadSites = IgnLoadSitesOfChoice(parts_.state.setup.ComboSiteIgnition);
+  maps.FuelLoadSites = FuelLoadSitesOfChoice(parts_.state.setup.fuel_load_sites_code);
+  maps.IgnLoadSites = IgnLoadSitesOfChoice(parts_.state.setup.ign_load_sites_code);
   maps.FuelMap1 = parts_.image.ReadFuelMap(1);
   maps.FuelMap2 = parts_.image.ReadFuelMap(2);
   maps.IgnMap = parts_.image.ReadIgnMap();
@@ -408,10 +125,10 @@ ChangeOutcome SetupEditor::Outcome(const Change& change,
       outcome.bytes.push_back({p, encoded.Byte(p)});
     }
   }
-  outcome.refusals = ChangeBreaks(after, {candidate.sensors.ComboMAP}, written);
+  outcome.refusals = ChangeBreaks(after, {candidate.sensors.map_sensor_type}, written);
   if (mends) {
     const std::vector<SetupCheck> already =
-        FailedChecksReading(parts_.image, {parts_.state.sensors.ComboMAP}, written);
+        FailedChecksReading(parts_.image, {parts_.state.sensors.map_sensor_type}, written);
     std::erase_if(outcome.refusals, [&already](const SetupCheck& check) {
       return std::any_of(already.begin(), already.end(),
                          [&check](const SetupCheck& a) { return a.message == check.message; });
@@ -444,21 +161,19 @@ ChangeOutcome SetupEditor::TryChoose(SetupChoice choice, int value) const {
     return outcome;
   }
   const bool mends = ShownChoice(choice, parts_.state, parts_.image) == kNoEntry;
-  return Outcome([choice, value](EditorState& state) { UpdateState(state, choice, value); },
+  return Outcome([choice, value](EditorState& state) { KeepChoice(choice, value, state); },
                  FieldsOf(choice), mends);
 }
 
 std::vector<ByteWrite> SetupEditor::Choose(SetupChoice choice, int value) {
   if (Filling() || TryChoose(choice, value).Refused()) return {};
-  if (choice == SetupChoice::kTriggerEdgeInput && value == 1) {
+  if (choice == SetupChoice::kTriggerInputEdge && value == 1) {
     parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
                          {kRisingEdgeWarningLines.begin(), kRisingEdgeWarningLines.end()});
   }
   std::vector<ByteWrite> sent = Commit(
-      [choice, value](EditorState& state) { UpdateState(state, choice, value); }, FieldsOf(choice));
-  if (choice == SetupChoice::kComboSiteFuel || choice == SetupChoice::kComboSiteIgnition) {
-    LayOutMaps();
-  }
+      [choice, value](EditorState& state) { KeepChoice(choice, value, state); }, FieldsOf(choice));
+  if (Describe(choice).maps == MapEffect::kLayout) LayOutMaps();
   return sent;
 }
 
@@ -468,7 +183,7 @@ std::optional<std::vector<ByteWrite>> SetupEditor::SetRevLimitRpm(int limiter, d
   if (!period) return std::nullopt;
   return Make(
       [limiter, period](EditorState& state) {
-        (limiter == 1 ? state.setup.RevLimit1 : state.setup.RevLimit2) =
+        (limiter == 1 ? state.setup.rev_limit1_period : state.setup.rev_limit2_period) =
             static_cast<std::uint16_t>(*period);
       },
       {limiter == 1 ? "RevLimit1" : "RevLimit2"});
@@ -485,14 +200,14 @@ std::optional<std::vector<ByteWrite>> SetupEditor::SetIdleTargetRpm(double rpm) 
 std::optional<std::vector<ByteWrite>> SetupEditor::SetTriggerOffsetDegrees(double degrees) {
   if (Filling() || !(degrees >= 0.0 && degrees <= kMaxTriggerOffsetDegrees)) return std::nullopt;
   const std::uint8_t raw = RawFromTriggerOffset(degrees);
-  return Make([raw](EditorState& state) { state.setup.TriggerOffset = raw; }, {"TriggerOffset"});
+  return Make([raw](EditorState& state) { state.setup.trigger_offset = raw; }, {"TriggerOffset"});
 }
 
 std::vector<ByteWrite> SetupEditor::SetDwellValue(int value) {
   if (Filling()) return {};
   // Bit 7, which no dwell control sets, is written clear.
   const auto change = [value](EditorState& state) {
-    std::uint8_t& dwell = state.setup.DwellTime;
+    std::uint8_t& dwell = state.setup.dwell;
     dwell = static_cast<std::uint8_t>((dwell & kDwellChargeTimeBit) |
                                       std::clamp(value, 0, kMaxDwellValue));
   };
@@ -506,7 +221,7 @@ ChangeOutcome SetupEditor::TryRawByte(int position, std::uint8_t value) const {
   if (after.Byte(position) == value) return outcome;
   after.SetByte(position, value);
   outcome.bytes.push_back({position, value});
-  outcome.refusals = ChangeBreaks(after, {parts_.state.sensors.ComboMAP}, {&position, 1});
+  outcome.refusals = ChangeBreaks(after, {parts_.state.sensors.map_sensor_type}, {&position, 1});
   return outcome;
 }
 
@@ -517,11 +232,11 @@ std::optional<std::pair<int, int>> SetupEditor::RawRange(int position) const {
   if (!checked) return std::pair{0, 255};
   std::optional<std::pair<int, int>> range;
   for (int value = 0; value <= 255; ++value) {
-    const bool ok =
-        value == parts_.image.Byte(position)
-            ? FailedChecksReading(parts_.image, {parts_.state.sensors.ComboMAP}, {&position, 1})
-                  .empty()
-            : !TryRawByte(position, static_cast<std::uint8_t>(value)).Refused();
+    const bool ok = value == parts_.image.Byte(position)
+                        ? FailedChecksReading(parts_.image, {parts_.state.sensors.map_sensor_type},
+                                              {&position, 1})
+                              .empty()
+                        : !TryRawByte(position, static_cast<std::uint8_t>(value)).Refused();
     if (!ok) continue;
     if (!range) range = std::pair{value, value};
     range->second = value;
@@ -551,12 +266,12 @@ std::vector<ByteWrite> SetupEditor::SetRawByte(int position, std::uint8_t value)
 }
 
 std::vector<ByteWrite> SetupEditor::SetIdleFlag(int index, bool on) {
-  if (Filling() || index < 0 || index >= static_cast<int>(parts_.state.idle.CheckIdle.size())) {
+  if (Filling() || index < 0 || index >= static_cast<int>(parts_.state.idle.idle_flags.size())) {
     return {};
   }
   return Make(
              [index, on](EditorState& state) {
-               state.idle.CheckIdle[static_cast<std::size_t>(index)] = on;
+               state.idle.idle_flags[static_cast<std::size_t>(index)] = on;
              },
              {index < 8 ? "IdleFlags1" : "IdleFlags2"})
       .value_or(std::vector<ByteWrite>{});

@@ -21,52 +21,9 @@
 
 #include "editors/edit_parts.h"
 #include "editors/setup/setup_checks.h"
+#include "editors/setup/setup_choice_table.h"
 
 namespace vela {
-
-// The option groups and lists of the set-up pages.
-enum class SetupChoice {
-  kCylinders,            // byte 947
-  kFuelMode,             // byte 907, bits 0 and 1
-  kOptionImpedance,      // byte 907, bits 6 and 7
-  kLimiterMode,          // byte 942, bits 6 and 7
-  kTriggerEdgeInput,     // byte 942, bit 0
-  kTriggerEdgeHome,      // byte 942, bit 1
-  kTriggerEdgeSpark,     // byte 942, bit 2
-  kComboAuxOutput,       // byte 942, bit 5
-  kComboTrigger,         // byte 902
-  kTriggerHallMagnetic,  // byte 903, bits 0 to 6
-  kTriggerSensorFlag,    // byte 903, bit 7 (0 or 1)
-  kComboHome,            // byte 904
-  kHomeHallMagnetic,     // byte 905, bits 0 to 6
-  kHomeSensorFlag,       // byte 905, bit 7 (0 or 1)
-  kComboSpark,           // byte 906
-  kDwellMode,            // byte 958, bit 6
-  kComboSiteRPM,         // byte 946
-  kComboSiteFuel,        // byte 995, bits 0 to 4
-  kComboSiteIgnition,    // byte 996
-  kFuelPumpPrime,        // byte 998
-  kWarningLight,         // byte 997
-  kLoadSensing,          // byte 955, bit 6
-  kAltitudeComp,         // byte 955, bit 5 (0 or 1)
-  kTPumpBased,           // byte 955, bit 7 (0 or 1)
-  kComboMAP,             // byte 955, bits 0 to 2
-  kComboMAPScale,        // byte 956
-  kMapSelection,         // byte 995, bits 5 to 7
-};
-
-// The image field a choice lives in ("LimiterTacho" for the edges, the limiter and the
-// auxiliary output).
-std::string_view SetupFieldOf(SetupChoice choice);
-
-// How many entries a group or list offers (the MAP scalings: those of the chosen type); 2 for a
-// tick box.
-int ChoiceEntries(SetupChoice choice, const EditorState& state);
-
-// The entry a group or list shows for what the editors and the image hold; kNoEntry when no
-// entry stands for it (a code beyond the entries, no limiter type, more than one fuel map
-// selection bit, a dwell byte with bit 7 set, a scaling code the sensor type does not take).
-int ShownChoice(SetupChoice choice, const EditorState& state, const CalibrationImage& image);
 
 struct ByteWrite {
   int position;
@@ -85,19 +42,6 @@ struct ChangeOutcome {
 // Why a refused change cannot be made, in the tuner's words: "it would set byte 955 to 229,
 // which fails Map Sensor Setup Invalid: byte 955 (...) is above 228". Empty when not refused.
 std::string RefusalText(const ChangeOutcome& outcome);
-
-// Byte 958: bit 6 chooses "Constant Charge Time" over "Constant Duty Percentage"; bits 0 to 5
-// hold the duty in percent or the charge time in tenths of a millisecond.
-inline constexpr std::uint8_t kDwellChargeTimeBit = 0x40;
-// Bit 7, which neither dwell control sets: a byte with it stands for no dwell mode or value.
-inline constexpr std::uint8_t kDwellUnusedBit = 0x80;
-inline constexpr int kMaxDwellValue = 63;
-int DwellModeOf(std::uint8_t dwell_byte);
-int DwellValueOf(std::uint8_t dwell_byte);
-
-// Byte 942 from every choice it carries: the three edges (1, 2, 4), the auxiliary output's second
-// entry (32) and the limiter mode (64, 128, 192).
-std::uint8_t LimiterTachoByte(const EngineSetup& setup);
 
 // The order in which the bytes of a number of several bytes go to the ECU: most significant
 // first when the number grows, least significant first when it shrinks. No value the ECU holds on

@@ -74,12 +74,13 @@ std::string ChoiceMark(SetupChoice choice, const EditorState& state,
   const std::optional<SetupField> field = FindSetupField(SetupFieldOf(choice));
   if (!field) return {};
   return "The ECU holds " + HeldBytes(choice, image) + ", which no entry here stands for" +
-         FailedChecksText(image, {state.sensors.ComboMAP}, field->position, field->LastPosition()) +
+         FailedChecksText(image, {state.sensors.map_sensor_type}, field->position,
+                          field->LastPosition()) +
          ". Choosing an entry writes it.";
 }
 
 NumberShow RevLimiterShow(int limiter, const EngineSetup& setup) {
-  const std::uint16_t period = limiter == 1 ? setup.RevLimit1 : setup.RevLimit2;
+  const std::uint16_t period = limiter == 1 ? setup.rev_limit1_period : setup.rev_limit2_period;
   const std::string name = "Rev Limiter " + std::to_string(limiter);
   return SpeedShow(period, kMinRevLimitRpm, "a limiter", name + " Invalid");
 }

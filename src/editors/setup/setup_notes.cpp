@@ -43,34 +43,35 @@ std::string LimiterAboveRange(int limiter, std::uint16_t period, int top) {
 }  // namespace
 
 std::string RevLimiterNote(const EngineSetup& setup) {
-  if (setup.ComboSiteRPM < 0 || setup.ComboSiteRPM >= static_cast<int>(kRpmSiteRangeTop.size())) {
+  if (setup.rpm_sites_code < 0 ||
+      setup.rpm_sites_code >= static_cast<int>(kRpmSiteRangeTop.size())) {
     return {};
   }
-  const int top = kRpmSiteRangeTop[static_cast<std::size_t>(setup.ComboSiteRPM)];
-  std::string note = LimiterAboveRange(1, setup.RevLimit1, top);
-  const std::string second = LimiterAboveRange(2, setup.RevLimit2, top);
+  const int top = kRpmSiteRangeTop[static_cast<std::size_t>(setup.rpm_sites_code)];
+  std::string note = LimiterAboveRange(1, setup.rev_limit1_period, top);
+  const std::string second = LimiterAboveRange(2, setup.rev_limit2_period, top);
   if (!note.empty() && !second.empty()) note += " ";
   return note + second;
 }
 
 std::string InjectionNote(const EngineSetup& setup) {
-  if (setup.FuelMode != kFuelModeSequential || setup.ComboHome != kHomeDisabled) return {};
+  if (setup.fuel_mode != kFuelModeSequential || setup.home_pattern != kHomeDisabled) return {};
   return "Sequential injection without a home position: the ECU cannot tell the strokes apart "
          "and injects un-phased. Choose a home position for full sequential injection.";
 }
 
 std::string SparkModeNote(const EngineSetup& setup) {
-  if (setup.ComboSpark != kSparkCoilPerCylinder || setup.ComboHome != kHomeDisabled) return {};
+  if (setup.spark_mode != kSparkCoilPerCylinder || setup.home_pattern != kHomeDisabled) return {};
   return "Coil per cylinder without a home position: a coil can fire on the wrong stroke. "
          "Choose a home position before running the engine.";
 }
 
 std::string ImpedanceNote(const EngineSetup& setup) {
-  if (setup.OptionImpedance == kImpedanceHigh) {
+  if (setup.injector_impedance == kImpedanceHigh) {
     return "High: only for injectors of about 12 ohms or more. Low resistance injectors on "
            "this drive overheat the ECU's injector drivers.";
   }
-  if (setup.OptionImpedance == kImpedanceLow) {
+  if (setup.injector_impedance == kImpedanceLow) {
     return "Low: peak-and-hold drive for injectors of about 0.5 to 3 ohms. Check the "
            "injectors' resistance before running.";
   }
@@ -78,13 +79,13 @@ std::string ImpedanceNote(const EngineSetup& setup) {
 }
 
 std::optional<double> DutyChargeTimeMs(const EngineSetup& setup, double rpm) {
-  if (setup.Cylinders < 0 || setup.Cylinders >= static_cast<int>(kCylinderCounts.size()) ||
-      !(rpm > 0.0)) {
+  if (setup.cylinders_code < 0 ||
+      setup.cylinders_code >= static_cast<int>(kCylinderCounts.size()) || !(rpm > 0.0)) {
     return std::nullopt;
   }
-  const int cylinders = kCylinderCounts[static_cast<std::size_t>(setup.Cylinders)];
+  const int cylinders = kCylinderCounts[static_cast<std::size_t>(setup.cylinders_code)];
   double sparks_per_coil = 0;  // sparks each coil gives in one engine cycle
-  switch (setup.ComboSpark) {
+  switch (setup.spark_mode) {
     case 0:
       sparks_per_coil = cylinders;
       break;
@@ -101,12 +102,12 @@ std::optional<double> DutyChargeTimeMs(const EngineSetup& setup, double rpm) {
       return std::nullopt;
   }
   const double interval_ms = kMsRpmPerCycle / rpm / sparks_per_coil;
-  return interval_ms * DwellValueOf(setup.DwellTime) / 100.0;
+  return interval_ms * DwellValueOf(setup.dwell) / 100.0;
 }
 
 std::string DwellNote(const EngineSetup& setup, const IdleControl& idle) {
-  if (DwellModeOf(setup.DwellTime) == 1) {
-    const double ms = DwellValueOf(setup.DwellTime) / 10.0;
+  if (DwellModeOf(setup.dwell) == 1) {
+    const double ms = DwellValueOf(setup.dwell) / 10.0;
     if (ms <= kLongChargeMs) return {};
     return "A charge time of " + Ms(ms) +
            " ms is long for most coils and can overheat coils and igniters (most want 2.5 to "
@@ -122,13 +123,14 @@ std::string DwellNote(const EngineSetup& setup, const IdleControl& idle) {
 }
 
 std::string_view InjectionModeName(const EngineSetup& setup) {
-  switch (setup.FuelMode) {
+  switch (setup.fuel_mode) {
     case 0:
     case 1:
-      return kInjectionModeNames[static_cast<std::size_t>(setup.FuelMode)];
+      return kInjectionModeNames[static_cast<std::size_t>(setup.fuel_mode)];
     case kFuelModeSequential:
-      if (setup.ComboHome == kHomeDisabled) return kInjectionModeNames[2];
-      if (setup.ComboHome > 0 && setup.ComboHome < static_cast<int>(kHomePatternTexts.size())) {
+      if (setup.home_pattern == kHomeDisabled) return kInjectionModeNames[2];
+      if (setup.home_pattern > 0 &&
+          setup.home_pattern < static_cast<int>(kHomePatternTexts.size())) {
         return kInjectionModeNames[3];
       }
       return kUnknownInjectionMode;

@@ -1,6 +1,6 @@
-// The engine set-up page's option groups and lists: their captions and the texts of their
-// choices, kept exactly as the tuner sees them (leading and double blanks included), with the
-// fixed warning of the trigger input edge.
+// The texts of the set-up pages' option groups and lists, kept exactly as the tuner sees them
+// (leading and double blanks included), with the fixed warning of the trigger input edge. Their
+// captions stand in the choices' descriptions (setup_choice_table.h).
 #pragma once
 
 #include <array>
@@ -12,14 +12,14 @@ template <std::size_t N>
 using Texts = std::array<std::string_view, N>;
 
 // Option groups.
-inline constexpr std::string_view kCylindersCaption = "Number of Cylinders";
 inline constexpr Texts<9> kCylinderTexts = {"1", "2", "3", "4", "5", "6", "8", "10", "12"};
 inline constexpr std::array<int, 9> kCylinderCounts = {1, 2, 3, 4, 5, 6, 8, 10, 12};
 inline constexpr Texts<3> kFuelModeTexts = {"Batch", "Semi-Sequential", "Sequential"};
-inline constexpr std::string_view kImpedanceCaption = "Injector Impedance";
 inline constexpr Texts<3> kImpedanceTexts = {"Low", "Medium", "High"};
 inline constexpr Texts<3> kLimiterModeTexts = {"Cut Fuel", "Cut Spark", "Cut Both"};
 inline constexpr Texts<2> kLoadSensingTexts = {"TPS Based", "MAP Based"};
+inline constexpr Texts<2> kThrottlePumpBasisTexts = {"Throttle Position (TPS)",
+                                                     "Manifold Pressure (MAP)"};
 inline constexpr Texts<3> kSensorTypeTexts = {"Hall", "Magnetic", "Magnetic Low"};
 inline constexpr Texts<2> kTriggerEdgeInputTexts = {"Falling (Default)", "Rising"};
 inline constexpr Texts<2> kTriggerEdgeHomeTexts = {"Rising (Default)", "Falling"};

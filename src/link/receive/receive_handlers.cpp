@@ -108,8 +108,8 @@ void ReceiveHandlers::LoadSiteHandler(const Frame& f) {
 void ReceiveHandlers::WaterTempHandler(const Frame& f) {
   live_.water_reading = static_cast<std::uint16_t>(live::WaterReading(f));
   live_.water_fault = live::WaterSensorFault(f);
-  live_.water_temp_c = live_text::SensorTemperatureOf(
-      live_.water_reading, SensorPoints(SetupFieldNamed("WaterSensorCal").position));
+  live_.water_temp_c =
+      live_text::SensorTemperatureOf(live_.water_reading, SensorPoints(FieldPos("WaterSensorCal")));
   live_.water_temp_text =
       live_text::SensorTemperatureText(live_.water_reading, live_.water_fault, live_.water_temp_c);
 }
@@ -117,8 +117,8 @@ void ReceiveHandlers::WaterTempHandler(const Frame& f) {
 void ReceiveHandlers::AirTempHandler(const Frame& f) {
   live_.air_fault = live::AirSensorFault(f);
   live_.air_reading = static_cast<std::uint16_t>(live::AirReading(f));
-  live_.air_temp_c = live_text::SensorTemperatureOf(
-      live_.air_reading, SensorPoints(SetupFieldNamed("AirSensorCal").position));
+  live_.air_temp_c =
+      live_text::SensorTemperatureOf(live_.air_reading, SensorPoints(FieldPos("AirSensorCal")));
   live_.air_temp_text =
       live_text::SensorTemperatureText(live_.air_reading, live_.air_fault, live_.air_temp_c);
 }

@@ -47,9 +47,9 @@ TEST(CompensationConversions, DeactivateOverOnAMapBasisGoesThroughTheSensorLine)
 TEST(CompensationConversions, EveryStoredByteComesBackThroughItsShownText) {
   SensorSetup tps_basis;
   SensorSetup map_basis;
-  map_basis.TPumpBased = true;
-  map_basis.ComboMAP = 3;
-  map_basis.ComboMAPScale = 0;
+  map_basis.throttle_pump_on_map = true;
+  map_basis.map_sensor_type = 3;
+  map_basis.map_scale_entry = 0;
   for (const CompTable table : kCompTables) {
     for (int row = 0; row < static_cast<int>(LayoutOf(table).positions.size()); ++row) {
       for (const SensorSetup* sensors : {&tps_basis, &map_basis}) {
@@ -58,7 +58,7 @@ TEST(CompensationConversions, EveryStoredByteComesBackThroughItsShownText) {
           const std::string text = FormatFixed(format.shown(raw), format.decimals, '.', nullptr);
           const int back = format.stored(std::stod(text));
           // On a MAP basis the stored value is always twice a count: odd bytes show between.
-          if (table == CompTable::kThrottlePump && row == 3 && sensors->TPumpBased) {
+          if (table == CompTable::kThrottlePump && row == 3 && sensors->throttle_pump_on_map) {
             EXPECT_EQ(back, raw % 2 == 0 ? raw : back) << raw;
             EXPECT_LE(std::abs(back - raw), 1) << raw;
           } else {

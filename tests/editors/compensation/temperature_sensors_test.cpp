@@ -84,7 +84,7 @@ TEST_F(SensorTableSenderTest, ATableGoesOutAsItsEightPointsInOrder) {
   EXPECT_EQ(sender.frames, choice5);
   EXPECT_EQ(tables.LastSent(SensorTable::kWater)[1], 251);
   EXPECT_EQ(tables.LastSent(SensorTable::kWater)[8], 52);
-  EXPECT_EQ(state.sensors.Water[7], 52);
+  EXPECT_EQ(state.sensors.water_sensor_cal[7], 52);
   sender.frames.clear();
   ASSERT_TRUE(tables.Send(SensorTable::kAir, Texts(*KnownSensorOhms(SensorTable::kAir, 1)), '.'));
   EXPECT_EQ(sender.frames.front(), (SentFrame{4, 971, 252}));
@@ -112,7 +112,7 @@ TEST_F(SensorTableSenderTest, ATypedRowSendsThatRowAloneAndNeverACurveThatRises)
   // 40 C from 1147 to 1000 ohms: byte 172 becomes 164; its neighbours stay as they are.
   ASSERT_TRUE(tables.SendRow(SensorTable::kWater, 3, "1000", '.'));
   EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 990, 164}));
-  EXPECT_EQ(state.sensors.Water[3], 164);
+  EXPECT_EQ(state.sensors.water_sensor_cal[3], 164);
   EXPECT_EQ(tables.LastSent(SensorTable::kWater)[4], 164);
   // 2.5 ohms at 40 C would sit below 60 C's point: the curve would rise, so nothing is sent.
   sender.frames.clear();

@@ -43,17 +43,17 @@ class SetupEditorTest : public ::testing::Test, public editor_testing::EditFixtu
 };
 
 TEST_F(SetupEditorTest, Byte942IsRecomputedFromTheEdgesTheAuxiliaryEntryAndTheLimiter) {
-  editor.Choose(SetupChoice::kTriggerEdgeInput, 1);
-  editor.Choose(SetupChoice::kTriggerEdgeSpark, 1);
+  editor.Choose(SetupChoice::kTriggerInputEdge, 1);
+  editor.Choose(SetupChoice::kSparkOutputEdge, 1);
   editor.Choose(SetupChoice::kLimiterMode, 2);
   EXPECT_EQ(image.Byte(942), 1 + 4 + 192);
   EXPECT_EQ(sender.frames.back(), (SentFrame{4, 942, 197}));
-  editor.Choose(SetupChoice::kTriggerEdgeHome, 1);
-  editor.Choose(SetupChoice::kComboAuxOutput, 1);
+  editor.Choose(SetupChoice::kHomeInputEdge, 1);
+  editor.Choose(SetupChoice::kAuxOutput, 1);
   EXPECT_EQ(image.Byte(942), 1 + 2 + 4 + 32 + 192);
   // Either "Rev Counter Signal" keeps its own index; only the second entry sets bit 5.
-  editor.Choose(SetupChoice::kComboAuxOutput, 3);
-  EXPECT_EQ(state.setup.ComboAuxOutput, 3);
+  editor.Choose(SetupChoice::kAuxOutput, 3);
+  EXPECT_EQ(state.setup.aux_output, 3);
   EXPECT_EQ(image.Byte(942), 1 + 2 + 4 + 192);
   editor.Choose(SetupChoice::kLimiterMode, 0);
   EXPECT_EQ(image.Byte(942), 1 + 2 + 4 + 64);
@@ -63,19 +63,19 @@ TEST_F(SetupEditorTest, EachChoiceSendsOnlyTheByteItLivesIn) {
   const std::tuple<SetupChoice, int, int, int> cases[] = {
       {SetupChoice::kCylinders, 7, 947, 7},
       {SetupChoice::kFuelMode, 2, 907, 2 | 64},
-      {SetupChoice::kOptionImpedance, 2, 907, 2 | 128},
-      {SetupChoice::kComboTrigger, 5, 902, 5},
-      {SetupChoice::kTriggerHallMagnetic, 2, 903, 2},
+      {SetupChoice::kInjectorImpedance, 2, 907, 2 | 128},
+      {SetupChoice::kTriggerPattern, 5, 902, 5},
+      {SetupChoice::kTriggerSensorType, 2, 903, 2},
       {SetupChoice::kTriggerSensorFlag, 1, 903, 0x82},
-      {SetupChoice::kComboHome, 3, 904, 3},
-      {SetupChoice::kComboSpark, 2, 906, 2},
+      {SetupChoice::kHomePattern, 3, 904, 3},
+      {SetupChoice::kSparkMode, 2, 906, 2},
       {SetupChoice::kDwellMode, 1, 958, 50 | 64},
-      {SetupChoice::kComboSiteRPM, 3, 946, 3},
+      {SetupChoice::kRpmSites, 3, 946, 3},
       {SetupChoice::kFuelPumpPrime, 14, 998, 14},
       {SetupChoice::kWarningLight, 2, 997, 2},
       {SetupChoice::kAltitudeComp, 1, 955, 64 | 32},
       {SetupChoice::kLoadSensing, 0, 955, 32},
-      {SetupChoice::kTPumpBased, 1, 955, 32 | 128},
+      {SetupChoice::kThrottlePumpBasis, 1, 955, 32 | 128},
   };
   for (const auto& [choice, value, position, byte] : cases) {
     sender.frames.clear();
@@ -88,7 +88,7 @@ TEST_F(SetupEditorTest, EachChoiceSendsOnlyTheByteItLivesIn) {
 TEST_F(SetupEditorTest, RisingTriggerEdgeWarnsFirstAndIsSentWhateverTheAnswer) {
   messages.answers.push_back(MessageAnswer::kOk);
   sender.on_send = [this] { EXPECT_EQ(messages.shown.size(), 1u); };
-  editor.Choose(SetupChoice::kTriggerEdgeInput, 1);
+  editor.Choose(SetupChoice::kTriggerInputEdge, 1);
   ASSERT_EQ(messages.shown.size(), 1u);
   EXPECT_EQ(messages.shown[0].icon, MessageIcon::kExclamation);
   EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
@@ -99,21 +99,21 @@ TEST_F(SetupEditorTest, RisingTriggerEdgeWarnsFirstAndIsSentWhateverTheAnswer) {
                           "set incorrectly, it can cause the motor to have rotor phasing "
                           "problems.    "));
   EXPECT_EQ(image.Byte(942) & 1, 1);
-  editor.Choose(SetupChoice::kTriggerEdgeInput, 0);
+  editor.Choose(SetupChoice::kTriggerInputEdge, 0);
   EXPECT_EQ(messages.shown.size(), 1u);
 }
 
 TEST_F(SetupEditorTest, WhileTheEditorsAreFilledNothingIsKeptSentOrShown) {
   suppress = true;
   const CalibrationImage before = image;
-  editor.Choose(SetupChoice::kTriggerEdgeInput, 1);
+  editor.Choose(SetupChoice::kTriggerInputEdge, 1);
   editor.Choose(SetupChoice::kCylinders, 1);
   EXPECT_FALSE(editor.SetRevLimitRpm(1, 7000).has_value());
   editor.SetRawByte(884, 3);
   EXPECT_THAT(messages.shown, IsEmpty());
   EXPECT_THAT(sender.frames, IsEmpty());
   EXPECT_EQ(image.Bytes(), before.Bytes());
-  EXPECT_EQ(state.setup.TriggerEdgeInput, 0);
+  EXPECT_EQ(state.setup.trigger_input_edge, 0);
 }
 
 TEST_F(SetupEditorTest, RevLimitersAreEnginePeriodsSentSoNoPassingSpeedExceedsBothLimits) {
@@ -144,23 +144,23 @@ TEST_F(SetupEditorTest, RevLimitersAreEnginePeriodsSentSoNoPassingSpeedExceedsBo
 TEST_F(SetupEditorTest, TheFiveBarSensorWithAllThreeMapFlagsIsNotOfferedAndSaysWhy) {
   // MAP load sensing is on in the sound image; altitude compensation, then the 5 bar sensor.
   ASSERT_FALSE(editor.Choose(SetupChoice::kAltitudeComp, 1).empty());
-  ASSERT_FALSE(editor.Choose(SetupChoice::kComboMAP, 5).empty());
+  ASSERT_FALSE(editor.Choose(SetupChoice::kMapSensorType, 5).empty());
   sender.frames.clear();
   // A MAP-based throttle pump would make byte 955 read 32 + 64 + 128 + 5 = 229.
-  const ChangeOutcome pump = editor.TryChoose(SetupChoice::kTPumpBased, 1);
+  const ChangeOutcome pump = editor.TryChoose(SetupChoice::kThrottlePumpBasis, 1);
   ASSERT_TRUE(pump.Refused());
   EXPECT_EQ(RefusalText(pump),
             "it would set byte 955 to 229, which fails \"Map Sensor Setup Invalid\": byte 955 (the "
             "MAP sensor type and its three flags) is above 228");
-  EXPECT_THAT(editor.Choose(SetupChoice::kTPumpBased, 1), IsEmpty());
-  EXPECT_FALSE(state.sensors.TPumpBased);
+  EXPECT_THAT(editor.Choose(SetupChoice::kThrottlePumpBasis, 1), IsEmpty());
+  EXPECT_FALSE(state.sensors.throttle_pump_on_map);
   // The other way round: with all three flags on, the 5 bar sensor is the one not offered.
-  ASSERT_FALSE(editor.Choose(SetupChoice::kComboMAP, 4).empty());
-  ASSERT_FALSE(editor.Choose(SetupChoice::kTPumpBased, 1).empty());
+  ASSERT_FALSE(editor.Choose(SetupChoice::kMapSensorType, 4).empty());
+  ASSERT_FALSE(editor.Choose(SetupChoice::kThrottlePumpBasis, 1).empty());
   sender.frames.clear();
-  EXPECT_TRUE(editor.TryChoose(SetupChoice::kComboMAP, 5).Refused());
-  EXPECT_FALSE(editor.TryChoose(SetupChoice::kComboMAP, 3).Refused());
-  EXPECT_THAT(editor.Choose(SetupChoice::kComboMAP, 5), IsEmpty());
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kMapSensorType, 5).Refused());
+  EXPECT_FALSE(editor.TryChoose(SetupChoice::kMapSensorType, 3).Refused());
+  EXPECT_THAT(editor.Choose(SetupChoice::kMapSensorType, 5), IsEmpty());
   // Nor can the pump lose its MAP sensor: turning both its users off is refused at the last.
   ASSERT_FALSE(editor.Choose(SetupChoice::kAltitudeComp, 0).empty());
   EXPECT_THAT(RefusalText(editor.TryChoose(SetupChoice::kLoadSensing, kLoadSensingTps)),
@@ -202,7 +202,7 @@ TEST_F(SetupEditorTest, AByteBadInTwoPartsIsMendedOnePartAtATime) {
   EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 0), ElementsAre(ByteWrite{907, 0xC0}));
   // The injection mode now shows an entry: changing it again would leave the byte failing.
   EXPECT_TRUE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
-  EXPECT_THAT(editor.Choose(SetupChoice::kOptionImpedance, 2), ElementsAre(ByteWrite{907, 0x80}));
+  EXPECT_THAT(editor.Choose(SetupChoice::kInjectorImpedance, 2), ElementsAre(ByteWrite{907, 0x80}));
   EXPECT_FALSE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
   // A byte bad in one part only: the other control waits for it.
   Load([] {
@@ -210,7 +210,7 @@ TEST_F(SetupEditorTest, AByteBadInTwoPartsIsMendedOnePartAtATime) {
     i.SetByte(907, 0x43);
     return i;
   }());
-  EXPECT_TRUE(editor.TryChoose(SetupChoice::kOptionImpedance, 2).Refused());
+  EXPECT_TRUE(editor.TryChoose(SetupChoice::kInjectorImpedance, 2).Refused());
   EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 2), ElementsAre(ByteWrite{907, 0x42}));
 }
 
@@ -224,18 +224,18 @@ TEST_F(SetupEditorTest, ABytePartOnlyOneControlShowsWaitsForThatControl) {
     return i;
   }());
   EXPECT_EQ(state.maps.FuelLoadSites, 17);
-  EXPECT_EQ(ShownChoice(SetupChoice::kComboSiteFuel, state, image), kNoEntry);
-  EXPECT_EQ(ChoiceMark(SetupChoice::kComboSiteFuel, state, image),
+  EXPECT_EQ(ShownChoice(SetupChoice::kFuelLoadSites, state, image), kNoEntry);
+  EXPECT_EQ(ChoiceMark(SetupChoice::kFuelLoadSites, state, image),
             "The ECU holds byte 995 = 37, which no entry here stands for: it fails \"Fuel Load "
             "Sites Error\" (bits 0 to 4 of byte 995 are above 2). Choosing an entry writes it.");
   EXPECT_TRUE(editor.TryChoose(SetupChoice::kMapSelection, kMapSelectionOnlyMap2).Refused());
-  EXPECT_THAT(editor.Choose(SetupChoice::kComboSiteFuel, 1), ElementsAre(ByteWrite{995, 0x21}));
+  EXPECT_THAT(editor.Choose(SetupChoice::kFuelLoadSites, 1), ElementsAre(ByteWrite{995, 0x21}));
   EXPECT_THAT(editor.Choose(SetupChoice::kMapSelection, kMapSelectionOnlyMap2),
               ElementsAre(ByteWrite{995, 0x41}));
   // The dwell byte shows no mode and no value until the tuner sets one; then bit 7 goes.
   EXPECT_EQ(ShownChoice(SetupChoice::kDwellMode, state, image), kNoEntry);
-  EXPECT_FALSE(DwellShow(state.setup.DwellTime).value);
-  EXPECT_THAT(DwellShow(state.setup.DwellTime).mark, ::testing::HasSubstr("byte 958 = 197"));
+  EXPECT_FALSE(DwellShow(state.setup.dwell).value);
+  EXPECT_THAT(DwellShow(state.setup.dwell).mark, ::testing::HasSubstr("byte 958 = 197"));
   EXPECT_THAT(editor.Choose(SetupChoice::kLimiterMode, 1), ElementsAre(ByteWrite{942, 128}));
   EXPECT_EQ(image.Byte(958), 0xC5);
   EXPECT_THAT(editor.SetDwellValue(30), ElementsAre(ByteWrite{958, 0x40 | 30}));
@@ -244,26 +244,26 @@ TEST_F(SetupEditorTest, ABytePartOnlyOneControlShowsWaitsForThatControl) {
 TEST(SetupMarks, AControlNeverShowsAPlausibleValueForAByteItCannotHold) {
   EditorState state;
   CalibrationImage image;
-  state.setup.ComboTrigger = 9;
+  state.setup.trigger_pattern = 9;
   image.SetByte(902, 9);
-  EXPECT_EQ(ShownChoice(SetupChoice::kComboTrigger, state, image), kNoEntry);
-  EXPECT_THAT(ChoiceMark(SetupChoice::kComboTrigger, state, image),
+  EXPECT_EQ(ShownChoice(SetupChoice::kTriggerPattern, state, image), kNoEntry);
+  EXPECT_THAT(ChoiceMark(SetupChoice::kTriggerPattern, state, image),
               ::testing::HasSubstr("byte 902 = 9, which no entry here stands for: it fails "
                                    "\"Trigger Pattern Invalid\""));
-  state.setup.LimiterMode = kNoEntry;
+  state.setup.limiter_mode = kNoEntry;
   EXPECT_EQ(ShownChoice(SetupChoice::kLimiterMode, state, image), kNoEntry);
   image.SetByte(995, 0xC0);  // two fuel map selections at once
-  state.setup.MapSelection = kMapSelectionOnlyMap2;
+  state.setup.fuel_map_selection = kMapSelectionOnlyMap2;
   EXPECT_EQ(ShownChoice(SetupChoice::kMapSelection, state, image), kNoEntry);
-  state.sensors.ComboMAP = 2;
-  state.sensors.MapSensorScaling = 99;  // not a scaling of the 2.5 bar sensor
-  state.sensors.ComboMAPScale = 1;
-  EXPECT_EQ(ShownChoice(SetupChoice::kComboMAPScale, state, image), kNoEntry);
-  state.setup.ComboSpark = 3;
-  EXPECT_EQ(ShownChoice(SetupChoice::kComboSpark, state, image), 3);
-  EXPECT_EQ(ChoiceMark(SetupChoice::kComboSpark, state, image), "");
+  state.sensors.map_sensor_type = 2;
+  state.sensors.map_scale_code = 99;  // not a scaling of the 2.5 bar sensor
+  state.sensors.map_scale_entry = 1;
+  EXPECT_EQ(ShownChoice(SetupChoice::kMapScale, state, image), kNoEntry);
+  state.setup.spark_mode = 3;
+  EXPECT_EQ(ShownChoice(SetupChoice::kSparkMode, state, image), 3);
+  EXPECT_EQ(ChoiceMark(SetupChoice::kSparkMode, state, image), "");
 
-  state.setup.RevLimit1 = 1000;  // 60,000 RPM
+  state.setup.rev_limit1_period = 1000;  // 60,000 RPM
   const NumberShow rev = RevLimiterShow(1, state.setup);
   EXPECT_EQ(rev.value, 60000.0);
   EXPECT_EQ(rev.high, 20000.0);
@@ -288,13 +288,13 @@ TEST(InjectionModeName, AnUnknownModeCodeReadsStars) {
   const char* names[] = {"Batch Mode", "Semi-Sequential Pairs Mode", "Un-Phased Sequential Mode",
                          "Full Phased Sequential Mode"};
   for (int i = 0; i < 4; ++i) {
-    setup.FuelMode = known[i].first;
-    setup.ComboHome = known[i].second;
+    setup.fuel_mode = known[i].first;
+    setup.home_pattern = known[i].second;
     EXPECT_EQ(InjectionModeName(setup), names[i]);
   }
   for (const auto& [mode, home] : {std::pair{3, 1}, {3, 0}, {-1, 0}, {7, 2}, {2, 9}}) {
-    setup.FuelMode = mode;
-    setup.ComboHome = home;
+    setup.fuel_mode = mode;
+    setup.home_pattern = home;
     EXPECT_EQ(InjectionModeName(setup), "***") << mode << " " << home;
   }
 }
@@ -327,29 +327,29 @@ TEST_F(SetupEditorTest, IdleTargetAndTriggerOffsetAreEditedInRpmAndDegrees) {
 }
 
 TEST_F(SetupEditorTest, ANewMapSensorTypeStartsAtFullScaleAndTheScalingFollowsItsTable) {
-  editor.Choose(SetupChoice::kComboMAP, 4);
+  editor.Choose(SetupChoice::kMapSensorType, 4);
   EXPECT_EQ(image.Byte(955) & 7, 4);
   EXPECT_EQ(image.Byte(956), 64);
-  editor.Choose(SetupChoice::kComboMAPScale, 11);
+  editor.Choose(SetupChoice::kMapScale, 11);
   EXPECT_EQ(image.Byte(956), 240);
-  editor.Choose(SetupChoice::kComboMAPScale, 8);
+  editor.Choose(SetupChoice::kMapScale, 8);
   EXPECT_EQ(image.Byte(956), 128);
   EXPECT_EQ(MapSensorSpanBar(4, 8), 2.0);
-  editor.Choose(SetupChoice::kComboMAP, 2);
+  editor.Choose(SetupChoice::kMapSensorType, 2);
   EXPECT_EQ(image.Byte(956), 64);
-  EXPECT_EQ(state.sensors.ComboMAPScale, 0);
-  EXPECT_THAT(FailedChecksAt(image, 956, {state.sensors.ComboMAP}), IsEmpty());
+  EXPECT_EQ(state.sensors.map_scale_entry, 0);
+  EXPECT_THAT(FailedChecksAt(image, 956, {state.sensors.map_sensor_type}), IsEmpty());
 }
 
 TEST_F(SetupEditorTest, AFuelLoadSiteChangeLaysTheMapsOutAfreshFromTheSameBytes) {
   image.Write16(1, 1234);   // first cell
   image.Write16(19, 4321);  // tenth cell: row 2, column 1 with 9 sites; row 1, column 10 with 13
-  editor.Choose(SetupChoice::kComboSiteFuel, 1);
+  editor.Choose(SetupChoice::kFuelLoadSites, 1);
   EXPECT_EQ(image.Byte(995), 0x20 | 1);  // the map selection bits are kept
   EXPECT_EQ(state.maps.FuelLoadSites, 13);
   EXPECT_EQ(state.maps.FuelMap1.Columns(), 13);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 10), 4.321);
-  editor.Choose(SetupChoice::kComboSiteIgnition, 1);
+  editor.Choose(SetupChoice::kIgnLoadSites, 1);
   EXPECT_EQ(state.maps.IgnLoadSites, 6);
 }
 
@@ -360,7 +360,7 @@ TEST_F(SetupEditorTest, RawBytesAndIdleSwitchesGoToTheirOwnPositionOnly) {
   EXPECT_THAT(sender.frames,
               ElementsAre(SentFrame{4, 889, 77}, SentFrame{4, 1018, 90}, SentFrame{4, 857, 2}));
   EXPECT_EQ(state.io.Gpo1Setup[5], 77);
-  EXPECT_TRUE(state.idle.CheckIdle[9]);
+  EXPECT_TRUE(state.idle.idle_flags[9]);
   EXPECT_FALSE(SetupEditor::IsRawPosition(942));
   sender.frames.clear();
   editor.SetRawByte(942, 1);
@@ -425,47 +425,47 @@ namespace {
 
 TEST(SetupNotes, DangerousChoicesAreNamedAndSafeOnesAreNot) {
   EngineSetup setup;
-  setup.Cylinders = 3;     // "4"
-  setup.ComboSiteRPM = 0;  // up to 7000 RPM
-  setup.RevLimit1 = 8571;  // 7000 RPM
+  setup.cylinders_code = 3;        // "4"
+  setup.rpm_sites_code = 0;        // up to 7000 RPM
+  setup.rev_limit1_period = 8571;  // 7000 RPM
   EXPECT_EQ(RevLimiterNote(setup), "");
-  setup.RevLimit2 = 8000;  // 7500 RPM
+  setup.rev_limit2_period = 8000;  // 7500 RPM
   EXPECT_EQ(RevLimiterNote(setup),
             "Rev Limiter 2 (7500 RPM) is above the maps' RPM range, which ends at 7000 RPM: above "
             "it the engine runs on the top row's fuel and timing.");
-  setup.ComboSiteRPM = 1;  // up to 8200 RPM
+  setup.rpm_sites_code = 1;  // up to 8200 RPM
   EXPECT_EQ(RevLimiterNote(setup), "");
 
-  setup.FuelMode = kFuelModeSequential;
-  setup.ComboHome = 0;
+  setup.fuel_mode = kFuelModeSequential;
+  setup.home_pattern = 0;
   EXPECT_THAT(InjectionNote(setup), ::testing::HasSubstr("without a home position"));
-  setup.ComboHome = 3;
+  setup.home_pattern = 3;
   EXPECT_EQ(InjectionNote(setup), "");
-  setup.ComboSpark = 2;
+  setup.spark_mode = 2;
   EXPECT_EQ(SparkModeNote(setup), "");
-  setup.ComboHome = 0;
+  setup.home_pattern = 0;
   EXPECT_THAT(SparkModeNote(setup), ::testing::HasSubstr("Coil per cylinder"));
 
-  setup.OptionImpedance = 1;
+  setup.injector_impedance = 1;
   EXPECT_EQ(ImpedanceNote(setup), "");
-  setup.OptionImpedance = 2;
+  setup.injector_impedance = 2;
   EXPECT_THAT(ImpedanceNote(setup), ::testing::HasSubstr("overheat"));
 }
 
 TEST(SetupNotes, DwellIsJudgedByTheChargeTimeItGives) {
   EngineSetup setup;
-  setup.Cylinders = 3;   // 4 cylinders
-  setup.ComboSpark = 1;  // wasted spark: each coil fires twice a cycle
+  setup.cylinders_code = 3;  // 4 cylinders
+  setup.spark_mode = 1;      // wasted spark: each coil fires twice a cycle
   IdleControl idle;
   idle.IdleTargetRpm = 60000;  // 1000 RPM
-  setup.DwellTime = 5;         // 5 % of 60 ms: 3 ms
+  setup.dwell = 5;             // 5 % of 60 ms: 3 ms
   EXPECT_DOUBLE_EQ(*DutyChargeTimeMs(setup, 1000), 3.0);
   EXPECT_EQ(DwellNote(setup, idle), "");
-  setup.DwellTime = 40;  // 24 ms at idle
+  setup.dwell = 40;  // 24 ms at idle
   EXPECT_THAT(DwellNote(setup, idle), ::testing::HasSubstr("24.0 ms"));
-  setup.DwellTime = kDwellChargeTimeBit | 50;  // 5.0 ms charge time
+  setup.dwell = kDwellChargeTimeBit | 50;  // 5.0 ms charge time
   EXPECT_EQ(DwellNote(setup, idle), "");
-  setup.DwellTime = kDwellChargeTimeBit | 51;
+  setup.dwell = kDwellChargeTimeBit | 51;
   EXPECT_THAT(DwellNote(setup, idle), ::testing::HasSubstr("5.1 ms"));
 }
 

@@ -99,69 +99,70 @@ std::vector<Control> MainSetupControls() {
     return Choice(std::move(name), choice, entries, field);
   };
   std::vector<Control> controls = {
-      c("Cylinders", SetupChoice::kCylinders, 9, [](auto& s) { return s.setup.Cylinders; }),
-      c("FuelMode", SetupChoice::kFuelMode, 3, [](auto& s) { return s.setup.FuelMode; }),
-      c("OptionImpedance", SetupChoice::kOptionImpedance, 3,
-        [](auto& s) { return s.setup.OptionImpedance; }),
-      c("LimiterMode", SetupChoice::kLimiterMode, 3, [](auto& s) { return s.setup.LimiterMode; }),
-      c("TriggerEdgeInput", SetupChoice::kTriggerEdgeInput, 2,
-        [](auto& s) { return s.setup.TriggerEdgeInput; }),
-      c("TriggerEdgeHome", SetupChoice::kTriggerEdgeHome, 2,
-        [](auto& s) { return s.setup.TriggerEdgeHome; }),
-      c("TriggerEdgeSpark", SetupChoice::kTriggerEdgeSpark, 4,
-        [](auto& s) { return s.setup.TriggerEdgeSpark; }),
-      c("Combo1", SetupChoice::kComboAuxOutput, 4, [](auto& s) { return s.setup.ComboAuxOutput; }),
-      c("ComboTrigger", SetupChoice::kComboTrigger, 6,
-        [](auto& s) { return s.setup.ComboTrigger; }),
-      c("TriggerHallMagnetic", SetupChoice::kTriggerHallMagnetic, 3,
-        [](auto& s) { return s.setup.TriggerHallMagnetic; }),
+      c("Cylinders", SetupChoice::kCylinders, 9, [](auto& s) { return s.setup.cylinders_code; }),
+      c("FuelMode", SetupChoice::kFuelMode, 3, [](auto& s) { return s.setup.fuel_mode; }),
+      c("OptionImpedance", SetupChoice::kInjectorImpedance, 3,
+        [](auto& s) { return s.setup.injector_impedance; }),
+      c("LimiterMode", SetupChoice::kLimiterMode, 3, [](auto& s) { return s.setup.limiter_mode; }),
+      c("TriggerEdgeInput", SetupChoice::kTriggerInputEdge, 2,
+        [](auto& s) { return s.setup.trigger_input_edge; }),
+      c("TriggerEdgeHome", SetupChoice::kHomeInputEdge, 2,
+        [](auto& s) { return s.setup.home_input_edge; }),
+      c("TriggerEdgeSpark", SetupChoice::kSparkOutputEdge, 4,
+        [](auto& s) { return s.setup.spark_output_edge; }),
+      c("Combo1", SetupChoice::kAuxOutput, 4, [](auto& s) { return s.setup.aux_output; }),
+      c("ComboTrigger", SetupChoice::kTriggerPattern, 6,
+        [](auto& s) { return s.setup.trigger_pattern; }),
+      c("TriggerHallMagnetic", SetupChoice::kTriggerSensorType, 3,
+        [](auto& s) { return s.setup.trigger_sensor_type; }),
       c("TriggerSensorFlag", SetupChoice::kTriggerSensorFlag, 2,
-        [](auto& s) { return int{s.setup.TriggerSensorFlag}; }),
-      c("ComboHome", SetupChoice::kComboHome, 5, [](auto& s) { return s.setup.ComboHome; }),
-      c("HomeHallMagnetic", SetupChoice::kHomeHallMagnetic, 3,
-        [](auto& s) { return s.setup.HomeHallMagnetic; }),
+        [](auto& s) { return int{s.setup.trigger_sensor_flag}; }),
+      c("ComboHome", SetupChoice::kHomePattern, 5, [](auto& s) { return s.setup.home_pattern; }),
+      c("HomeHallMagnetic", SetupChoice::kHomeSensorType, 3,
+        [](auto& s) { return s.setup.home_sensor_type; }),
       c("HomeSensorFlag", SetupChoice::kHomeSensorFlag, 2,
-        [](auto& s) { return int{s.setup.HomeSensorFlag}; }),
-      c("ComboSpark", SetupChoice::kComboSpark, 4, [](auto& s) { return s.setup.ComboSpark; }),
+        [](auto& s) { return int{s.setup.home_sensor_flag}; }),
+      c("ComboSpark", SetupChoice::kSparkMode, 4, [](auto& s) { return s.setup.spark_mode; }),
       c("ComboDwell", SetupChoice::kDwellMode, 2,
-        [](auto& s) { return DwellModeOf(s.setup.DwellTime); }),
-      c("ComboSiteRPM", SetupChoice::kComboSiteRPM, 4,
-        [](auto& s) { return s.setup.ComboSiteRPM; }),
-      c("ComboSiteFuel", SetupChoice::kComboSiteFuel, 3,
-        [](auto& s) { return s.setup.ComboSiteFuel; }),
-      c("ComboSiteIgnition", SetupChoice::kComboSiteIgnition, 2,
-        [](auto& s) { return s.setup.ComboSiteIgnition; }),
+        [](auto& s) { return DwellModeOf(s.setup.dwell); }),
+      c("ComboSiteRPM", SetupChoice::kRpmSites, 4, [](auto& s) { return s.setup.rpm_sites_code; }),
+      c("ComboSiteFuel", SetupChoice::kFuelLoadSites, 3,
+        [](auto& s) { return s.setup.fuel_load_sites_code; }),
+      c("ComboSiteIgnition", SetupChoice::kIgnLoadSites, 2,
+        [](auto& s) { return s.setup.ign_load_sites_code; }),
       c("ComboPrime", SetupChoice::kFuelPumpPrime, 15,
-        [](auto& s) { return s.setup.StartupPrime; }),
+        [](auto& s) { return s.setup.fuel_pump_prime; }),
       c("ComboWarningLight", SetupChoice::kWarningLight, 4,
-        [](auto& s) { return s.setup.Setting997; }),
+        [](auto& s) { return s.setup.warning_light; }),
       c("MapSelectionSetup", SetupChoice::kMapSelection, 4,
-        [](auto& s) { return s.setup.MapSelection; }),
-      c("LoadSensing", SetupChoice::kLoadSensing, 2, [](auto& s) { return s.sensors.LoadSensing; }),
-      c("ComboMAP", SetupChoice::kComboMAP, 6, [](auto& s) { return s.sensors.ComboMAP; }),
-      c("ComboMAPScale", SetupChoice::kComboMAPScale, 12,
-        [](auto& s) { return s.sensors.ComboMAPScale; }),
+        [](auto& s) { return s.setup.fuel_map_selection; }),
+      c("LoadSensing", SetupChoice::kLoadSensing, 2,
+        [](auto& s) { return s.sensors.load_sensing; }),
+      c("ComboMAP", SetupChoice::kMapSensorType, 6,
+        [](auto& s) { return s.sensors.map_sensor_type; }),
+      c("ComboMAPScale", SetupChoice::kMapScale, 12,
+        [](auto& s) { return s.sensors.map_scale_entry; }),
       // Sensor Setup's MAP sensor options.
       c("AltitudeComp", SetupChoice::kAltitudeComp, 2,
-        [](auto& s) { return int{s.sensors.AltitudeComp}; }),
-      c("TPumpBased", SetupChoice::kTPumpBased, 2,
-        [](auto& s) { return int{s.sensors.TPumpBased}; }),
+        [](auto& s) { return int{s.sensors.altitude_comp}; }),
+      c("TPumpBased", SetupChoice::kThrottlePumpBasis, 2,
+        [](auto& s) { return int{s.sensors.throttle_pump_on_map}; }),
   };
   // The number fields, in the units the tuner types.
   controls.push_back({"RevLimit1 RPM",
                       {0, 1, 915, 916, 917, 6800, 19999, 20000, 20001, 60000},
                       [](Editors& e, int rpm) { e.setup.SetRevLimitRpm(1, rpm); },
-                      [](auto& s) { return int{s.setup.RevLimit1}; }});
+                      [](auto& s) { return int{s.setup.rev_limit1_period}; }});
   controls.push_back({"RevLimit2 RPM",
                       {0, 1, 915, 916, 917, 7000, 19999, 20000, 20001, 60000},
                       [](Editors& e, int rpm) { e.setup.SetRevLimitRpm(2, rpm); },
-                      [](auto& s) { return int{s.setup.RevLimit2}; }});
+                      [](auto& s) { return int{s.setup.rev_limit2_period}; }});
   controls.push_back({"TriggerOffset half degrees", Range(-1, 130),
                       [](Editors& e, int half) { e.setup.SetTriggerOffsetDegrees(half / 2.0); },
-                      [](auto& s) { return int{s.setup.TriggerOffset}; }});
+                      [](auto& s) { return int{s.setup.trigger_offset}; }});
   controls.push_back({"DwellValue", Range(-1, 64),
                       [](Editors& e, int value) { e.setup.SetDwellValue(value); },
-                      [](auto& s) { return DwellValueOf(s.setup.DwellTime); }});
+                      [](auto& s) { return DwellValueOf(s.setup.dwell); }});
   controls.push_back({"IdleTarget RPM",
                       {0, 1, 3, 4, 5, 900, 19999, 20000, 20001, 60000},
                       [](Editors& e, int rpm) { e.setup.SetIdleTargetRpm(rpm); },
@@ -195,7 +196,7 @@ std::vector<Control> RawControls() {
     controls.push_back({"CheckIdle" + std::to_string(bit),
                         {0, 1},
                         [bit](Editors& e, int on) { e.setup.SetIdleFlag(bit, on != 0); },
-                        [bit](const EditorState& s) { return int{s.idle.CheckIdle[bit]}; },
+                        [bit](const EditorState& s) { return int{s.idle.idle_flags[bit]}; },
                         GoesOn::kAlways,
                         {0, 1}});
   }
@@ -229,7 +230,8 @@ std::vector<Control> SensorTableControls() {
   for (const SensorTable table : {SensorTable::kWater, SensorTable::kAir}) {
     const std::string name = table == SensorTable::kWater ? "Water" : "Air";
     const auto held = [table](const EditorState& s) {
-      const auto& bytes = table == SensorTable::kWater ? s.sensors.Water : s.sensors.Air;
+      const auto& bytes =
+          table == SensorTable::kWater ? s.sensors.water_sensor_cal : s.sensors.air_sensor_cal;
       int key = 0;
       for (const std::uint8_t b : bytes) key = key * 31 + b;
       return key;
@@ -388,7 +390,7 @@ class SetupWalk : public ::testing::Test {
   }
 
   static void Verify(const Control& control, int value, const Snapshot& from, const Editors& e) {
-    const CheckContext context{e.state.sensors.ComboMAP};
+    const CheckContext context{e.state.sensors.map_sensor_type};
     if (e.sender.frames.empty()) {
       ASSERT_EQ(e.image.Bytes(), from.image.Bytes()) << control.name << " = " << value;
       return;
@@ -411,7 +413,8 @@ class SetupWalk : public ::testing::Test {
 };
 
 TEST_F(SetupWalk, NoReachableCombinationOfAnySetupControlWritesAByteThatFailsItsChecks) {
-  ASSERT_THAT(ValidateSetup(base_.image, {base_.state.sensors.ComboMAP}), ::testing::IsEmpty());
+  ASSERT_THAT(ValidateSetup(base_.image, {base_.state.sensors.map_sensor_type}),
+              ::testing::IsEmpty());
   std::vector<Control> controls = MainSetupControls();
   for (auto more : {RawControls(), CompensationControls(), SensorTableControls()}) {
     for (Control& control : more) controls.push_back(std::move(control));

@@ -151,7 +151,7 @@ void CompensationPage::ShowTables() {
     grid->Refresh();
     ShowCurve(table);
   }
-  const bool map_basis = state.sensors.TPumpBased;
+  const bool map_basis = state.sensors.throttle_pump_on_map;
   curves_[3]->SetUnits(map_basis ? "bar boost" : "% throttle", "");
 }
 
@@ -168,7 +168,7 @@ void CompensationPage::ShowCurve(CompTable table) {
     return;
   }
   // The throttle pump: the throttle (or boost) range, shaded above " De-activate Over".
-  const bool map_basis = parts_.editors.state().sensors.TPumpBased;
+  const bool map_basis = parts_.editors.state().sensors.throttle_pump_on_map;
   if (map_basis) {
     curve->SetXRange(-1.0, std::max(1.0, std::ceil(model.Value(kThrottlePumpDeactivateRow))));
   } else {
@@ -194,7 +194,7 @@ void CompensationPage::ShowLive(const LiveData& live, bool connected) {
   curves_[1]->SetLiveX(CurveTemperature(live.water_temp_text));
   curves_[2]->SetLiveX(live.battery_volts > 0 ? std::optional<double>(live.battery_volts)
                                               : std::nullopt);
-  const bool map_basis = parts_.editors.state().sensors.TPumpBased;
+  const bool map_basis = parts_.editors.state().sensors.throttle_pump_on_map;
   curves_[3]->SetLiveX(map_basis ? live.map_kpa / kKpaPerBar - 1.0 : live.tps_percent);
 }
 

@@ -22,37 +22,6 @@ namespace {
 
 namespace l = help_label;
 
-constexpr int kTriggerVoltage = SetupFieldNamed("TriggerVoltage").position;
-constexpr int kHomeVoltage = SetupFieldNamed("HomeVoltage").position;
-constexpr int kToothOffset = SetupFieldNamed("TriggerToothOffset").position;
-constexpr int kTriggerOffset = SetupFieldNamed("TriggerOffset").position;
-
-template <std::size_t N>
-std::vector<std::string_view> Views(const std::array<std::string_view, N>& texts) {
-  return {texts.begin(), texts.end()};
-}
-template <std::size_t N>
-std::vector<std::string> Strings(const std::array<std::string_view, N>& texts) {
-  return {texts.begin(), texts.end()};
-}
-
-// The choices whose change re-lays the map grids or their labels.
-bool MovesTheMaps(SetupChoice choice) {
-  switch (choice) {
-    case SetupChoice::kComboSiteRPM:
-    case SetupChoice::kComboSiteFuel:
-    case SetupChoice::kComboSiteIgnition:
-    case SetupChoice::kFuelMode:
-    case SetupChoice::kLoadSensing:
-    case SetupChoice::kComboMAP:
-    case SetupChoice::kComboMAPScale:
-    case SetupChoice::kMapSelection:
-      return true;
-    default:
-      return false;
-  }
-}
-
 QWidget* SideBySide(QWidget* parent, QWidget* left, QWidget* right) {
   auto* row = new QWidget(parent);
   auto* layout = new QHBoxLayout(row);
@@ -82,8 +51,8 @@ MainSetupPage::MainSetupPage(SetupPageParts parts, SettingsControls& settings, Q
   ShowEditors();
 }
 
-QLabel* MainSetupPage::Caption(QWidget* parent, int index, const char* text) {
-  return parts_.help.MakeLabel(parent, index, QString::fromUtf8(text));
+QLabel* MainSetupPage::Caption(QWidget* parent, int index, const QString& text) {
+  return parts_.help.MakeLabel(parent, index, text);
 }
 
 QLabel* MainSetupPage::AddRow(QGridLayout* grid, QLabel* caption, QWidget* control) {
@@ -115,26 +84,22 @@ void MainSetupPage::Bind(SetupChoice choice, ChoiceControl::Widget widget, QLabe
   choices_.push_back({choice, widget, mark});
 }
 
-QButtonGroup* MainSetupPage::AddGroup(QWidget* box, QGridLayout* grid, int help,
-                                      const char* caption, const QString& name,
-                                      const std::vector<std::string_view>& texts, int columns,
-                                      SetupChoice choice) {
-  auto* container = new QWidget(box);
-  QButtonGroup* group = MakeOptionGroup(container, name, texts, columns);
-  connect(group, &QButtonGroup::idToggled, this, [this, choice](int id, bool on) {
-    if (on) Choose(choice, id);
-  });
-  Bind(choice, group, AddRow(grid, Caption(box, help, caption), container));
-  return group;
+QWidget* MainSetupPage::AddChoice(QWidget* box, QGridLayout* grid, int help, SetupChoice choice,
+                                  const std::function<void(int)>& choose) {
+  const BuiltChoice built = MakeChoiceControl(
+      box, choice, choose ? choose : [this, choice](int entry) { Choose(choice, entry); });
+  const std::string_view caption = Describe(choice).caption;
+  Bind(choice, built.control,
+       AddRow(grid, Caption(box, help, QString::fromUtf8(caption.data(), caption.size())),
+              built.widget));
+  return built.widget;
 }
 
-QComboBox* MainSetupPage::AddList(QWidget* box, QGridLayout* grid, int help, const char* caption,
-                                  const QString& name, const std::vector<std::string>& texts,
-                                  SetupChoice choice) {
-  QComboBox* list = MakeList(box, name, texts);
-  connect(list, &QComboBox::activated, this, [this, choice](int index) { Choose(choice, index); });
-  Bind(choice, list, AddRow(grid, Caption(box, help, caption), list));
-  return list;
+QCheckBox* MainSetupPage::Flag(QWidget* parent, SetupChoice choice) {
+  const BuiltChoice built =
+      MakeChoiceControl(parent, choice, [this, choice](int entry) { Choose(choice, entry); });
+  Bind(choice, built.control, nullptr);
+  return std::get<QCheckBox*>(built.control);
 }
 
 QSpinBox* MainSetupPage::RawSpin(QWidget* parent, const QString& name, int position) {
@@ -151,16 +116,6 @@ QSpinBox* MainSetupPage::RawSpin(QWidget* parent, const QString& name, int posit
   });
   raw_spins_.push_back({spin, position});
   return spin;
-}
-
-QCheckBox* MainSetupPage::Flag(QWidget* parent, const QString& name, const QString& accessible_name,
-                               SetupChoice choice) {
-  auto* flag = new QCheckBox("Bit 7 flag", parent);
-  flag->setObjectName(name);
-  flag->setAccessibleName(accessible_name);
-  flag->setToolTip("Bit 7 of the sensor byte, kept and sent as it is.");
-  connect(flag, &QCheckBox::toggled, this, [this, choice](bool on) { Choose(choice, on ? 1 : 0); });
-  return flag;
 }
 
 QSpinBox* MainSetupPage::RevSpin(QWidget* parent, const QString& name, int limiter) {
@@ -185,26 +140,20 @@ QWidget* MainSetupPage::BuildEngine() {
   auto* box = MakeBox(this, "EngineBox", "Engine");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  AddGroup(box, grid, l::kCylinders, "Number of Cylinders", "Cylinders", Views(kCylinderTexts), 5,
-           SetupChoice::kCylinders);
-  AddGroup(box, grid, l::kFuelMode, "Fuel Mode", "FuelMode", Views(kFuelModeTexts), 2,
-           SetupChoice::kFuelMode);
+  AddChoice(box, grid, l::kCylinders, SetupChoice::kCylinders);
+  AddChoice(box, grid, l::kFuelMode, SetupChoice::kFuelMode);
   injection_name_ = new QLabel(box);
   injection_name_->setObjectName("InjectionModeName");
   AddNote(grid, injection_name_);
   note_injection_ = MakeNote(box, "NoteInjection");
   AddNote(grid, note_injection_);
-  AddGroup(box, grid, l::kInjectorImpedance, "Injector Impedance", "OptionImpedance",
-           Views(kImpedanceTexts), 3, SetupChoice::kOptionImpedance);
+  AddChoice(box, grid, l::kInjectorImpedance, SetupChoice::kInjectorImpedance);
   note_impedance_ = MakeNote(box, "NoteImpedance");
   AddNote(grid, note_impedance_);
-  AddList(box, grid, l::kStartupPrime, "Startup Prime", "ComboPrime", Strings(kFuelPumpPrimeTexts),
-          SetupChoice::kFuelPumpPrime);
-  AddList(box, grid, l::kAuxiliaryOutput, "Auxiliary Output", "Combo1", Strings(kAuxOutputTexts),
-          SetupChoice::kComboAuxOutput);
+  AddChoice(box, grid, l::kStartupPrime, SetupChoice::kFuelPumpPrime);
+  AddChoice(box, grid, l::kAuxiliaryOutput, SetupChoice::kAuxOutput);
   AddNote(grid, MakeInfoNote(box, "NoteAuxOutput", kAuxOutputNote));
-  AddList(box, grid, l::kWarningLight, "Warning Light", "ComboWarningLight",
-          Strings(kWarningLightTexts), SetupChoice::kWarningLight);
+  AddChoice(box, grid, l::kWarningLight, SetupChoice::kWarningLight);
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
 }
@@ -219,20 +168,17 @@ QWidget* MainSetupPage::BuildIgnition() {
   mark_rev2_ = AddRow(grid, Caption(box, l::kRevLimiter2, "Rev Limiter 2"), rev_limit2_);
   note_rev_ = MakeNote(box, "NoteRevLimiter");
   AddNote(grid, note_rev_);
-  AddGroup(box, grid, l::kLimiterType, "Limiter Type", "LimiterMode", Views(kLimiterModeTexts), 3,
-           SetupChoice::kLimiterMode);
-  AddList(box, grid, l::kSparkMode, "Spark Mode", "ComboSpark", Strings(kSparkModeTexts),
-          SetupChoice::kComboSpark);
+  AddChoice(box, grid, l::kLimiterType, SetupChoice::kLimiterMode);
+  AddChoice(box, grid, l::kSparkMode, SetupChoice::kSparkMode);
   note_spark_ = MakeNote(box, "NoteSparkMode");
   AddNote(grid, note_spark_);
-  AddList(box, grid, l::kDwellControl, "Dwell Control", "ComboDwell", Strings(kDwellModeTexts),
-          SetupChoice::kDwellMode);
+  AddChoice(box, grid, l::kDwellControl, SetupChoice::kDwellMode);
   dwell_value_ = new QDoubleSpinBox(box);
   GuardWheel(dwell_value_);
   dwell_value_->setObjectName("DwellValue");
   dwell_value_->setKeyboardTracking(false);
   connect(dwell_value_, &QDoubleSpinBox::valueChanged, this, [this](double value) {
-    const std::uint8_t dwell = parts_.editors.state().setup.DwellTime;
+    const std::uint8_t dwell = parts_.editors.state().setup.dwell;
     const NumberShow show = DwellShow(dwell);
     if (value >= show.low) {
       const double kept = ClampInto(value, show);
@@ -244,8 +190,7 @@ QWidget* MainSetupPage::BuildIgnition() {
   mark_dwell_ = AddRow(grid, Caption(box, l::kDwellSetting, "Charge Time / Duty"), dwell_value_);
   note_dwell_ = MakeNote(box, "NoteDwell");
   AddNote(grid, note_dwell_);
-  AddGroup(box, grid, l::kSparkOutputEdge, "Spark Output Edge", "TriggerEdgeSpark",
-           Views(kTriggerEdgeSparkTexts), 2, SetupChoice::kTriggerEdgeSpark);
+  AddChoice(box, grid, l::kSparkOutputEdge, SetupChoice::kSparkOutputEdge);
   AddNote(grid, MakeInfoNote(box, "NoteSparkPullUp", kSparkPullUpNote));
   grid->setRowStretch(grid->rowCount(), 1);
   return box;
@@ -255,18 +200,13 @@ QWidget* MainSetupPage::BuildTrigger() {
   auto* box = MakeBox(this, "TriggerBox", "Trigger and Home Position");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  AddList(box, grid, l::kTriggerPattern, "Trigger Pattern", "ComboTrigger",
-          Strings(kTriggerPatternTexts), SetupChoice::kComboTrigger);
-  AddGroup(box, grid, l::kTriggerSensorType, "Trigger Sensor", "TriggerHallMagnetic",
-           Views(kSensorTypeTexts), 3, SetupChoice::kTriggerHallMagnetic);
-  trigger_flag_ =
-      Flag(box, "TriggerSensorFlag", "Trigger Sensor Bit 7 flag", SetupChoice::kTriggerSensorFlag);
-  Bind(SetupChoice::kTriggerSensorFlag, trigger_flag_, nullptr);
-  QSpinBox* trigger_voltage = RawSpin(box, "TriggerVoltage", kTriggerVoltage);
+  AddChoice(box, grid, l::kTriggerPattern, SetupChoice::kTriggerPattern);
+  AddChoice(box, grid, l::kTriggerSensorType, SetupChoice::kTriggerSensorType);
+  QCheckBox* trigger_flag = Flag(box, SetupChoice::kTriggerSensorFlag);
+  QSpinBox* trigger_voltage = RawSpin(box, "TriggerVoltage", FieldPos("TriggerVoltage"));
   AddRow(grid, Caption(box, l::kTriggerVoltage, "Trigger Voltage"),
-         SideBySide(box, trigger_voltage, trigger_flag_));
-  AddGroup(box, grid, l::kTriggerInputEdge, "Trigger Edge", "TriggerEdgeInput",
-           Views(kTriggerEdgeInputTexts), 2, SetupChoice::kTriggerEdgeInput);
+         SideBySide(box, trigger_voltage, trigger_flag));
+  AddChoice(box, grid, l::kTriggerInputEdge, SetupChoice::kTriggerInputEdge);
   trigger_offset_ = new QDoubleSpinBox(box);
   GuardWheel(trigger_offset_);
   trigger_offset_->setObjectName("TriggerOffset");
@@ -275,26 +215,22 @@ QWidget* MainSetupPage::BuildTrigger() {
   trigger_offset_->setSuffix(QString::fromUtf8("\u00B0 BTDC"));
   trigger_offset_->setKeyboardTracking(false);
   connect(trigger_offset_, &QDoubleSpinBox::valueChanged, this, [this](double degrees) {
-    const NumberShow show = TriggerOffsetShow(parts_.editors.state().setup.TriggerOffset);
+    const NumberShow show = TriggerOffsetShow(parts_.editors.state().setup.trigger_offset);
     parts_.editors.setup_editor().SetTriggerOffsetDegrees(ClampInto(degrees, show));
     ShowEditors();
   });
   mark_offset_ = AddRow(grid, Caption(box, l::kTriggerAngle, "Trigger Angle"), trigger_offset_);
-  QSpinBox* tooth = RawSpin(box, "TriggerToothOffset", kToothOffset);
+  QSpinBox* tooth = RawSpin(box, "TriggerToothOffset", FieldPos("TriggerToothOffset"));
   AddRow(grid, Caption(box, l::kTriggerToothOffset, "Tooth Offset"), tooth);
   check_trigger_ = MakeNote(box, "CheckTrigger");
   AddNote(grid, check_trigger_);
-  AddList(box, grid, l::kHomePosition, "Home Position", "ComboHome", Strings(kHomePatternTexts),
-          SetupChoice::kComboHome);
-  AddGroup(box, grid, l::kHomeSensorType, "Home Sensor", "HomeHallMagnetic",
-           Views(kSensorTypeTexts), 3, SetupChoice::kHomeHallMagnetic);
-  home_flag_ = Flag(box, "HomeSensorFlag", "Home Sensor Bit 7 flag", SetupChoice::kHomeSensorFlag);
-  Bind(SetupChoice::kHomeSensorFlag, home_flag_, nullptr);
-  QSpinBox* home_voltage = RawSpin(box, "HomeVoltage", kHomeVoltage);
+  AddChoice(box, grid, l::kHomePosition, SetupChoice::kHomePattern);
+  AddChoice(box, grid, l::kHomeSensorType, SetupChoice::kHomeSensorType);
+  QCheckBox* home_flag = Flag(box, SetupChoice::kHomeSensorFlag);
+  QSpinBox* home_voltage = RawSpin(box, "HomeVoltage", FieldPos("HomeVoltage"));
   AddRow(grid, Caption(box, l::kHomeVoltage, "Home Voltage"),
-         SideBySide(box, home_voltage, home_flag_));
-  AddGroup(box, grid, l::kHomeInputEdge, "Home Edge", "TriggerEdgeHome",
-           Views(kTriggerEdgeHomeTexts), 2, SetupChoice::kTriggerEdgeHome);
+         SideBySide(box, home_voltage, home_flag));
+  AddChoice(box, grid, l::kHomeInputEdge, SetupChoice::kHomeInputEdge);
   check_home_ = MakeNote(box, "CheckHome");
   AddNote(grid, check_home_);
   grid->setRowStretch(grid->rowCount(), 1);
@@ -305,33 +241,24 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
   auto* box = MakeBox(this, "LoadBox", "Load and Map Sites");
   parts_.help.WatchFrame(box);
   QGridLayout* grid = Grid(box);
-  AddGroup(box, grid, l::kLoadSensing, "Load Sensing", "LoadSensing", Views(kLoadSensingTexts), 2,
-           SetupChoice::kLoadSensing);
-  AddList(box, grid, l::kInstalledMapSensor, "Installed Map Sensor", "ComboMAP",
-          Strings(kMapSensorTexts), SetupChoice::kComboMAP);
-  map_scale_ = AddList(box, grid, l::kMapSensorScaling, "MAP Sensor Scaling", "ComboMAPScale", {},
-                       SetupChoice::kComboMAPScale);
-  AddList(box, grid, l::kEngineSpeedSites, "Engine Speed Sites", "ComboSiteRPM",
-          Strings(kRpmSiteTexts), SetupChoice::kComboSiteRPM);
-  AddList(box, grid, l::kFuelLoadSites, "Fuel Load Sites", "ComboSiteFuel", Strings(kFuelSiteTexts),
-          SetupChoice::kComboSiteFuel);
-  AddList(box, grid, l::kIgnitionLoadSites, "Ignition Load Sites", "ComboSiteIgnition",
-          Strings(kIgnSiteTexts), SetupChoice::kComboSiteIgnition);
+  AddChoice(box, grid, l::kLoadSensing, SetupChoice::kLoadSensing);
+  AddChoice(box, grid, l::kInstalledMapSensor, SetupChoice::kMapSensorType);
+  map_scale_ =
+      qobject_cast<QComboBox*>(AddChoice(box, grid, l::kMapSensorScaling, SetupChoice::kMapScale));
+  AddChoice(box, grid, l::kEngineSpeedSites, SetupChoice::kRpmSites);
+  AddChoice(box, grid, l::kFuelLoadSites, SetupChoice::kFuelLoadSites);
+  AddChoice(box, grid, l::kIgnitionLoadSites, SetupChoice::kIgnLoadSites);
   note_sites_ = MakeNote(box, "NoteLoadSites");
   ShowNote(note_sites_, QString::fromStdString(LoadSitesNote()));
   AddNote(grid, note_sites_);
   // The fuel map selection stands with the map layouts (the Engine column is the tallest).
-  auto* selection = new QWidget(box);
-  QButtonGroup* map_selection =
-      MakeOptionGroup(selection, "MapSelectionSetup", Views(kMapSelectionTexts), 2);
-  connect(map_selection, &QButtonGroup::idToggled, this, [this](int id, bool on) {
-    if (!on || parts_.editors.suppress_change_events()) return;
-    parts_.editors.SetMapSelection(id);
+  // Through the editor session, which leaves a selection already held alone.
+  AddChoice(box, grid, l::kFuelMapSelection, SetupChoice::kMapSelection, [this](int entry) {
+    if (parts_.editors.suppress_change_events()) return;
+    parts_.editors.SetMapSelection(entry);
     parts_.maps_changed();
     ShowEditors();
   });
-  Bind(SetupChoice::kMapSelection, map_selection,
-       AddRow(grid, Caption(box, l::kFuelMapSelection, "Fuel Map Selection"), selection));
   QComboBox* afr_mode = settings.BuildAfrDisplayMode(box);
   GuardWheel(afr_mode);
   AddRow(grid, Caption(box, l::kAfrDisplay, "AFR Display"), afr_mode);
@@ -342,7 +269,7 @@ QWidget* MainSetupPage::BuildLoad(SettingsControls& settings) {
 void MainSetupPage::Choose(SetupChoice choice, int value) {
   if (parts_.editors.suppress_change_events()) return;
   parts_.editors.setup_editor().Choose(choice, value);
-  if (MovesTheMaps(choice)) parts_.maps_changed();
+  if (Describe(choice).maps != MapEffect::kNone) parts_.maps_changed();
   // A refused choice shows what stands again; every other control may now offer more or less.
   ShowEditors();
 }
@@ -351,7 +278,7 @@ void MainSetupPage::ShowMapScaleList() {
   const SensorSetup& sensors = parts_.editors.state().sensors;
   const QSignalBlocker block(map_scale_);
   map_scale_->clear();
-  for (const std::string& text : MapScaleTexts(sensors.ComboMAP)) {
+  for (const std::string& text : MapScaleTexts(sensors.map_sensor_type)) {
     map_scale_->addItem(QString::fromStdString(text));
   }
 }
@@ -365,15 +292,15 @@ void MainSetupPage::ShowNumbers() {
     ShowNumber(spin, show, "Not set");
     ShowNote(mark, QString::fromStdString(show.mark));
   }
-  const NumberShow dwell = DwellShow(setup.DwellTime);
-  const bool charge = DwellModeOf(setup.DwellTime) == 1;
+  const NumberShow dwell = DwellShow(setup.dwell);
+  const bool charge = DwellModeOf(setup.dwell) == 1;
   dwell_value_->setDecimals(charge ? 1 : 0);
   dwell_value_->setSingleStep(charge ? 0.1 : 1.0);
   dwell_value_->setSuffix(dwell.value ? (charge ? " ms" : " %") : "");
   ShowNumber(dwell_value_, dwell,
-             dwell.value ? QString() : QString("%1 as stored").arg(setup.DwellTime));
+             dwell.value ? QString() : QString("%1 as stored").arg(setup.dwell));
   ShowNote(mark_dwell_, QString::fromStdString(dwell.mark));
-  const NumberShow offset = TriggerOffsetShow(setup.TriggerOffset);
+  const NumberShow offset = TriggerOffsetShow(setup.trigger_offset);
   ShowNumber(trigger_offset_, offset, QString());
   ShowNote(mark_offset_, QString::fromStdString(offset.mark));
   SetupEditor& editor = parts_.editors.setup_editor();
@@ -401,7 +328,7 @@ void MainSetupPage::ShowNotes() {
 
 void MainSetupPage::ShowChecks() {
   const CalibrationImage& image = parts_.editors.image();
-  const CheckContext context{parts_.editors.state().sensors.ComboMAP};
+  const CheckContext context{parts_.editors.state().sensors.map_sensor_type};
   const auto messages = [&](std::initializer_list<int> positions) {
     QStringList lines;
     for (const int position : positions) {
@@ -413,8 +340,9 @@ void MainSetupPage::ShowChecks() {
     }
     return lines.join("; ");
   };
-  ShowNote(check_trigger_, messages({kTriggerVoltage, kToothOffset, kTriggerOffset}));
-  ShowNote(check_home_, messages({kHomeVoltage}));
+  ShowNote(check_trigger_, messages({FieldPos("TriggerVoltage"), FieldPos("TriggerToothOffset"),
+                                     FieldPos("TriggerOffset")}));
+  ShowNote(check_home_, messages({FieldPos("HomeVoltage")}));
 }
 
 void MainSetupPage::showEvent(QShowEvent* event) {

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QSpinBox>
 #include <QWidget>
+#include <functional>
 #include <vector>
 
 #include "app/pages/setup/setup_choices.h"
@@ -41,22 +42,19 @@ class MainSetupPage : public QWidget {
   QWidget* BuildIgnition();
   QWidget* BuildTrigger();
   QWidget* BuildLoad(SettingsControls& settings);
-  QLabel* Caption(QWidget* parent, int index, const char* text);
+  QLabel* Caption(QWidget* parent, int index, const QString& text);
   // The caption over its control, and under it the control's mark (returned). Spin boxes and
   // lists take the caption as their accessible name.
   QLabel* AddRow(QGridLayout* grid, QLabel* caption, QWidget* control);
   void AddNote(QGridLayout* grid, QLabel* note);
-  // A group of option buttons or a list in `box`, bound to `choice`, in a row of its own under
-  // its caption (help topic `help`), with its mark under it.
-  QButtonGroup* AddGroup(QWidget* box, QGridLayout* grid, int help, const char* caption,
-                         const QString& name, const std::vector<std::string_view>& texts,
-                         int columns, SetupChoice choice);
-  QComboBox* AddList(QWidget* box, QGridLayout* grid, int help, const char* caption,
-                     const QString& name, const std::vector<std::string>& texts,
-                     SetupChoice choice);
+  // The control of `choice` in `box` (MakeChoiceControl), in a row of its own under its caption
+  // (help topic `help`), with its mark under it; `choose` takes the tuner's entry (by default
+  // Choose). Returns what it laid out.
+  QWidget* AddChoice(QWidget* box, QGridLayout* grid, int help, SetupChoice choice,
+                     const std::function<void(int)>& choose = {});
   QSpinBox* RawSpin(QWidget* parent, const QString& name, int position);
-  QCheckBox* Flag(QWidget* parent, const QString& name, const QString& accessible_name,
-                  SetupChoice choice);
+  // The tick box of `choice`, bound, for the page to lay out.
+  QCheckBox* Flag(QWidget* parent, SetupChoice choice);
   QSpinBox* RevSpin(QWidget* parent, const QString& name, int limiter);
   void Bind(SetupChoice choice, ChoiceControl::Widget widget, QLabel* mark);
   void Choose(SetupChoice choice, int value);
@@ -68,8 +66,6 @@ class MainSetupPage : public QWidget {
   SetupPageParts parts_;
   std::vector<ChoiceControl> choices_;
   QComboBox* map_scale_ = nullptr;
-  QCheckBox* trigger_flag_ = nullptr;
-  QCheckBox* home_flag_ = nullptr;
   QSpinBox* rev_limit1_ = nullptr;
   QSpinBox* rev_limit2_ = nullptr;
   QDoubleSpinBox* dwell_value_ = nullptr;

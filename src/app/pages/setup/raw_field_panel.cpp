@@ -6,7 +6,7 @@ namespace vela {
 
 namespace {
 
-constexpr int kIdleFlags1 = SetupFieldNamed("IdleFlags1").position;
+constexpr int kIdleFlags1 = FieldPos("IdleFlags1");
 constexpr int kIdleFlagsPerByte = 8;
 
 }  // namespace
@@ -37,7 +37,7 @@ void RawFieldPanel::Add(const std::vector<RawFieldEditor*>& editors) {
 
 void RawFieldPanel::ShowEditors() {
   const CalibrationImage& image = editors_.image();
-  const CheckContext context{editors_.state().sensors.ComboMAP};
+  const CheckContext context{editors_.state().sensors.map_sensor_type};
   const SetupEditor& editor = editors_.setup_editor();
   for (RawFieldEditor* field : fields_) {
     const int position = field->field().position;

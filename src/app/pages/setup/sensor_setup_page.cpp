@@ -57,32 +57,21 @@ SensorSetupPage::SensorSetupPage(SetupPageParts parts, QWidget* parent)
 QWidget* SensorSetupPage::BuildMapOptions() {
   QGroupBox* box = MakeBox(this, "MapSensorOptions", "MAP Sensor Options");
   auto* layout = new QVBoxLayout(box);
-  altitude_ = new QCheckBox("Altitude Compensation", box);
-  altitude_->setObjectName("AltitudeComp");
   box->setToolTip(
       "Altitude Compensation corrects the fuel for the air pressure of the place the car is "
       "driven, measured by the MAP sensor before the engine starts.");
-  connect(altitude_, &QCheckBox::toggled, this,
-          [this](bool on) { Choose(SetupChoice::kAltitudeComp, on ? 1 : 0); });
-  layout->addWidget(altitude_);
-  QLabel* altitude_mark = MakeNote(box, "AltitudeCompMark");
-  layout->addWidget(altitude_mark);
-  choices_.push_back({SetupChoice::kAltitudeComp, altitude_, altitude_mark});
-  layout->addWidget(new QLabel("Throttle Pump Based On", box));
-  auto* basis = new QWidget(box);
-  pump_basis_ = MakeOptionGroup(basis, "TPumpBased",
-                                {"Throttle Position (TPS)", "Manifold Pressure (MAP)"}, 1);
-  basis->setAccessibleName("Throttle Pump Based On");
-  basis->setToolTip(
-      "What the throttle pump's \" De-activate Over\" limit is measured in: percent of "
-      "throttle, or boost in bar through the MAP sensor.");
-  connect(pump_basis_, &QButtonGroup::idToggled, this, [this](int id, bool on) {
-    if (on) Choose(SetupChoice::kTPumpBased, id);
-  });
-  layout->addWidget(basis);
-  QLabel* basis_mark = MakeNote(box, "TPumpBasedMark");
-  layout->addWidget(basis_mark);
-  choices_.push_back({SetupChoice::kTPumpBased, pump_basis_, basis_mark});
+  for (const SetupChoice choice : {SetupChoice::kAltitudeComp, SetupChoice::kThrottlePumpBasis}) {
+    const SetupChoiceDescription& d = Describe(choice);
+    if (d.shape != ChoiceShape::kTickBox) {
+      layout->addWidget(new QLabel(QString::fromUtf8(d.caption.data(), d.caption.size()), box));
+    }
+    const BuiltChoice built =
+        MakeChoiceControl(box, choice, [this, choice](int entry) { Choose(choice, entry); });
+    layout->addWidget(built.widget);
+    QLabel* mark = MakeNote(box, built.widget->objectName() + "Mark");
+    layout->addWidget(mark);
+    choices_.push_back({choice, built.control, mark});
+  }
   return box;
 }
 
@@ -306,7 +295,7 @@ void SensorSetupPage::ShowControls() {
   for (const ChoiceControl& control : choices_) ShowChoiceControl(control, parts_.editors);
   for (const SensorTable which : {SensorTable::kWater, SensorTable::kAir}) {
     const std::array<std::uint8_t, 8>& bytes =
-        which == SensorTable::kWater ? sensors.Water : sensors.Air;
+        which == SensorTable::kWater ? sensors.water_sensor_cal : sensors.air_sensor_cal;
     std::array<std::string, kSensorPoints> texts;
     for (int row = 0; row < kSensorPoints; ++row) {
       texts[row] = Ohms(OhmsOfRatioByte(bytes[row])).toStdString();

@@ -54,8 +54,6 @@ class SensorSetupPage : public QWidget {
 
   SetupPageParts parts_;
   RawFieldPanel* fields_;
-  QCheckBox* altitude_ = nullptr;
-  QButtonGroup* pump_basis_ = nullptr;
   std::vector<ChoiceControl> choices_;
   std::array<QTableWidget*, 2> tables_{};
   std::array<QComboBox*, 2> lists_{};

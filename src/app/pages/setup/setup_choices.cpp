@@ -92,7 +92,43 @@ void OfferFlag(QCheckBox* flag, const ChoiceControl& control, int shown, SetupEd
   flag->setToolTip(offer.why);
 }
 
+QString Text(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
 }  // namespace
+
+BuiltChoice MakeChoiceControl(QWidget* parent, SetupChoice choice,
+                              const std::function<void(int)>& choose) {
+  const SetupChoiceDescription& d = Describe(choice);
+  const QString name = Text(d.name);
+  BuiltChoice built{};
+  if (d.shape == ChoiceShape::kOptions) {
+    built.widget = new QWidget(parent);
+    QButtonGroup* group =
+        MakeOptionGroup(built.widget, name,
+                        std::vector<std::string_view>(d.texts.begin(), d.texts.end()), d.columns);
+    QObject::connect(group, &QButtonGroup::idToggled, group, [choose](int id, bool on) {
+      if (on) choose(id);
+    });
+    built.control = group;
+  } else if (d.shape == ChoiceShape::kList) {
+    QComboBox* list =
+        MakeList(parent, name, std::vector<std::string>(d.texts.begin(), d.texts.end()));
+    QObject::connect(list, &QComboBox::activated, list, choose);
+    built.widget = list;
+    built.control = list;
+  } else {
+    auto* flag = new QCheckBox(Text(d.caption), parent);
+    flag->setObjectName(name);
+    QObject::connect(flag, &QCheckBox::toggled, flag, [choose](bool on) { choose(on ? 1 : 0); });
+    built.widget = flag;
+    built.control = flag;
+  }
+  if (!d.spoken.empty()) built.widget->setAccessibleName(Text(d.spoken));
+  if (!d.tip.empty()) built.widget->setToolTip(Text(d.tip));
+  return built;
+}
 
 QString EntryText(const ChoiceControl& control, int entry) {
   if (const auto* group = std::get_if<QButtonGroup*>(&control.widget)) {
