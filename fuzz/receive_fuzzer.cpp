@@ -40,6 +40,7 @@
 #include "invariant.h"
 #include "link/connection_supervisor.h"
 #include "link/receive/receive_dispatch.h"
+#include "program/live_text.h"
 #include "recording_line.h"
 
 namespace {
@@ -233,12 +234,9 @@ struct ReceiveBench {
     const live::Frame& f = dispatcher.last_frame();
     Require(IsWholeFrame(f) || IsZeroFrame(f),
             "the handlers get a whole frame between START and END, or none before the first");
-    for (const std::string* text :
-         {&live.engine_rpm_text, &live.injection_text, &live.ignition_text, &live.map_text,
-          &live.boost_text, &live.tps_text, &live.lambda_text, &live.afr_text,
-          &live.water_temp_text, &live.air_temp_text, &live.idle_valve_text, &live.battery_text,
-          &live.throttle_pump_text, &live.injector_duty_text, &live.firmware_text}) {
-      Require(ShowsANumber(*text), "no read-out shows nan or inf");
+    for (int q = 0; q < kLiveQuantityCount; ++q) {
+      const std::string text = LiveText(live, static_cast<LiveQuantity>(q), {',', 0});
+      Require(ShowsANumber(text), "no read-out shows nan or inf");
     }
   }
 

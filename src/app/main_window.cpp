@@ -140,8 +140,6 @@ void MainWindow::ConnectParts() {
   parts_.setup.set_on_settings_read([this] { settings_controls_->ShowSettings(); });
   status_adapter_ = std::make_unique<StatusLabelAdapter>(status_strip_->status_label());
   WireLink();
-  parts_.link.SetAfrDisplay(
-      [this](double lambda) { return ShownAfr(lambda, parts_.setup.settings.afr_display_mode); });
   connect(editors_, &EditorSession::EditorsFilled, this, [this] {
     map_pages_->ShowEditors();
     setup_pages_->ShowEditors();
@@ -235,7 +233,7 @@ QWidget* MainWindow::BuildDataPage() {
       *fault_monitor_,
       [this] {
         const LiveData& live = parts_.link.live();
-        return live_view_->Live() && !live.firmware_text.empty() && live.error_count == 0 &&
+        return live_view_->Live() && live.refresh_count > 0 && live.error_count == 0 &&
                live.last_error == 0;
       },
       content);
@@ -246,6 +244,8 @@ QWidget* MainWindow::BuildDataPage() {
 
 void MainWindow::WireLink() {
   LinkSession& link = parts_.link;
+  link.SetAfrValue(
+      [this](double lambda) { return ShownAfr(lambda, parts_.setup.settings.afr_display_mode); });
   connect(&link, &LinkSession::CaptionChanged, this, &QWidget::setWindowTitle);
   connect(&link, &LinkSession::LiveDataChanged, this, [this] { live_data_new_ = true; });
   connect(&link, &LinkSession::FrameTaken, status_strip_, &StatusStrip::CountFrame);
@@ -337,7 +337,7 @@ bool MainWindow::ShowLiveData(bool tick) {
   const bool live = live_view_->Live();
   const int afr_mode = parts_.setup.settings.afr_display_mode;
   const int tab = tabs_->currentIndex();
-  if (tab < MapPages::kPages) map_pages_->ShowLive(shown, live, tab);
+  if (tab < MapPages::kPages) map_pages_->ShowLive(shown, afr_mode, live, tab);
   const bool data_page_waits = tab == kDataPage && tick && ++data_page_ticks_ % 2 != 0;
   if (tab == kDataPage && !data_page_waits) {
     data_page_->Show(shown, afr_mode, map_pages_->LiveTuning(), live);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "link/live/live_data.h"
+#include "program/live_text.h"
 
 namespace vela {
 
@@ -45,7 +45,7 @@ int AfrDecimals(int mode) { return mode == kAfrModeLambda ? 2 : 1; }
 std::string AfrText(double lambda, int mode, char separator) {
   const std::optional<double> value = AfrShownValue(lambda, mode);
   if (!value) return std::string(kNoAfrText);
-  return live_text::Fixed(*value, AfrDecimals(mode), separator);
+  return FixedText(*value, AfrDecimals(mode), separator);
 }
 
 }  // namespace vela

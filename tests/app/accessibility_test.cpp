@@ -125,7 +125,7 @@ class AccessibilityTest : public QObject {
     LiveData live;
     live.lambda = 1.0;
     const auto show = [&](const char* rpm_text) {
-      live.engine_rpm_text = rpm_text;
+      live.engine_rpm = std::stod(rpm_text);
       page.Show(live, 0, false, true);
     };
     const auto heard_rpm = [rpm] {

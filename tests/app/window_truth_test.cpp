@@ -97,7 +97,7 @@ class WindowTruthTest : public QObject {
     options.sim.answer_fault_requests = false;
     ShownProgram p(options);
     QVERIFY(p.started && p.loaded);
-    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && !p.program->link.live().firmware_text.empty(), 8000);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && p.program->link.live().refresh_count > 0, 8000);
     QCOMPARE(p.program->link.live().error_count, 0);
     p.ReadCodes();
     QCOMPARE(p.GridRows(), QStringList(4, "     0  -  No Error"));
@@ -129,7 +129,7 @@ class WindowTruthTest : public QObject {
   void anEcuHoldingNoCodesListsNoErrorWithoutBeingAsked() {
     ShownProgram p({});
     QVERIFY(p.started && p.loaded);
-    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && !p.program->link.live().firmware_text.empty(), 8000);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && p.program->link.live().refresh_count > 0, 8000);
     p.ReadCodes();
     QVERIFY(!p.window().faults().Waiting());
     QCOMPARE(p.GridRows(), QStringList(4, "     0  -  No Error"));

@@ -13,9 +13,8 @@ namespace {
 LiveData LiveFrame(double rpm, double map_kpa, double lambda, int fps) {
   LiveData live;
   live.engine_rpm = rpm;
-  live.engine_rpm_text = std::to_string(static_cast<int>(rpm));
   live.map_kpa = map_kpa;
-  live.map_text = "raw";
+  live.boost_bar = (map_kpa - live::kAtmosphereKpa) / 100.0;
   live.lambda = lambda;
   live.afr = lambda * 14.7;
   live.frames_per_second = fps;
@@ -33,7 +32,7 @@ double RpmAfterStep(int fps, double seconds) {
     last = LiveFrame(2000, 50, 1.0, fps);
     smoothing.Add(last);
   }
-  return smoothing.Apply(last, kAll, '.', nullptr).engine_rpm;
+  return smoothing.Apply(last, kAll, nullptr).engine_rpm;
 }
 
 TEST(LiveSmoothingTest, AStepIsFollowedByTheTimeConstantWhateverTheFrameRate) {
@@ -44,44 +43,41 @@ TEST(LiveSmoothingTest, AStepIsFollowedByTheTimeConstantWhateverTheFrameRate) {
   EXPECT_NEAR(RpmAfterStep(60, 3 * tau), 2000 - 1000 * std::exp(-3.0), 0.5);
 }
 
-TEST(LiveSmoothingTest, OnlyTheChosenQuantitiesAreSmoothedAndTheirTextsFollow) {
+TEST(LiveSmoothingTest, OnlyTheChosenQuantitiesAreSmoothedAndWhatFollowsThemToo) {
   LiveSmoothing smoothing;
   smoothing.Add(LiveFrame(1000, 40, 0.8, 60));
   const LiveData raw = LiveFrame(3000, 100, 1.2, 60);
   smoothing.Add(raw);
-  const LiveData none = smoothing.Apply(raw, {}, ',', nullptr);
+  const LiveData none = smoothing.Apply(raw, {}, nullptr);
   EXPECT_EQ(none.engine_rpm, 3000);
-  EXPECT_EQ(none.map_text, "raw");
-  const LiveData map_only = smoothing.Apply(raw, {false, true, false}, ',', nullptr);
+  EXPECT_EQ(none.map_kpa, 100);
+  const LiveData map_only = smoothing.Apply(raw, {false, true, false}, nullptr);
   EXPECT_EQ(map_only.engine_rpm, 3000);
   EXPECT_GT(map_only.map_kpa, 40);
   EXPECT_LT(map_only.map_kpa, 100);
-  EXPECT_EQ(map_only.map_text.find(','), map_only.map_text.size() - 2);  // one decimal
+  EXPECT_DOUBLE_EQ(map_only.boost_bar, (map_only.map_kpa - live::kAtmosphereKpa) / 100.0);
   EXPECT_EQ(map_only.lambda, 1.2);
-  const LiveData all = smoothing.Apply(raw, kAll, '.', [](double lambda) {
-    return ReceiveHandlers::AfrShown{lambda, 2};
-  });
+  const LiveData all = smoothing.Apply(raw, kAll, [](double lambda) { return lambda; });
   EXPECT_LT(all.engine_rpm, 3000);
-  EXPECT_EQ(all.engine_rpm_text, std::to_string(static_cast<int>(std::lround(all.engine_rpm))));
   EXPECT_GT(all.lambda, 0.8);
   EXPECT_LT(all.lambda, 1.2);
   EXPECT_DOUBLE_EQ(all.afr, all.lambda);
-  EXPECT_EQ(all.afr_text.size(), 4u);  // "1.xx"
 }
 
 TEST(LiveSmoothingTest, SentinelsAndAMissingOxygenReadingAreShownAsTheyCome) {
   LiveSmoothing smoothing;
   smoothing.Add(LiveFrame(1000, 40, 1.0, 60));
   LiveData over = LiveFrame(1000, 500, 0.0, 60);
-  over.map_text = "Over";
+  over.map_over_range = true;
   smoothing.Add(over);
-  const LiveData shown = smoothing.Apply(over, kAll, '.', nullptr);
-  EXPECT_EQ(shown.map_text, "Over");
+  const LiveData shown = smoothing.Apply(over, kAll, nullptr);
+  EXPECT_EQ(shown.map_kpa, 500);
+  EXPECT_TRUE(shown.map_over_range);
   EXPECT_EQ(shown.lambda, 0.0);
   // The oxygen reading comes back: its first value is shown as it is.
   const LiveData back = LiveFrame(1000, 40, 0.9, 60);
   smoothing.Add(back);
-  EXPECT_DOUBLE_EQ(smoothing.Apply(back, kAll, '.', nullptr).lambda, 0.9);
+  EXPECT_DOUBLE_EQ(smoothing.Apply(back, kAll, nullptr).lambda, 0.9);
 }
 
 TEST(LiveSmoothingTest, AfterTheLinkIsLostTheFirstFrameIsTakenAsItIs) {
@@ -90,7 +86,7 @@ TEST(LiveSmoothingTest, AfterTheLinkIsLostTheFirstFrameIsTakenAsItIs) {
   smoothing.Reset();
   const LiveData fresh = LiveFrame(800, 30, 1.0, 60);
   smoothing.Add(fresh);
-  EXPECT_DOUBLE_EQ(smoothing.Apply(fresh, kAll, '.', nullptr).engine_rpm, 800);
+  EXPECT_DOUBLE_EQ(smoothing.Apply(fresh, kAll, nullptr).engine_rpm, 800);
 }
 
 TEST(ProgramStatusTest, TheLinkStateNamesTheFirstStateThatApplies) {

@@ -33,18 +33,18 @@ TEST_F(SupervisionTest, ShowsTheLossOnTheTickAfterRxLevelTicks) {
 }
 
 TEST_F(SupervisionTest, ALostLinkResetsTheDisplaysUnlessHeld) {
-  rig.live.map_text = "101.3";
+  rig.live.map_kpa = 101.3;
   rig.display.status = {"ERR", kLabelRed};
   rig.supervisor.CommsTimer();
-  EXPECT_EQ(rig.live.map_text, "0.0");
+  EXPECT_EQ(rig.live.map_kpa, 0.0);
   EXPECT_EQ(rig.display.status, (LabelLook{"ERR", kLabelGreen}));
   EXPECT_EQ(resets, 1);
   EXPECT_EQ(refills, 1);
   EXPECT_EQ(rig.display.datalog_button_text, "Start DataLogging");
   rig.supervisor.SetHoldDisplay(true);
-  rig.live.map_text = "101.3";
+  rig.live.map_kpa = 101.3;
   rig.supervisor.CommsTimer();
-  EXPECT_EQ(rig.live.map_text, "101.3");
+  EXPECT_EQ(rig.live.map_kpa, 101.3);
 }
 
 TEST_F(SupervisionTest, LabelsShowTheWatchdogCountAndRecentSendAborts) {

@@ -137,7 +137,7 @@ TEST(LiveEncoderTest, TheProgramsHandlersReadBackWhatTheEcuEncoded) {
   handlers.RunAll(f);
   EXPECT_DOUBLE_EQ(live.engine_rpm, 3000.0);
   EXPECT_DOUBLE_EQ(live.map_kpa, 55.5);
-  EXPECT_EQ(live.tps_text, "12.3");
+  EXPECT_NEAR(live.tps_percent, 12.3, 0.05);
   EXPECT_DOUBLE_EQ(live.injection_ms, 4.32);
   EXPECT_DOUBLE_EQ(live.ignition_advance_deg, -2.5);
   EXPECT_DOUBLE_EQ(live.battery_volts, 13.95);
@@ -147,8 +147,8 @@ TEST(LiveEncoderTest, TheProgramsHandlersReadBackWhatTheEcuEncoded) {
   EXPECT_DOUBLE_EQ(live.throttle_pump_percent, 10.0);
   EXPECT_EQ(live.rpm_site, 4.0);
   EXPECT_EQ(live.load_site, 8.5);
-  EXPECT_EQ(live.water_temp_text, "40");
-  EXPECT_EQ(live.air_temp_text, "20");
+  EXPECT_NEAR(live.water_temp_c, 40.0, 0.5);
+  EXPECT_NEAR(live.air_temp_c, 20.0, 0.5);
   EXPECT_EQ(live.frames_per_second, 25);
   EXPECT_EQ(live.error_count, 1);
   EXPECT_EQ(live.last_error, 3);

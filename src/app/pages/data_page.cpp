@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "app/widgets/live_texts.h"
 #include "app/widgets/status_strip.h"
 #include "base/qt/qt_platform.h"
 #include "link/program_status.h"
@@ -14,12 +15,13 @@ namespace vela {
 
 namespace {
 const QString kNoValue = QStringLiteral("--");
+
+QString AfrFuelCaption(int afr_mode) { return TextOf(AfrCaptionsOf(afr_mode).fuel); }
+
 }  // namespace
 
 QString AfrDisplayText(double lambda, int afr_mode, QString* unit) {
-  const AfrCaptions captions = AfrCaptionsOf(afr_mode);
-  if (unit)
-    *unit = QString::fromUtf8(captions.fuel.data(), static_cast<qsizetype>(captions.fuel.size()));
+  if (unit) *unit = AfrFuelCaption(afr_mode);
   return QString::fromStdString(AfrText(lambda, afr_mode, SystemDecimalSeparator()));
 }
 
@@ -36,18 +38,18 @@ DataPage::DataPage(QWidget* parent) : QWidget(parent) {
   auto* box_layout = new QVBoxLayout(box);
   box_layout->addWidget(grid_);
   layout->addWidget(box);
-  rpm_ = AddReadout("DataRPM", "Engine Speed", "RPM");
-  map_ = AddReadout("DataMAP", "Manifold Pressure", "kPa");
-  tps_ = AddReadout("DataTPS", "Throttle Position", "%");
-  injection_ = AddReadout("DataInjection", "Injection Time", "ms");
-  duty_ = AddReadout("DataDuty", "Injector Duty", "%");
-  ignition_ = AddReadout("DataIgnition", "Ignition Advance", "deg");
-  water_ = AddReadout("DataWater", "Water Temperature", "C");
-  air_ = AddReadout("DataAir", "Air Temperature", "C");
-  battery_ = AddReadout("DataBattery", "Battery", "V");
-  idle_ = AddReadout("DataIdle", "Idle Valve", "%");
-  throttle_pump_ = AddReadout("DataThrottlePump", "Throttle Pump Addition", "%");
-  afr_ = AddReadout("DataAFR", "Air-Fuel Ratio", "AFR");
+  AddReadout("DataRPM", "Engine Speed", "RPM", LiveQuantity::kEngineRpm);
+  AddReadout("DataMAP", "Manifold Pressure", "kPa", LiveQuantity::kMap);
+  AddReadout("DataTPS", "Throttle Position", "%", LiveQuantity::kTps);
+  AddReadout("DataInjection", "Injection Time", "ms", LiveQuantity::kInjection);
+  AddReadout("DataDuty", "Injector Duty", "%", LiveQuantity::kInjectorDuty);
+  AddReadout("DataIgnition", "Ignition Advance", "deg", LiveQuantity::kIgnition);
+  AddReadout("DataWater", "Water Temperature", "C", LiveQuantity::kWaterTemp);
+  AddReadout("DataAir", "Air Temperature", "C", LiveQuantity::kAirTemp);
+  AddReadout("DataBattery", "Battery", "V", LiveQuantity::kBattery);
+  AddReadout("DataIdle", "Idle Valve", "%", LiveQuantity::kIdleValve);
+  AddReadout("DataThrottlePump", "Throttle Pump Addition", "%", LiveQuantity::kThrottlePump);
+  afr_ = AddReadout("DataAFR", "Air-Fuel Ratio", "AFR", LiveQuantity::kAfr);
   afr_unit_ = readouts_.back().unit;
   auto* status_row = new QHBoxLayout;
   live_tune_ = new QLabel(this);
@@ -64,7 +66,8 @@ DataPage::DataPage(QWidget* parent) : QWidget(parent) {
   Show(LiveData{}, 0, false, false);
 }
 
-LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, const QString& unit) {
+LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, const QString& unit,
+                                LiveQuantity quantity) {
   auto* grid = static_cast<QGridLayout*>(grid_->layout());
   const int index = static_cast<int>(readouts_.size());
   const int row = (index / 3) * 2;
@@ -85,7 +88,7 @@ LiveValue* DataPage::AddReadout(const QString& name, const QString& caption, con
   grid->addWidget(value, row + 1, column);
   grid->addWidget(unit_label, row + 1, column + 1);
   grid->setColumnMinimumWidth(column + 1, 70);
-  readouts_.push_back({value, unit_label});
+  readouts_.push_back({value, unit_label, quantity});
   return value;
 }
 
@@ -103,20 +106,11 @@ void DataPage::Show(const LiveData& live, int afr_mode, bool live_tuning, bool c
     for (const Readout& readout : readouts_) readout.value->SetText(kNoValue);
     return;
   }
-  const auto text = [](const std::string& s) { return QString::fromStdString(s); };
-  rpm_->SetText(text(live.engine_rpm_text));
-  map_->SetText(text(live.map_text));
-  tps_->SetText(text(live.tps_text));
-  injection_->SetText(text(live.injection_text));
-  duty_->SetText(text(live.injector_duty_text));
-  ignition_->SetText(text(live.ignition_text));
-  water_->SetText(text(live.water_temp_text));
-  air_->SetText(text(live.air_temp_text));
-  battery_->SetText(text(live.battery_text));
-  idle_->SetText(text(live.idle_valve_text));
-  throttle_pump_->SetText(text(live.throttle_pump_text));
-  QString unit;
-  afr_->SetText(AfrDisplayText(live.lambda, afr_mode, &unit));
+  const LiveTextStyle style = ShownTextStyle(afr_mode);
+  for (const Readout& readout : readouts_) {
+    readout.value->SetText(LiveQText(live, readout.quantity, style));
+  }
+  const QString unit = AfrFuelCaption(afr_mode);
   if (afr_unit_->text() != unit) {
     afr_unit_->setText(unit);
     afr_->setAccessibleDescription(unit.trimmed());
@@ -136,8 +130,10 @@ void DataPage::ShowStatus(const LiveData& live, bool live_tuning, bool connected
   if (!connected) {
     status << "Not connected: no live values";
   } else {
-    for (const std::string& text : {live.engine_status_text, live.fuel_map_text}) {
-      if (!text.empty()) status << QString::fromStdString(text);
+    const LiveTextStyle style = ShownTextStyle(0);
+    for (const LiveQuantity quantity : {LiveQuantity::kEngineStatus, LiveQuantity::kFuelMap}) {
+      const QString text = LiveQText(live, quantity, style);
+      if (!text.isEmpty()) status << text;
     }
     if (live.limiter_active) status << "Rev Limiter";
     if (live.throttle_pump_active) status << "Throttle Pump";

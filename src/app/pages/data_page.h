@@ -8,6 +8,7 @@
 
 #include "app/widgets/live_value.h"
 #include "link/live/live_data.h"
+#include "program/live_text.h"
 
 namespace vela {
 
@@ -28,24 +29,15 @@ class DataPage : public QWidget {
   struct Readout {
     LiveValue* value;
     QLabel* unit;
+    LiveQuantity quantity;
   };
-  LiveValue* AddReadout(const QString& name, const QString& caption, const QString& unit);
+  LiveValue* AddReadout(const QString& name, const QString& caption, const QString& unit,
+                        LiveQuantity quantity);
   void ShowStatus(const LiveData& live, bool live_tuning, bool connected);
 
   std::vector<Readout> readouts_;
   QWidget* grid_ = nullptr;
   QWidget* options_area_ = nullptr;
-  LiveValue* rpm_ = nullptr;
-  LiveValue* map_ = nullptr;
-  LiveValue* tps_ = nullptr;
-  LiveValue* injection_ = nullptr;
-  LiveValue* duty_ = nullptr;
-  LiveValue* ignition_ = nullptr;
-  LiveValue* water_ = nullptr;
-  LiveValue* air_ = nullptr;
-  LiveValue* battery_ = nullptr;
-  LiveValue* idle_ = nullptr;
-  LiveValue* throttle_pump_ = nullptr;
   LiveValue* afr_ = nullptr;
   QLabel* afr_unit_ = nullptr;
   QLabel* status_ = nullptr;

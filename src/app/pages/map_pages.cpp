@@ -6,6 +6,7 @@
 #include "app/sessions/editor_session.h"
 #include "app/sessions/link_session.h"
 #include "app/sessions/live_view.h"
+#include "app/widgets/live_texts.h"
 #include "base/qt/qt_platform.h"
 #include "editors/mapgrid/grid_setup.h"
 #include "editors/mapgrid/qt/map_surface_view.h"
@@ -129,7 +130,7 @@ void MapPages::ShowEditors() {
   for (int i = 0; i < kPages; ++i) ShowDuty(i);
 }
 
-void MapPages::ShowLive(const LiveData& live, bool connected, int tab) {
+void MapPages::ShowLive(const LiveData& live, int afr_mode, bool connected, int tab) {
   if (tab < 0 || tab >= kPages) return;
   const int selection = editors_.state().setup.fuel_map_selection;
   const bool map1_running = live.status & live::kStatusFuelMap1;
@@ -140,7 +141,7 @@ void MapPages::ShowLive(const LiveData& live, bool connected, int tab) {
   // The live point moves with the read-outs, in the same redraw.
   if (live_new_) cross_hair_.SetLive({live.engine_rpm, live.map_kpa, live.tps_percent});
   live_new_ = false;
-  pages_[tab]->readout()->Show(live, connected);
+  pages_[tab]->readout()->Show(live, MapReadoutTexts(live, ShownTextStyle(afr_mode)), connected);
   pages_[tab]->ShowLiveState(LiveTuning(), in_use, connected && live.throttle_pump_active,
                              connected && live.limiter_active);
 }

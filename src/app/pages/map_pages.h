@@ -37,9 +37,9 @@ class MapPages : public QObject {
   void SetUpGrids();
   // After a calibration filled the editors: grids, map selection, cross-hair sites.
   void ShowEditors();
-  // The read-out and the labels of map page `tab` (0..2) from the shown live values; greyed,
-  // with no value, while `connected` is false.
-  void ShowLive(const LiveData& live, bool connected, int tab);
+  // The read-out and the labels of map page `tab` (0..2) from the shown live values, the AFR in
+  // display mode `afr_mode`; greyed, with no value, while `connected` is false.
+  void ShowLive(const LiveData& live, int afr_mode, bool connected, int tab);
   // `Numerical`: the maps as numbers only, their graphs folded away.
   void SetNumerical(bool numerical);
   bool LiveTuning() const;

@@ -21,7 +21,6 @@ LinkSession::LinkSession(QtSerialPort& port, StartupTrace& trace, QObject* paren
       dispatcher_(port, clock_, state_, display_, buffer_, upload_, handlers_),
       supervisor_(state_, display_, live_, upload_) {
   ApplyReceiveDefaults(state_);
-  handlers_.SetDecimalSeparator(SystemDecimalSeparator());
   timer_comm_process_.setInterval(kTimerCommProcessIntervalMs);
   comms_timer_.setInterval(kCommsTimerIntervalMs);
   comms_speed_timer_.setSingleShot(true);

@@ -48,9 +48,9 @@ class LinkSession : public QObject {
   void ForceUpload();
   // The calibration whose sensor points the temperature read-outs use.
   void UseCalibration(const CalibrationImage* image) { handlers_.SetCalibration(image); }
-  // How the air-fuel read-out is shown (the display choice).
-  void SetAfrDisplay(std::function<ReceiveHandlers::AfrShown(double lambda)> display) {
-    handlers_.SetAfrDisplay(std::move(display));
+  // The air-fuel value of a lambda reading in the display choice in force.
+  void SetAfrValue(ReceiveHandlers::AfrValue afr_value) {
+    handlers_.SetAfrValue(std::move(afr_value));
   }
   // The injector duty base of the engine set-up, for the live duty read-out.
   void SetDutyBase(double base) { handlers_.SetDutyBase(base); }

@@ -1,18 +1,17 @@
 #include "app/sessions/live_view.h"
 
 #include "app/sessions/link_session.h"
-#include "base/qt/qt_platform.h"
 #include "editors/map_file.h"
 #include "program/afr_display.h"
 
 namespace vela {
 
-ReceiveHandlers::AfrShown ShownAfr(double lambda, int afr_mode) {
-  return {AfrShownValue(lambda, afr_mode).value_or(0.0), AfrDecimals(afr_mode)};
+double ShownAfr(double lambda, int afr_mode) {
+  return AfrShownValue(lambda, afr_mode).value_or(0.0);
 }
 
 LiveView::LiveView(LinkSession& link, const ProgramSettings& settings, QObject* parent)
-    : QObject(parent), link_(link), settings_(settings), separator_(SystemDecimalSeparator()) {
+    : QObject(parent), link_(link), settings_(settings) {
   connect(&link_, &LinkSession::FrameTaken, this, [this] {
     smoothing_.Add(link_.live());
     emit Updated();
@@ -24,11 +23,8 @@ LiveData LiveView::Shown() const {
   const SmoothingChoice choice{settings_.rpm_smoothing != 0, settings_.map_smoothing != 0,
                                settings_.afr_smoothing != 0};
   const int mode = settings_.afr_display_mode;
-  LiveData shown = smoothing_.Apply(link_.live(), choice, separator_,
-                                    [mode](double lambda) { return ShownAfr(lambda, mode); });
-  // One text for the air-fuel ratio on every page: "-" while there is no reading.
-  shown.afr_text = AfrText(shown.lambda, mode, separator_);
-  return shown;
+  return smoothing_.Apply(link_.live(), choice,
+                          [mode](double lambda) { return ShownAfr(lambda, mode); });
 }
 
 LiveLoad LiveView::Load() const {

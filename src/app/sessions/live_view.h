@@ -14,8 +14,9 @@ namespace vela {
 
 class LinkSession;
 
-// The air-fuel read-out of a lambda reading in the display mode the tuner chose (`ComboAFRMode`).
-ReceiveHandlers::AfrShown ShownAfr(double lambda, int afr_mode);
+// The air-fuel value of a lambda reading in the display mode the tuner chose (0 with no reading
+// or the display off).
+double ShownAfr(double lambda, int afr_mode);
 
 class LiveView : public QObject {
   Q_OBJECT
@@ -23,8 +24,7 @@ class LiveView : public QObject {
  public:
   LiveView(LinkSession& link, const ProgramSettings& settings, QObject* parent = nullptr);
 
-  // The live data set with the chosen smoothing applied; its `afr_text` is the text every AFR
-  // read-out shows (AfrText).
+  // The live data set with the chosen smoothing applied.
   LiveData Shown() const;
   // The engine speed and load of the shown set, for the live point on the maps.
   LiveLoad Load() const;
@@ -39,7 +39,6 @@ class LiveView : public QObject {
   LinkSession& link_;
   const ProgramSettings& settings_;
   LiveSmoothing smoothing_;
-  char separator_;
 };
 
 }  // namespace vela

@@ -31,31 +31,19 @@ void LiveSmoothing::Reset() {
   lambda_.Reset();
 }
 
-LiveData LiveSmoothing::Apply(
-    const LiveData& raw, const SmoothingChoice& choice, char separator,
-    const std::function<ReceiveHandlers::AfrShown(double)>& afr_shown) const {
-  using live_text::Fixed;
+LiveData LiveSmoothing::Apply(const LiveData& raw, const SmoothingChoice& choice,
+                              const ReceiveHandlers::AfrValue& afr_value) const {
   LiveData shown = raw;
-  if (choice.rpm && rpm_.Value()) {
-    shown.engine_rpm = *rpm_.Value();
-    shown.engine_rpm_text = Fixed(shown.engine_rpm, 0, separator);
-  }
-  if (choice.map && map_.Value() && raw.map_text != "Over") {
+  if (choice.rpm && rpm_.Value()) shown.engine_rpm = *rpm_.Value();
+  if (choice.map && map_.Value() && !raw.map_over_range) {
     shown.map_kpa = *map_.Value();
-    shown.map_text = Fixed(shown.map_kpa, 1, separator);
-    if (raw.boost_text != "99.99 ") {
-      shown.boost_bar = (shown.map_kpa - live_text::kAtmosphereKpa) / 100.0;
-      shown.boost_text = Fixed(shown.boost_bar, 2, separator);
+    if (!(raw.boost_bar > live::kBoostDisplayLimitBar)) {
+      shown.boost_bar = (shown.map_kpa - live::kAtmosphereKpa) / 100.0;
     }
   }
   if (choice.afr && lambda_.Value() && raw.lambda > 0.0) {
     shown.lambda = *lambda_.Value();
-    shown.lambda_text = Fixed(shown.lambda, 3, separator);
-    const ReceiveHandlers::AfrShown afr =
-        afr_shown ? afr_shown(shown.lambda)
-                  : ReceiveHandlers::AfrShown{shown.lambda * kGasolineStoichiometric, 1};
-    shown.afr = afr.value;
-    shown.afr_text = Fixed(shown.afr, afr.decimals, separator);
+    shown.afr = afr_value ? afr_value(shown.lambda) : shown.lambda * kGasolineStoichiometric;
   }
   return shown;
 }

@@ -6,7 +6,6 @@
 // The filters always run; a choice only decides whether the shown value is the filtered one.
 #pragma once
 
-#include <functional>
 #include <optional>
 
 #include "link/live/live_data.h"
@@ -47,11 +46,12 @@ class LiveSmoothing {
   // The link was lost: the next frame starts the filters afresh.
   void Reset();
 
-  // `raw` with the chosen quantities (and their texts) replaced by the filtered ones. The AFR
-  // read-out follows the filtered lambda through `afr_shown` (as the handlers show it). A
-  // sentinel text ("Over", "99.99 ") stays, and so does a missing oxygen reading (lambda 0).
-  LiveData Apply(const LiveData& raw, const SmoothingChoice& choice, char separator,
-                 const std::function<ReceiveHandlers::AfrShown(double)>& afr_shown) const;
+  // `raw` with the chosen quantities replaced by the filtered ones. The air-fuel value follows
+  // the filtered lambda through `afr_value` (as the handlers compute it). A pressure over the
+  // sensor's range or a boost beyond the read-outs' limit stays as it came, and so does a
+  // missing oxygen reading (lambda 0).
+  LiveData Apply(const LiveData& raw, const SmoothingChoice& choice,
+                 const ReceiveHandlers::AfrValue& afr_value) const;
 
  private:
   LowPassFilter rpm_{kRpmTimeConstantS};

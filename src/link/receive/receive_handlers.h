@@ -37,18 +37,12 @@ class ReceiveHandlers {
 
   // The calibration whose sensor points convert the temperature ratios; none: all points 0.
   void SetCalibration(const CalibrationImage* image) { calibration_ = image; }
-  void SetDecimalSeparator(char separator) { separator_ = separator; }
-  // The top of the installed MAP sensor's range in kPa: beyond it the pressure reads "Over".
+  // The top of the installed MAP sensor's range in kPa: beyond it the pressure is over range.
   void SetMapRangeKpa(double kpa) { map_range_kpa_ = kpa; }
-  // The air-fuel read-out: the shown value and its decimals for a lambda reading, as the display
-  // choice has it (unset: the gasoline ratio, one decimal).
-  struct AfrShown {
-    double value;
-    int decimals;
-  };
-  void SetAfrDisplay(std::function<AfrShown(double lambda)> display) {
-    afr_display_ = std::move(display);
-  }
+  // The air-fuel value for a lambda reading, as the display choice has it (unset: the gasoline
+  // ratio).
+  using AfrValue = std::function<double(double lambda)>;
+  void SetAfrValue(AfrValue afr_value) { afr_value_ = std::move(afr_value); }
   // The injector duty base of the engine set-up (live::InjectorDutyPercent).
   void SetDutyBase(double base) { duty_base_ = base; }
   void SetHooks(Hooks hooks) { hooks_ = std::move(hooks); }
@@ -74,7 +68,7 @@ class ReceiveHandlers {
   void RpmSiteHandler(const live::Frame& f);           // 14: 28
   void ThrottlePumpLowHandler(const live::Frame& f);   // 15: 29
   void ThrottlePumpHighHandler(const live::Frame& f);  // 16: 30
-  void IdleStepTextHandler(const live::Frame& f);      // 17: 31
+  void IdleStepRepeatHandler(const live::Frame& f);    // 17: 31
   void IdleActiveHandler(const live::Frame& f);        // 18: 32 with 31
   void IdleTargetHandler(const live::Frame& f);        // 19: 33 with 32
   void OutputsHandler(const live::Frame& f);           // 20: 34
@@ -93,10 +87,9 @@ class ReceiveHandlers {
   LiveData& live_;
   Hooks hooks_;
   const CalibrationImage* calibration_ = nullptr;
-  char separator_ = '.';
   double map_range_kpa_ = kDefaultMapRangeKpa;
   double duty_base_ = live::kDefaultDutyBase;
-  std::function<AfrShown(double lambda)> afr_display_;
+  AfrValue afr_value_;
   std::uint8_t throttle_pump_low_ = 0;
 };
 

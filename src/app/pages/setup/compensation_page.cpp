@@ -8,6 +8,7 @@
 
 #include "app/pages/setup/setup_widgets.h"
 #include "app/sessions/editor_session.h"
+#include "app/widgets/live_texts.h"
 #include "base/qt/qt_platform.h"
 #include "editors/setup/setup_marks.h"
 
@@ -181,17 +182,19 @@ void CompensationPage::ShowCurve(CompTable table) {
                            QString::fromStdString(model.Text(2))));
 }
 
-void CompensationPage::ShowLive(const LiveData& live, bool connected) {
+void CompensationPage::ShowLive(const LiveData& live, int afr_mode, bool connected) {
   live_ = live;
+  afr_mode_ = afr_mode;
   connected_ = connected;
   if (!isVisible()) return;
-  readout_->Show(live, connected);
+  const ReadoutTexts texts = MapReadoutTexts(live, ShownTextStyle(afr_mode));
+  readout_->Show(live, texts, connected);
   if (!connected) {
     for (auto* curve : curves_) curve->SetLiveX(std::nullopt);
     return;
   }
-  curves_[0]->SetLiveX(CurveTemperature(live.air_temp_text));
-  curves_[1]->SetLiveX(CurveTemperature(live.water_temp_text));
+  curves_[0]->SetLiveX(CurveTemperature(texts.air.toStdString()));
+  curves_[1]->SetLiveX(CurveTemperature(texts.water.toStdString()));
   curves_[2]->SetLiveX(live.battery_volts > 0 ? std::optional<double>(live.battery_volts)
                                               : std::nullopt);
   const bool map_basis = parts_.editors.state().sensors.throttle_pump_on_map;
@@ -200,7 +203,7 @@ void CompensationPage::ShowLive(const LiveData& live, bool connected) {
 
 void CompensationPage::showEvent(QShowEvent* event) {
   ShowEditors();
-  ShowLive(live_, connected_);
+  ShowLive(live_, afr_mode_, connected_);
   QWidget::showEvent(event);
 }
 

@@ -28,8 +28,9 @@ class CompensationPage : public QWidget {
   CurveView* curve(CompTable table) const { return curves_[static_cast<std::size_t>(table)]; }
   // The tables from the editors' state, in the formats the sensor set-up gives them.
   void ShowEditors();
-  // The live values; greyed and without a live mark while `connected` is false.
-  void ShowLive(const LiveData& live, bool connected);
+  // The live values, the AFR in display mode `afr_mode`; greyed and without a live mark while
+  // `connected` is false.
+  void ShowLive(const LiveData& live, int afr_mode, bool connected);
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -50,6 +51,7 @@ class CompensationPage : public QWidget {
   std::array<SmallMapGrid*, 4> grids_{};
   std::array<CurveView*, 4> curves_{};
   LiveData live_;
+  int afr_mode_ = 0;
   bool connected_ = false;
 };
 

@@ -9,6 +9,7 @@
 
 #include "app/pages/setup/setup_widgets.h"
 #include "app/sessions/editor_session.h"
+#include "app/widgets/live_texts.h"
 #include "base/qt/qt_platform.h"
 #include "calibration/conversions.h"
 #include "calibration/decimal_text.h"
@@ -309,10 +310,11 @@ void SensorSetupPage::ShowControls() {
 void SensorSetupPage::ShowLive(const LiveData& live, bool connected) {
   if (!isVisible()) return;
   filling_ = true;
-  const std::string* texts[] = {&live.water_temp_text, &live.air_temp_text};
+  const LiveQuantity quantities[] = {LiveQuantity::kWaterTemp, LiveQuantity::kAirTemp};
   for (int i = 0; i < 2; ++i) {
     QTableWidgetItem* item = tables_[i]->item(kActualTempRow, 1);
-    const QString text = connected ? QString::fromStdString(*texts[i]) : QStringLiteral("--");
+    const QString text =
+        connected ? LiveQText(live, quantities[i], ShownTextStyle(0)) : QStringLiteral("--");
     if (item->text() != text) item->setText(text);
     const QColor ink = connected ? palette().color(QPalette::Text) : QColor(150, 150, 150);
     if (item->foreground().color() != ink) item->setForeground(ink);

@@ -76,7 +76,7 @@ void SetupPages::ShowEditors() {
 }
 
 void SetupPages::ShowLive(const LiveData& live, int afr_mode, bool connected) {
-  compensation_->ShowLive(live, connected);
+  compensation_->ShowLive(live, afr_mode, connected);
   sensor_setup_->ShowLive(live, connected);
   if (inputs_->isVisible()) inputs_->ShowLive(live.lambda, afr_mode, connected);
 }

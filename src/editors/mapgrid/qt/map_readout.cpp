@@ -109,7 +109,7 @@ void MapReadout::SetBatt(double volts) { SetNumber(Readout::kBatt, volts, 2); }
 
 namespace vela {
 
-void MapReadout::Show(const LiveData& live, bool live_values) {
+void MapReadout::Show(const LiveData& live, const ReadoutTexts& texts, bool live_values) {
   if (greyed_ != !live_values) {
     greyed_ = !live_values;
     const QColor ink = greyed_ ? QColor(150, 150, 150) : palette().color(QPalette::Text);
@@ -128,11 +128,10 @@ void MapReadout::Show(const LiveData& live, bool live_values) {
   SetTps(live.tps_percent);
   SetMs(live.injection_ms);
   SetIgn(live.ignition_advance_deg);
-  SetWat(QString::fromStdString(live.water_temp_text));
-  SetAir(QString::fromStdString(live.air_temp_text));
+  SetWat(texts.water);
+  SetAir(texts.air);
   SetBatt(live.battery_volts);
-  // The text the window's shown set carries, so that every AFR read-out says the same.
-  SetValue(Readout::kAfr, QString::fromStdString(live.afr_text));
+  SetValue(Readout::kAfr, texts.afr);
 }
 
 }  // namespace vela

@@ -21,6 +21,13 @@ enum class Readout { kRpm, kMap, kTps, kMs, kIgn, kWat, kAir, kBatt, kAfr };
 inline constexpr std::array<const char*, 9> kReadoutLabels = {"RPM", "MAP", "TPS",  "Ms", "Ign",
                                                               "Wat", "Air", "Batt", "AFR"};
 
+// The read-out's values that are texts rather than numbers, made by the page that shows it.
+struct ReadoutTexts {
+  QString water;
+  QString air;
+  QString afr;
+};
+
 class MapReadout : public QTableWidget {
   Q_OBJECT
 
@@ -35,9 +42,9 @@ class MapReadout : public QTableWidget {
   void SetWat(const QString& text);  // temperature text as the sensor table gives it
   void SetAir(const QString& text);
   void SetBatt(double volts);  // two decimals
-  // Every quantity from the live data; while the values are not live (the ECU is not
-  // connected) every value reads "--" in grey, so no stale number passes for a live one.
-  void Show(const LiveData& live, bool live_values = true);
+  // Every quantity from the live data and `texts`; while the values are not live (the ECU is
+  // not connected) every value reads "--" in grey, so no stale number passes for a live one.
+  void Show(const LiveData& live, const ReadoutTexts& texts, bool live_values = true);
 
   // The decimal separator of the computer ('.' or ',').
   void SetDecimalSeparator(QChar separator) { separator_ = separator; }
