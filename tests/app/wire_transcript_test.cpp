@@ -25,23 +25,6 @@ using vela::testing::SentFrame;
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace wire_transcript_test {
 
-struct Program : testing::TestProgram {
-  Program(const QString& root, const std::string& device)
-      : TestProgram(root, QString::fromStdString(device)) {
-    link.SetCommsDelayEnabled(false);
-  }
-  template <typename T>
-  T* Find(const QString& name) {
-    return window->findChild<T*>(name);
-  }
-  bool Key(Qt::Key key) {
-    window->activateWindow();
-    if (!QTest::qWaitForWindowActive(window.get())) return false;
-    QTest::keyClick(window.get(), key);
-    return true;
-  }
-};
-
 QStringList Lines(const std::vector<SentFrame>& frames) {
   QStringList lines;
   for (const SentFrame& f : frames) {
@@ -66,36 +49,30 @@ class WireTranscriptTest : public QObject {
 
  private slots:
   void aScriptedSessionPutsTheSameFramesOnTheWire() {
-    QTemporaryDir dir;
-    sim::InProcessSimulator ecu;
-    sim::SimCommandLine options;
-    options.verbose = true;
-    std::string error;
-    QVERIFY2(ecu.Start(options, &error, wire_.Hook()), error.c_str());
-    Program p(dir.path(), ecu.SlavePath());
-    QVERIFY(p.window->Load());
-    p.window->show();
-    EditorSession& editors = p.window->editors();
-    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
-    QTRY_COMPARE_WITH_TIMEOUT(p.link.live().frames_per_second, 20, 3000);
+    testing::RunningOptions options;
+    options.log = wire_.Hook();
+    testing::RunningProgram p(options);
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Run());
+    EditorSession& editors = p.editors();
     QTest::qWait(200);
 
     // A fuel cell and an ignition cell, one step up each, from the keyboard.
     std::size_t mark = wire_.Mark();
-    MapGrid* fuel = p.window->map_pages().page(0)->grid();
+    MapGrid* fuel = p.window().map_pages().page(0)->grid();
     fuel->SetCurrentCell(5, 3);
     fuel->setFocus();
     QTest::keyClick(fuel, Qt::Key_Up);
     QVERIFY(Settled(mark, 1));
     mark = wire_.Mark();
-    MapGrid* ign = p.window->map_pages().page(2)->grid();
+    MapGrid* ign = p.window().map_pages().page(2)->grid();
     ign->SetCurrentCell(2, 2);
     ign->setFocus();
     QTest::keyClick(ign, Qt::Key_Up);
     QVERIFY(Settled(mark, 1));
 
     // Set-up: a group, a list and a number typed in.
-    QVERIFY(p.Key(Qt::Key_M));
+    QVERIFY(p.Press(Qt::Key_M));
     mark = wire_.Mark();
     p.Find<QRadioButton>("LimiterMode2")->click();
     QVERIFY(Settled(mark, 1));
@@ -115,15 +92,15 @@ class WireTranscriptTest : public QObject {
     // A slower live rate.
     mark = wire_.Mark();
     p.Find<QComboBox>("FramesPerSecondList")->setCurrentIndex(10);
-    QTRY_COMPARE_WITH_TIMEOUT(p.link.live().frames_per_second, 4, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(p.link().live().frames_per_second, 4, 3000);
     QVERIFY(Settled(mark, 1));
 
     // The map saved, loaded back and downloaded whole.
-    const std::string map_path = p.folders.maps + "session.sm1";
-    p.dialogs.paths.push_back(map_path);
+    const std::string map_path = p.program->folders.maps + "session.sm1";
+    p.program->dialogs.paths.push_back(map_path);
     editors.SaveMap();
-    p.dialogs.paths.push_back(map_path);
-    p.messages.answers.push_back(MessageAnswer::kYes);
+    p.program->dialogs.paths.push_back(map_path);
+    p.program->messages.answers.push_back(MessageAnswer::kYes);
     editors.LoadAndDownloadMap();
     QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
     QTest::qWait(500);
