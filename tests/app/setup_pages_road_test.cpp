@@ -404,25 +404,19 @@ class SetupPagesRoadTest : public QObject {
     QCOMPARE(names.value("byte 2 (885)"), QString("Byte885"));
   }
 
-  // A sound calibration's set-up pages need no scrolling at 1280 x 720.
-  void aSoundCalibrationFitsA1280By720Window() { ExpectSetupPagesWholeAt1280By720("sound"); }
-
-  // An image whose output and input functions fail (each marked under its field, the errors
-  // listed under the pages) still leaves every set-up page whole at 1280 x 720.
-  void failingFunctionsFitA1280By720Window() {
-    CalibrationImage image = sim::EmbeddedBaseCalibration();
-    for (const auto& [position, value] :
-         {std::pair{884, 200}, {910, 31}, {926, 16}, {1022, 9}, {1023, 99}}) {
-      image.SetByte(position, static_cast<std::uint8_t>(value));
-    }
-    StartWith(image, "functions.sm1");
+  // A sound calibration's set-up pages need no scrolling at 1280 x 720; nor do they when the
+  // output and input functions fail (each marked under its field, the errors listed under the
+  // pages).
+  void soundOrWithFailingFunctionsThePagesFitA1280By720Window() {
+    ExpectSetupPagesWholeAt1280By720("sound");
+    StartWith(WithBytes(kFailingFunctions), "functions.sm1");
     ExpectSetupPagesWholeAt1280By720("functions");
   }
 
   // With every check that has a mark failing (the outputs' functions among them), the set-up
   // pages keep every column in a 1280-wide window, and at 1024 x 600 they scroll only downwards.
   void thePagesFitTheScreenWithAnyCalibration() {
-    StartWith(FailingCalibration(), "failing.sm1");
+    StartWith(WithBytes(kFailingOthers, WithBytes(kFailingFunctions)), "failing.sm1");
     Program& p = *program_;
     QTabWidget* tabs = p.window->tabs();
     for (const QSize size : {QSize(1280, 720), QSize(1024, 600)}) {
@@ -500,18 +494,23 @@ class SetupPagesRoadTest : public QObject {
     }
   }
 
-  // A calibration failing every check a set-up page marks beside a control: output functions,
-  // a trigger pattern, a rev limiter of 60,000 RPM, a dwell byte with bit 7, no idle target, an
-  // unknown injection mode, battery bytes beyond the table above 2.00 ms, and more.
-  static CalibrationImage FailingCalibration() {
-    CalibrationImage image = sim::EmbeddedBaseCalibration();
-    const std::pair<int, int> bytes[] = {
-        {884, 200},  {910, 31},   {926, 16},   {1022, 9},  {1023, 99},  {902, 9},    {903, 7},
-        {905, 9},    {852, 250},  {853, 240},  {906, 7},   {907, 0xFF}, {908, 77},   {947, 12},
-        {946, 9},    {995, 0xE7}, {996, 3},    {959, 200}, {942, 0x18}, {958, 0xC5}, {998, 20},
-        {997, 9},    {952, 5},    {955, 0xFF}, {956, 99},  {1007, 250}, {1008, 201}, {1011, 0},
-        {1012, 0},   {1013, 0},   {1014, 200}, {1015, 10}, {1018, 200}, {867, 9},    {949, 0xE8},
-        {950, 0x03}, {900, 0},    {901, 0}};
+  // Output and input functions no entry stands for.
+  static constexpr std::pair<int, int> kFailingFunctions[] = {
+      {884, 200}, {910, 31}, {926, 16}, {1022, 9}, {1023, 99}};
+  // With them, every other check a set-up page marks beside a control fails: a trigger pattern,
+  // a rev limiter of 60,000 RPM, a dwell byte with bit 7, no idle target, an unknown injection
+  // mode, battery bytes beyond the table above 2.00 ms, and more.
+  static constexpr std::pair<int, int> kFailingOthers[] = {
+      {902, 9},    {903, 7},    {905, 9},    {852, 250},  {853, 240},  {906, 7},   {907, 0xFF},
+      {908, 77},   {947, 12},   {946, 9},    {995, 0xE7}, {996, 3},    {959, 200}, {942, 0x18},
+      {958, 0xC5}, {998, 20},   {997, 9},    {952, 5},    {955, 0xFF}, {956, 99},  {1007, 250},
+      {1008, 201}, {1011, 0},   {1012, 0},   {1013, 0},   {1014, 200}, {1015, 10}, {1018, 200},
+      {867, 9},    {949, 0xE8}, {950, 0x03}, {900, 0},    {901, 0}};
+
+  // The simulated ECU's base calibration with `bytes` changed.
+  template <typename Bytes>
+  static CalibrationImage WithBytes(const Bytes& bytes,
+                                    CalibrationImage image = sim::EmbeddedBaseCalibration()) {
     for (const auto& [position, value] : bytes) {
       image.SetByte(position, static_cast<std::uint8_t>(value));
     }
@@ -527,14 +526,11 @@ class SetupPagesRoadTest : public QObject {
   }
 
   void SaveScreenshots() {
-    const QString folder = qEnvironmentVariable("VELA_SHOT_DIR");
-    if (folder.isEmpty()) return;
-    QDir().mkpath(folder);
-    QTabWidget* tabs = program_->window->tabs();
+    if (qEnvironmentVariable("VELA_SHOT_DIR").isEmpty()) return;
     for (const int tab : {3, 4, 5, 6, 7}) {
-      tabs->setCurrentIndex(tab);
-      QTest::qWait(700);
-      program_->window->grab().save(QString("%1/tab%2.png").arg(folder).arg(tab));
+      program_->window->tabs()->setCurrentIndex(tab);
+      QTest::qWait(400);
+      SaveShot(QString("tab%1").arg(tab));
     }
   }
 };

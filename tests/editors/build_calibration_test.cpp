@@ -4,28 +4,14 @@
 #include <gtest/gtest.h>
 
 #include "editor_fakes.h"
-#include "editors/apply_calibration.h"
 
 namespace vela {
 namespace {
 
-using editor_testing::RecordingSender;
-using editor_testing::ScriptedMessages;
+using editor_testing::Applied;
 using editor_testing::SoundImage;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-EditorState Applied(const CalibrationImage& image) {
-  EditorState state;
-  StartupTrace status;
-  ScriptedMessages messages;
-  RecordingSender sender;
-  LinkState link;
-  bool suppress = false;
-  ApplyEnvironment env{status, messages, sender, link, suppress, {}, {}};
-  ApplyUploadedCalibration(image, CalibrationSource::kUpload, state, env);
-  return state;
-}
 
 void Fill(CalibrationImage& image, int first, int last, int salt) {
   for (int p = first; p <= last; ++p) {

@@ -12,6 +12,7 @@
 #include "base/file_system.h"
 #include "base/platform.h"
 #include "calibration/calibration_image.h"
+#include "editors/apply_calibration.h"
 #include "editors/edit_parts.h"
 #include "link/link_state.h"
 #include "support/platform_fakes.h"
@@ -25,8 +26,6 @@ using ::vela::testing::ScriptedMessages;
 using ::vela::testing::SentFrame;
 using MemoryFiles = ::vela::testing::MemoryFileSystem;
 
-// A calibration that passes every check: 4 cylinders, 9 fuel and 5 ignition load sites, a
-// 36-1 trigger wheel, falling NTC sensor curves, firmware 2.
 // An editor's surroundings: state, image, a recording sender and scripted messages.
 struct EditFixture {
   EditorState state;
@@ -37,6 +36,8 @@ struct EditFixture {
   EditParts Parts() { return {state, image, sender, messages, suppress}; }
 };
 
+// A calibration that passes every check: 4 cylinders, 9 fuel and 5 ignition load sites, a
+// 36-1 trigger wheel, falling NTC sensor curves, firmware 2.
 inline CalibrationImage SoundImage() {
   CalibrationImage image;
   const std::pair<int, int> bytes[] = {
@@ -52,6 +53,26 @@ inline CalibrationImage SoundImage() {
   }
   for (int p = 999; p <= 1010; ++p) image.SetByte(p, 100);
   return image;
+}
+
+// The sound calibration with some bytes changed (position, value).
+inline CalibrationImage SoundImageWith(std::initializer_list<std::pair<int, int>> bytes) {
+  CalibrationImage image = SoundImage();
+  for (auto [position, value] : bytes) image.SetByte(position, static_cast<std::uint8_t>(value));
+  return image;
+}
+
+// The editors filled from `image` as after an upload, with nothing shown or sent elsewhere.
+inline EditorState Applied(const CalibrationImage& image) {
+  EditorState state;
+  StartupTrace status;
+  ScriptedMessages messages;
+  RecordingSender sender;
+  LinkState link;
+  bool suppress = false;
+  ApplyEnvironment env{status, messages, sender, link, suppress, {}, {}};
+  ApplyUploadedCalibration(image, CalibrationSource::kMapFile, state, env);
+  return state;
 }
 
 }  // namespace vela::editor_testing

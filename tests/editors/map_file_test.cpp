@@ -15,6 +15,7 @@ using editor_testing::ScriptedDialogs;
 using editor_testing::ScriptedMessages;
 using editor_testing::SentFrame;
 using editor_testing::SoundImage;
+using editor_testing::SoundImageWith;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -31,6 +32,17 @@ class MapFileTest : public ::testing::Test {
   MapFileTest() { files.folders[kFolders.maps] = true; }
 
   MapFileResult Load() { return map_files.LoadAndDownloadMap(target); }
+  // The open dialog picks `name` in the maps folder, a file holding `content`.
+  void Offer(const std::string& name, const std::string& content) {
+    dialogs.path = "/d/M/V/Maps/" + name;
+    files.files[*dialogs.path] = content;
+  }
+  // The editors as an upload of `image` leaves them, with nothing traced or sent since.
+  void Uploaded(const CalibrationImage& image) {
+    ApplyUploadedCalibration(image, CalibrationSource::kUpload, state, apply);
+    status = StartupTrace();
+    sender.frames.clear();
+  }
 
   MemoryFiles files;
   ScriptedDialogs dialogs;
@@ -153,17 +165,12 @@ TEST_F(MapFileTest, LoadWithoutTheEcuSwitchesToOfflineModeFirst) {
 // same byte of the uploaded image that the version label and the version check show.
 TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDownload) {
   link.Caption = kConnected;
-  CalibrationImage uploaded = SoundImage();
-  uploaded.SetByte(909, 3);
-  ApplyUploadedCalibration(uploaded, CalibrationSource::kUpload, state, apply);
-  status = StartupTrace();
-  sender.frames.clear();
+  Uploaded(SoundImageWith({{909, 3}}));
   CalibrationImage file = SoundImage();
   file.SetByte(909, 9);
   file.SetByte(1, 0x34);
   file.SetByte(2, 0x12);
-  files.files["/d/M/V/Maps/a.b.c.d.sm1"] = FileOf(file);
-  dialogs.path = "/d/M/V/Maps/a.b.c.d.sm1";
+  Offer("a.b.c.d.sm1", FileOf(file));
   state.SetupErrors = {"from before"};
 
   messages.answers = {MessageAnswer::kNo};
@@ -202,8 +209,7 @@ TEST_F(MapFileTest, EveryFileThatIsNotExactlyAMapIsRefusedBeforeAnythingIsSent) 
   state.setup.cylinders_code = 5;
   for (const auto& [name, content] : cases) {
     SCOPED_TRACE(name);
-    files.files["/d/M/V/Maps/" + name] = content;
-    dialogs.path = "/d/M/V/Maps/" + name;
+    Offer(name, content);
     messages.shown.clear();
     EXPECT_EQ(Load(), MapFileResult::kRefused);
     ASSERT_EQ(messages.shown.size(), 1u);
@@ -236,11 +242,8 @@ TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
   file.Write16(1, 1500);   // two fuel cells and an ignition cell differ from the editors
   file.Write16(3, 1600);
   file.SetByte(751, 40);
-  files.files["/d/M/V/Maps/odd.sm1"] = FileOf(file);
-  dialogs.path = "/d/M/V/Maps/odd.sm1";
-  ApplyUploadedCalibration(SoundImage(), CalibrationSource::kUpload, state, apply);
-  status = StartupTrace();
-  sender.frames.clear();
+  Offer("odd.sm1", FileOf(file));
+  Uploaded(SoundImage());
 
   messages.answers = {MessageAnswer::kNo};
   EXPECT_EQ(Load(), MapFileResult::kCancelled);
@@ -275,22 +278,19 @@ TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
 // sensor type (byte 955), whatever sensor the editors show now.
 TEST_F(MapFileTest, TheFilesOwnSensorTypeJudgesItsScaling) {
   link.Caption = kConnected;
-  ApplyUploadedCalibration(SoundImage(), CalibrationSource::kUpload, state, apply);  // type 0
-  CalibrationImage four_bar = SoundImage();
-  four_bar.SetByte(955, 64 | 4);
-  four_bar.SetByte(956, 250);  // a scaling of the 4 bar sensor only
-  files.files["/d/M/V/Maps/four.sm1"] = FileOf(four_bar);
-  dialogs.path = "/d/M/V/Maps/four.sm1";
+  Uploaded(SoundImage());  // type 0
+  // A scaling of the 4 bar sensor only.
+  const CalibrationImage four_bar = SoundImageWith({{955, 64 | 4}, {956, 250}});
+  Offer("four.sm1", FileOf(four_bar));
   messages.answers = {MessageAnswer::kNo};
   EXPECT_EQ(Load(), MapFileResult::kCancelled);
   ASSERT_EQ(messages.shown.size(), 1u);
   EXPECT_EQ(messages.shown[0].title, " Download Check");  // no setup question
 
-  ApplyUploadedCalibration(four_bar, CalibrationSource::kUpload, state, apply);  // type 4 shown
+  Uploaded(four_bar);  // type 4 shown
   CalibrationImage one_bar = four_bar;
   one_bar.SetByte(955, 64);
-  files.files["/d/M/V/Maps/one.sm1"] = FileOf(one_bar);
-  dialogs.path = "/d/M/V/Maps/one.sm1";
+  Offer("one.sm1", FileOf(one_bar));
   messages.shown.clear();
   messages.answers = {MessageAnswer::kNo};
   EXPECT_EQ(Load(), MapFileResult::kCancelled);
@@ -305,8 +305,7 @@ TEST_F(MapFileTest, TheFilesOwnSensorTypeJudgesItsScaling) {
 // rows from 1900 RPM up, at the limit at 1000 RPM and within it at 500. The top row allows 7.3 ms.
 TEST_F(MapFileTest, AFileWithFuelCellsAboveTheirDutyLimitIsQuestionedWithTheirNumber) {
   link.Caption = kConnected;
-  ApplyUploadedCalibration(SoundImage(), CalibrationSource::kUpload, state, apply);
-  sender.frames.clear();
+  Uploaded(SoundImage());
   CalibrationImage file = SoundImage();
   for (int row = 1; row <= kMapRows; ++row) {
     for (int column = 1; column <= 9; ++column) file.SetFuelMs(1, row, column, 60.0);
@@ -315,8 +314,7 @@ TEST_F(MapFileTest, AFileWithFuelCellsAboveTheirDutyLimitIsQuestionedWithTheirNu
   file.SetFuelMs(2, 11, 2, 7.301);  // above it
   file.SetFuelMs(2, 1, 1, 20.0);    // at the 0 RPM row's limit
   EXPECT_EQ(OverDutyFuelCells(file), 9 * 9 + 1);
-  files.files["/d/M/V/Maps/rich.sm1"] = FileOf(file);
-  dialogs.path = "/d/M/V/Maps/rich.sm1";
+  Offer("rich.sm1", FileOf(file));
   messages.answers = {MessageAnswer::kNo};
   EXPECT_EQ(Load(), MapFileResult::kCancelled);
   ASSERT_EQ(messages.shown.size(), 1u);

@@ -7,7 +7,6 @@
 #include <map>
 
 #include "editor_fakes.h"
-#include "editors/apply_calibration.h"
 #include "editors/setup/map_sensor.h"
 #include "editors/setup/raw_fields.h"
 #include "editors/setup/setup_marks.h"
@@ -16,10 +15,9 @@
 namespace vela {
 namespace {
 
-using editor_testing::RecordingSender;
-using editor_testing::ScriptedMessages;
 using editor_testing::SentFrame;
 using editor_testing::SoundImage;
+using editor_testing::SoundImageWith;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -30,12 +28,7 @@ class SetupEditorTest : public ::testing::Test, public editor_testing::EditFixtu
   // The editors filled from `image`, as after an upload.
   void Load(const CalibrationImage& loaded) {
     image = loaded;
-    state = EditorState{};
-    StartupTrace status;
-    RecordingSender quiet;
-    LinkState link;
-    ApplyEnvironment env{status, messages, quiet, link, suppress, {}, {}};
-    ApplyUploadedCalibration(image, CalibrationSource::kMapFile, state, env);
+    state = editor_testing::Applied(image);
     state.SetupErrors.clear();
   }
 
@@ -118,11 +111,7 @@ TEST_F(SetupEditorTest, WhileTheEditorsAreFilledNothingIsKeptSentOrShown) {
 
 TEST_F(SetupEditorTest, RevLimitersAreEnginePeriodsSentSoNoPassingSpeedExceedsBothLimits) {
   // 6800 RPM is 8823.5 us, made 8824 (0x2278).
-  Load([] {
-    CalibrationImage i = SoundImage();
-    i.Write16(949, 0x2278);
-    return i;
-  }());
+  Load(SoundImageWith({{949, 0x78}, {950, 0x22}}));
   // Up to 7200 RPM: 8333 us (0x208D), a shorter period: the low byte goes first.
   ASSERT_TRUE(editor.SetRevLimitRpm(1, 7200));
   EXPECT_THAT(sender.frames, ElementsAre(SentFrame{4, 949, 0x8D}, SentFrame{4, 950, 0x20}));
@@ -169,14 +158,9 @@ TEST_F(SetupEditorTest, TheFiveBarSensorWithAllThreeMapFlagsIsNotOfferedAndSaysW
 }
 
 TEST_F(SetupEditorTest, ABadByteFromTheEcuIsReplacedOnlyByAGoodOne) {
-  Load([] {
-    CalibrationImage i = SoundImage();
-    i.SetByte(884, 20);   // no output function
-    i.SetByte(1014, 50);  // idle minimum above the maximum
-    i.SetByte(1015, 40);
-    i.SetByte(1007, 250);  // a battery byte beyond the table, above 2.00 ms
-    return i;
-  }());
+  // No output function, the idle minimum above the maximum, a battery byte beyond the table
+  // above 2.00 ms.
+  Load(SoundImageWith({{884, 20}, {1014, 50}, {1015, 40}, {1007, 250}}));
   EXPECT_EQ(editor.RawRange(884), (std::pair{0, 15}));
   EXPECT_THAT(editor.SetRawByte(884, 19), IsEmpty());
   EXPECT_THAT(editor.SetRawByte(884, 15), ElementsAre(ByteWrite{884, 15}));
@@ -194,22 +178,14 @@ TEST_F(SetupEditorTest, AByteBadInTwoPartsIsMendedOnePartAtATime) {
   // Byte 907 with no injection mode and no impedance (and bits no control sets): each control
   // shows no entry, and choosing an entry in either mends its part, though the byte still fails
   // until the other is chosen too.
-  Load([] {
-    CalibrationImage i = SoundImage();
-    i.SetByte(907, 0xFF);
-    return i;
-  }());
+  Load(SoundImageWith({{907, 0xFF}}));
   EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 0), ElementsAre(ByteWrite{907, 0xC0}));
   // The injection mode now shows an entry: changing it again would leave the byte failing.
   EXPECT_TRUE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
   EXPECT_THAT(editor.Choose(SetupChoice::kInjectorImpedance, 2), ElementsAre(ByteWrite{907, 0x80}));
   EXPECT_FALSE(editor.TryChoose(SetupChoice::kFuelMode, 1).Refused());
   // A byte bad in one part only: the other control waits for it.
-  Load([] {
-    CalibrationImage i = SoundImage();
-    i.SetByte(907, 0x43);
-    return i;
-  }());
+  Load(SoundImageWith({{907, 0x43}}));
   EXPECT_TRUE(editor.TryChoose(SetupChoice::kInjectorImpedance, 2).Refused());
   EXPECT_THAT(editor.Choose(SetupChoice::kFuelMode, 2), ElementsAre(ByteWrite{907, 0x42}));
 }
@@ -217,12 +193,7 @@ TEST_F(SetupEditorTest, AByteBadInTwoPartsIsMendedOnePartAtATime) {
 TEST_F(SetupEditorTest, ABytePartOnlyOneControlShowsWaitsForThatControl) {
   // Fuel load sites code 5 shares byte 995 with the fuel map selection: the selection cannot be
   // written beside it until the tuner picks load sites; then both go.
-  Load([] {
-    CalibrationImage i = SoundImage();
-    i.SetByte(995, 0x20 | 5);
-    i.SetByte(958, 0xC5);  // dwell with bit 7 set
-    return i;
-  }());
+  Load(SoundImageWith({{995, 0x20 | 5}, {958, 0xC5}}));  // the dwell byte with bit 7 set
   EXPECT_EQ(state.maps.FuelLoadSites, 17);
   EXPECT_EQ(ShownChoice(SetupChoice::kFuelLoadSites, state, image), kNoEntry);
   EXPECT_EQ(ChoiceMark(SetupChoice::kFuelLoadSites, state, image),

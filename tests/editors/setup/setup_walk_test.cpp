@@ -17,12 +17,12 @@
 #include <vector>
 
 #include "editor_fakes.h"
-#include "editors/apply_calibration.h"
 #include "editors/build_calibration.h"
 #include "editors/compensation/compensation_tables.h"
 #include "editors/compensation/temperature_sensors.h"
 #include "editors/setup/raw_fields.h"
 #include "editors/setup/setup_checks.h"
+#include "editors/setup/setup_choice_table.h"
 #include "editors/setup/setup_editor.h"
 
 namespace vela {
@@ -94,60 +94,22 @@ Control Choice(std::string name, SetupChoice choice, int entries,
           positions};
 }
 
+// Every choice of the set-up pages, walked as the choice table offers it. The entries each
+// offers are stated here, in the order of SetupChoice, so that a table that loses or gains one
+// fails (the MAP scalings: those of type 4, which has 12).
+constexpr int kOfferedEntries[] = {9, 3, 3, 3, 2, 2,  4, 4, 6, 3, 2, 5,  3, 2,
+                                   4, 2, 4, 3, 2, 15, 4, 2, 2, 2, 6, 12, 4};
+
 std::vector<Control> MainSetupControls() {
-  const auto& c = [](std::string name, SetupChoice choice, int entries, auto field) {
-    return Choice(std::move(name), choice, entries, field);
-  };
-  std::vector<Control> controls = {
-      c("Cylinders", SetupChoice::kCylinders, 9, [](auto& s) { return s.setup.cylinders_code; }),
-      c("FuelMode", SetupChoice::kFuelMode, 3, [](auto& s) { return s.setup.fuel_mode; }),
-      c("OptionImpedance", SetupChoice::kInjectorImpedance, 3,
-        [](auto& s) { return s.setup.injector_impedance; }),
-      c("LimiterMode", SetupChoice::kLimiterMode, 3, [](auto& s) { return s.setup.limiter_mode; }),
-      c("TriggerEdgeInput", SetupChoice::kTriggerInputEdge, 2,
-        [](auto& s) { return s.setup.trigger_input_edge; }),
-      c("TriggerEdgeHome", SetupChoice::kHomeInputEdge, 2,
-        [](auto& s) { return s.setup.home_input_edge; }),
-      c("TriggerEdgeSpark", SetupChoice::kSparkOutputEdge, 4,
-        [](auto& s) { return s.setup.spark_output_edge; }),
-      c("Combo1", SetupChoice::kAuxOutput, 4, [](auto& s) { return s.setup.aux_output; }),
-      c("ComboTrigger", SetupChoice::kTriggerPattern, 6,
-        [](auto& s) { return s.setup.trigger_pattern; }),
-      c("TriggerHallMagnetic", SetupChoice::kTriggerSensorType, 3,
-        [](auto& s) { return s.setup.trigger_sensor_type; }),
-      c("TriggerSensorFlag", SetupChoice::kTriggerSensorFlag, 2,
-        [](auto& s) { return int{s.setup.trigger_sensor_flag}; }),
-      c("ComboHome", SetupChoice::kHomePattern, 5, [](auto& s) { return s.setup.home_pattern; }),
-      c("HomeHallMagnetic", SetupChoice::kHomeSensorType, 3,
-        [](auto& s) { return s.setup.home_sensor_type; }),
-      c("HomeSensorFlag", SetupChoice::kHomeSensorFlag, 2,
-        [](auto& s) { return int{s.setup.home_sensor_flag}; }),
-      c("ComboSpark", SetupChoice::kSparkMode, 4, [](auto& s) { return s.setup.spark_mode; }),
-      c("ComboDwell", SetupChoice::kDwellMode, 2,
-        [](auto& s) { return DwellModeOf(s.setup.dwell); }),
-      c("ComboSiteRPM", SetupChoice::kRpmSites, 4, [](auto& s) { return s.setup.rpm_sites_code; }),
-      c("ComboSiteFuel", SetupChoice::kFuelLoadSites, 3,
-        [](auto& s) { return s.setup.fuel_load_sites_code; }),
-      c("ComboSiteIgnition", SetupChoice::kIgnLoadSites, 2,
-        [](auto& s) { return s.setup.ign_load_sites_code; }),
-      c("ComboPrime", SetupChoice::kFuelPumpPrime, 15,
-        [](auto& s) { return s.setup.fuel_pump_prime; }),
-      c("ComboWarningLight", SetupChoice::kWarningLight, 4,
-        [](auto& s) { return s.setup.warning_light; }),
-      c("MapSelectionSetup", SetupChoice::kMapSelection, 4,
-        [](auto& s) { return s.setup.fuel_map_selection; }),
-      c("LoadSensing", SetupChoice::kLoadSensing, 2,
-        [](auto& s) { return s.sensors.load_sensing; }),
-      c("ComboMAP", SetupChoice::kMapSensorType, 6,
-        [](auto& s) { return s.sensors.map_sensor_type; }),
-      c("ComboMAPScale", SetupChoice::kMapScale, 12,
-        [](auto& s) { return s.sensors.map_scale_entry; }),
-      // Sensor Setup's MAP sensor options.
-      c("AltitudeComp", SetupChoice::kAltitudeComp, 2,
-        [](auto& s) { return int{s.sensors.altitude_comp}; }),
-      c("TPumpBased", SetupChoice::kThrottlePumpBasis, 2,
-        [](auto& s) { return int{s.sensors.throttle_pump_on_map}; }),
-  };
+  std::vector<Control> controls;
+  EditorState four_bar;
+  four_bar.sensors.map_sensor_type = 4;
+  EXPECT_EQ(SetupChoiceDescriptions().size(), std::size(kOfferedEntries));
+  for (const SetupChoiceDescription& d : SetupChoiceDescriptions()) {
+    const int entries = kOfferedEntries[static_cast<std::size_t>(d.choice)];
+    EXPECT_EQ(ChoiceEntries(d.choice, four_bar), entries) << d.name;
+    controls.push_back(Choice(std::string(d.name), d.choice, entries, d.held));
+  }
   // The number fields, in the units the tuner types.
   controls.push_back({"RevLimit1 RPM",
                       {0, 1, 915, 916, 917, 6800, 19999, 20000, 20001, 60000},
@@ -270,16 +232,9 @@ struct Snapshot {
 class SetupWalk : public ::testing::Test {
  protected:
   SetupWalk() {
-    CalibrationImage image = SoundImage();
-    StartupTrace status;
-    ScriptedMessages messages;
-    RecordingSender quiet;
-    LinkState link;
-    bool suppress = false;
-    ApplyEnvironment env{status, messages, quiet, link, suppress, {}, {}};
-    ApplyUploadedCalibration(image, CalibrationSource::kMapFile, base_.state, env);
+    base_.image = SoundImage();
+    base_.state = editor_testing::Applied(base_.image);
     base_.state.SetupErrors.clear();
-    base_.image = image;
   }
 
   // The positions each control writes from the base, by trying every value once.
