@@ -163,22 +163,16 @@ bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
     parts_.status.Show("Off-line: the ECU's calibration was not applied");
     return true;
   }
-  if (resend_when_back_) {
-    resend_when_back_ = false;
-    edited_while_down_ = false;
-    if (image.Bytes() != image_.Bytes()) {
-      EndUploadPreparation();
-      DownloadWhole();
-      return false;
-    }
-  }
-  if (KeepEditsOver(image)) {
-    edited_while_down_ = false;
+  // The editors' calibration goes down instead when the tuner chose to send it once the ECU was
+  // back, or chooses now to keep the edits made while it was away.
+  const bool send_down = resend_when_back_ ? image.Bytes() != image_.Bytes() : KeepEditsOver(image);
+  resend_when_back_ = false;
+  edited_while_down_ = false;
+  if (send_down) {
     EndUploadPreparation();
     DownloadWhole();
     return false;
   }
-  edited_while_down_ = false;
   SetOutOfStep(false);
   // The ECU's calibration, unless it is the one the editors already show (a map sent down).
   if (!has_calibration_ || image.Bytes() != image_.Bytes()) SetMapInUse(std::string(), true);
