@@ -182,9 +182,9 @@ TEST(DatalogChannels, ADutyOfTwoHundredOrMoreIsRecordedAsTwoHundred) {
 }
 
 TEST(AxisFollow, TheLookAheadClimbsTheLadderOfThePacketSpeedFactor) {
-  const std::pair<double, double> ladder[] = {{1.0, 0.16}, {1.24, 0.16}, {1.25, 0.18}, {2.0, 0.18},
-                                              {3.0, 0.18}, {4.49, 0.18}, {4.5, 0.21},  {5.49, 0.21},
-                                              {5.5, 0.22}, {6.0, 0.22}};
+  // Each step on both sides of where it changes.
+  const std::pair<double, double> ladder[] = {{1.0, 0.16}, {1.24, 0.16}, {1.25, 0.18}, {4.49, 0.18},
+                                              {4.5, 0.21}, {5.49, 0.21}, {5.5, 0.22},  {6.0, 0.22}};
   for (const auto& [k, look_ahead] : ladder) EXPECT_EQ(AxisLookAhead(k), look_ahead) << k;
 }
 

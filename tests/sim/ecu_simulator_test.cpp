@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <string>
+
+#include "link/link_timing.h"
 #include "sim/core/base_calibration.h"
 #include "sim/core/frame_rate.h"
 #include "sim_test_support.h"
@@ -106,10 +110,13 @@ TEST(EcuUploadTest, AByteWriteOfAddress770IsAWriteNotARequest) {
   EXPECT_TRUE(Split(RunUntil(sim, 300'000)).replies.empty());
 }
 
+// Read from the program's own list: each entry's value (sent as Int(C) when one frame goes out
+// per tick) selects the rate the entry names.
 TEST(EcuRateTest, EachOfTheProgramsRateValuesSelectsItsOwnRate) {
-  const int values[] = {3, 5, 8, 10, 13, 17, 21, 27, 33, 44, 66};
-  const int rates[] = {60, 40, 30, 25, 20, 15, 12, 10, 8, 6, 4};
-  for (int i = 0; i < 11; ++i) EXPECT_EQ(FramesPerSecondForValue(values[i]), rates[i]);
+  for (const LiveFrameRate& rate : kLiveFrameRates) {
+    const auto value = static_cast<std::uint16_t>(std::floor(rate.constant));
+    EXPECT_EQ(FramesPerSecondForValue(value), std::stoi(std::string(rate.text))) << rate.text;
+  }
   // Between two constants the nearer wins; exactly halfway, the faster.
   EXPECT_EQ(FramesPerSecondForValue(0), 60);
   EXPECT_EQ(FramesPerSecondForValue(4), 60);
