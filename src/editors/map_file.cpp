@@ -55,24 +55,75 @@ bool FileNameAccepted(const std::string& path) {
   return DotsInFileName(path) <= kMaxDotsInFileName;
 }
 
-int OverDutyFuelCells(const CalibrationImage& image) {
+std::array<int, kMapRows> FuelDutyLimits(const CalibrationImage& image) {
   EngineSetup setup;
   setup.fuel_mode = image.Byte(FieldPos("InjectionMode")) & 0x03;
   SetupIgnitionDivide(setup);
   const double base = DutyLimitBase(setup);
   const std::array<int, kMapRows> rpm = RpmSites(image.Byte(FieldPos("RpmSitesSetup")));
+  std::array<int, kMapRows> limits{};
+  for (int i = 0; i < kMapRows; ++i) limits[i] = DutyLimitUnits(base, rpm[i]);
+  return limits;
+}
+
+int OverDutyFuelCells(const CalibrationImage& image) {
+  const std::array<int, kMapRows> limits = FuelDutyLimits(image);
   int over = 0;
   for (int map : {1, 2}) {
     for (int block_row = 1; block_row <= kMapRows; ++block_row) {
-      const int limit = DutyLimitUnits(base, rpm[block_row - 1]);
       for (int column = 1; column <= image.FuelLoadSites(); ++column) {
         const int raw =
             static_cast<int>(image.Read16(image.FuelCellPosition(map, block_row, column)));
-        if (raw > limit) ++over;
+        if (raw > limits[block_row - 1]) ++over;
       }
     }
   }
   return over;
+}
+
+std::vector<std::string> MapFileCheckFailures(const CalibrationImage& image) {
+  const CheckContext own{image.Byte(FieldPos("MapSensorSetup")) & kMapSensorTypeBits};
+  std::vector<std::string> failures = ValidateSetup(image, own);
+  const int over_duty = OverDutyFuelCells(image);
+  if (over_duty > 0) {
+    failures.push_back(std::to_string(over_duty) +
+                       (over_duty == 1 ? " fuel cell is above the duty limit of its RPM row"
+                                       : " fuel cells are above the duty limit of their RPM row") +
+                       " (more than 100 % injector duty)");
+  }
+  return failures;
+}
+
+MapFileImage ReadMapFileImage(FileSystem& files, const std::string& path) {
+  // One byte more than a map holds tells a long file from a map without reading it whole.
+  const FileHead head = files.ReadHead(path, kImageLength + 1);
+  MapFileImage read;
+  switch (head.kind) {
+    case FileHead::Kind::kFile:
+      if (head.size == static_cast<std::uint64_t>(kImageLength) &&
+          head.bytes.size() == static_cast<std::size_t>(kImageLength)) {
+        const auto* first = reinterpret_cast<const std::uint8_t*>(head.bytes.data());
+        read.image.emplace();
+        read.image->Assign(std::span<const std::uint8_t>(first, head.bytes.size()));
+        return read;
+      }
+      read.refusal = "This file holds " + std::to_string(head.size) +
+                     (head.size == 1 ? " byte." : " bytes.") +
+                     " A map file holds exactly 1023 bytes, so this is not a map.";
+      break;
+    case FileHead::Kind::kFolder:
+      read.refusal = "This is a folder, not a map file.";
+      break;
+    case FileHead::Kind::kNotAFile:
+      read.refusal = "This is not a file on the disk (a pipe or a device), so it is not a map.";
+      break;
+    case FileHead::Kind::kMissing:
+    case FileHead::Kind::kUnreadable:
+      read.refusal = "The map file could not be read" +
+                     (head.reason.empty() ? std::string(".") : ": " + head.reason + ".");
+      break;
+  }
+  return read;
 }
 
 std::string MapFiles::InitialFolder() {
@@ -156,36 +207,10 @@ MapFileResult MapFiles::LoadAndDownloadMap(MapDownloadTarget& target) {
 }
 
 std::optional<CalibrationImage> MapFiles::ReadMapImage(const std::string& path) {
-  // One byte more than a map holds tells a long file from a map without reading it whole.
-  const FileHead head = files_.ReadHead(path, kImageLength + 1);
-  std::vector<std::string> lines = {"\"" + path + "\""};
-  switch (head.kind) {
-    case FileHead::Kind::kFile:
-      if (head.size == static_cast<std::uint64_t>(kImageLength) &&
-          head.bytes.size() == static_cast<std::size_t>(kImageLength)) {
-        CalibrationImage image;
-        const auto* first = reinterpret_cast<const std::uint8_t*>(head.bytes.data());
-        image.Assign(std::span<const std::uint8_t>(first, head.bytes.size()));
-        return image;
-      }
-      lines.push_back("This file holds " + std::to_string(head.size) +
-                      (head.size == 1 ? " byte." : " bytes.") +
-                      " A map file holds exactly 1023 bytes, so this is not a map.");
-      break;
-    case FileHead::Kind::kFolder:
-      lines.push_back("This is a folder, not a map file.");
-      break;
-    case FileHead::Kind::kNotAFile:
-      lines.push_back("This is not a file on the disk (a pipe or a device), so it is not a map.");
-      break;
-    case FileHead::Kind::kMissing:
-    case FileHead::Kind::kUnreadable:
-      lines.push_back("The map file could not be read" +
-                      (head.reason.empty() ? std::string(".") : ": " + head.reason + "."));
-      break;
-  }
-  lines.emplace_back(kNothingChanged);
-  messages_.Show(MessageIcon::kExclamation, std::string(kLoadMapTitle), lines);
+  MapFileImage read = ReadMapFileImage(files_, path);
+  if (read.image) return std::move(read.image);
+  messages_.Show(MessageIcon::kExclamation, std::string(kLoadMapTitle),
+                 {"\"" + path + "\"", read.refusal, std::string(kNothingChanged)});
   return std::nullopt;
 }
 
@@ -193,20 +218,12 @@ std::optional<CalibrationImage> MapFiles::ReadMapImage(const std::string& path) 
 // applying it reads them, never against the sensor the editors show now.
 bool MapFiles::SetupAccepted(const std::string& path, const CalibrationImage& image,
                              const EditorState& state) {
-  const CheckContext own{image.Byte(FieldPos("MapSensorSetup")) & kMapSensorTypeBits};
-  const std::vector<std::string> failures = ValidateSetup(image, own);
-  const int over_duty = OverDutyFuelCells(image);
-  if (failures.empty() && over_duty == 0) return true;
+  const std::vector<std::string> failures = MapFileCheckFailures(image);
+  if (failures.empty()) return true;
   const int differing = DifferingMapCells(image, BuildCalibrationFromEditors(state).image);
   std::vector<std::string> lines = {"The map file \"" + path.substr(NameStart(path)) +
                                     "\" fails these setup checks:"};
   for (const std::string& failure : failures) lines.push_back("    " + failure);
-  if (over_duty > 0) {
-    lines.push_back("    " + std::to_string(over_duty) +
-                    (over_duty == 1 ? " fuel cell is above the duty limit of its RPM row"
-                                    : " fuel cells are above the duty limit of their RPM row") +
-                    " (more than 100 % injector duty)");
-  }
   lines.push_back(differing == 0 ? std::string("Its map cells are the same as the maps shown now.")
                                  : "It changes " + std::to_string(differing) +
                                        (differing == 1 ? " map cell" : " map cells") +

@@ -2,9 +2,12 @@
 // builds the image from the editors; loading applies a file to the editors and downloads it.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/file_system.h"
 #include "base/platform.h"
@@ -66,11 +69,27 @@ struct ProgramMode {
 int DotsInFileName(const std::string& path);
 bool FileNameAccepted(const std::string& path);
 
+// The duty limit of each block row (1 to 11 at index 0 to 10) in microseconds: the cap every edit
+// in the map editors is held to, 120000 x B / A milliseconds x RPM over the row's RPM (20 ms for
+// the 0 RPM row), with A and B from the image's own injection mode and the RPM of its own sites.
+std::array<int, kMapRows> FuelDutyLimits(const CalibrationImage& image);
+
 // The fuel cells of `image` (both fuel maps, as the image lays them out) above the duty limit of
-// their RPM row: the cap every edit in the map editors is held to, 120000 x B / A milliseconds
-// x RPM over the row's RPM (20 ms for the 0 RPM row), with A and B from the image's own
-// injection mode. A cell above it would ask for more than 100 % injector duty.
+// their RPM row. A cell above it would ask for more than 100 % injector duty.
 int OverDutyFuelCells(const CalibrationImage& image);
+
+// The checks a map file passes before it is loaded, judged by the file alone (its own MAP sensor
+// type included): the failed setup checks' messages, then one line for fuel cells above their
+// duty limit. Empty when it passes.
+std::vector<std::string> MapFileCheckFailures(const CalibrationImage& image);
+
+// A map file read from disk: its image, or the line that says why the file is not a map (not
+// exactly 1023 bytes, a folder, a pipe or a device, unreadable).
+struct MapFileImage {
+  std::optional<CalibrationImage> image;
+  std::string refusal;
+};
+MapFileImage ReadMapFileImage(FileSystem& files, const std::string& path);
 
 enum class MapFileResult { kDone, kCancelled, kRefused, kFailed };
 
