@@ -140,4 +140,21 @@ int DiskFileSystem::WriteFile(const std::string& path, const std::string& conten
   return kFileErrorNone;
 }
 
+std::vector<std::string> DiskFileSystem::FileNames(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code ec;
+  fs::directory_iterator it(folder, ec);
+  for (; !ec && it != fs::directory_iterator(); it.increment(ec)) {
+    std::error_code kind_ec;
+    if (it->is_regular_file(kind_ec)) names.push_back(it->path().filename().string());
+  }
+  return names;
+}
+
+bool DiskFileSystem::RemoveFile(const std::string& path) {
+  std::error_code ec;
+  fs::remove(path, ec);
+  return !fs::exists(path, ec) && !ec;
+}
+
 }  // namespace vela

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vela {
 
@@ -53,6 +54,11 @@ class FileSystem {
   [[nodiscard]] virtual int WriteFile(const std::string& path, const std::string& content) = 0;
   // The system's words for why the last write failed (empty when it gave none).
   virtual std::string LastWriteReason() const { return {}; }
+  // The names of the plain files in a folder (no sub-folders), in no set order; none when the
+  // folder cannot be read.
+  virtual std::vector<std::string> FileNames(const std::string& folder) = 0;
+  // Removes one file; false when it is still there.
+  [[nodiscard]] virtual bool RemoveFile(const std::string& path) = 0;
 };
 
 // The line a file error shows after its fixed text: the file, and the system's reason.
@@ -71,6 +77,8 @@ class DiskFileSystem : public FileSystem {
   // file, and the folder flushed too, so that a power cut leaves the old file or the new one.
   int WriteFile(const std::string& path, const std::string& content) override;
   std::string LastWriteReason() const override { return last_write_reason_; }
+  std::vector<std::string> FileNames(const std::string& folder) override;
+  bool RemoveFile(const std::string& path) override;
 
  private:
   int Fail(int error, const std::string& reason);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -218,6 +219,19 @@ TEST_F(DiskFileSystemTest, ReadHeadReadsOnlyTheBeginningAndNeverOpensAPipe) {
   const FileHead short_head = disk.ReadHead((dir / "short.sm1").string(), 1024);
   EXPECT_EQ(short_head.size, 3u);
   EXPECT_EQ(short_head.bytes, "abc");
+}
+
+TEST_F(DiskFileSystemTest, FileNamesListsPlainFilesOnlyAndRemoveFileRemovesOne) {
+  std::ofstream(dir / "a.sm1") << "a";
+  std::ofstream(dir / "b c.sm1") << "b";
+  std::filesystem::create_directory(dir / "sub");
+  std::vector<std::string> names = disk.FileNames(dir.string());
+  std::sort(names.begin(), names.end());
+  EXPECT_THAT(names, ::testing::ElementsAre("a.sm1", "b c.sm1"));
+  EXPECT_TRUE(disk.RemoveFile((dir / "a.sm1").string()));
+  EXPECT_TRUE(disk.RemoveFile((dir / "a.sm1").string()));  // already gone
+  EXPECT_THAT(disk.FileNames(dir.string()), ::testing::ElementsAre("b c.sm1"));
+  EXPECT_THAT(disk.FileNames((dir / "gone").string()), ::testing::IsEmpty());
 }
 
 }  // namespace

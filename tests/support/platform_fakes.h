@@ -110,6 +110,22 @@ class MemoryFileSystem : public FileSystem {
     return kFileErrorNone;
   }
   std::string LastWriteReason() const override { return write_reason; }
+  // The files whose path is `folder` followed by a name without a separator.
+  std::vector<std::string> FileNames(const std::string& folder) override {
+    std::vector<std::string> names;
+    for (const auto& [path, content] : files) {
+      if (path.size() <= folder.size() || path.compare(0, folder.size(), folder) != 0) continue;
+      const std::string name = path.substr(folder.size());
+      if (name.find_first_of("/\\") == std::string::npos) names.push_back(name);
+    }
+    return names;
+  }
+  bool RemoveFile(const std::string& path) override {
+    log.push_back("remove " + path);
+    if (remove_fails) return files.count(path) == 0;
+    files.erase(path);
+    return true;
+  }
 
   std::map<std::string, bool> folders;
   std::map<std::string, std::string> files;
@@ -117,6 +133,7 @@ class MemoryFileSystem : public FileSystem {
   int write_error = kFileErrorNone;
   std::string write_reason;
   int writes = 0;
+  bool remove_fails = false;
 };
 
 // Time stands still unless the test moves it (`now`, or `step_per_read` per reading); scripted
