@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "datalog/files/crc32.h"
+#include "base/crc32.h"
 #include "datalog_test_support.h"
 
 namespace vela {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/file_system.h"
+#include "base/journal_file.h"
 #include "datalog/datalog_log.h"
 #include "datalog/files/log_file.h"
 
@@ -23,19 +24,6 @@ inline constexpr std::string_view kJournalFileName = "Recording.journal";
 inline constexpr double kJournalFlushAgeSeconds = 0.5;
 // How often the Qt side asks whether a flush is due when no frame arrives to ask it.
 inline constexpr int kJournalCheckMs = 100;
-
-// The journal's file: created empty, appended to, pushed to the disk, removed.
-class JournalFile {
- public:
-  virtual ~JournalFile() = default;
-  // An empty file at `path`, replacing any file there.
-  virtual bool Create(const std::string& path) = 0;
-  virtual bool Append(std::string_view bytes) = 0;
-  // What was appended is on the disk, not only in the system's buffers.
-  [[nodiscard]] virtual bool Sync() = 0;
-  virtual void Close() = 0;
-  virtual bool Remove(const std::string& path) = 0;
-};
 
 class DatalogJournal {
  public:

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "datalog/files/crc32.h"
+#include "base/crc32.h"
 #include "datalog/files/log_file_bytes.h"
 #include "datalog/files/log_reader.h"
 

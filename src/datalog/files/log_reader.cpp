@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "datalog/files/crc32.h"
+#include "base/crc32.h"
 #include "datalog/files/log_file_bytes.h"
 
 namespace vela {

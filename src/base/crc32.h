@@ -1,4 +1,5 @@
-// CRC-32 (the polynomial of zip and PNG), the check on every block of a datalog file.
+// CRC-32 (the polynomial of zip and PNG), the check on every block of the datalog and edit
+// journal files.
 #pragma once
 
 #include <cstdint>
