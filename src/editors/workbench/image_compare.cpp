@@ -248,7 +248,8 @@ TakeOther TakeOtherValues(const TableComparison& table, const MapCellRect& selec
         return static_cast<std::uint8_t>((raw >> (8 * b)) & 0xFF);
       };
       if (byte_of(*before) == byte_of(*after)) continue;
-      take.bytes.push_back({position + b, byte_of(*before), byte_of(*after)});
+      take.bytes.push_back(
+          {static_cast<std::uint16_t>(position + b), byte_of(*before), byte_of(*after)});
     }
     take.cells.push_back(cell);
   }

@@ -15,6 +15,7 @@
 
 #include "calibration/calibration_image.h"
 #include "editors/mapgrid/map_grid_model.h"
+#include "editors/workbench/edit_journal.h"  // ByteChange, one byte before and after
 
 namespace vela {
 
@@ -121,13 +122,6 @@ struct ImageComparison {
 // and the unused room of a map area are not compared: a block the program builds zeroes them.
 ImageComparison CompareImages(const CalibrationImage& ours, const CalibrationImage& theirs,
                               const std::vector<CellTable>& extra = {});
-
-struct ByteChange {
-  int position;
-  std::uint8_t before;
-  std::uint8_t after;
-  bool operator==(const ByteChange&) const = default;
-};
 
 // Taking the other side's values into ours: the bytes to write (position order) and the cells
 // they belong to, for the caller to put through the edit rules, journal as one entry and send.

@@ -6,9 +6,12 @@
 #include <random>
 
 #include "support/platform_fakes.h"
+#include "workbench/noise_image.h"
 
 namespace vela {
 namespace {
+
+using testing::Noise;
 
 using ::vela::testing::MemoryFileSystem;
 
@@ -39,13 +42,6 @@ class MemoryJournalFile : public JournalFile {
   MemoryFileSystem& files_;
   std::string path_;
 };
-
-CalibrationImage Noise(unsigned seed) {
-  std::mt19937 random(seed);
-  CalibrationImage image;
-  for (int p = 1; p <= kImageLength; ++p) image.SetByte(p, static_cast<std::uint8_t>(random()));
-  return image;
-}
 
 // A session as the program runs it: each change and move goes to the journal, then the file.
 struct Session {

@@ -5,15 +5,12 @@
 #include <functional>
 #include <random>
 
+#include "workbench/noise_image.h"
+
 namespace vela {
 namespace {
 
-CalibrationImage Noise(unsigned seed) {
-  std::mt19937 random(seed);
-  CalibrationImage image;
-  for (int p = 1; p <= kImageLength; ++p) image.SetByte(p, static_cast<std::uint8_t>(random()));
-  return image;
-}
+using testing::Noise;
 
 // The tuner's image with its journal; every state reached is kept to compare undo and redo with.
 struct Bench {
