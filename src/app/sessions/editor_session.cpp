@@ -102,7 +102,7 @@ void EditorSession::ShowNotesLater() {
 void EditorSession::EndUploadPreparation() {
   // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
   static_cast<void>(
-      gate_.Send({kUploadDoneCommand, kLiveRateAddress, parts_.link.state().CommsSpeedValue}));
+      gate_.Send({kSingleValueWrite, kLiveRateAddress, parts_.link.state().CommsSpeedValue}));
 }
 
 bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {

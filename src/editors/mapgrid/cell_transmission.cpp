@@ -135,10 +135,10 @@ bool CellTransmission::RunColumn(MapGridModel& grid, const ColumnRun& run,
 void CellTransmission::WriteAndSend(MapKind kind, int position, int raw) {
   if (kind == MapKind::kFuel) {
     image_.Write16(position, static_cast<std::uint16_t>(raw));
-    static_cast<void>(sender_.Send({kWriteCellCommand, position, raw}));
+    static_cast<void>(sender_.Send({kSingleValueWrite, position, raw}));
   } else {
     image_.SetByte(position, static_cast<std::uint8_t>(raw));
-    static_cast<void>(sender_.Send({kWriteCellCommand, position, raw}));
+    static_cast<void>(sender_.Send({kSingleValueWrite, position, raw}));
   }
 }
 

@@ -22,9 +22,8 @@ inline constexpr double kDownloadProgressFullWidth = 6450.0;  // progress bar un
 // `DownloadTimer`'s interval: room for the ECU to store each pair before the next frame.
 inline constexpr int kDownloadTimerIntervalMs = 10;
 
-inline constexpr int kDownloadPairCommand = 2;   // writes a 16-bit pair
-inline constexpr int kDownloadByteCommand = 4;   // writes the odd last byte
-inline constexpr int kDownloadCloseCommand = 6;  // closes the transfer
+inline constexpr int kDownloadPairCommand = 2;  // writes a 16-bit pair
+// The odd last byte goes with kSingleValueWrite; kCloseCommand closes the transfer.
 
 // What the Qt side does for the download: the progress window `Form3`, `DownloadTimer` and the
 // status label. Any of them may be empty.
