@@ -14,7 +14,6 @@ namespace vela {
 
 namespace {
 
-constexpr double kDutyLimitNumerator = 120000.0;  // ms x RPM of one injection per two turns
 constexpr int kMaxLimitUnits = 1'000'000'000;
 
 // Clears the re-entry guard however the handler ends.
@@ -41,7 +40,7 @@ bool PositionFits(std::int64_t position, bool fuel) {
 double DutyLimitBase(int ignition_divide, bool third_injection_mode) {
   const int a = (ignition_divide >= 1 && ignition_divide <= 4) ? ignition_divide : 1;
   const int b = third_injection_mode ? a : 1;
-  return kDutyLimitNumerator * b / a;
+  return kMsRpmPerEngineCycle * b / a;
 }
 
 int DutyLimitUnits(double base, std::optional<double> rpm) {
