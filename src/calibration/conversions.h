@@ -64,6 +64,9 @@ double RpmFromEnginePeriod(std::uint32_t period_us);
 // above 0 or whose period does not lie within 1..`largest` (the field's width).
 std::optional<std::uint32_t> EnginePeriodFromRpm(double rpm, std::uint32_t largest);
 
+// The pressure unit of the MAP axes, the compensation curves and the boost read-out.
+inline constexpr double kKpaPerBar = 100.0;
+
 // Temperatures of the eight calibration points of a temperature sensor, in degrees C.
 inline constexpr std::array<int, 8> kSensorPointTemperatures = {-20, 0, 20, 40, 60, 80, 100, 120};
 
