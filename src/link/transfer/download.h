@@ -28,8 +28,9 @@ inline constexpr int kDownloadPairCommand = 2;  // writes a 16-bit pair
 // What the Qt side does for the download: the progress window `Form3`, `DownloadTimer` and the
 // status label. Any of them may be empty.
 struct DownloadCallbacks {
-  std::function<void()> show_progress;             // opens `Form3` at width 0
-  std::function<void(double width)> set_progress;  // bar width, 0 to about 6450
+  std::function<void()> show_progress;  // opens `Form3` at width 0
+  std::function<void(double width)>
+      set_progress;  // bar width, 0 to about kDownloadProgressFullWidth
   std::function<void()> close_progress;
   std::function<void(bool enabled)> set_timer_enabled;
   std::function<void()> clear_status;
