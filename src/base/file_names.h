@@ -7,6 +7,9 @@
 
 namespace vela {
 
+// The most dots a file name may hold; the map and datalog file actions refuse a name with more.
+inline constexpr int kMaxDotsInFileName = 4;
+
 inline std::size_t NameStart(const std::string& path) {
   const std::size_t separator = path.find_last_of("/\\");
   return separator == std::string::npos ? 0 : separator + 1;
