@@ -10,8 +10,6 @@ namespace vela {
 
 namespace {
 
-constexpr std::string_view kOverwriteTitle = "Overwrite file";
-constexpr std::string_view kOverwriteLine = "Do you want to overwrite the file?";
 constexpr std::string_view kUnchangedLine = "Any file of that name on disk is unchanged.";
 
 // Positions of the first four dots of the name and whether a fifth follows.
