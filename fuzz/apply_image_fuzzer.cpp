@@ -78,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   ApplyUploadedCalibration(image, CalibrationSource::kUpload, bench.state, bench.apply);
   Require(!bench.suppress_change_events, "change events flow again once the image is applied");
   const FrameBytes live_rate =
-      BuildFrameBytes({kUploadDoneCommand, kLiveRateAddress, bench.line.link.CommsSpeedValue});
+      BuildFrameBytes({kSingleValueWrite, kLiveRateAddress, bench.line.link.CommsSpeedValue});
   Require(std::ranges::equal(bench.line.port.written, live_rate),
           "applying an upload sends the live-rate command and nothing else");
   RequireMapLayout(bench.state.maps);

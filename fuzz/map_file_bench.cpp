@@ -21,8 +21,8 @@ std::vector<std::uint8_t> DownloadLineBytes(const CalibrationImage& image) {
     frames.push_back(
         BuildFrameBytes({kDownloadPairCommand, p, static_cast<std::int32_t>(image.Read16(p))}));
   }
-  frames.push_back(BuildFrameBytes({kDownloadByteCommand, kImageLength, image.Byte(kImageLength)}));
-  frames.push_back(BuildFrameBytes({kDownloadCloseCommand, kClosePosition, 0}));
+  frames.push_back(BuildFrameBytes({kSingleValueWrite, kImageLength, image.Byte(kImageLength)}));
+  frames.push_back(BuildFrameBytes({kCloseCommand, kClosePosition, 0}));
   return LineBytesOf(frames);
 }
 

@@ -244,10 +244,8 @@ struct ReceiveBench {
   void CheckWritten() const {
     using Upload = CalibrationUpload;
     const std::array allowed = {
-        BuildFrameBytes(
-            {Upload::kPrepareCommand, Upload::kPrepareAddress, Upload::kPrepareFirstValue}),
-        BuildFrameBytes(
-            {Upload::kPrepareCommand, Upload::kPrepareAddress, Upload::kPrepareSecondValue}),
+        BuildFrameBytes({kSingleValueWrite, kLiveRateAddress, Upload::kPrepareFirstValue}),
+        BuildFrameBytes({kSingleValueWrite, kLiveRateAddress, Upload::kPrepareSecondValue}),
         BuildFrameBytes({upload.RequestCode(), Upload::kRequestAddress, Upload::kRequestValue})};
     for (const FrameBytes& frame : fuzz::CommandFramesOf(line.port.written)) {
       Require(std::ranges::count(allowed, frame) == 1,

@@ -4,8 +4,16 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace vela {
+
+// The most dots a file name may hold; the map and datalog file actions refuse a name with more.
+inline constexpr int kMaxDotsInFileName = 4;
+
+// The question both file actions ask before a save replaces a file that exists.
+inline constexpr std::string_view kOverwriteTitle = "Overwrite file";
+inline constexpr std::string_view kOverwriteLine = "Do you want to overwrite the file?";
 
 inline std::size_t NameStart(const std::string& path) {
   const std::size_t separator = path.find_last_of("/\\");

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "calibration/calibration_image.h"
 #include "calibration/decimal_text.h"
 #include "calibration/rounding.h"
 
@@ -14,7 +15,6 @@ namespace vela {
 namespace {
 
 constexpr int kMaxDecimals = 32767;
-constexpr int kIgnReferenceDegrees = 99;
 
 // The text with its first '.' replaced by `separator`.
 std::string WithSeparator(std::string text, char separator) {
@@ -102,12 +102,12 @@ std::uint16_t RawFromFuelMs(double milliseconds) {
   return static_cast<std::uint16_t>(ClampedWhole(milliseconds * 1000.0, 0.0, 65535.0));
 }
 
-double IgnDegreesFromRaw(int raw) { return kIgnReferenceDegrees - raw / 2.0; }
+double IgnDegreesFromRaw(int raw) { return kIgnReference - raw / 2.0; }
 
 // Only the low byte of the raw value is stored: -28.5 degrees (raw 255) and 99.5 degrees
 // (raw -1) both become byte 255.
 std::uint8_t RawFromIgnDegrees(double degrees) {
-  const double raw = RoundHalfEven(2.0 * (kIgnReferenceDegrees - degrees));
+  const double raw = RoundHalfEven(2.0 * (kIgnReference - degrees));
   if (!std::isfinite(raw)) return 0;
   double low_byte = std::fmod(raw, 256.0);
   if (low_byte < 0) low_byte += 256.0;

@@ -56,10 +56,16 @@ std::uint8_t RawFromSensorFraction(double fraction);
 // microseconds of one crank revolution, the unit of the live frame's first field. RPM = 60,000,000
 // / period; a period of 0 is 0 RPM.
 inline constexpr double kMicrosecondsPerMinute = 60'000'000.0;
+// Milliseconds x RPM of one engine cycle (two crank turns): a cycle at n RPM lasts
+// kMsRpmPerEngineCycle / n milliseconds.
+inline constexpr double kMsRpmPerEngineCycle = 2 * 60'000.0;
 double RpmFromEnginePeriod(std::uint32_t period_us);
 // The period of `rpm`, made whole (a half to the even neighbour); nullopt for a speed that is not
 // above 0 or whose period does not lie within 1..`largest` (the field's width).
 std::optional<std::uint32_t> EnginePeriodFromRpm(double rpm, std::uint32_t largest);
+
+// The pressure unit of the MAP axes, the compensation curves and the boost read-out.
+inline constexpr double kKpaPerBar = 100.0;
 
 // Temperatures of the eight calibration points of a temperature sensor, in degrees C.
 inline constexpr std::array<int, 8> kSensorPointTemperatures = {-20, 0, 20, 40, 60, 80, 100, 120};

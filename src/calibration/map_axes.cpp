@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calibration/conversions.h"
 #include "calibration/rounding.h"
 
 namespace vela {
 
 namespace {
-
-constexpr double kKpaPerBar = 100.0;
 
 constexpr MapScaleEntry kType0[] = {{64, 1.0, "Full Scale - 1.000 Bar Span"}};
 constexpr MapScaleEntry kType1[] = {{64, 2.0, "Full Scale - 2.000 Bar Span"}};

@@ -194,7 +194,7 @@ void FinishSorting(CalibrationSource source, ApplyEnvironment& env) {
   if (source == CalibrationSource::kUpload) {
     // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
     static_cast<void>(
-        env.sender.Send({kUploadDoneCommand, kLiveRateAddress, env.link.CommsSpeedValue}));
+        env.sender.Send({kSingleValueWrite, kLiveRateAddress, env.link.CommsSpeedValue}));
   } else if (env.end_upload) {
     env.end_upload();
   }

@@ -42,11 +42,9 @@ inline constexpr std::string_view kFirmwareNotLatest = "ECU Firmware not latest 
 // Firmware versions this program knows; a higher one means the program is older than the ECU.
 inline constexpr int kLatestKnownFirmware = 3;
 
-// The live-rate command that ends an applied upload: command 4 at the ECU's live-rate address,
+// An applied upload ends with the live-rate command: kSingleValueWrite at kLiveRateAddress,
 // carrying the link's `CommsSpeedValue`, so that the ECU resumes its live frames at the chosen rate
 // after the upload preparation (values 8 and 15 at the same address).
-inline constexpr int kUploadDoneCommand = 4;
-inline constexpr int kLiveRateAddress = 864;
 
 enum class CalibrationSource { kUpload, kMapFile };
 

@@ -12,8 +12,6 @@
 
 namespace vela {
 
-// The command code of the single-value write that takes each changed byte to the ECU.
-inline constexpr int kSingleValueWrite = 4;
 // The title of the editors' warnings and refusals.
 inline constexpr std::string_view kEditorWarningTitle = "MORVANE Warning";
 

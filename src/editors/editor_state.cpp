@@ -2,10 +2,11 @@
 
 #include <algorithm>
 
+#include "calibration/conversions.h"
+
 namespace vela {
 
 namespace {
-constexpr double kDutyLimitNumerator = 120000.0;  // milliseconds x RPM of one engine cycle
 constexpr int kMaxIgnitionDivide = 4;
 }  // namespace
 
@@ -30,7 +31,7 @@ void SetupIgnitionDivide(EngineSetup& setup) {
 
 double DutyLimitBase(const EngineSetup& setup) {
   const int divide = setup.ignition_divide >= 1 ? setup.ignition_divide : 1;
-  return kDutyLimitNumerator * setup.injection_factor / divide;
+  return kMsRpmPerEngineCycle * setup.injection_factor / divide;
 }
 
 }  // namespace vela

@@ -37,9 +37,6 @@ inline constexpr std::string_view kSaveNameRefused =
     "Invalid File Name. This datalog will NOT be loaded.";
 inline constexpr std::string_view kLoadNameRefused =
     "Invalid File Name. This map will NOT be loaded.";
-inline constexpr int kMaxDotsInFileName = 4;
-inline constexpr std::string_view kOverwriteTitle = "Overwrite file";
-inline constexpr std::string_view kOverwriteLine = "Do you want to overwrite the file?";
 inline constexpr std::string_view kMapWarningTitle = "MORVANE Warning";
 
 inline constexpr std::string_view kDownloadErrorTitle = "DownLoad Error";

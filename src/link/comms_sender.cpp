@@ -84,7 +84,7 @@ SendResult CommsSender::Send(const CommandFrame& frame) {
 void CommsSender::SendClosingCommand() {
   if (link_.TLock) return;
   // Shutdown goes on whatever became of it: the port closes next.
-  static_cast<void>(Send({.command = 6, .address = 0, .value = 0}));
+  static_cast<void>(Send({.command = kCloseCommand, .address = 0, .value = 0}));
   delay_.DelayMs(kClosingDelayMs);
 }
 

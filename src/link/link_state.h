@@ -44,6 +44,16 @@ struct LinkState {
   bool CaptionSaysConnected() const { return !Caption.empty() && !CaptionSaysNotConnected(); }
 };
 
+// Command codes the ECU answers to (docs/protocol.md).
+// The single-value write: one image byte at its position, a fuel cell's 16-bit value at the
+// cell's first byte, or the live-frame rate at kLiveRateAddress.
+inline constexpr int kSingleValueWrite = 4;
+// Closes a download transfer; also sent before the port is closed.
+inline constexpr int kCloseCommand = 6;
+// The ECU register that takes the live-frame rate (with kSingleValueWrite); the upload also sets
+// it while it prepares the link. Nothing written there is stored in the image.
+inline constexpr int kLiveRateAddress = 864;
+
 // One command frame as a caller hands it over; the sender turns it into six bytes on the wire.
 struct CommandFrame {
   int command = 0;

@@ -59,8 +59,8 @@ void LinkTiming::ComputeCommsSpeed(int index) {
 
 void LinkTiming::TimerCommsSpeed() {
   // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
-  static_cast<void>(sender_.Send({.command = 4,
-                                  .address = kCommsSpeedAddress,
+  static_cast<void>(sender_.Send({.command = kSingleValueWrite,
+                                  .address = kLiveRateAddress,
                                   .value = link_.CommsSpeedValue,
                                   .pre_wait = true}));
 }

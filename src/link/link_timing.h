@@ -37,9 +37,6 @@ inline constexpr std::array<LiveFrameRate, 11> kLiveFrameRates = {{
     {"4 Samples/Second", 66.0, 1.028},
 }};
 
-// The ECU address that takes the live-frame rate value (command 4).
-inline constexpr int kCommsSpeedAddress = 864;
-
 inline constexpr LabelColour kTestingRed{255, 50, 30};
 inline constexpr LabelColour kMeasuredGrey{128, 128, 128};
 inline constexpr LabelColour kReadyGreen{128, 255, 128};
@@ -67,7 +64,8 @@ class LinkTiming {
   // `CommsSuspended`. An index outside the list changes nothing.
   void ComputeCommsSpeed(int index);
 
-  // Sends `CommsSpeedValue` to the ECU (command 4, address 864, with the pre-frame wait).
+  // Sends `CommsSpeedValue` to the ECU (kSingleValueWrite at kLiveRateAddress, with
+  // the pre-frame wait).
   void TimerCommsSpeed();
 
  private:

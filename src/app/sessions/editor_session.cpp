@@ -17,7 +17,6 @@ constexpr std::string_view kInterruptedLines[] = {
     "The download did not complete: the link to the ECU failed while the map was being sent.",
     "The ECU may now run on part of the new map and part of the old one.",
     "Send the whole map again as soon as the ECU is back?"};
-constexpr double kProgressFullWidth = 6450.0;
 }  // namespace
 
 SendResult OfflineGate::Send(const CommandFrame& frame) {
@@ -31,14 +30,14 @@ DownloadProgressWindow::DownloadProgressWindow(QWidget* parent)
   setWindowTitle(QString::fromStdString(std::string(kDownloadProgressTitle)));
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(new QLabel(QString::fromStdString(std::string(kDownloadProgressText)), this));
-  bar_->setRange(0, static_cast<int>(kProgressFullWidth));
+  bar_->setRange(0, static_cast<int>(kDownloadProgressFullWidth));
   bar_->setTextVisible(false);
   layout->addWidget(bar_);
   setMinimumWidth(420);
 }
 
 void DownloadProgressWindow::SetWidth(double width) {
-  bar_->setValue(static_cast<int>(std::min(width, kProgressFullWidth)));
+  bar_->setValue(static_cast<int>(std::min(width, kDownloadProgressFullWidth)));
 }
 
 EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
@@ -102,7 +101,7 @@ void EditorSession::ShowNotesLater() {
 void EditorSession::EndUploadPreparation() {
   // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
   static_cast<void>(
-      gate_.Send({kUploadDoneCommand, kLiveRateAddress, parts_.link.state().CommsSpeedValue}));
+      gate_.Send({kSingleValueWrite, kLiveRateAddress, parts_.link.state().CommsSpeedValue}));
 }
 
 bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {

@@ -10,14 +10,11 @@ namespace vela {
 
 namespace {
 
-constexpr int kDotsAllowed = 4;
-constexpr std::string_view kOverwriteTitle = "Overwrite file";
-constexpr std::string_view kOverwriteLine = "Do you want to overwrite the file?";
 constexpr std::string_view kUnchangedLine = "Any file of that name on disk is unchanged.";
 
 // Positions of the first four dots of the name and whether a fifth follows.
 struct NameDots {
-  std::array<std::size_t, kDotsAllowed> at{};
+  std::array<std::size_t, kMaxDotsInFileName> at{};
   int count = 0;
   bool too_many = false;
 };
@@ -28,7 +25,7 @@ NameDots DotsOf(const std::string& path) {
   while (true) {
     const std::size_t dot = path.find('.', from);
     if (dot == std::string::npos) break;
-    if (dots.count == kDotsAllowed) {
+    if (dots.count == kMaxDotsInFileName) {
       dots.too_many = true;
       break;
     }

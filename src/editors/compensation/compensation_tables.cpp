@@ -14,7 +14,6 @@ namespace {
 
 constexpr double kWaterStep = 0.390625;  // percent per stored count (100 / 256)
 constexpr double kTpsCountsPerPercent = 10.23;
-constexpr double kKpaPerBar = 100.0;
 constexpr int kByteMax = 255;
 
 double RoundToOneDecimal(double value) { return RoundHalfEven(value * 10.0) / 10.0; }

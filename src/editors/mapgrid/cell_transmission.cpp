@@ -14,7 +14,6 @@ namespace vela {
 
 namespace {
 
-constexpr double kDutyLimitNumerator = 120000.0;  // ms x RPM of one injection per two turns
 constexpr int kMaxLimitUnits = 1'000'000'000;
 
 // Clears the re-entry guard however the handler ends.
@@ -41,7 +40,7 @@ bool PositionFits(std::int64_t position, bool fuel) {
 double DutyLimitBase(int ignition_divide, bool third_injection_mode) {
   const int a = (ignition_divide >= 1 && ignition_divide <= 4) ? ignition_divide : 1;
   const int b = third_injection_mode ? a : 1;
-  return kDutyLimitNumerator * b / a;
+  return kMsRpmPerEngineCycle * b / a;
 }
 
 int DutyLimitUnits(double base, std::optional<double> rpm) {
@@ -135,10 +134,10 @@ bool CellTransmission::RunColumn(MapGridModel& grid, const ColumnRun& run,
 void CellTransmission::WriteAndSend(MapKind kind, int position, int raw) {
   if (kind == MapKind::kFuel) {
     image_.Write16(position, static_cast<std::uint16_t>(raw));
-    static_cast<void>(sender_.Send({kWriteCellCommand, position, raw}));
+    static_cast<void>(sender_.Send({kSingleValueWrite, position, raw}));
   } else {
     image_.SetByte(position, static_cast<std::uint8_t>(raw));
-    static_cast<void>(sender_.Send({kWriteCellCommand, position, raw}));
+    static_cast<void>(sender_.Send({kSingleValueWrite, position, raw}));
   }
 }
 

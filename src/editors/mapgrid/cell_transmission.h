@@ -19,9 +19,9 @@
 
 namespace vela {
 
-// The single-value write: the value at an image position. For a fuel cell the value is the
-// cell's 16-bit injector time, which the ECU stores low byte at the position, high byte after it.
-inline constexpr int kWriteCellCommand = 4;
+// Cells travel with kSingleValueWrite: the value at an image position. For a fuel cell the value
+// is the cell's 16-bit injector time, which the ECU stores low byte at the position, high byte
+// after it.
 inline constexpr double kNoRpmLimitMs = 20.0;
 
 // Which map a grid holds and the setup the duty limit depends on.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "calibration/conversions.h"
 #include "calibration/rounding.h"
 
 namespace vela {
@@ -43,7 +44,7 @@ GridAxes AxesFor(int rpm_sites_code, bool map_based, int combo_map, std::uint8_t
   axes.rpm_sites = RpmSites(rpm_sites_code);
   axes.load = LoadAxisOf(map_based, combo_map, scaling_code);
   axes.full_span =
-      map_based ? MapSensorTypeOf(combo_map).scales.front().span_bar * 100.0 : axes.load.top;
+      map_based ? MapSensorTypeOf(combo_map).scales.front().span_bar * kKpaPerBar : axes.load.top;
   return axes;
 }
 

@@ -1,10 +1,8 @@
 #include "editors/setup/map_sensor.h"
 
-namespace vela {
+#include "calibration/conversions.h"
 
-namespace {
-constexpr double kKpaPerBar = 100.0;
-}  // namespace
+namespace vela {
 
 std::vector<std::string> MapScaleTexts(int sensor_type) {
   std::vector<std::string> texts;

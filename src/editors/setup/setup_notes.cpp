@@ -18,7 +18,6 @@ constexpr int kImpedanceHigh = 2;
 constexpr double kLongChargeMs = 5.0;
 constexpr double kLongDutyChargeMs = 6.0;
 constexpr double kDefaultIdleRpm = 1000.0;
-constexpr double kMsRpmPerCycle = 120000.0;  // milliseconds x RPM of one engine cycle
 
 std::string Rpm(double rpm) {
   char text[32];
@@ -101,7 +100,7 @@ std::optional<double> DutyChargeTimeMs(const EngineSetup& setup, double rpm) {
     default:
       return std::nullopt;
   }
-  const double interval_ms = kMsRpmPerCycle / rpm / sparks_per_coil;
+  const double interval_ms = kMsRpmPerEngineCycle / rpm / sparks_per_coil;
   return interval_ms * DwellValueOf(setup.dwell) / 100.0;
 }
 

@@ -14,6 +14,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "calibration/conversions.h"
+
 namespace vela::live {
 
 inline constexpr int kFrameLength = 45;
@@ -131,9 +133,10 @@ inline constexpr double ThrottlePumpPercent(const Frame& f) {
   return U16(f, kThrottlePump) / kThrottlePumpDivisor;
 }
 // Injector duty in percent: the open time against the time a cylinder's cycle allows, which the
-// engine set-up gives as the duty base (milliseconds x RPM at 100 %: 120000 x B / A, see the
-// fuel duty limit of the map editors; 120000 for one injection every two revolutions).
-inline constexpr double kDefaultDutyBase = 120000.0;
+// engine set-up gives as the duty base (milliseconds x RPM at 100 %: kMsRpmPerEngineCycle x B / A,
+// see the fuel duty limit of the map editors). The default is the base of one injection per cycle
+// (B = A), used until a set-up is known: a set-up's value, kept apart from the unit it equals.
+inline constexpr double kDefaultDutyBase = kMsRpmPerEngineCycle;
 inline constexpr double InjectorDutyPercent(const Frame& f, double duty_base = kDefaultDutyBase) {
   if (!(duty_base > 0.0)) return 0.0;
   return 100.0 * InjectionMs(f) * EngineRpm(f) / duty_base;

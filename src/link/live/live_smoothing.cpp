@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "calibration/conversions.h"
+
 namespace vela {
 
 double LowPassFilter::Add(double value, double dt_s) {
@@ -38,7 +40,7 @@ LiveData LiveSmoothing::Apply(const LiveData& raw, const SmoothingChoice& choice
   if (choice.map && map_.Value() && !raw.map_over_range) {
     shown.map_kpa = *map_.Value();
     if (!(raw.boost_bar > live::kBoostDisplayLimitBar)) {
-      shown.boost_bar = (shown.map_kpa - live::kAtmosphereKpa) / 100.0;
+      shown.boost_bar = (shown.map_kpa - live::kAtmosphereKpa) / kKpaPerBar;
     }
   }
   if (choice.afr && lambda_.Value() && raw.lambda > 0.0) {

@@ -1,5 +1,6 @@
 #include "link/receive/receive_handlers.h"
 
+#include "calibration/conversions.h"
 #include "calibration/setup_fields.h"
 
 namespace vela {
@@ -74,7 +75,7 @@ void ReceiveHandlers::MapHandler(const Frame& f) {
 void ReceiveHandlers::TpsHandler(const Frame& f) { live_.tps_percent = live::TpsPercent(f); }
 
 void ReceiveHandlers::BoostHandler(const Frame& f) {
-  live_.boost_bar = (live::MapKpa(f) - live::kAtmosphereKpa) / 100.0;
+  live_.boost_bar = (live::MapKpa(f) - live::kAtmosphereKpa) / kKpaPerBar;
 }
 
 void ReceiveHandlers::LambdaHandler(const Frame& f) {

@@ -38,8 +38,8 @@ void Download::Tick() {
   if (!running_) return;
   const int p = download_pos_;
   const int length = static_cast<int>(download_image_.size());
-  int command = p == length ? kDownloadByteCommand : kDownloadPairCommand;
-  if (p > length) command = kDownloadCloseCommand;
+  int command = p == length ? kSingleValueWrite : kDownloadPairCommand;
+  if (p > length) command = kCloseCommand;
   const int low = p <= length ? download_image_[static_cast<std::size_t>(p - 1)] : 0;
   const int high = p <= length - 1 ? download_image_[static_cast<std::size_t>(p)] : 0;
   // A frame the line did not carry is read from the link's state, as every frame of the download

@@ -22,15 +22,15 @@ inline constexpr double kDownloadProgressFullWidth = 6450.0;  // progress bar un
 // `DownloadTimer`'s interval: room for the ECU to store each pair before the next frame.
 inline constexpr int kDownloadTimerIntervalMs = 10;
 
-inline constexpr int kDownloadPairCommand = 2;   // writes a 16-bit pair
-inline constexpr int kDownloadByteCommand = 4;   // writes the odd last byte
-inline constexpr int kDownloadCloseCommand = 6;  // closes the transfer
+inline constexpr int kDownloadPairCommand = 2;  // writes a 16-bit pair
+// The odd last byte goes with kSingleValueWrite; kCloseCommand closes the transfer.
 
 // What the Qt side does for the download: the progress window `Form3`, `DownloadTimer` and the
 // status label. Any of them may be empty.
 struct DownloadCallbacks {
-  std::function<void()> show_progress;             // opens `Form3` at width 0
-  std::function<void(double width)> set_progress;  // bar width, 0 to about 6450
+  std::function<void()> show_progress;  // opens `Form3` at width 0
+  std::function<void(double width)>
+      set_progress;  // bar width, 0 to about kDownloadProgressFullWidth
   std::function<void()> close_progress;
   std::function<void(bool enabled)> set_timer_enabled;
   std::function<void()> clear_status;

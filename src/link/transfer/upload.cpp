@@ -39,7 +39,7 @@ void CalibrationUpload::UploadTimer() {
   if (state_.CaptionSaysNotConnected()) {
     if (port_.IsOpen() && upload_step_ < 1) {
       upload_step_ = 1;
-      static_cast<void>(sender_.Send({kPrepareCommand, kPrepareAddress, kPrepareFirstValue}));
+      static_cast<void>(sender_.Send({kSingleValueWrite, kLiveRateAddress, kPrepareFirstValue}));
     }
     return;
   }
@@ -49,7 +49,7 @@ void CalibrationUpload::UploadTimer() {
   if (reply_arriving) return;
   if (port_.IsOpen() && upload_step_ < 2) {
     upload_step_ = 2;
-    static_cast<void>(sender_.Send({kPrepareCommand, kPrepareAddress, kPrepareSecondValue}));
+    static_cast<void>(sender_.Send({kSingleValueWrite, kLiveRateAddress, kPrepareSecondValue}));
     return;
   }
   BackOff();

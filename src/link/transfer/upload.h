@@ -40,8 +40,6 @@ class CalibrationUpload {
   static constexpr std::string_view kDoneMarker = "DONE";
   static constexpr std::size_t kDoneDistance = 1026;  // from the "A" of "ALL" to the "D"
   static constexpr std::size_t kReplyLength = kDoneDistance + 4;
-  static constexpr int kPrepareCommand = 4;
-  static constexpr int kPrepareAddress = 864;
   static constexpr int kPrepareFirstValue = 8;
   static constexpr int kPrepareSecondValue = 15;
   static constexpr int kRequestAddress = 770;

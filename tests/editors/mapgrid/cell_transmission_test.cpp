@@ -38,7 +38,7 @@ TEST_F(CellTransmissionTest, AFuelCellTravelsAsOnePairFrameAtItsPosition) {
   grid.SetValue(11, 1, 4.66);  // 4660 us = 0x1234
   const TransmissionResult result = transmission.OnCellChanged(grid, {kFuelMap1Start});
   EXPECT_EQ(result.outcome, TransmissionOutcome::kDone);
-  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 1, 0x1234}));
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kSingleValueWrite, 1, 0x1234}));
   EXPECT_EQ(image.Byte(1), 0x34);
   EXPECT_EQ(image.Byte(2), 0x12);
 }
@@ -61,7 +61,7 @@ TEST_F(CellTransmissionTest, TheCurrentRowIsSentEvenWhenItEqualsTheImage) {
   FillFuelGrid(grid, image, 1);
   grid.SetCurrent(5, 5);
   transmission.OnCellChanged(grid, {kFuelMap1Start});
-  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 117, 3210}));
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kSingleValueWrite, 117, 3210}));
 }
 
 TEST_F(CellTransmissionTest, AllRangesSendsOnlyRowsAboveThatDifferAndNeverRowsBelow) {
@@ -100,7 +100,7 @@ TEST_F(CellTransmissionTest, FuelCellsAreCappedToTheDutyLimitOfTheirRpm) {
   EXPECT_EQ(grid.Text(2, 1), "20.000");  // empty label
   EXPECT_EQ(grid.Text(1, 1), "17.100");  // 7000 rpm
   EXPECT_EQ(result.capped.size(), 3u);
-  EXPECT_EQ(sender.frames.back(), (Frame{kWriteCellCommand, 1 + 18 * 10, 17100}));
+  EXPECT_EQ(sender.frames.back(), (Frame{kSingleValueWrite, 1 + 18 * 10, 17100}));
 }
 
 // A map file or an earlier set-up can leave a cell above 100 % duty; an edit anywhere below it
@@ -115,8 +115,8 @@ TEST_F(CellTransmissionTest, AnEditBelowAHighTopCellCapsAndSendsItWithoutAllRang
   const TransmissionResult result = transmission.OnCellChanged(grid, {kFuelMap1Start, 1, false});
   EXPECT_THAT(result.capped, ElementsAre(MapCell{1, 1}));
   EXPECT_THAT(result.sent, ElementsAre(MapCell{9, 1}, MapCell{1, 1}));
-  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 1 + 18 * 2, 3000},
-                                         Frame{kWriteCellCommand, 1 + 18 * 10, 17100}));
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kSingleValueWrite, 1 + 18 * 2, 3000},
+                                         Frame{kSingleValueWrite, 1 + 18 * 10, 17100}));
   EXPECT_EQ(image.Read16(1 + 18 * 10), 17100u);
   EXPECT_EQ(image.Read16(1 + 18 * 9), 9000u);
   // The ignition map has no cap: nothing above the change moves.
@@ -127,7 +127,7 @@ TEST_F(CellTransmissionTest, AnEditBelowAHighTopCellCapsAndSendsItWithoutAllRang
   ign.SetCurrent(8, 1);
   sender.frames.clear();
   transmission.OnCellChanged(ign, {kIgnMapStart});
-  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 751 + 5 * 3, 178}));
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kSingleValueWrite, 751 + 5 * 3, 178}));
 }
 
 TEST_F(CellTransmissionTest, DutyLimitFollowsTheIgnitionDivideAndInjectionMode) {
@@ -163,8 +163,8 @@ TEST_F(CellTransmissionTest, IgnitionCellsAreOneByteFramesWithoutADutyLimit) {
   transmission.OnCellChanged(grid, {kIgnMapStart});
   grid.SetCurrent(11, 1);
   transmission.OnCellChanged(grid, {kIgnMapStart});
-  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 751 + 5 + 6 * 10, 127},
-                                         Frame{kWriteCellCommand, 751, 255}));
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kSingleValueWrite, 751 + 5 + 6 * 10, 127},
+                                         Frame{kSingleValueWrite, 751, 255}));
   EXPECT_EQ(grid.Text(1, 6), "35.5");
   EXPECT_EQ(image.Byte(751), 255);
 }
@@ -205,10 +205,10 @@ TEST_F(CellTransmissionTest, KeyChangesOfSeveralColumnsSendEveryChangedCell) {
   grid.ApplyStep({ValueKey::kOneMs, 1});
   transmission.OnCellsChanged(grid, changed, {kFuelMap2Start});
   // Column 3 rows 7 and 6, then column 4 rows 7 and 6; each 1.000 ms.
-  EXPECT_THAT(sender.frames, ElementsAre(Frame{kWriteCellCommand, 375 + 4 + 18 * 4, 1000},
-                                         Frame{kWriteCellCommand, 375 + 4 + 18 * 5, 1000},
-                                         Frame{kWriteCellCommand, 375 + 6 + 18 * 4, 1000},
-                                         Frame{kWriteCellCommand, 375 + 6 + 18 * 5, 1000}));
+  EXPECT_THAT(sender.frames, ElementsAre(Frame{kSingleValueWrite, 375 + 4 + 18 * 4, 1000},
+                                         Frame{kSingleValueWrite, 375 + 4 + 18 * 5, 1000},
+                                         Frame{kSingleValueWrite, 375 + 6 + 18 * 4, 1000},
+                                         Frame{kSingleValueWrite, 375 + 6 + 18 * 5, 1000}));
   EXPECT_EQ(image.Read16(375 + 6 + 18 * 5), 1000u);
 }
 

@@ -130,7 +130,7 @@ void MapGridQtTest::TheTransmissionCapIsShownBeforeTheGridRedraws() {
   const QModelIndex cell = grid.model()->index(1, 9);
   QCOMPARE(grid.model()->data(cell).toString(), QStringLiteral("17.100"));
   QCOMPARE(image.Read16(1 + 16 + 180), 17100u);
-  QVERIFY((sender.frames.back() == testing::SentFrame{kWriteCellCommand, 197, 17100}));
+  QVERIFY((sender.frames.back() == testing::SentFrame{kSingleValueWrite, 197, 17100}));
 }
 
 void MapGridQtTest::FlatGraphFollowsTheGrid() {

@@ -10,13 +10,12 @@
 #include "app/sessions/editor_session.h"
 #include "app/widgets/live_texts.h"
 #include "base/qt/qt_platform.h"
+#include "calibration/conversions.h"
 #include "editors/setup/setup_marks.h"
 
 namespace vela {
 
 namespace {
-
-constexpr double kKpaPerBar = 100.0;
 
 // The x of each table's rows (their labels as numbers), and the units of its curve.
 struct CurveLook {
