@@ -5,7 +5,7 @@
 
 #include "datalog/chart/axis_follow.h"
 #include "datalog/datalog_capture.h"
-#include "datalog_test_support.h"
+#include "datalog/datalog_test_support.h"
 
 namespace vela {
 namespace {

@@ -6,8 +6,8 @@
 
 #include <deque>
 
+#include "datalog/datalog_test_support.h"
 #include "datalog/files/log_export.h"
-#include "datalog_test_support.h"
 #include "support/platform_fakes.h"
 
 namespace vela {

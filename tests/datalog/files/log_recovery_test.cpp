@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
+#include "datalog/datalog_test_support.h"
 #include "datalog/files/log_file.h"
-#include "datalog_test_support.h"
 
 namespace vela {
 namespace {

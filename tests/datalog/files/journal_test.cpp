@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "datalog_test_support.h"
+#include "datalog/datalog_test_support.h"
 #include "support/platform_fakes.h"
 
 namespace vela {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "datalog_test_support.h"
+#include "datalog/datalog_test_support.h"
 
 namespace vela {
 namespace {

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "base/crc32.h"
-#include "datalog_test_support.h"
+#include "datalog/datalog_test_support.h"
 
 namespace vela {
 namespace {

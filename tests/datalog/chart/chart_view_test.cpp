@@ -7,7 +7,7 @@
 #include <random>
 
 #include "datalog/chart/minmax_pyramid.h"
-#include "datalog_test_support.h"
+#include "datalog/datalog_test_support.h"
 
 namespace vela {
 namespace {
