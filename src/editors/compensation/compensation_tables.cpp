@@ -144,7 +144,7 @@ std::vector<int> StoredValues(CompTable table, const Compensation& tables) {
 void CompensationEditor::Refuse(CompTable table, int row, const std::string& why) {
   const CompTableLayout layout = LayoutOf(table);
   const std::string& label = layout.row_labels[static_cast<std::size_t>(row)];
-  parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle),
+  parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
                        {TableName(table) + " row " + label + ": " + why,
                         "Nothing was sent to the ECU; the cell keeps its value."});
 }
