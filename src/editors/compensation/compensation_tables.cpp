@@ -13,7 +13,6 @@ namespace vela {
 namespace {
 
 constexpr double kWaterStep = 0.390625;  // percent per stored count (100 / 256)
-constexpr double kTpsCountsPerPercent = 10.23;
 constexpr int kByteMax = 255;
 
 double RoundToOneDecimal(double value) { return RoundHalfEven(value * 10.0) / 10.0; }
