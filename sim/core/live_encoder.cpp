@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "calibration/conversions.h"
 #include "link/faults/fault_reply.h"
 
 namespace vela::sim {
@@ -53,13 +54,13 @@ std::uint8_t StatusBits(const EngineState& s) {
 }
 
 void PutEngineFields(live::Frame& f, const EngineState& s) {
-  const double period = s.rpm > 0 ? live::kEngineSpeedConstant / s.rpm : 0.0;
+  const double period = s.rpm > 0 ? kMicrosecondsPerMinute / s.rpm : 0.0;
   PutU24(f, live::kEnginePeriod, static_cast<std::uint32_t>(std::lround(period)) & 0xFFFFFF);
   PutU16(f, live::kInjectionTime, s.injection_us / 1000.0 * live::kInjectionDivisor);
   Put16(f, live::kIgnitionAdvance,
         std::clamp(std::lround(s.advance_deg * live::kAdvanceDivisor), -32768L, 32767L));
   PutU16(f, live::kMap, s.map_kpa * live::kMapDivisor);
-  PutU16(f, live::kTps, std::clamp(s.throttle_pct, 0.0, 100.0) * live::kTpsDivisor);
+  PutU16(f, live::kTps, std::clamp(s.throttle_pct, 0.0, 100.0) * kTpsCountsPerPercent);
   PutU16(f, live::kBattery, s.battery_v * live::kBatteryDivisor);
   PutU16(f, live::kLambda, s.lambda * live::kLambdaDivisor);
   Put8(f, live::kLoadSite, s.load_site * 16);

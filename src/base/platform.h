@@ -20,6 +20,9 @@ enum class MessageIcon { kInformation, kExclamation, kQuestion, kCritical, kNone
 enum class MessageButtons { kOk, kOkCancel, kYesNo, kYesNoCancel, kYesNoDefaultNo };
 enum class MessageAnswer { kOk, kCancel, kYes, kNo };
 
+// The title of the program's warnings and refusals.
+inline constexpr std::string_view kWarningTitle = "MORVANE Warning";
+
 class MessageSink {
  public:
   virtual ~MessageSink() = default;

@@ -64,6 +64,9 @@ double RpmFromEnginePeriod(std::uint32_t period_us);
 // above 0 or whose period does not lie within 1..`largest` (the field's width).
 std::optional<std::uint32_t> EnginePeriodFromRpm(double rpm, std::uint32_t largest);
 
+// The throttle sensor's counts per percent: 1023 counts are 100 %.
+inline constexpr double kTpsCountsPerPercent = 10.23;
+
 // The pressure unit of the MAP axes, the compensation curves and the boost read-out.
 inline constexpr double kKpaPerBar = 100.0;
 

@@ -12,9 +12,6 @@
 
 namespace vela {
 
-// The title of the editors' warnings and refusals.
-inline constexpr std::string_view kEditorWarningTitle = "MORVANE Warning";
-
 struct EditParts {
   EditorState& state;
   CalibrationImage& image;

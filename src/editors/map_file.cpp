@@ -146,7 +146,7 @@ void MapFiles::Warn(std::string_view title, std::string_view line) {
 MapFileResult MapFiles::SaveMap(const EditorState& state) {
   const BuiltCalibration built = BuildCalibrationFromEditors(state);
   if (!built.errors.empty()) {
-    messages_.Show(MessageIcon::kExclamation, std::string(kMapWarningTitle), built.errors);
+    messages_.Show(MessageIcon::kExclamation, std::string(kWarningTitle), built.errors);
   }
   const std::optional<std::string> chosen = dialogs_.AskSavePath(
       std::string(kSaveMapFilter), std::string(kSaveMapTitle), InitialFolder());
@@ -229,7 +229,7 @@ bool MapFiles::SetupAccepted(const std::string& path, const CalibrationImage& im
                                        (differing == 1 ? " map cell" : " map cells") +
                                        " of the maps shown now.");
   lines.emplace_back("Download it into the ECU all the same?");
-  return messages_.Show(MessageIcon::kExclamation, std::string(kMapWarningTitle), lines,
+  return messages_.Show(MessageIcon::kExclamation, std::string(kWarningTitle), lines,
                         MessageButtons::kYesNoDefaultNo) == MessageAnswer::kYes;
 }
 

@@ -29,7 +29,6 @@ inline constexpr std::string_view kLoadMapFilter =
 inline constexpr std::string_view kLoadMapTitle = "Download MORVANE VELA Map to the ECU";
 inline constexpr std::string_view kMapExtension = ".sm1";
 
-inline constexpr std::string_view kFolderNotFoundTitle = "Folder not Found";
 inline constexpr std::string_view kFolderNotFoundLine =
     "Folder not found. Please select the correct Maps folder where your maps are saved.";
 // The save refusal shares the datalog wording on purpose.
@@ -37,7 +36,6 @@ inline constexpr std::string_view kSaveNameRefused =
     "Invalid File Name. This datalog will NOT be loaded.";
 inline constexpr std::string_view kLoadNameRefused =
     "Invalid File Name. This map will NOT be loaded.";
-inline constexpr std::string_view kMapWarningTitle = "MORVANE Warning";
 
 inline constexpr std::string_view kDownloadErrorTitle = "DownLoad Error";
 inline constexpr std::string_view kDownloadErrorLines[] = {

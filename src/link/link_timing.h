@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/program_settings.h"
 #include "base/startup_trace.h"
 #include "link/delay_loop.h"
 #include "link/link_state.h"
@@ -17,13 +18,14 @@
 namespace vela {
 
 // One choice of the live-frame rate list: the text shown and the constants of the rate formula.
+// One entry for each choice the saved setting accepts (kFramesPerSecondChoices).
 struct LiveFrameRate {
   std::string_view text;
   double constant;  // C
   double exponent;  // E
 };
 
-inline constexpr std::array<LiveFrameRate, 11> kLiveFrameRates = {{
+inline constexpr std::array<LiveFrameRate, kFramesPerSecondChoices> kLiveFrameRates = {{
     {"60 Samples/Second", 3.0, 1.8},
     {"40 Samples/Second", 5.99, 1.5},
     {"30 Samples/Second", 8.98, 1.365},

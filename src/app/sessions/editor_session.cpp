@@ -9,7 +9,6 @@ namespace vela {
 
 namespace {
 
-constexpr std::string_view kEditsWhileDownTitle = "MORVANE Warning";
 constexpr std::string_view kEditsWhileDownLines[] = {
     "The map was changed while the ECU was not connected, and the ECU holds a different map.",
     "Send the changed map to the ECU now? (No takes the ECU's map; the changes are lost.)"};
@@ -109,7 +108,7 @@ bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
     return false;
   }
   const MessageAnswer answer = parts_.messages.Show(
-      MessageIcon::kQuestion, std::string(kEditsWhileDownTitle),
+      MessageIcon::kQuestion, std::string(kWarningTitle),
       {std::string(kEditsWhileDownLines[0]), std::string(kEditsWhileDownLines[1])},
       MessageButtons::kYesNo);
   return answer == MessageAnswer::kYes;
@@ -129,9 +128,8 @@ void EditorSession::SetOutOfStep(bool out_of_step) {
 void EditorSession::DownloadInterrupted() {
   SetOutOfStep(true);
   std::vector<std::string> lines(std::begin(kInterruptedLines), std::end(kInterruptedLines));
-  const bool again =
-      parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditsWhileDownTitle), lines,
-                           MessageButtons::kYesNo) == MessageAnswer::kYes;
+  const bool again = parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
+                                          lines, MessageButtons::kYesNo) == MessageAnswer::kYes;
   resend_when_back_ = again;
   // Still connected (a send was aborted): the ECU is here, so the image goes again at once.
   if (again && parts_.link.LineReady()) {

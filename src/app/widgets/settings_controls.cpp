@@ -10,18 +10,10 @@
 
 #include "app/pages/setup/setup_widgets.h"
 #include "app/widgets/text_of.h"
+#include "link/link_timing.h"
 #include "program/afr_display.h"
 
 namespace vela {
-
-namespace {
-
-constexpr const char* kFramesPerSecondTexts[kFramesPerSecondChoices] = {
-    "60 Samples/Second", "40 Samples/Second", "30 Samples/Second", "25 Samples/Second",
-    "20 Samples/Second", "15 Samples/Second", "12 Samples/Second", "10 Samples/Second",
-    "8 Samples/Second",  "6 Samples/Second",  "4 Samples/Second"};
-
-}  // namespace
 
 SettingsControls::SettingsControls(ProgramSetup& setup, QObject* parent)
     : QObject(parent), setup_(setup) {}
@@ -246,7 +238,7 @@ void SettingsControls::FillFixedLists() {
   port_list_->clear();
   for (int n = 1; n <= kPortCount; ++n) port_list_->addItem(QString("CommPort %1").arg(n));
   frames_per_second_->clear();
-  for (const char* text : kFramesPerSecondTexts) frames_per_second_->addItem(text);
+  for (const LiveFrameRate& rate : kLiveFrameRates) frames_per_second_->addItem(TextOf(rate.text));
   afr_display_mode_->clear();
   for (const std::string_view text : kAfrModeTexts) {
     afr_display_mode_->addItem(TextOf(text));

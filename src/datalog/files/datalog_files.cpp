@@ -57,7 +57,7 @@ std::optional<std::string> ChartSavePath(const std::string& path) {
 
 std::string DatalogFiles::InitialFolder(std::string_view missing_line) {
   if (!files_.IsDirectory(folders_.datalogs)) {
-    messages_.Show(MessageIcon::kExclamation, std::string(kDatalogFolderMissingTitle),
+    messages_.Show(MessageIcon::kExclamation, std::string(kFolderNotFoundTitle),
                    {std::string(missing_line)});
   }
   if (dialog_folder_.empty() ||

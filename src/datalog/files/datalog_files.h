@@ -31,7 +31,6 @@ inline constexpr std::string_view kCsvTitle = "Export MORVANE VELA DataLog as CS
 inline constexpr std::string_view kCsvExtension = ".csv";
 inline constexpr std::string_view kChartExtension = ".SL1";
 
-inline constexpr std::string_view kDatalogFolderMissingTitle = "Folder not Found";
 inline constexpr std::string_view kSaveFolderMissingLine =
     "Folder not found. Please select the correct Datalogs folder to save your datalogs.";
 inline constexpr std::string_view kLoadFolderMissingLine =

@@ -13,7 +13,6 @@ namespace vela {
 namespace {
 
 constexpr double kWaterStep = 0.390625;  // percent per stored count (100 / 256)
-constexpr double kTpsCountsPerPercent = 10.23;
 constexpr int kByteMax = 255;
 
 double RoundToOneDecimal(double value) { return RoundHalfEven(value * 10.0) / 10.0; }
@@ -144,7 +143,7 @@ std::vector<int> StoredValues(CompTable table, const Compensation& tables) {
 void CompensationEditor::Refuse(CompTable table, int row, const std::string& why) {
   const CompTableLayout layout = LayoutOf(table);
   const std::string& label = layout.row_labels[static_cast<std::size_t>(row)];
-  parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle),
+  parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
                        {TableName(table) + " row " + label + ": " + why,
                         "Nothing was sent to the ECU; the cell keeps its value."});
 }

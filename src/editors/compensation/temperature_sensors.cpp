@@ -119,8 +119,7 @@ bool SensorTableSender::Send(SensorTable table,
   if (parts_.suppress_change_events) return false;
   const SensorBytes result = SensorBytesOf(ohms_texts, separator);
   if (!result.bytes) {
-    parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle),
-                         result.refusal);
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle), result.refusal);
     return false;
   }
   return Store(table, {0, 1, 2, 3, 4, 5, 6, 7}, *result.bytes);
@@ -132,7 +131,7 @@ bool SensorTableSender::SendRow(SensorTable table, int row, const std::string& o
   std::vector<std::string> refusal;
   const std::optional<std::uint8_t> byte = SensorRowByte(row, ohms_text, separator, refusal);
   if (!byte) {
-    parts_.messages.Show(MessageIcon::kExclamation, std::string(kEditorWarningTitle), refusal);
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle), refusal);
     return false;
   }
   // The other rows stay as the ECU holds them: only the typed row is judged and sent.
@@ -156,7 +155,7 @@ bool SensorTableSender::Store(SensorTable table, const std::vector<int>& rows,
       ChangeBreaks(after, {parts_.state.sensors.map_sensor_type}, written);
   if (!broken.empty()) {
     parts_.messages.Show(
-        MessageIcon::kExclamation, std::string(kEditorWarningTitle),
+        MessageIcon::kExclamation, std::string(kWarningTitle),
         Refusal("These resistances would fail \"" + std::string(broken.front().message) +
                 "\": " + std::string(broken.front().rule) + "."));
     return false;

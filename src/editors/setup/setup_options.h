@@ -68,9 +68,8 @@ inline constexpr Texts<4> kInjectionModeNames = {"Batch Mode", "Semi-Sequential 
                                                  "Full Phased Sequential Mode"};
 inline constexpr std::string_view kUnknownInjectionMode = "***";
 
-// The warning shown when the tuner picks "Rising" for the trigger input: three lines of text with
-// an empty line after the first; the last two keep their trailing blanks.
-inline constexpr std::string_view kWarningTitle = "MORVANE Warning";
+// The warning (under kWarningTitle) shown when the tuner picks "Rising" for the trigger input:
+// three lines of text with an empty line after the first; the last two keep their trailing blanks.
 inline constexpr std::array<std::string_view, 4> kRisingEdgeWarningLines = {
     "Please Note that you have selected Rising Edge Trigger Input mode.", "",
     "This mode is normally only used on nissan distibutors. If this value is ",

@@ -66,15 +66,13 @@ inline constexpr std::uint8_t kStatusThrottlePump = 0x08;
 inline constexpr std::uint8_t kStatusLimiter = 0x10;
 
 // Scalings.
-inline constexpr double kEngineSpeedConstant = 60'000'000.0;  // microseconds per minute
-inline constexpr double kEngineSpeedDivisor = 1.0;            // one period a revolution
-inline constexpr double kEngineSpeedFactor = 100.0;           // percent: no correction
+inline constexpr double kEngineSpeedDivisor = 1.0;   // one period a revolution
+inline constexpr double kEngineSpeedFactor = 100.0;  // percent: no correction
 // A period whose high byte is this or more is an engine standing or barely turning: 0 RPM.
 inline constexpr std::uint8_t kStoppedPeriodHighByte = 40;
 inline constexpr double kInjectionDivisor = 100.0;  // reading / 100 = milliseconds
 inline constexpr double kAdvanceDivisor = 512.0;    // reading / 512 = degrees
 inline constexpr double kMapDivisor = 10.0;         // reading / 10 = kPa
-inline constexpr double kTpsDivisor = 10.23;        // 1023 counts = 100 %
 inline constexpr double kBatteryDivisor = 100.0;    // reading / 100 = volts
 inline constexpr double kIdleDivisor = 2.56;        // 256 counts = 100 %
 inline constexpr double kLambdaDivisor = 1000.0;
@@ -97,7 +95,7 @@ inline constexpr std::int32_t S16(const Frame& f, int position) {
 // read-outs, the cross-hair, the datalog) converts through these.
 inline constexpr double RpmFromPeriod(std::uint32_t period_us) {
   return period_us == 0 ? 0.0
-                        : kEngineSpeedConstant / kEngineSpeedDivisor / period_us *
+                        : kMicrosecondsPerMinute / kEngineSpeedDivisor / period_us *
                               (kEngineSpeedFactor / 100.0);
 }
 inline constexpr double EngineRpm(const Frame& f) {
@@ -111,7 +109,9 @@ inline constexpr double AdvanceDegrees(const Frame& f) {
   return S16(f, kIgnitionAdvance) / kAdvanceDivisor;
 }
 inline constexpr double MapKpa(const Frame& f) { return U16(f, kMap) / kMapDivisor; }
-inline constexpr double TpsPercent(const Frame& f) { return (U16(f, kTps) & 0x03FF) / kTpsDivisor; }
+inline constexpr double TpsPercent(const Frame& f) {
+  return (U16(f, kTps) & 0x03FF) / kTpsCountsPerPercent;
+}
 inline constexpr std::uint32_t WaterReading(const Frame& f) {
   return U16(f, kWaterSensor) & kSensorReadingMask;
 }

@@ -17,6 +17,7 @@
 #include "link/link_state.h"
 #include "link/receive/receive_display.h"
 #include "link/serial_port.h"
+#include "link/transfer/upload.h"
 
 namespace vela {
 
@@ -42,7 +43,7 @@ class ReceiveBuffer {
   // Tells whether the program waits for a calibration reply (the upload's `UploadExpected`).
   void SetReplyExpected(std::function<bool()> expected) { reply_expected_ = std::move(expected); }
   // The longest the buffer grows while a reply is under way: the reply and what may follow it.
-  static constexpr std::size_t kReplyHoldLimit = 1030 + kBufferLimit;
+  static constexpr std::size_t kReplyHoldLimit = CalibrationUpload::kReplyLength + kBufferLimit;
 
   std::string& received() { return received_; }
   const std::string& received() const { return received_; }
