@@ -13,7 +13,7 @@ struct AfrMode {
   double stoichiometric;  // 0 for the modes that are not a ratio
 };
 
-constexpr std::array<AfrMode, kAfrModeCount> kModes = {{
+constexpr std::array<AfrMode, kAfrDisplayModes> kModes = {{
     {{"  Gasoline", "AFR Value (Gasoline x10)", "AFR"}, 14.7},
     {{"   Ethanol", "AFR Value (Ethanol x10)", "AFR"}, 9.0},
     {{"  Methanol", "AFR Value (Methanol x10)", "AFR"}, 6.4},
@@ -26,7 +26,7 @@ constexpr std::array<AfrMode, kAfrModeCount> kModes = {{
 constexpr double kCoPercentPerLambda = 30.0;
 
 const AfrMode& ModeOf(int mode) {
-  return kModes[static_cast<std::size_t>(mode >= 0 && mode < kAfrModeCount ? mode : 0)];
+  return kModes[static_cast<std::size_t>(mode >= 0 && mode < kAfrDisplayModes ? mode : 0)];
 }
 
 }  // namespace

@@ -7,10 +7,11 @@
 #include <string>
 #include <string_view>
 
+#include "base/program_settings.h"
+
 namespace vela {
 
-inline constexpr int kAfrModeCount = 8;
-inline constexpr std::array<std::string_view, kAfrModeCount> kAfrModeTexts = {
+inline constexpr std::array<std::string_view, kAfrDisplayModes> kAfrModeTexts = {
     " AFR Gasoline", " AFR Ethanol", " AFR Methanol",           " AFR Natural Gas (NGV)",
     " AFR Diesel",   " Lambda",      " CO Gasoline Equivalent", " Disabled"};
 inline constexpr int kAfrModeLambda = 5;
