@@ -9,26 +9,13 @@
 #include <string>
 #include <string_view>
 
+#include "base/file_bytes.h"
 #include "datalog/files/log_file.h"
 
 namespace vela::log_bytes {
 
-// Numbers are stored little-endian; arrays of them are copied as they lie in memory.
-static_assert(std::endian::native == std::endian::little, "the datalog file is little-endian");
-
-template <typename T>
-void Put(std::string& out, T value) {
-  char bytes[sizeof(T)];
-  std::memcpy(bytes, &value, sizeof(T));
-  out.append(bytes, sizeof(T));
-}
-
-template <typename T>
-T Get(std::string_view bytes, std::size_t at) {
-  T value;
-  std::memcpy(&value, bytes.data() + at, sizeof(T));
-  return value;
-}
+using file_bytes::Get;
+using file_bytes::Put;
 
 // A records block's payload: first index (u64), count (u32), mask (u16), flags (u16), then the
 // log times, the arrival times when the flags say so, and each masked channel's values.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/crc32.h"
+#include "base/file_bytes.h"
 
 namespace vela {
 
@@ -18,19 +19,8 @@ constexpr std::size_t kRecordOverhead = 9;
 constexpr std::uint32_t kMaxPayload = 1u << 20;
 constexpr std::size_t kEntryFixedBytes = 14;  // kind, place, time, source length, change count
 
-template <typename T>
-void Put(std::string& out, T value) {
-  char bytes[sizeof(T)];
-  std::memcpy(bytes, &value, sizeof(T));  // the platforms the program runs on are little-endian
-  out.append(bytes, sizeof(T));
-}
-
-template <typename T>
-T Get(std::string_view bytes, std::size_t at) {
-  T value;
-  std::memcpy(&value, bytes.data() + at, sizeof(T));
-  return value;
-}
+using file_bytes::Get;
+using file_bytes::Put;
 
 std::string Record(RecordType type, std::string_view payload) {
   std::string record;
