@@ -13,7 +13,7 @@
 #include "editors/mapgrid/qt/map_graph.h"
 #include "editors/mapgrid/qt/map_readout.h"
 #include "editors/mapgrid/qt/map_surface_view.h"
-#include "program_fixture.h"
+#include "running_program.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
 

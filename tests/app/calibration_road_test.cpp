@@ -17,7 +17,7 @@
 #include "app/sessions/editor_session.h"
 #include "app/sessions/link_session.h"
 #include "app/widgets/live_value.h"
-#include "program_fixture.h"
+#include "running_program.h"
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"

@@ -20,7 +20,7 @@
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"
 #include "program/afr_display.h"
-#include "program_fixture.h"
+#include "running_program.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
 

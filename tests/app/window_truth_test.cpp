@@ -18,7 +18,7 @@
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"
 #include "link/connection_supervisor.h"
-#include "program_fixture.h"
+#include "running_program.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
 

@@ -14,7 +14,7 @@
 #include "app/pages/map_pages.h"
 #include "app/sessions/editor_session.h"
 #include "app/sessions/link_session.h"
-#include "program_fixture.h"
+#include "running_program.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
 #include "support/wire_log.h"
