@@ -147,6 +147,8 @@ void MainWindow::ConnectParts() {
     parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
+  connect(editors_, &EditorSession::HistoryNote, status_strip_, &StatusStrip::ShowEditNote);
+  connect(editors_, &EditorSession::SendProgress, status_strip_, &StatusStrip::ShowSending);
   // "DownLoad" stands in the status label (`LabelOrangeBlock`) while a download runs.
   connect(editors_, &EditorSession::DownloadStatus, status_strip_, &StatusStrip::ShowStartupText);
   connect(editors_, &EditorSession::MapInUseChanged, status_strip_, &StatusStrip::ShowMapInUse);
@@ -370,6 +372,7 @@ StartupActions MainWindow::LoadActions() {
   a.load_datalog_settings = [this] {
     datalog_page_->LoadDatalogSettings();
     datalog_page_->OfferRecovery();
+    editors_->OfferLastSession();
   };
   a.select_first_tab = [this] { SelectFirstTab(); };
   a.start_counts_per_ms_timer = [this] { StartCountsPerMsTimer(); };
@@ -609,6 +612,12 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
       map_pages_->MovePointerToLoadSite(tab);
       return true;
     case KeyAction::kDiscard:
+      return true;
+    case KeyAction::kUndo:
+      if (!editors_->Undo()) status_strip_->ShowEditNote("Nothing to undo");
+      return true;
+    case KeyAction::kRedo:
+      if (!editors_->Redo()) status_strip_->ShowEditNote("Nothing to redo");
       return true;
   }
   return false;

@@ -190,6 +190,7 @@ void ApplyTablesAndIdle(const CalibrationImage& image, EditorState& state) {
 }
 
 void FinishSorting(CalibrationSource source, ApplyEnvironment& env) {
+  if (source == CalibrationSource::kEditorsImage) return;
   env.status.Show(std::string(kUploadSortingComplete));
   if (source == CalibrationSource::kUpload) {
     // No acknowledgement follows: a rate frame lost on the line shows as the link's stall.
@@ -203,7 +204,8 @@ void FinishSorting(CalibrationSource source, ApplyEnvironment& env) {
 void ApplySteps(const CalibrationImage& image, CalibrationSource source, EditorState& state,
                 ApplyEnvironment& env, std::vector<CalibrationNote>& notes) {
   const ChangeEventsSuppressed suppressed(env.suppress_change_events);
-  env.status.Show(std::string(kUploadSortingStarted));
+  if (source != CalibrationSource::kEditorsImage)
+    env.status.Show(std::string(kUploadSortingStarted));
   ApplyEcuNumber(image, state);
   ApplyCylindersAndRpmSites(image, state);
   ApplyFuelSites(image, state);
@@ -223,6 +225,7 @@ void ApplyUploadedCalibration(const CalibrationImage& image, CalibrationSource s
                               EditorState& state, ApplyEnvironment& env) {
   std::vector<CalibrationNote> notes;
   ApplySteps(image, source, state, env, notes);
+  if (source == CalibrationSource::kEditorsImage) return;
   if (env.notes) {
     env.notes->insert(env.notes->end(), notes.begin(), notes.end());
     return;

@@ -46,7 +46,9 @@ inline constexpr int kLatestKnownFirmware = 3;
 // carrying the link's `CommsSpeedValue`, so that the ECU resumes its live frames at the chosen rate
 // after the upload preparation (values 8 and 15 at the same address).
 
-enum class CalibrationSource { kUpload, kMapFile };
+// kEditorsImage: the editors' own image shown again after an undo, a redo or a restore; nothing
+// reaches the link or the status label, and no note is made.
+enum class CalibrationSource { kUpload, kMapFile, kEditorsImage };
 
 // Holds `SuppressChangeEvents` up while the editors are filled, and puts it back as it was.
 class ChangeEventsSuppressed {

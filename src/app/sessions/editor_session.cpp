@@ -1,5 +1,7 @@
 #include "app/sessions/editor_session.h"
 
+#include <QDateTime>
+#include <QElapsedTimer>
 #include <QVBoxLayout>
 
 #include "app/sessions/link_session.h"
@@ -16,7 +18,30 @@ constexpr std::string_view kInterruptedLines[] = {
     "The download did not complete: the link to the ECU failed while the map was being sent.",
     "The ECU may now run on part of the new map and part of the old one.",
     "Send the whole map again as soon as the ECU is back?"};
+
+// Frames of a change of many cells go out in slices this long, so the program answers keys and
+// redraws between them.
+constexpr int kSendSliceMs = 15;
+
 }  // namespace
+
+EditPlace PlaceOf(EditedMap map) {
+  return map == EditedMap::kFuel1   ? EditPlace::kFuelMap1
+         : map == EditedMap::kFuel2 ? EditPlace::kFuelMap2
+                                    : EditPlace::kIgnMap;
+}
+
+int MapStartOf(EditedMap map) {
+  return map == EditedMap::kFuel1   ? kFuelMap1Start
+         : map == EditedMap::kFuel2 ? kFuelMap2Start
+                                    : kIgnMapStart;
+}
+
+SendResult QueueingSender::Send(const CommandFrame& frame) {
+  const ByteWrite byte{frame.address, 0};
+  queue_.Add(CellsToSend(std::span<const ByteWrite>(&byte, 1), image_));
+  return {.outcome = SendOutcome::kHeld};
+}
 
 SendResult OfflineGate::Send(const CommandFrame& frame) {
   if (mode_.Offline) return {};
@@ -44,7 +69,16 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
       parts_(parts),
       gate_(parts.link.sender(), mode_),
       held_edits_(gate_),
-      edit_sender_(held_edits_, [this] { NoteEdit(); }),
+      edit_sender_(held_edits_,
+                   [this] {
+                     NoteEdit();
+                     // The set-up, compensation and sensor editors: one entry per change, once
+                     // its frames are out.
+                     if (!record_pending_) {
+                       record_pending_ = true;
+                       QTimer::singleShot(0, this, [this] { RecordPending(); });
+                     }
+                   }),
       setup_editor_({state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
       compensation_editor_(
           {state_, image_, edit_sender_, parts.messages, parts.suppress_change_events}),
@@ -68,7 +102,12 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
                     [this] { DownloadInterrupted(); },
                 },
                 &held_edits_),
-      map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_) {
+      map_files_(parts.files, parts.dialogs, parts.messages, parts.folders, dialog_memory_),
+      history_(parts.files, parts.folders, this),
+      queueing_sender_(send_queue_, image_),
+      bulk_transmission_(image_, queueing_sender_) {
+  send_timer_.setInterval(0);
+  connect(&send_timer_, &QTimer::timeout, this, &EditorSession::DrainQueue);
   download_timer_.setInterval(kDownloadTimerIntervalMs);
   connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
   // The upload asks nothing while a download runs or while the program is off-line.
@@ -115,6 +154,9 @@ bool EditorSession::KeepEditsOver(const CalibrationImage& ecu_image) {
 }
 
 void EditorSession::DownloadWhole() {
+  send_queue_.Clear();
+  static_cast<void>(history_.Record(EditKind::kDownload, EditPlace::kWholeImage, image_,
+                                    "the editors' calibration"));
   download_.Start(image_.ToVector());
   emit DownloadStatus(QString::fromStdString(std::string(kDownloadStatus)));
 }
@@ -165,7 +207,10 @@ bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
   const bool send_down = resend_when_back_ ? image.Bytes() != image_.Bytes() : KeepEditsOver(image);
   resend_when_back_ = false;
   edited_while_down_ = false;
+  RecordPending();
   if (send_down) {
+    // The ECU's own calibration is about to be replaced: it is kept as a restore point first.
+    static_cast<void>(history_.TakeRestorePoint(image, RestoreReason::kBeforeDownload));
     EndUploadPreparation();
     DownloadWhole();
     return false;
@@ -174,10 +219,15 @@ bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
   // The ECU's calibration, unless it is the one the editors already show (a map sent down).
   if (!has_calibration_ || image.Bytes() != image_.Bytes()) SetMapInUse(std::string(), true);
   image_ = image;
+  ecu_image_ = image;
+  send_queue_.Clear();
   has_calibration_ = true;
   state_.SetupErrors.clear();
   ApplyEnvironment env = Environment();
   ApplyUploadedCalibration(image_, CalibrationSource::kUpload, state_, env);
+  static_cast<void>(
+      history_.Record(EditKind::kTakenFromEcu, EditPlace::kWholeImage, image_, "ECU"));
+  static_cast<void>(history_.TakeRestorePoint(image_, RestoreReason::kFromEcu));
   emit EditorsFilled();
   return true;
 }
@@ -185,14 +235,146 @@ bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
 void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
                                 const std::vector<MapCell>& cells) {
   if (parts_.suppress_change_events) return;
+  RecordPending();
   NoteEdit();
+  transmission_.OnCellsChanged(grid, cells, TransmissionSetupOf(map));
+  TakeGridValues(map, grid);
+  static_cast<void>(history_.Record(EditKind::kKeyStep, PlaceOf(map), image_, std::string()));
+}
+
+TransmissionSetup EditorSession::TransmissionSetupOf(EditedMap map) const {
   TransmissionSetup setup;
-  setup.map_start = map == EditedMap::kFuel1   ? kFuelMap1Start
-                    : map == EditedMap::kFuel2 ? kFuelMap2Start
-                                               : kIgnMapStart;
+  setup.map_start = MapStartOf(map);
   setup.ignition_divide = state_.setup.ignition_divide;
   setup.third_injection_mode = state_.setup.fuel_mode == kFuelModeSequential;
-  transmission_.OnCellsChanged(grid, cells, setup);
+  return setup;
+}
+
+void EditorSession::CellsBulkEdited(EditedMap map, MapGridModel& grid,
+                                    const std::vector<MapCell>& changed, EditKind kind,
+                                    std::string source) {
+  if (parts_.suppress_change_events || changed.empty()) return;
+  RecordPending();
+  NoteEdit();
+  bulk_transmission_.OnCellsChanged(grid, changed, TransmissionSetupOf(map));
+  TakeGridValues(map, grid);
+  static_cast<void>(history_.Record(kind, PlaceOf(map), image_, std::move(source)));
+  DrainQueue();
+}
+
+void EditorSession::BytesEdited(const std::vector<ByteWrite>& writes, EditKind kind,
+                                EditPlace place, std::string source) {
+  if (writes.empty()) return;
+  RecordPending();
+  ApplyWrites(image_, writes);
+  send_queue_.Add(CellsToSend(writes, image_));
+  NoteEdit();
+  RefillEditors();
+  static_cast<void>(history_.Record(kind, place, image_, std::move(source)));
+  DrainQueue();
+}
+
+void EditorSession::SendCells(const std::vector<int>& positions) {
+  std::vector<ByteWrite> bytes;
+  bytes.reserve(positions.size());
+  for (int position : positions) bytes.push_back({position, 0});
+  send_queue_.Add(CellsToSend(bytes, image_));
+  DrainQueue();
+}
+
+bool EditorSession::Undo() {
+  RecordPending();
+  const std::optional<JournalStep> step = history_.Undo(image_);
+  if (step) ApplyStep(*step, "Undone");
+  return step.has_value();
+}
+
+bool EditorSession::Redo() {
+  RecordPending();
+  const std::optional<JournalStep> step = history_.Redo(image_);
+  if (step) ApplyStep(*step, "Redone");
+  return step.has_value();
+}
+
+bool EditorSession::ReturnTo(std::size_t applied) {
+  RecordPending();
+  const std::optional<JournalStep> step = history_.ReturnTo(applied, image_);
+  if (step) ApplyStep(*step, "Returned");
+  return step.has_value();
+}
+
+void EditorSession::ApplyStep(const JournalStep& step, const QString& what) {
+  ApplyWrites(image_, step.writes);
+  const std::vector<CellWrite> cells = CellsToSend(step.writes, image_);
+  if (step.for_ecu) send_queue_.Add(cells);
+  NoteEdit();
+  // The ECU still holds a calibration the history has gone back behind: when it is read next,
+  // the tuner is asked which one wins.
+  if (step.differs_from_ecu) edited_while_down_ = true;
+  RefillEditors();
+  emit HistoryNote(QString("%1: %2 %3%4")
+                       .arg(what)
+                       .arg(cells.size())
+                       .arg(cells.size() == 1 ? "value" : "values")
+                       .arg(step.for_ecu ? "" : " (on the PC only)"));
+  DrainQueue();
+}
+
+void EditorSession::RefillEditors() {
+  state_.SetupErrors.clear();
+  ApplyEnvironment env = Environment();
+  ApplyUploadedCalibration(image_, CalibrationSource::kEditorsImage, state_, env);
+  emit EditorsFilled();
+}
+
+void EditorSession::RecordPending() {
+  record_pending_ = false;
+  if (history_.Unrecorded(image_)) {
+    static_cast<void>(history_.Record(EditKind::kSetupChange, EditPlace::kSetup, image_, {}));
+  }
+}
+
+void EditorSession::DrainQueue() {
+  QElapsedTimer slice;
+  slice.start();
+  while (!send_queue_.Empty() && slice.elapsed() < kSendSliceMs) {
+    static_cast<void>(send_queue_.SendNext(image_, held_edits_));
+  }
+  if (send_queue_.Empty()) {
+    send_timer_.stop();
+    emit SendProgress(send_queue_.Sent(), 0);
+  } else {
+    send_timer_.start();
+    emit SendProgress(send_queue_.Sent(), send_queue_.Total());
+  }
+}
+
+void EditorSession::OfferLastSession() {
+  if (std::optional<ReplayedJournal> last = history_.LastSession(); last && !last->report.closed) {
+    const QString when = QDateTime::fromMSecsSinceEpoch(last->journal.Entries().back().time_ms)
+                             .toString("yyyy-MM-dd hh:mm:ss");
+    const MessageAnswer answer = parts_.messages.Show(
+        MessageIcon::kQuestion, "Edit History",
+        {"The last session ended without closing the program, with " +
+             std::to_string(last->journal.Entries().size()) +
+             " changes in its history (the newest at " + when.toStdString() + ").",
+         "Take that calibration and its history back? (No starts from the ECU's calibration; the "
+         "last session's file stays until it is overwritten.)"},
+        MessageButtons::kYesNo);
+    if (answer == MessageAnswer::kYes) {
+      history_.TakeBack(*last);
+      image_ = last->image;
+      has_calibration_ = true;
+      edited_while_down_ = true;
+      SetMapInUse(std::string(), false);
+      NoteEdit();
+      RefillEditors();
+    }
+  }
+  history_.BeginFile(image_);
+}
+
+void EditorSession::TakeGridValues(EditedMap map, const MapGridModel& grid) {
   MapValues values = grid.ToMapValues();
   switch (map) {
     case EditedMap::kFuel1:
@@ -249,9 +431,15 @@ void EditorSession::LoadAndDownloadMap() {
   ApplyEnvironment env = Environment();
   MapDownloadTarget target{link.state(), mode_, image_, state_, env, download_};
   const bool was_offline = mode_.Offline;
+  RecordPending();
+  const CalibrationImage before = image_;
   const MapFileResult result = map_files_.LoadAndDownloadMap(target);
   if (mode_.Offline != was_offline) emit OfflineChanged(mode_.Offline);
   if (result != MapFileResult::kDone) return;
+  send_queue_.Clear();
+  static_cast<void>(history_.TakeRestorePoint(before, RestoreReason::kBeforeMapFile));
+  static_cast<void>(history_.Record(EditKind::kMapFileLoaded, EditPlace::kWholeImage, image_,
+                                    map_files_.last_path()));
   NoteChangeWithoutEcu();
   SetMapInUse(map_files_.last_path(), false);
   has_calibration_ = true;

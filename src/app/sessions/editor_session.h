@@ -12,6 +12,7 @@
 #include <optional>
 #include <vector>
 
+#include "app/sessions/edit_history.h"
 #include "base/platform.h"
 #include "base/startup_trace.h"
 #include "calibration/calibration_image.h"
@@ -22,6 +23,8 @@
 #include "editors/map_file.h"
 #include "editors/mapgrid/cell_transmission.h"
 #include "editors/setup/setup_editor.h"
+#include "editors/workbench/cell_send_queue.h"
+#include "editors/workbench/edit_journal.h"
 #include "link/link_state.h"
 #include "link/transfer/download.h"
 
@@ -80,6 +83,21 @@ struct EditorSessionParts {
 
 // Which map a grid edits.
 enum class EditedMap { kFuel1, kFuel2, kIgnition };
+EditPlace PlaceOf(EditedMap map);
+int MapStartOf(EditedMap map);
+
+// Hands the frames of a change of many cells to the send queue instead of the line: the cells
+// then go out a few at a time (see CellSendQueue).
+class QueueingSender : public CommandSender {
+ public:
+  QueueingSender(CellSendQueue& queue, const CalibrationImage& image)
+      : queue_(queue), image_(image) {}
+  [[nodiscard]] SendResult Send(const CommandFrame& frame) override;
+
+ private:
+  CellSendQueue& queue_;
+  const CalibrationImage& image_;
+};
 
 class EditorSession : public QObject {
   Q_OBJECT
@@ -103,6 +121,34 @@ class EditorSession : public QObject {
   void ApplyUpload(const CalibrationImage& image);
   // The tuner changed `cells` of `map`'s grid: cap, write into the image and send.
   void CellsEdited(EditedMap map, MapGridModel& grid, const std::vector<MapCell>& cells);
+  // A change of many cells of `map`'s grid, already made in the grid under the map's rules
+  // (ApplyTargets): the cells are written into the image, queued for the ECU and journaled as
+  // one entry of `kind` with `source` (what the tuner typed, where it came from).
+  void CellsBulkEdited(EditedMap map, MapGridModel& grid, const std::vector<MapCell>& changed,
+                       EditKind kind, std::string source);
+  // Bytes taken into the image from elsewhere (the other side of a comparison, a restore point):
+  // written, queued for the ECU, shown in the editors and journaled as one entry.
+  void BytesEdited(const std::vector<ByteWrite>& writes, EditKind kind, EditPlace place,
+                   std::string source);
+
+  // Sends the cells at these image positions (their first bytes) as the image holds them, through
+  // the send queue: a comparison's differing cells, nothing changed in the image.
+  void SendCells(const std::vector<int>& positions);
+
+  // The edit history: undo, redo and a return to any entry put the image back and, connected,
+  // send the cells that change; off-line they are noted like other off-line work. False when
+  // there was nothing to undo or redo.
+  EditHistory& history() { return history_; }
+  bool Undo();
+  bool Redo();
+  bool ReturnTo(std::size_t applied);
+  // The cells waiting to go to the ECU after a change of many cells.
+  const CellSendQueue& send_queue() const { return send_queue_; }
+  // The ECU's calibration as last read, or none yet.
+  const std::optional<CalibrationImage>& ecu_image() const { return ecu_image_; }
+  // At start: offers the last session's state back when its journal holds entries, then starts
+  // this session's journal file.
+  void OfferLastSession();
   void SaveMap();
   void LoadAndDownloadMap();
   void SetOffline(bool offline);
@@ -126,6 +172,10 @@ class EditorSession : public QObject {
   void EcuOutOfStepChanged(bool out_of_step);
   // The calibration the editors hold: the map file's name (or where it came from) and its path.
   void MapInUseChanged(const QString& name, const QString& path);
+  // Cells of a change of many cells went out: `sent` of `total`; total 0 when the queue is idle.
+  void SendProgress(int sent, int total);
+  // A short note for the status strip: what an undo, a redo or a restore point did.
+  void HistoryNote(const QString& text);
 
  private:
   ApplyEnvironment Environment();
@@ -149,6 +199,15 @@ class EditorSession : public QObject {
   void SetMapInUse(const std::string& path, bool from_ecu);
   void ShowMapInUse();
   void SetOutOfStep(bool out_of_step);
+  // Puts a history step into the image and the editors and queues what the ECU must get.
+  void ApplyStep(const JournalStep& step, const QString& what);
+  // Journals changes made through the set-up, compensation and sensor editors.
+  void RecordPending();
+  void DrainQueue();
+  void RefillEditors();
+  TransmissionSetup TransmissionSetupOf(EditedMap map) const;
+  // The grid's values into the editors' state.
+  void TakeGridValues(EditedMap map, const MapGridModel& grid);
 
   EditorSessionParts parts_;
   EditorState state_;
@@ -176,6 +235,13 @@ class EditorSession : public QObject {
   Download download_;
   FileDialogMemory dialog_memory_;
   MapFiles map_files_;
+  EditHistory history_;
+  std::optional<CalibrationImage> ecu_image_;
+  CellSendQueue send_queue_;
+  QueueingSender queueing_sender_;
+  CellTransmission bulk_transmission_;
+  QTimer send_timer_;
+  bool record_pending_ = false;
 };
 
 }  // namespace vela

@@ -13,6 +13,8 @@ namespace {
 
 constexpr int kFramesWindowMs = 1000;
 constexpr int kCountersIntervalMs = 1000;
+// How long a note of the edit history stays in the strip.
+constexpr int kEditNoteMs = 6000;
 
 QString Rgb(const LabelColour& c) {
   return QString("rgb(%1, %2, %3)").arg(c.red).arg(c.green).arg(c.blue);
@@ -63,6 +65,9 @@ StatusStrip::StatusStrip(QWidget* parent)
       map_in_use_(new ElidingLabel(this)),
       fault_(new ElidingLabel(this)),
       startup_(new ElidingLabel(this)),
+      edit_note_(new ElidingLabel(this)),
+      sending_(new SteadyLabel({"Sending 8888 of 8888 cells"}, this)),
+      edit_note_timer_(new QTimer(this)),
       counters_(new QWidget(this)) {
   setObjectName("StatusStrip");
   setFrameShape(QFrame::StyledPanel);
@@ -94,6 +99,7 @@ StatusStrip::StatusStrip(QWidget* parent)
   row->addStretch(1);
   startup_->setMaximumWidth(260);
   row->addWidget(startup_, 1);
+  AddEditLabels(row);
 
   // The counters: small, grey, each with its meaning in a tooltip.
   auto* counters = new QHBoxLayout(counters_);
@@ -198,6 +204,34 @@ void StatusStrip::ShowDatalog(bool logging, double seconds, std::size_t records)
               : QString();
   if (datalog_->text() != text) datalog_->setText(text);
   datalog_->setVisible(logging);
+}
+
+void StatusStrip::AddEditLabels(QHBoxLayout* row) {
+  edit_note_->setObjectName("EditNote");
+  edit_note_->setMaximumWidth(260);
+  edit_note_->hide();
+  edit_note_timer_->setSingleShot(true);
+  edit_note_timer_->setInterval(kEditNoteMs);
+  connect(edit_note_timer_, &QTimer::timeout, this, [this] { ShowEditNote(QString()); });
+  row->addWidget(edit_note_, 1);
+  sending_->setObjectName("SendingCells");
+  sending_->setToolTip("Cells of a change of many cells still going to the ECU");
+  sending_->setStyleSheet("background-color: rgb(90, 140, 220); color: white; padding: 1px 6px;");
+  sending_->hide();
+  row->addWidget(sending_);
+}
+
+void StatusStrip::ShowEditNote(const QString& text) {
+  if (edit_note_->text() != text) edit_note_->setText(text);
+  edit_note_->setVisible(!text.isEmpty());
+  if (!text.isEmpty()) edit_note_timer_->start();
+}
+
+void StatusStrip::ShowSending(int sent, int total) {
+  const QString text =
+      total > 0 ? QString("Sending %1 of %2 cells").arg(sent).arg(total) : QString();
+  if (sending_->text() != text) sending_->setText(text);
+  sending_->setVisible(total > 0);
 }
 
 void StatusStrip::ShowStartupText(const QString& text) {

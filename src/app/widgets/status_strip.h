@@ -7,7 +7,9 @@
 
 #include <QElapsedTimer>
 #include <QFrame>
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QTimer>
 #include <optional>
 
 #include "link/program_status.h"
@@ -53,6 +55,11 @@ class StatusStrip : public QFrame {
   void ShowStartupText(const QString& text);
   // Whether a datalog is being recorded, with its time and record count; hidden when not.
   void ShowDatalog(bool logging, double seconds, std::size_t records);
+  // `EditNote`: what the last undo, redo or workbench operation did; cleared after a while.
+  void ShowEditNote(const QString& text);
+  // `SendingCells`: the cells of a change of many cells going out, `sent` of `total`; hidden
+  // when total is 0.
+  void ShowSending(int sent, int total);
 
   QLabel* startup_label() const { return startup_; }
   QLabel* status_label() const { return watchdog_; }
@@ -61,6 +68,8 @@ class StatusStrip : public QFrame {
   void FaultClicked();
 
  private:
+  // The edit history's note and the progress of cells going out.
+  void AddEditLabels(QHBoxLayout* row);
   QLabel* AddCounter(const QString& name, const QString& tooltip);
   void ShowLook(QLabel* label, const StatusLook& look);
   void ShowFramesPerSecond();
@@ -72,6 +81,9 @@ class StatusStrip : public QFrame {
   ElidingLabel* map_in_use_;
   ElidingLabel* fault_;
   ElidingLabel* startup_;
+  ElidingLabel* edit_note_;
+  QLabel* sending_;
+  QTimer* edit_note_timer_;
   QWidget* counters_;
   QLabel* watchdog_ = nullptr;
   QLabel* receive_level_ = nullptr;

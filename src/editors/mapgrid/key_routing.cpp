@@ -49,8 +49,14 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
     return Route(context.previous_key_was_space ? KeyAction::kMovePointerToLoadSite
                                                 : KeyAction::kDiscard);
   }
-  if (press.key != MapKey::kLetter || press.control) return Route(KeyAction::kPassToGrid);
+  if (press.key != MapKey::kLetter) return Route(KeyAction::kPassToGrid);
   const char letter = Upper(press.letter);
+  if (press.control) {
+    if (press.alt) return Route(KeyAction::kPassToGrid);
+    if (letter == 'Z') return Route(press.shift ? KeyAction::kRedo : KeyAction::kUndo);
+    if (letter == 'Y' && !press.shift) return Route(KeyAction::kRedo);
+    return Route(KeyAction::kPassToGrid);
+  }
   if (press.alt) {
     if (letter == 'A') return Route(KeyAction::kToggleAllRanges);
     if (letter == 'L') return Route(KeyAction::kToggleLiveTuning);

@@ -40,6 +40,8 @@ enum class KeyAction {
   kInsertLiveValue,        // Enter; the window inserts the live value when live tuning is on
   kMovePointerToLoadSite,  // the second of two Space presses in a row
   kDiscard,                // handled, nothing to do (a first Space)
+  kUndo,                   // Ctrl-Z: the newest change of the edit history undone, on any page
+  kRedo,                   // Ctrl-Y or Ctrl-Shift-Z
 };
 
 struct KeyRoute {

@@ -94,6 +94,22 @@ TEST(MainWindowKeys, GridKeysAndControlCombinationsPassThrough) {
   EXPECT_EQ(RouteMainWindowKey(Letter('u', true), context), Action(KeyAction::kPassToGrid));
 }
 
+// The edit history's chords work on every page, whatever the case; Ctrl with a page letter or a
+// grid letter stays the grid's.
+TEST(MainWindowKeys, HistoryChordsUndoAndRedoOnEveryPage) {
+  for (int page : {kPageFuelMap1, kPageMainSetup, kPageHelp}) {
+    const KeyContext context{page, false};
+    EXPECT_EQ(RouteMainWindowKey(Letter('z', false, true), context), Action(KeyAction::kUndo));
+    MapKeyPress shifted = Letter('Z', false, true);
+    shifted.shift = true;
+    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kRedo));
+    EXPECT_EQ(RouteMainWindowKey(Letter('Y', false, true), context), Action(KeyAction::kRedo));
+    EXPECT_EQ(RouteMainWindowKey(Letter('h', false, true), context),
+              Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('z', true, true), context), Action(KeyAction::kPassToGrid));
+  }
+}
+
 TEST(KeystrokeTable, HoldsTheEnglishAndGermanRowsInOrder) {
   EXPECT_EQ(kKeystrokeHeadings.keystroke, " Keystroke");
   EXPECT_EQ(kKeystrokeHeadings.function, " Function");

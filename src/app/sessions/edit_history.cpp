@@ -1,0 +1,74 @@
+#include "app/sessions/edit_history.h"
+
+#include <QDateTime>
+
+namespace vela {
+
+EditHistory::EditHistory(FileSystem& files, const ProgramFolders& folders, QObject* parent)
+    : QObject(parent),
+      files_(files),
+      folder_(folders.program),
+      writer_(file_, files, folders.program),
+      restore_points_(files, RestorePoints::FolderIn(folders)) {}
+
+EditHistory::~EditHistory() { writer_.End(); }
+
+std::int64_t EditHistory::Now() { return QDateTime::currentMSecsSinceEpoch(); }
+
+void EditHistory::BeginFile(const CalibrationImage& image) {
+  recorded_ = image;
+  static_cast<void>(writer_.Begin(image, journal_, Now()));
+}
+
+std::optional<ReplayedJournal> EditHistory::LastSession() {
+  std::optional<ReplayedJournal> last = ReadLastEditJournal(files_, folder_);
+  if (!last || last->journal.Entries().empty()) return std::nullopt;
+  return last;
+}
+
+void EditHistory::TakeBack(const ReplayedJournal& last) {
+  journal_.Restore(last.journal.Entries(), last.journal.Applied());
+  recorded_ = last.image;
+  emit Changed();
+}
+
+bool EditHistory::Record(EditKind kind, EditPlace place, const CalibrationImage& image,
+                         std::string source) {
+  if (!journal_.Record(kind, place, recorded_, image, std::move(source), Now())) return false;
+  recorded_ = image;
+  writer_.WriteEntry(journal_, image);
+  emit Changed();
+  return true;
+}
+
+std::optional<JournalStep> EditHistory::Moved(std::optional<JournalStep> step,
+                                              const CalibrationImage& image) {
+  if (!step) return step;
+  recorded_ = image;
+  ApplyWrites(recorded_, step->writes);
+  writer_.WriteMove(journal_, recorded_);
+  emit Changed();
+  return step;
+}
+
+std::optional<JournalStep> EditHistory::Undo(const CalibrationImage& image) {
+  return Moved(journal_.Undo(), image);
+}
+
+std::optional<JournalStep> EditHistory::Redo(const CalibrationImage& image) {
+  return Moved(journal_.Redo(), image);
+}
+
+std::optional<JournalStep> EditHistory::ReturnTo(std::size_t applied,
+                                                 const CalibrationImage& image) {
+  return Moved(journal_.ReturnTo(applied), image);
+}
+
+RestorePoints::Taken EditHistory::TakeRestorePoint(const CalibrationImage& image,
+                                                   RestoreReason reason) {
+  return restore_points_.Take(image, reason, Now());
+}
+
+}  // namespace vela
+
+#include "moc_edit_history.cpp"
