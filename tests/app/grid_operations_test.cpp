@@ -1,8 +1,8 @@
 // The workbench on the map grids against the simulated ECU, from the keyboard alone: a block
-// selected with the selection keys, a typed operation, undo and redo, and a paste from a
-// spreadsheet. After each step the ECU's calibration read back equals the editors' image, and the
-// frames on the wire are exactly the cells that changed. Set VELA_SHOTS to a folder to keep
-// pictures of the typed line at 1280x720 and 1024x600.
+// selected with the selection keys, a typed operation, undo and redo, a paste from a
+// spreadsheet, interpolation and a fill. After each step the ECU's calibration read back equals
+// the editors' image, and the frames on the wire are exactly the cells that changed. Set
+// VELA_SHOTS to a folder to keep pictures of the typed line at 1280x720 and 1024x600.
 #include "app/pages/grid_operations.h"
 
 #include <QApplication>
@@ -84,9 +84,9 @@ class GridOperationsTest : public QObject {
     const std::vector<SentFrame> expected = FramesOfChange(before, editors.image());
     QVERIFY2(!expected.empty(), what);
     QVERIFY2(QTest::qWaitFor([&] { return editors.send_queue().Empty(); }, 10000), what);
-    QVERIFY2(QTest::qWaitFor([&] { return wire_.WritesSince(mark).size() >= expected.size(); },
-                             5000),
-             what);
+    QVERIFY2(
+        QTest::qWaitFor([&] { return wire_.WritesSince(mark).size() >= expected.size(); }, 5000),
+        what);
     QTest::qWait(200);  // for any frame that should not come
     QVERIFY2(Sorted(wire_.WritesSince(mark)) == Sorted(expected), what);
     CalibrationImage ecu;
@@ -100,10 +100,8 @@ class GridOperationsTest : public QObject {
     QTest::qWait(150);
     const QString folder = qEnvironmentVariable("VELA_SHOTS");
     if (!folder.isEmpty()) {
-      p_->window().grab().save(QString("%1/%2-%3x%4.png")
-                                   .arg(folder, name)
-                                   .arg(size.width())
-                                   .arg(size.height()));
+      p_->window().grab().save(
+          QString("%1/%2-%3x%4.png").arg(folder, name).arg(size.width()).arg(size.height()));
     }
   }
 
@@ -163,6 +161,12 @@ class GridOperationsTest : public QObject {
     QCOMPARE(grid->Model().Value(4, 3), 3.1);
     QCOMPARE(grid->Model().Value(5, 4), 3.4);
     QCOMPARE(p_->editors().history().journal().Entries().back().kind, EditKind::kPaste);
+    // Shaping, one entry each: both ways from the corners, then the live point's cell.
+    Step("Ctrl-B", [&] { Key(Qt::Key_B, Qt::ControlModifier); });
+    QCOMPARE(p_->editors().history().journal().Entries().back().kind, EditKind::kInterpolation);
+    Step("Ctrl-E", [&] { Key(Qt::Key_E, Qt::ControlModifier); });
+    QCOMPARE(p_->editors().history().journal().Entries().back().kind, EditKind::kFill);
+    QCOMPARE(grid->Model().Value(4, 3), grid->Model().Value(6, 5));
   }
 
   // Escape leaves the line without a change; a refused text stays on the line with its reason.

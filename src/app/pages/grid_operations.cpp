@@ -158,9 +158,10 @@ void GridOperations::Shape(int index, ShapeKind kind) {
              model.LoadUnit() + ": " + model.Text(cell.row, cell.column);
   }
   const BulkChange change = ShapeCells(model, SelectionOf(model), kind, Duty(), fill_value);
-  if (!change.changed.empty())
+  if (!change.changed.empty()) {
     emit Note(
         QString("%1: %2").arg(ShapeName(kind), Cells(static_cast<int>(change.changed.size()))));
+  }
   Finish(index, change, EditKindOf(kind), source);
 }
 
