@@ -27,6 +27,7 @@
 #include "app/sessions/live_view.h"
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
+#include "app/widgets/workbench_keys_table.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
@@ -148,6 +149,8 @@ void MainWindow::ConnectParts() {
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
   connect(editors_, &EditorSession::HistoryNote, status_strip_, &StatusStrip::ShowEditNote);
+  connect(&map_pages_->operations(), &GridOperations::Note, status_strip_,
+          &StatusStrip::ShowEditNote);
   connect(editors_, &EditorSession::SendProgress, status_strip_, &StatusStrip::ShowSending);
   // "DownLoad" stands in the status label (`LabelOrangeBlock`) while a download runs.
   connect(editors_, &EditorSession::DownloadStatus, status_strip_, &StatusStrip::ShowStartupText);
@@ -193,7 +196,7 @@ QWidget* MainWindow::BuildPage(int index) {
       notice_label_->setObjectName("NoticeLabel");
       layout->addWidget(notice_label_);
       layout->addWidget(settings_controls_->BuildHelpOptions(page));
-      layout->addWidget(BuildKeystrokeTable(page), 1);
+      layout->addLayout(BuildKeyTables(page), 1);
       return page;
     case kDataPage:
       Place(page, BuildDataPage());
@@ -498,6 +501,14 @@ QWidget* MainWindow::BuildKeystrokeTable(QWidget* parent) {
   keystrokes_->verticalHeader()->setDefaultSectionSize(22);
   ShowKeystrokeTable(true);
   return keystrokes_;
+}
+
+// The keystroke table and, beside it, the workbench keys.
+QLayout* MainWindow::BuildKeyTables(QWidget* parent) {
+  auto* tables = new QHBoxLayout;
+  tables->addWidget(BuildKeystrokeTable(parent), 1);
+  tables->addWidget(BuildWorkbenchKeysTable(parent), 1);
+  return tables;
 }
 
 void MainWindow::ShowKeystrokeTable(bool english) {

@@ -92,6 +92,7 @@ class MainWindow : public QMainWindow {
   QWidget* BuildPage(int index);
   QWidget* BuildMapFileButtons(QWidget* parent);
   QWidget* BuildKeystrokeTable(QWidget* parent);
+  QLayout* BuildKeyTables(QWidget* parent);
   void ShowKeystrokeTable(bool english);
   void ShowSetupErrors();
   void ShowOffline(bool offline);

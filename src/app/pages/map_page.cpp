@@ -47,7 +47,8 @@ MapPage::MapPage(MapKind kind, const MapPageNames& names, QWidget* parent)
     : QWidget(parent),
       grid_(new MapGrid(kind, this)),
       readout_(new MapReadout(this)),
-      graph_(new MapGraph(kind, this)) {
+      graph_(new MapGraph(kind, this)),
+      operation_line_(new OperationLine(this)) {
   grid_->setObjectName(names.grid);
   readout_->setObjectName(names.readout);
   graph_->setObjectName(names.graph);
@@ -67,6 +68,7 @@ MapPage::MapPage(MapKind kind, const MapPageNames& names, QWidget* parent)
   maps->addWidget(out_of_step_);
   grid_->setMinimumHeight(FullGridHeight(grid_));
   maps->addWidget(grid_, 3);
+  maps->addWidget(operation_line_);
   graph_->setMinimumHeight(120);
   maps->addWidget(graph_, 4);
   layout->addLayout(maps, 3);

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QWidget>
 
+#include "app/pages/operation_line.h"
 #include "editors/mapgrid/map_display.h"
 #include "editors/mapgrid/qt/map_graph.h"
 #include "editors/mapgrid/qt/map_grid.h"
@@ -34,6 +35,8 @@ class MapPage : public QWidget {
   // The fuel map selection (fuel pages only; null on the ignition page).
   QButtonGroup* map_selection() const { return map_selection_; }
   QWidget* options_area() const { return options_area_; }
+  // The typed line under the grid (hidden until a key on the grid opens it).
+  OperationLine* operation_line() const { return operation_line_; }
 
   // The page labels from the live data: live tuning, map in use, throttle pump and limiter.
   void ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pump, bool limiter);
@@ -60,6 +63,7 @@ class MapPage : public QWidget {
   MapGrid* grid_;
   MapReadout* readout_;
   MapGraph* graph_;
+  OperationLine* operation_line_;
   QCheckBox* all_ranges_ = nullptr;
   QLabel* duty_ = nullptr;
   QLabel* out_of_step_ = nullptr;

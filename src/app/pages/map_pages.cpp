@@ -32,7 +32,14 @@ const MapValues& ValuesOf(const MapEditors& maps, int index) {
 
 MapPages::MapPages(EditorSession& editors, LinkSession& link, LiveView& live_view,
                    MessageSink& messages, QObject* parent)
-    : QObject(parent), editors_(editors), link_(link), live_view_(live_view), messages_(messages) {
+    : QObject(parent),
+      editors_(editors),
+      link_(link),
+      live_view_(live_view),
+      messages_(messages),
+      operations_(new GridOperations({editors, messages, [this] { return cross_hair_.Point(); },
+                                      [this](int index) { ShowEdited(index); }},
+                                     this)) {
   cross_hair_.SetMotorMap(1);
   // The live point follows the shown values, so the smoothing choices steady it too.
   connect(&live_view_, &LiveView::Updated, this, [this] { live_new_ = true; });
@@ -63,6 +70,7 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
     surface->setAccessibleName(QString("%1 graph").arg(kTitles[index]));
   }
   cross_hair_.Attach(index + 1, page->grid(), page->graph());
+  operations_->Attach(index, page, kEditedMaps[index]);
   connect(page->grid(), &MapGrid::CellsChanged, this,
           [this, index](const std::vector<MapCell>& cells) { GridEdited(index, cells); });
   connect(page->grid(), &MapGrid::CursorMoved, this, [this, index] { ShowDuty(index); });
@@ -189,6 +197,10 @@ void MapPages::MovePointerToLoadSite(int tab) {
 
 void MapPages::GridEdited(int index, const std::vector<MapCell>& cells) {
   editors_.CellsEdited(kEditedMaps[index], pages_[index]->grid()->Model(), cells);
+  ShowEdited(index);
+}
+
+void MapPages::ShowEdited(int index) {
   pages_[index]->graph()->ShowMap(pages_[index]->grid()->Model());
   ShowDuty(index);
 }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+#include "app/pages/grid_operations.h"
 #include "app/pages/map_page.h"
 #include "base/platform.h"
 #include "editors/mapgrid/qt/cross_hair.h"
@@ -50,10 +51,14 @@ class MapPages : public QObject {
   void ToggleLiveTuning();
   void InsertLiveValue(int tab);
   void MovePointerToLoadSite(int tab);
+  // The workbench's operations on the grids (selection, typed line, shaping, copy and paste).
+  GridOperations& operations() { return *operations_; }
 
  private:
   void GridEdited(int index, const std::vector<MapCell>& cells);
   void ShowDuty(int index);
+  // The graph and the duty read-out after grid `index` changed.
+  void ShowEdited(int index);
   // A choice of the fuel map selection: sent to the ECU once the tuner confirms it.
   void MapSelectionChosen(int choice);
 
@@ -63,6 +68,7 @@ class MapPages : public QObject {
   MessageSink& messages_;
   std::array<MapPage*, kPages> pages_{};
   CrossHair cross_hair_;
+  GridOperations* operations_;
   // The cross-hair follows the live point when the read-outs are redrawn (10 times a second),
   // not with every frame: redrawing 60 times a second costs far more than the eye gains.
   bool live_new_ = false;

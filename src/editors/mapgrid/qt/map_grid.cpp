@@ -67,6 +67,36 @@ class GridMarkerOverlay : public QWidget {
   MapGrid* grid_;
 };
 
+// Marks the cells that wait to go to the ECU with a small dark triangle in the top-left corner:
+// the cell keeps its value colour and text, and the mark goes as the cell goes out.
+class WaitingCellsOverlay : public QWidget {
+ public:
+  explicit WaitingCellsOverlay(MapGrid* grid) : QWidget(grid->viewport()), grid_(grid) {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAttribute(Qt::WA_NoSystemBackground);
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    if (grid_->WaitingCells().empty()) return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::white, 1));
+    painter.setBrush(QColor(25, 25, 90));
+    for (const MapCell& cell : grid_->WaitingCells()) {
+      const QRect r = grid_->visualRect(grid_->model()->index(cell.row, cell.column));
+      if (!r.isValid()) continue;
+      const int side = std::clamp(r.height() / 2, 6, 12);
+      const QPointF corner(r.left() + 1.5, r.top() + 1.5);
+      painter.drawPolygon(
+          QPolygonF({corner, corner + QPointF(side, 0), corner + QPointF(0, side)}));
+    }
+  }
+
+ private:
+  MapGrid* grid_;
+};
+
 // Paints each cell as its ground colour and its text, laid out once when the grid changed (the
 // live point redraws a row and a column of cells ten times a second, and laying out their text
 // again each time would cost more than all the rest). Selected cells keep their value colour,
@@ -102,7 +132,8 @@ MapGrid::MapGrid(MapKind kind, QWidget* parent)
     : QTableView(parent),
       model_(kind, DefaultLoadSites(kind)),
       table_(new MapGridTable(model_, this)),
-      overlay_(new GridMarkerOverlay(this)) {
+      overlay_(new GridMarkerOverlay(this)),
+      waiting_overlay_(new WaitingCellsOverlay(this)) {
   setModel(table_);
   setItemDelegate(new CellDelegate(this));
   horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -231,6 +262,10 @@ QSize MapGrid::sizeHint() const {
 void MapGrid::keyPressEvent(QKeyEvent* event) {
   PullSelection();
   if (!model_.HandleKey(MapKeyPressOf(*event))) {
+    if (key_handler_ && key_handler_(*event)) {
+      event->accept();
+      return;
+    }
     event->ignore();
     return;
   }
@@ -249,6 +284,7 @@ void MapGrid::resizeEvent(QResizeEvent* event) {
 void MapGrid::scrollContentsBy(int dx, int dy) {
   QTableView::scrollContentsBy(dx, dy);
   overlay_->setGeometry(viewport()->rect());
+  waiting_overlay_->setGeometry(viewport()->rect());
   PlaceCross(true);
 }
 
@@ -313,7 +349,29 @@ void MapGrid::ApplyGeometry() {
   model_.SetColWidth0(widths.label);
   overlay_->setGeometry(viewport()->rect());
   overlay_->raise();
+  waiting_overlay_->setGeometry(viewport()->rect());
+  waiting_overlay_->raise();
   PlaceCross(true);
+}
+
+void MapGrid::ShowSelection() {
+  pushing_ = true;
+  const MapCellRect rect = model_.Selection();
+  const MapCell cursor = model_.Current();
+  selectionModel()->setCurrentIndex(table_->index(cursor.row, cursor.column),
+                                    QItemSelectionModel::NoUpdate);
+  selectionModel()->select(
+      QItemSelection(table_->index(rect.top, rect.left), table_->index(rect.bottom, rect.right)),
+      QItemSelectionModel::ClearAndSelect);
+  pushing_ = false;
+  scrollTo(table_->index(cursor.row, cursor.column));
+  emit CursorMoved(cursor.row, cursor.column);
+}
+
+void MapGrid::SetWaitingCells(std::vector<MapCell> cells) {
+  if (cells == waiting_cells_) return;
+  waiting_cells_ = std::move(cells);
+  waiting_overlay_->update();
 }
 
 void MapGrid::ApplyLook() {

@@ -9,6 +9,7 @@
 #include <QRegion>
 #include <QString>
 #include <QTableView>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -21,6 +22,7 @@ namespace vela {
 
 class MapGridTable;
 class GridMarkerOverlay;
+class WaitingCellsOverlay;
 
 class MapGrid : public QTableView {
   Q_OBJECT
@@ -59,6 +61,16 @@ class MapGrid : public QTableView {
   // The centre of a fractional cell position in viewport coordinates.
   QPointF ViewportPoint(const OperatingPoint& point) const;
 
+  // Keys the grid does not own (the workbench's Ctrl chords, the typed line's first character)
+  // go to this handler; it returns true when it took the key.
+  using KeyHandler = std::function<bool(QKeyEvent& event)>;
+  void SetKeyHandler(KeyHandler handler) { key_handler_ = std::move(handler); }
+  // Shows the model's selection and cursor after they were set from outside (Select).
+  void ShowSelection();
+  // Cells that are changed but not yet sent to the ECU carry a small corner mark.
+  void SetWaitingCells(std::vector<MapCell> cells);
+  const std::vector<MapCell>& WaitingCells() const { return waiting_cells_; }
+
   // Wide enough for every cell's text at the fontsize setting.
   QSize sizeHint() const override;
 
@@ -91,6 +103,9 @@ class MapGrid : public QTableView {
   std::optional<OperatingPoint> marker_;
   std::optional<CrossShape> cross_;
   bool pushing_ = false;
+  KeyHandler key_handler_;
+  WaitingCellsOverlay* waiting_overlay_;
+  std::vector<MapCell> waiting_cells_;
 };
 
 }  // namespace vela
