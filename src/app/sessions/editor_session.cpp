@@ -217,7 +217,8 @@ bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
   }
   SetOutOfStep(false);
   // The ECU's calibration, unless it is the one the editors already show (a map sent down).
-  if (!has_calibration_ || image.Bytes() != image_.Bytes()) SetMapInUse(std::string(), true);
+  const bool new_calibration = !has_calibration_ || image.Bytes() != image_.Bytes();
+  if (new_calibration) SetMapInUse(std::string(), true);
   image_ = image;
   ecu_image_ = image;
   send_queue_.Clear();
@@ -225,8 +226,12 @@ bool EditorSession::ApplyEcuBlock(const CalibrationImage& image) {
   state_.SetupErrors.clear();
   ApplyEnvironment env = Environment();
   ApplyUploadedCalibration(image_, CalibrationSource::kUpload, state_, env);
-  static_cast<void>(
-      history_.Record(EditKind::kTakenFromEcu, EditPlace::kWholeImage, image_, "ECU"));
+  // A read-back of the calibration the editors already hold is no change: the history keeps its
+  // hold on the ECU, so that an undo after pressing U still puts the ECU back.
+  if (new_calibration) {
+    static_cast<void>(
+        history_.Record(EditKind::kTakenFromEcu, EditPlace::kWholeImage, image_, "ECU"));
+  }
   static_cast<void>(history_.TakeRestorePoint(image_, RestoreReason::kFromEcu));
   emit EditorsFilled();
   return true;
