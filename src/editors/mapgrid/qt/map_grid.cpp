@@ -11,6 +11,7 @@
 
 #include "calibration/calibration_image.h"
 #include "editors/mapgrid/grid_setup.h"
+#include "editors/mapgrid/qt/cell_marks.h"
 #include "editors/mapgrid/qt/map_grid_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
 
@@ -89,6 +90,7 @@ class CellDelegate : public QStyledItemDelegate {
                                       r.y() + (r.height() - size.height()) / 2.0),
                               laid_out);
     }
+    PaintCellMark(*painter, r, index);
     if (!option.state.testFlag(QStyle::State_Selected)) return;
     painter->save();
     painter->fillRect(r, QColor(0, 0, 0, 45));
@@ -132,6 +134,10 @@ void MapGrid::Refresh() {
   }
   PlaceCross(true);
 }
+
+void MapGrid::SetOverlay(GridOverlay overlay) { table_->SetOverlay(std::move(overlay)); }
+
+const GridOverlay& MapGrid::Overlay() const { return table_->Overlay(); }
 
 void MapGrid::SetUp(const QString& title, int load_sites) {
   SetUpMapGrid(model_, title.toStdString(), load_sites);

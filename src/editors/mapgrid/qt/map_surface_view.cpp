@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "editors/mapgrid/qt/cell_marks.h"
+
 namespace vela {
 
 namespace {
@@ -304,6 +306,13 @@ void MapSurfaceView::PaintSurface(QPainter& painter) const {
     const QPointF corners[] = {point(row, column), point(row, column + 1),
                                point(row + 1, column + 1), point(row + 1, column)};
     painter.drawPolygon(corners, 4);
+  }
+  PaintMarks(painter, points);
+}
+
+void MapSurfaceView::PaintMarks(QPainter& painter, const std::vector<ScreenPoint>& points) const {
+  for (std::size_t at = 0; at < points.size() && at < data_.marks.size(); ++at) {
+    if (data_.marks[at].isValid()) PaintGraphMark(painter, At(points[at]), data_.marks[at]);
   }
 }
 
