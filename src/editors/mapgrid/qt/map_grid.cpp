@@ -11,7 +11,6 @@
 
 #include "calibration/calibration_image.h"
 #include "editors/mapgrid/grid_setup.h"
-#include "editors/mapgrid/qt/cell_marks.h"
 #include "editors/mapgrid/qt/map_grid_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
 

@@ -23,6 +23,16 @@ QColor CellColour(double fraction) {
 
 QColor HeaderColour() { return QColor(214, 218, 224); }
 
+void PaintCellMark(QPainter& painter, const QRect& cell, const QModelIndex& index) {
+  const QVariant mark = index.data(MapGridTable::kCellMarkRole);
+  if (!mark.isValid()) return;
+  painter.save();
+  painter.setPen(QPen(mark.value<QColor>(), 3));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRect(QRectF(cell).adjusted(2.5, 2.5, -2.5, -2.5));
+  painter.restore();
+}
+
 MapGridTable::MapGridTable(MapGridModel& grid, QObject* parent)
     : QAbstractTableModel(parent), grid_(grid), shown_columns_(grid.Columns()) {
   Cache();

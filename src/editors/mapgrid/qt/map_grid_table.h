@@ -6,6 +6,7 @@
 #include <QAbstractTableModel>
 #include <QColor>
 #include <QFont>
+#include <QPainter>
 #include <QStaticText>
 #include <QString>
 #include <QVector>
@@ -19,6 +20,9 @@ namespace vela {
 // The colour of a value share 0..1 of the map's range (blue, green, red), paled for cell text.
 QColor CellColour(double fraction);
 QColor HeaderColour();
+
+// The frame an overlay's mark puts inside the edges of the cell at `index` (kCellMarkRole).
+void PaintCellMark(QPainter& painter, const QRect& cell, const QModelIndex& index);
 
 class MapGridTable : public QAbstractTableModel {
   Q_OBJECT

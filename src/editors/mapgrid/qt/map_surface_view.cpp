@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "editors/mapgrid/qt/cell_marks.h"
-
 namespace vela {
 
 namespace {
@@ -311,9 +309,14 @@ void MapSurfaceView::PaintSurface(QPainter& painter) const {
 }
 
 void MapSurfaceView::PaintMarks(QPainter& painter, const std::vector<ScreenPoint>& points) const {
+  painter.save();
+  painter.setPen(QPen(Qt::white, 1.5));
   for (std::size_t at = 0; at < points.size() && at < data_.marks.size(); ++at) {
-    if (data_.marks[at].isValid()) PaintGraphMark(painter, At(points[at]), data_.marks[at]);
+    if (!data_.marks[at].isValid()) continue;
+    painter.setBrush(data_.marks[at]);
+    painter.drawEllipse(At(points[at]), 4.0, 4.0);
   }
+  painter.restore();
 }
 
 // Load labels along the near floor edge that runs with load, RPM labels along the one that runs
