@@ -5,6 +5,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QLabel>
+#include <QVBoxLayout>
 #include <QWidget>
 
 #include "editors/mapgrid/map_display.h"
@@ -34,6 +35,8 @@ class MapPage : public QWidget {
   // The fuel map selection (fuel pages only; null on the ignition page).
   QButtonGroup* map_selection() const { return map_selection_; }
   QWidget* options_area() const { return options_area_; }
+  // A bar over the grid (below the out-of-step line), such as a comparison's.
+  void AddAboveGrid(QWidget* bar);
 
   // The page labels from the live data: live tuning, map in use, throttle pump and limiter.
   void ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pump, bool limiter);
@@ -69,6 +72,7 @@ class MapPage : public QWidget {
   QLabel* limiter_ = nullptr;
   QButtonGroup* map_selection_ = nullptr;
   QWidget* options_area_ = nullptr;
+  QVBoxLayout* maps_ = nullptr;
   QChar separator_ = QLatin1Char('.');
 };
 
