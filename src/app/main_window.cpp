@@ -15,12 +15,14 @@
 #include <QVBoxLayout>
 
 #include "app/form_spare.h"
+#include "app/pages/compare_pages.h"
 #include "app/pages/data_page.h"
 #include "app/pages/datalog_page.h"
 #include "app/pages/fault_panel.h"
 #include "app/pages/map_pages.h"
 #include "app/pages/setup/setup_error_list.h"
 #include "app/pages/setup/setup_pages.h"
+#include "app/sessions/compare_session.h"
 #include "app/sessions/editor_session.h"
 #include "app/sessions/fault_monitor.h"
 #include "app/sessions/link_session.h"
@@ -101,6 +103,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
       map_pages_(new MapPages(*editors_, parts_.link, *live_view_, parts_.messages, this)) {
   BuildLayout();
   ConnectParts();
+  BuildCompare();
   qApp->installEventFilter(this);
 }
 
@@ -167,6 +170,14 @@ void MainWindow::ConnectParts() {
   if (auto* instant_help = findChild<QRadioButton*>("InstantHelp0")) {
     connect(instant_help, &QRadioButton::toggled, setup_pages_, &SetupPages::InstantHelpChanged);
   }
+}
+
+void MainWindow::BuildCompare() {
+  compare_ = new CompareSession({*editors_, parts_.dialogs ? *parts_.dialogs : dialogs_,
+                                 parts_.files, parts_.messages, parts_.setup.folders()},
+                                this);
+  compare_pages_ = new ComparePages(*compare_, *map_pages_, tabs_, this);
+  connect(compare_pages_, &ComparePages::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
 MainWindow::~MainWindow() {
@@ -590,6 +601,7 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   const KeyRoute route = RouteMainWindowKey(MapKeyPressOf(*event), context);
   previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;
   const int tab = tabs_->currentIndex();
+  if (compare_pages_->HandleKey(route.action, *event, tab)) return true;
   switch (route.action) {
     case KeyAction::kPassToGrid:
       return false;
@@ -623,6 +635,8 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
       map_pages_->MovePointerToLoadSite(tab);
       return true;
     case KeyAction::kDiscard:
+    case KeyAction::kCompareView:  // the comparison's (above)
+    case KeyAction::kCompareChoose:
       return true;
     case KeyAction::kUndo:
       if (!editors_->Undo()) status_strip_->ShowEditNote("Nothing to undo");

@@ -20,6 +20,8 @@
 
 namespace vela {
 
+class ComparePages;
+class CompareSession;
 class DataPage;
 class DatalogPage;
 class EditorSession;
@@ -69,6 +71,8 @@ class MainWindow : public QMainWindow {
   FaultMonitor& faults() { return *fault_monitor_; }
   FaultPanel& fault_panel() { return *fault_panel_; }
   StatusStrip& status_strip() { return *status_strip_; }
+  CompareSession& compare() { return *compare_; }
+  ComparePages& compare_pages() { return *compare_pages_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -77,6 +81,8 @@ class MainWindow : public QMainWindow {
   // Construction: the tabs and the strip, then the wiring between the parts.
   void BuildLayout();
   void ConnectParts();
+  // The comparison of the editors' image with another, on the pages.
+  void BuildCompare();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();
@@ -121,6 +127,8 @@ class MainWindow : public QMainWindow {
   FaultMonitor* fault_monitor_;
   MapPages* map_pages_;
   SetupPages* setup_pages_ = nullptr;
+  CompareSession* compare_ = nullptr;
+  ComparePages* compare_pages_ = nullptr;
   SetupErrorList* setup_errors_ = nullptr;
   QTableWidget* keystrokes_ = nullptr;
   QPushButton* offline_button_ = nullptr;

@@ -59,6 +59,7 @@ MapPage::MapPage(MapKind kind, const MapPageNames& names, QWidget* parent)
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   auto* maps = new QVBoxLayout;
+  maps_ = maps;
   out_of_step_ = new QLabel(
       "The ECU's calibration is not the one shown here: the last download did not complete.", this);
   out_of_step_->setObjectName("EcuOutOfStep" + names.suffix);
@@ -100,6 +101,8 @@ QWidget* MapPage::BuildSide(MapKind kind, const QString& suffix) {
   scroll->setMaximumWidth(300);
   return scroll;
 }
+
+void MapPage::AddAboveGrid(QWidget* bar) { maps_->insertWidget(maps_->indexOf(grid_), bar); }
 
 void MapPage::ShowGraph(bool shown) { graph_->setVisible(shown); }
 

@@ -5,6 +5,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QLabel>
+#include <QVBoxLayout>
 #include <QWidget>
 
 #include "app/pages/operation_line.h"
@@ -37,6 +38,8 @@ class MapPage : public QWidget {
   QWidget* options_area() const { return options_area_; }
   // The typed line under the grid (hidden until a key on the grid opens it).
   OperationLine* operation_line() const { return operation_line_; }
+  // A bar over the grid (below the out-of-step line), such as a comparison's.
+  void AddAboveGrid(QWidget* bar);
 
   // The page labels from the live data: live tuning, map in use, throttle pump and limiter.
   void ShowLiveState(bool live_tuning, bool map_in_use, bool throttle_pump, bool limiter);
@@ -73,6 +76,7 @@ class MapPage : public QWidget {
   QLabel* limiter_ = nullptr;
   QButtonGroup* map_selection_ = nullptr;
   QWidget* options_area_ = nullptr;
+  QVBoxLayout* maps_ = nullptr;
   QChar separator_ = QLatin1Char('.');
 };
 

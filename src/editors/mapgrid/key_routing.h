@@ -42,6 +42,8 @@ enum class KeyAction {
   kDiscard,                // handled, nothing to do (a first Space)
   kUndo,                   // Ctrl-Z: the newest change of the edit history undone, on any page
   kRedo,                   // Ctrl-Y or Ctrl-Shift-Z
+  kCompareView,    // Ctrl-Q: the map page's compared view cycles (current, other, difference)
+  kCompareChoose,  // Ctrl-Shift-Q: choose what the editors' image is compared with
 };
 
 struct KeyRoute {

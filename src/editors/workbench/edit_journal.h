@@ -31,8 +31,9 @@ enum class EditKind : std::uint8_t {
   kDownload,
   kTakenFromEcu,
   kRestore,
+  kTakeOther,  // the other side's values taken from a comparison
 };
-inline constexpr int kEditKindCount = 11;
+inline constexpr int kEditKindCount = 12;
 
 // Where a change was made: one map, the set-up pages, or the image as a whole.
 enum class EditPlace : std::uint8_t { kFuelMap1 = 1, kFuelMap2, kIgnMap, kSetup, kWholeImage };

@@ -110,6 +110,21 @@ TEST(MainWindowKeys, HistoryChordsUndoAndRedoOnEveryPage) {
   }
 }
 
+// Ctrl-Q cycles the compared view and Ctrl-Shift-Q chooses the other side, on every page (the
+// window says when there is nothing to do); bare Q and Alt-Ctrl-Q stay the grid's.
+TEST(MainWindowKeys, CompareChordsOnEveryPage) {
+  for (int page : {kPageFuelMap1, kPageIgnition, kPageCompensation}) {
+    const KeyContext context{page, false};
+    EXPECT_EQ(RouteMainWindowKey(Letter('q', false, true), context),
+              Action(KeyAction::kCompareView));
+    MapKeyPress shifted = Letter('Q', false, true);
+    shifted.shift = true;
+    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kCompareChoose));
+    EXPECT_EQ(RouteMainWindowKey(Letter('q'), context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('q', true, true), context), Action(KeyAction::kPassToGrid));
+  }
+}
+
 TEST(KeystrokeTable, HoldsTheEnglishAndGermanRowsInOrder) {
   EXPECT_EQ(kKeystrokeHeadings.keystroke, " Keystroke");
   EXPECT_EQ(kKeystrokeHeadings.function, " Function");

@@ -5,6 +5,7 @@
 #include <functional>
 #include <random>
 
+#include "base/crc32.h"
 #include "support/platform_fakes.h"
 #include "workbench/noise_image.h"
 
@@ -84,6 +85,7 @@ void SomeWork(Session& s) {
   s.Move(s.journal.Redo());
   s.Edit(EditKind::kPaste, [](auto& i) { i.SetIgnDegrees(1, 1, 12); });
   s.Edit(EditKind::kTakenFromEcu, [](auto& i) { i = Noise(3); });
+  s.Edit(EditKind::kTakeOther, [](auto& i) { i.SetFuelMs(2, 4, 4, 7.25); });
   s.Move(s.journal.ReturnTo(1));
 }
 
@@ -153,6 +155,32 @@ TEST(EditJournalFileTest, DamagedRecordEndsTheReplayThere) {
   std::string huge = s.FileBytes();
   huge[s.record_ends[0] + 3] = '\x7f';  // a length no record has
   EXPECT_TRUE(ReplayEditJournal(huge)->report.damaged);
+}
+
+// A kind is stored as its number, so files written before a kind was added read the same: the
+// numbers of the kinds never move, and a number beyond the last kind is a damaged record.
+TEST(EditJournalFileTest, KindNumbersStayAndAnUnknownKindIsDamage) {
+  Session s;
+  s.Begin();
+  s.Edit(EditKind::kRestore, [](auto& i) { i.SetByte(10, i.Byte(10) + 1); });
+  s.Edit(EditKind::kTakeOther, [](auto& i) { i.SetByte(11, i.Byte(11) + 1); });
+  const std::string bytes = s.FileBytes();
+  const std::size_t kind_at = 5;  // after the payload length and the record type
+  EXPECT_EQ(bytes[s.record_ends[0] + kind_at], 11) << "a restore, as in the first files";
+  EXPECT_EQ(bytes[s.record_ends[1] + kind_at], 12);
+  EXPECT_EQ(ReplayEditJournal(bytes)->journal.Entries().back().kind, EditKind::kTakeOther);
+
+  // The last record rewritten with kind 13, its check sum made right.
+  std::string unknown = bytes;
+  const std::size_t start = s.record_ends[1];
+  unknown[start + kind_at] = 13;
+  const std::size_t checked = unknown.size() - start - 4;
+  const std::uint32_t crc = Crc32(std::string_view(unknown).substr(start, checked));
+  for (int b = 0; b < 4; ++b) unknown[start + checked + b] = static_cast<char>(crc >> (8 * b));
+  const std::optional<ReplayedJournal> replayed = ReplayEditJournal(unknown);
+  ASSERT_TRUE(replayed);
+  EXPECT_TRUE(replayed->report.damaged);
+  EXPECT_EQ(replayed->journal.Entries().size(), 1u);
 }
 
 TEST(EditJournalFileTest, TenThousandEntriesReplay) {

@@ -33,6 +33,7 @@ void MapGraph::SetNumOfLoadSites(int sites) {
 
 void MapGraph::ShowMap(const MapGridModel& grid) {
   data_ = GraphDataOf(grid, num_of_load_sites_);
+  ApplyOverlay(data_, overlay_, grid);
   if (heat_view_ != nullptr) heat_view_->SetData(data_);
   if (surface_ != nullptr) surface_->SetData(data_);
 }
@@ -47,6 +48,12 @@ void MapGraph::Follow(MapGrid* grid) {
   connect(grid->model(), &QAbstractItemModel::dataChanged, this, redraw);
   connect(grid->model(), &QAbstractItemModel::modelReset, this, redraw);
   ShowMap(grid->Model());
+}
+
+void MapGraph::SetOverlay(GridOverlay overlay) {
+  if (overlay == overlay_) return;
+  overlay_ = std::move(overlay);
+  if (followed_) ShowMap(followed_->Model());
 }
 
 void MapGraph::SetMarker(std::optional<OperatingPoint> point) {

@@ -40,6 +40,8 @@ class MapGraph : public QWidget {
   // Draws `grid` now; Follow draws its grid now and again after every change of it.
   void ShowMap(const MapGridModel& grid);
   void Follow(MapGrid* grid);
+  // Values and marks over the grid's own (a comparison's view); empty: the grid's values alone.
+  void SetOverlay(GridOverlay overlay);
 
   // The live operating point, or nothing.
   void SetMarker(std::optional<OperatingPoint> point);
@@ -51,6 +53,7 @@ class MapGraph : public QWidget {
   MapKind kind_;
   int num_of_load_sites_ = 0;
   MapGraphData data_;
+  GridOverlay overlay_;
   std::optional<OperatingPoint> marker_;
   QPointer<MapGrid> followed_;
   MapSurfaceView* surface_ = nullptr;

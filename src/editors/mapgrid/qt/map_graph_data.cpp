@@ -1,6 +1,7 @@
 #include "editors/mapgrid/qt/map_graph_data.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <optional>
 
@@ -71,6 +72,26 @@ MapGraphData GraphDataOf(const MapGridModel& grid, int max_sites) {
   data.rpm_axis = RpmAxis(grid);
   data.load_axis = LoadPoints(grid, data.sites);
   return data;
+}
+
+void ApplyOverlay(MapGraphData& data, const GridOverlay& overlay, const MapGridModel& grid) {
+  data.marks.assign(data.values.size(), QColor());
+  if (overlay.Empty()) return;
+  const UnitsRange range = RangeOf(grid);
+  const int per_unit = UnitsPerDisplayUnit(grid.Kind());
+  for (int row = 1; row <= kMapRows; ++row) {
+    for (int column = 1; column <= data.sites; ++column) {
+      const CellOverlay* look = overlay.At(row, column);
+      if (!look) continue;
+      const auto at = static_cast<std::size_t>((row - 1) * data.sites + column - 1);
+      if (look->value) {
+        data.values[at] = *look->value;
+        data.fractions[at] =
+            RangeFraction(range, static_cast<int>(std::lround(*look->value * per_unit)));
+      }
+      if (look->mark) data.marks[at] = QColor(look->mark->red, look->mark->green, look->mark->blue);
+    }
+  }
 }
 
 }  // namespace vela

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <vector>
 
+#include "editors/mapgrid/cell_overlay.h"
 #include "editors/mapgrid/map_display.h"
 #include "editors/mapgrid/map_grid_model.h"
 
@@ -22,6 +23,7 @@ struct MapGraphData {
   QString load_unit = QStringLiteral("kPa");  // "kPa" or "%"
   std::vector<double> rpm_axis;               // RPM of grid rows 1..11, strictly falling
   std::vector<double> load_axis;              // load of columns 1..sites, strictly rising
+  std::vector<QColor> marks;                  // as values: an overlay's marks, invalid for none
 
   double At(int row, int column) const {
     return values[static_cast<std::size_t>((row - 1) * sites + column - 1)];
@@ -40,5 +42,8 @@ QString GraphValueUnit(MapKind kind);
 // A copy of `grid` with at most `max_sites` columns (all of them when 0 or less). Axes fall back
 // to the standard RPM sites and to the column numbers when the labels do not run in order.
 MapGraphData GraphDataOf(const MapGridModel& grid, int max_sites);
+
+// The overlay's values in place of the grid's (coloured on the grid's range) and its marks.
+void ApplyOverlay(MapGraphData& data, const GridOverlay& overlay, const MapGridModel& grid);
 
 }  // namespace vela

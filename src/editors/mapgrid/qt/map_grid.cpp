@@ -119,6 +119,7 @@ class CellDelegate : public QStyledItemDelegate {
                                       r.y() + (r.height() - size.height()) / 2.0),
                               laid_out);
     }
+    PaintCellMark(*painter, r, index);
     if (!option.state.testFlag(QStyle::State_Selected)) return;
     painter->save();
     painter->fillRect(r, QColor(0, 0, 0, 45));
@@ -163,6 +164,10 @@ void MapGrid::Refresh() {
   }
   PlaceCross(true);
 }
+
+void MapGrid::SetOverlay(GridOverlay overlay) { table_->SetOverlay(std::move(overlay)); }
+
+const GridOverlay& MapGrid::Overlay() const { return table_->Overlay(); }
 
 void MapGrid::SetUp(const QString& title, int load_sites) {
   SetUpMapGrid(model_, title.toStdString(), load_sites);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "calibration/map_values.h"
+#include "editors/mapgrid/cell_overlay.h"
 #include "editors/mapgrid/cross_shape.h"
 #include "editors/mapgrid/map_display.h"
 #include "editors/mapgrid/map_grid_model.h"
@@ -41,6 +42,10 @@ class MapGrid : public QTableView {
   void LoadValues(const MapValues& values);
   // fixedcols, fontsize, visiblerows, backcolor, const1, const2, mapsensordiv, maxms, ...
   void SetSettings(const MapGridSettings& settings);
+  // What the cells show over the map's values (a comparison's view and marks); the cells still
+  // hold, and the keys still change, the map's own values. An empty overlay shows them alone.
+  void SetOverlay(GridOverlay overlay);
+  const GridOverlay& Overlay() const;
 
   QString CellText(int row, int column) const;
   bool SetCellText(int row, int column, const QString& text);

@@ -1,6 +1,7 @@
 #include "editors/mapgrid/qt/map_grid_table.h"
 
 #include <QFont>
+#include <cmath>
 
 #include "editors/mapgrid/map_display.h"
 
@@ -22,6 +23,16 @@ QColor CellColour(double fraction) {
 
 QColor HeaderColour() { return QColor(214, 218, 224); }
 
+void PaintCellMark(QPainter& painter, const QRect& cell, const QModelIndex& index) {
+  const QVariant mark = index.data(MapGridTable::kCellMarkRole);
+  if (!mark.isValid()) return;
+  painter.save();
+  painter.setPen(QPen(mark.value<QColor>(), 3));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRect(QRectF(cell).adjusted(2.5, 2.5, -2.5, -2.5));
+  painter.restore();
+}
+
 MapGridTable::MapGridTable(MapGridModel& grid, QObject* parent)
     : QAbstractTableModel(parent), grid_(grid), shown_columns_(grid.Columns()) {
   Cache();
@@ -42,7 +53,7 @@ void MapGridTable::Cache() {
   for (int row = 0; row < rows; ++row) {
     for (int column = 0; column < columns; ++column) {
       const int at = row * columns + column;
-      texts_[at] = QString::fromStdString(grid_.Text(row, column));
+      texts_[at] = TextAt(row, column);
       laid_out_[at] = QStaticText(texts_[at]);
       laid_out_[at].setTextFormat(Qt::PlainText);
       laid_out_[at].prepare(QTransform(),
@@ -67,6 +78,7 @@ int MapGridTable::MarkerIndex(int column) const {
 }
 
 QColor MapGridTable::Background(int row, int column, const UnitsRange& range) const {
+  if (const std::optional<QColor> ground = OverlayGround(row, column, range)) return *ground;
   if (grid_.IsValueCell(row, column)) {
     return CellColour(RangeFraction(range, grid_.Units(row, column)));
   }
@@ -113,6 +125,8 @@ QVariant MapGridTable::data(const QModelIndex& index, int role) const {
       return QColor(Qt::black);
     case Qt::ToolTipRole:
       return ToolTip(row, column);
+    case kCellMarkRole:
+      return MarkAt(row, column);
     case Qt::TextAlignmentRole:
       return Qt::AlignCenter;
     case Qt::FontRole:
@@ -153,6 +167,34 @@ void MapGridTable::SetPointSize(int points) {
   point_size_ = points;
   Cache();
   emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1), {Qt::FontRole});
+}
+
+void MapGridTable::SetOverlay(GridOverlay overlay) {
+  if (overlay == overlay_) return;
+  overlay_ = std::move(overlay);
+  Refresh();
+}
+
+QString MapGridTable::TextAt(int row, int column) const {
+  const CellOverlay* look = grid_.IsValueCell(row, column) ? overlay_.At(row, column) : nullptr;
+  if (look && look->text) return QString::fromStdString(*look->text);
+  return QString::fromStdString(grid_.Text(row, column));
+}
+
+std::optional<QColor> MapGridTable::OverlayGround(int row, int column,
+                                                  const UnitsRange& range) const {
+  const CellOverlay* look = grid_.IsValueCell(row, column) ? overlay_.At(row, column) : nullptr;
+  if (!look) return std::nullopt;
+  if (look->ground) return QColor(look->ground->red, look->ground->green, look->ground->blue);
+  if (!look->value) return std::nullopt;
+  const double units = *look->value * UnitsPerDisplayUnit(grid_.Kind());
+  return CellColour(RangeFraction(range, static_cast<int>(std::lround(units))));
+}
+
+QVariant MapGridTable::MarkAt(int row, int column) const {
+  const CellOverlay* look = grid_.IsValueCell(row, column) ? overlay_.At(row, column) : nullptr;
+  if (!look || !look->mark) return {};
+  return QColor(look->mark->red, look->mark->green, look->mark->blue);
 }
 
 void MapGridTable::Refresh() {

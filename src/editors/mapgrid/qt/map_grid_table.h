@@ -6,10 +6,12 @@
 #include <QAbstractTableModel>
 #include <QColor>
 #include <QFont>
+#include <QPainter>
 #include <QStaticText>
 #include <QString>
 #include <QVector>
 
+#include "editors/mapgrid/cell_overlay.h"
 #include "editors/mapgrid/map_display.h"
 #include "editors/mapgrid/map_grid_model.h"
 
@@ -19,12 +21,17 @@ namespace vela {
 QColor CellColour(double fraction);
 QColor HeaderColour();
 
+// The frame an overlay's mark puts inside the edges of the cell at `index` (kCellMarkRole).
+void PaintCellMark(QPainter& painter, const QRect& cell, const QModelIndex& index);
+
 class MapGridTable : public QAbstractTableModel {
   Q_OBJECT
 
  public:
   // A cell's text laid out in its font (a QStaticText), for drawing without laying it out again.
   static constexpr int kLaidOutTextRole = Qt::UserRole + 1;
+  // The colour of a cell's mark (an overlay's frame), invalid for none.
+  static constexpr int kCellMarkRole = Qt::UserRole + 2;
 
   explicit MapGridTable(MapGridModel& grid, QObject* parent = nullptr);
 
@@ -41,7 +48,15 @@ class MapGridTable : public QAbstractTableModel {
   // The text size of the cells in points; 0 takes the grid's fontsize setting.
   void SetPointSize(int points);
 
+  // What the cells show over their own values (a comparison); an empty overlay shows the values.
+  void SetOverlay(GridOverlay overlay);
+  const GridOverlay& Overlay() const { return overlay_; }
+
  private:
+  // A cell's text, ground and mark as the overlay has them, or as the grid has them.
+  QString TextAt(int row, int column) const;
+  std::optional<QColor> OverlayGround(int row, int column, const UnitsRange& range) const;
+  QVariant MarkAt(int row, int column) const;
   QColor Background(int row, int column, const UnitsRange& range) const;
   QVariant ToolTip(int row, int column) const;
   int MarkerIndex(int column) const;  // 0..2 for a header marker cell, else -1
@@ -58,6 +73,7 @@ class MapGridTable : public QAbstractTableModel {
   QVector<QColor> backgrounds_;
   QFont value_font_;
   QFont label_font_;
+  GridOverlay overlay_;
 };
 
 }  // namespace vela

@@ -305,6 +305,18 @@ void MapSurfaceView::PaintSurface(QPainter& painter) const {
                                point(row + 1, column + 1), point(row + 1, column)};
     painter.drawPolygon(corners, 4);
   }
+  PaintMarks(painter, points);
+}
+
+void MapSurfaceView::PaintMarks(QPainter& painter, const std::vector<ScreenPoint>& points) const {
+  painter.save();
+  painter.setPen(QPen(Qt::white, 1.5));
+  for (std::size_t at = 0; at < points.size() && at < data_.marks.size(); ++at) {
+    if (!data_.marks[at].isValid()) continue;
+    painter.setBrush(data_.marks[at]);
+    painter.drawEllipse(At(points[at]), 4.0, 4.0);
+  }
+  painter.restore();
 }
 
 // Load labels along the near floor edge that runs with load, RPM labels along the one that runs

@@ -56,6 +56,8 @@ class MapSurfaceView : public QWidget {
   void PaintScene(QPainter& painter) const;
   void PaintFloorAndWalls(QPainter& painter) const;
   void PaintSurface(QPainter& painter) const;
+  // An overlay's marks at their cells' points of the surface, over it.
+  void PaintMarks(QPainter& painter, const std::vector<ScreenPoint>& points) const;
   class SurfaceAxisLabels;  // places the floor axes' labels clear of each other
   void PaintLabels(QPainter& painter) const;
   void PaintValueAxis(QPainter& painter, const SurfaceAxisLabels& labels) const;

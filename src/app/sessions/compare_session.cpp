@@ -1,0 +1,163 @@
+#include "app/sessions/compare_session.h"
+
+#include <cmath>
+#include <set>
+
+#include "base/file_names.h"
+#include "editors/compensation/compensation_compare.h"
+#include "editors/map_file.h"
+#include "editors/workbench/bulk_change.h"
+
+namespace vela {
+
+namespace {
+
+constexpr std::string_view kCompareFileTitle = "Compare with a Map File";
+
+const char* TableName(EditedMap map) {
+  return map == EditedMap::kFuel1 ? "FuelMap1" : map == EditedMap::kFuel2 ? "FuelMap2" : "IgnMap";
+}
+
+QString Plural(int count, const char* one, const char* many) {
+  return QString("%1 %2").arg(count).arg(count == 1 ? one : many);
+}
+
+}  // namespace
+
+CompareSession::CompareSession(CompareSessionParts parts, QObject* parent)
+    : QObject(parent), parts_(parts) {
+  // Every journaled change of the image, and every refill of the editors (an undo, a new read
+  // of the ECU's calibration, a map file loaded).
+  connect(&parts_.editors.history(), &EditHistory::Changed, this, &CompareSession::Recompute);
+  connect(&parts_.editors, &EditorSession::EditorsFilled, this, &CompareSession::Recompute);
+}
+
+const TableComparison* CompareSession::Table(EditedMap map) const {
+  return comparing_ ? comparison_.Table(TableName(map)) : nullptr;
+}
+
+void CompareSession::SetView(EditedMap map, CompareView view) {
+  if (views_[Index(map)] == view) return;
+  views_[Index(map)] = view;
+  emit Changed();
+}
+
+bool CompareSession::CompareWithEcu() {
+  if (!parts_.editors.ecu_image()) {
+    emit Note("Nothing compared: the ECU's calibration has not been read yet.");
+    return false;
+  }
+  Start({OtherSideKind::kEcu, {}}, std::nullopt);
+  return true;
+}
+
+bool CompareSession::CompareWithMapFile() {
+  std::string& folder = parts_.editors.dialog_memory().folder;
+  if (folder.empty() || folder.rfind(parts_.folders.datalogs, 0) == 0) {
+    folder = parts_.folders.maps;
+  }
+  const std::optional<std::string> path = parts_.dialogs.AskOpenPath(
+      std::string(kLoadMapFilter), std::string(kCompareFileTitle), folder);
+  if (!path) return false;
+  if (const std::size_t start = NameStart(*path); start > 0) folder = path->substr(0, start);
+  MapFileImage read = ReadMapFileImage(parts_.files, *path);
+  std::vector<std::string> refusal;
+  if (read.image) {
+    // As loading does: the ECU's firmware version stands in the file's byte, so that a file
+    // saved under another version shows no difference the tuner could never take.
+    read.image->SetByte(FieldPos("FirmwareVersion"),
+                        parts_.editors.state().version.FirmwareVersion);
+    refusal = MapFileCheckFailures(*read.image);
+  } else {
+    refusal = {read.refusal};
+  }
+  if (!refusal.empty()) {
+    refusal.insert(refusal.begin(), path->substr(NameStart(*path)) + " is not compared:");
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kCompareFileTitle), refusal);
+    return false;
+  }
+  Start({OtherSideKind::kMapFile, path->substr(NameStart(*path))}, read.image);
+  return true;
+}
+
+void CompareSession::CompareWith(QString name, CalibrationImage image) {
+  Start({OtherSideKind::kRestorePoint, name.toStdString()}, std::move(image));
+}
+
+void CompareSession::StopComparing() {
+  if (!comparing_) return;
+  comparing_ = false;
+  other_.reset();
+  comparison_ = {};
+  views_.fill(CompareView::kCurrent);
+  emit Note("Comparing stopped");
+  emit Changed();
+}
+
+void CompareSession::Start(OtherSide side, std::optional<CalibrationImage> image) {
+  comparing_ = true;
+  side_ = std::move(side);
+  other_ = std::move(image);
+  Recompute();
+  emit Note(QString::fromStdString("Comparing with " + OtherSideText(side_)));
+}
+
+const CalibrationImage* CompareSession::TheirImage() const {
+  if (side_.kind != OtherSideKind::kEcu) return other_ ? &*other_ : nullptr;
+  const std::optional<CalibrationImage>& ecu = parts_.editors.ecu_image();
+  return ecu ? &*ecu : nullptr;
+}
+
+void CompareSession::Recompute() {
+  if (!comparing_) return;
+  const CalibrationImage* theirs = TheirImage();
+  if (!theirs) return;
+  comparison_ = CompareImages(parts_.editors.image(), *theirs,
+                              CompensationCompareTables(parts_.editors.state().sensors));
+  emit Changed();
+}
+
+QString CompareSession::TakeOther(EditedMap map, MapGridModel& grid, bool whole_map) {
+  const TableComparison* table = Table(map);
+  if (!table) return "Nothing compared: Ctrl-Shift-Q chooses what to compare with.";
+  const CellRect rect = whole_map ? WholeMap(grid) : SelectionOf(grid);
+  const vela::TakeOther take =
+      whole_map ? TakeOtherValues(*table) : TakeOtherValues(*table, ToMapCellRect(rect));
+  const std::set<std::pair<int, int>> taken = [&] {
+    std::set<std::pair<int, int>> cells;
+    for (const MapCell& cell : take.cells) cells.insert({cell.row, cell.column});
+    return cells;
+  }();
+  const TableComparison& from = *table;
+  const CellTarget target = [&](int row, int column, double) {
+    if (!taken.count({row, column})) return std::nan("");
+    return from.Theirs({row, column}).value_or(std::nan(""));
+  };
+  const EditorState& state = parts_.editors.state();
+  const DutyContext duty{state.setup.ignition_divide, state.setup.fuel_mode == kFuelModeSequential};
+  const BulkChange change = ApplyTargets(grid, rect, target, duty);
+  parts_.editors.CellsBulkEdited(map, grid, change.changed, EditKind::kTakeOther,
+                                 OtherSideText(side_));
+  QString note = QString("Took %1 of %2")
+                     .arg(Plural(static_cast<int>(change.changed.size()), "value", "values"),
+                          QString::fromStdString(OtherSideText(side_)));
+  if (change.capped > 0) note += QString(", %1 held at the duty limit").arg(change.capped);
+  if (take.skipped > 0) {
+    note += QString(", %1 only one side holds").arg(Plural(take.skipped, "cell", "cells"));
+  }
+  return note;
+}
+
+QString CompareSession::SendDifferences(EditedMap map) {
+  const TableComparison* table = Table(map);
+  if (!table) return "Nothing compared: Ctrl-Shift-Q chooses what to compare with.";
+  const std::vector<int> positions = PositionsToSend(*table);
+  parts_.editors.SendCells(positions);
+  return QString("Sending %1 that differ from %2")
+      .arg(Plural(static_cast<int>(positions.size()), "cell", "cells"),
+           QString::fromStdString(OtherSideText(side_)));
+}
+
+}  // namespace vela
+
+#include "moc_compare_session.cpp"

@@ -1,0 +1,210 @@
+// Comparing the editors' image with the ECU's calibration, a map file and a restore point, by
+// keyboard against the simulated ECU: the views, the counts, taking the other side's values and
+// sending the differing cells.
+#include <QApplication>
+#include <QListWidget>
+#include <QtTest>
+
+#include "app/main_window.h"
+#include "app/pages/compare_bar.h"
+#include "app/pages/compare_chooser.h"
+#include "app/pages/compare_pages.h"
+#include "app/pages/map_pages.h"
+#include "app/sessions/compare_session.h"
+#include "calibration/map_axes.h"
+#include "editors/mapgrid/qt/map_grid_table.h"
+#include "running_program.h"
+#include "support/gui_test_main.h"
+
+using namespace vela;
+
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace compare_end_to_end_test {
+
+using vela::testing::RunningProgram;
+
+QString Shown(MapGrid* grid, int row, int column) {
+  return grid->model()->index(row, column).data().toString();
+}
+
+int FuelPosition(const CalibrationImage& image, int row, int column) {
+  return image.FuelCellPosition(1, BlockRowOfGridRow(row), column);
+}
+
+bool SameCell(const CalibrationImage& a, const CalibrationImage& b, int position) {
+  return a.Read16(position) == b.Read16(position);
+}
+
+// A key as the tuner types it, to the control that has the keyboard.
+void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+  QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+}
+
+// Ctrl-Shift-Q, then the chooser's line `row` taken with Down and Enter.
+bool Choose(RunningProgram& p, int row) {
+  Key(Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier);
+  if (!QTest::qWaitFor([] { return qobject_cast<CompareChooser*>(qApp->activeModalWidget()); })) {
+    return false;
+  }
+  auto* list = qApp->activeModalWidget()->findChild<QListWidget*>("CompareChoices");
+  QTest::keyClick(list, Qt::Key_Home);
+  for (int i = 0; i < row; ++i) QTest::keyClick(list, Qt::Key_Down);
+  QTest::keyClick(list, Qt::Key_Return);
+  return QTest::qWaitFor([] { return qApp->activeModalWidget() == nullptr; }) && p.Activate();
+}
+
+class CompareEndToEndTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void comparesWithTheEcuTakesItsValuesAndSendsDifferences() {
+    RunningProgram p;
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Run());
+    MapGrid* grid = p.window().map_pages().page(0)->grid();
+    QVERIFY(QTest::qWaitFor([&] { return grid->hasFocus(); }));
+    const CalibrationImage read = *p.editors().ecu_image();
+    const MapCell a{grid->CurrentRow(), grid->CurrentColumn()};
+    Key(Qt::Key_Up);
+    Key(Qt::Key_Up);  // +0.200 ms
+    Key(Qt::Key_Right);
+    const MapCell b{grid->CurrentRow(), grid->CurrentColumn()};
+    Key(Qt::Key_Down);  // -0.100 ms
+    const QString ours_a = Shown(grid, a.row, a.column);
+
+    QVERIFY(Choose(p, 0));  // ECU as last read
+    QCOMPARE(p.Text("CompareView"), "Current: the editors' values, compared with ECU as last read");
+    QCOMPARE(p.Text("CompareCount"), "2 cells differ from ECU as last read");
+    QCOMPARE(p.Text("CompareCountMap2"), "No cell differs from ECU as last read");
+    QVERIFY(grid->model()->index(a.row, a.column).data(MapGridTable::kCellMarkRole).isValid());
+    QVERIFY(!grid->model()->index(6, 6).data(MapGridTable::kCellMarkRole).isValid());
+
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    QCOMPARE(p.Text("CompareView"), "Other side: ECU as last read");
+    const QString theirs_a = Shown(grid, a.row, a.column);
+    QCOMPARE(QLocale::c().toDouble(QString(theirs_a).replace(',', '.')) + 0.2,
+             QLocale::c().toDouble(QString(ours_a).replace(',', '.')));
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    QCOMPARE(p.Text("CompareView"), "Difference: editors minus ECU as last read");
+    QCOMPARE(Shown(grid, a.row, a.column).replace(',', '.'), "+0.200");
+    QCOMPARE(Shown(grid, b.row, b.column).replace(',', '.'), "-0.100");
+    QCOMPARE(Shown(grid, 6, 6).replace(',', '.'), "0.000");
+    QCOMPARE(grid->CellText(a.row, a.column), ours_a);  // the editors' values stay in the grid
+    Screenshots(p);
+
+    // A value key shows nothing it would change: it does nothing and says so.
+    const std::size_t entries = p.editors().history().journal().Entries().size();
+    Key(Qt::Key_Up);
+    QCOMPARE(p.editors().history().journal().Entries().size(), entries);
+    QVERIFY(p.Text("EditNote").startsWith("Nothing changed"));
+
+    // The ECU's values for the selection (the cursor's cell b): one entry, and the ECU gets them.
+    Key(Qt::Key_R, Qt::AltModifier);
+    // A mnemonic clicks its button a moment later, as a click shows.
+    QVERIFY(QTest::qWaitFor(
+        [&] { return p.editors().history().journal().Entries().size() == entries + 1; }));
+    QCOMPARE(p.editors().history().journal().Entries().back().kind, EditKind::kTakeOther);
+    const int at_b = FuelPosition(read, b.row, b.column);
+    QVERIFY(SameCell(p.editors().image(), read, at_b));
+    QVERIFY(QTest::qWaitFor([&] { return SameCell(p.ecu->ImageSnapshot(), read, at_b); }));
+    QCOMPARE(p.Text("CompareCount"), "1 cell differs from ECU as last read");
+    QCOMPARE(Shown(grid, b.row, b.column).replace(',', '.'), "0.000");
+
+    // The ECU's cell a is changed behind the program's back; sending the differences puts the
+    // editors' value there again.
+    const int at_a = FuelPosition(read, a.row, a.column);
+    p.ecu->WriteImageByte(at_a, 0x11);
+    QVERIFY(QTest::qWaitFor([&] { return p.ecu->ImageSnapshot().Byte(at_a) == 0x11; }));
+    Key(Qt::Key_Y, Qt::AltModifier);
+    QVERIFY(QTest::qWaitFor(
+        [&] { return SameCell(p.ecu->ImageSnapshot(), p.editors().image(), at_a); }));
+    QCOMPARE(p.editors().history().journal().Entries().size(), entries + 1);
+
+    // The whole map: the editors' map is the ECU's as read, and so is the ECU's.
+    Key(Qt::Key_W, Qt::AltModifier);
+    QVERIFY(QTest::qWaitFor(
+        [&] { return p.Text("CompareCount") == "No cell differs from ECU as last read"; }));
+    QVERIFY(
+        QTest::qWaitFor([&] { return SameCell(p.ecu->ImageSnapshot(), read, at_a) && p.Live(); }));
+    QCOMPARE(p.ecu->ImageSnapshot().Bytes(), p.editors().image().Bytes());
+
+    // Back to the current values; stopping hides the bar.
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    QVERIFY(p.Text("CompareView").startsWith("Current"));
+    QVERIFY(Choose(p, 2));
+    QVERIFY(!p.Find<CompareBar>("CompareBar")->isVisible());
+    QVERIFY(!grid->model()->index(a.row, a.column).data(MapGridTable::kCellMarkRole).isValid());
+  }
+
+  // A map file goes through the map checks; the comparison with the ECU follows a new read;
+  // a restore point is compared through the session's slot.
+  void comparesWithFilesRestorePointsAndFollowsTheEcu() {
+    RunningProgram p;
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Run());
+    const CalibrationImage read = *p.editors().ecu_image();
+    const std::string short_file = (p.dir.path() + "/short.sm1").toStdString();
+    QCOMPARE(p.program->files.WriteFile(short_file, std::string(100, '\0')), 0);
+    p.program->dialogs.path = short_file;
+    QVERIFY(Choose(p, 1));
+    QVERIFY(!p.window().compare().Comparing());
+    QCOMPARE(p.program->messages.shown.back().title, "Compare with a Map File");
+
+    CalibrationImage file = read;
+    file.Write16(FuelPosition(file, 3, 2), 4321);
+    const std::string good = (p.dir.path() + "/good.sm1").toStdString();
+    const std::vector<std::uint8_t> bytes = file.ToVector();
+    QCOMPARE(p.program->files.WriteFile(good, std::string(bytes.begin(), bytes.end())), 0);
+    p.program->dialogs.path = good;
+    QVERIFY(Choose(p, 1));
+    QCOMPARE(p.Text("CompareCount"), "1 cell differs from map file good.sm1");
+    QCOMPARE(p.Text("CompareCountCompensation"),
+             "Compensation tables: No cell differs from map file good.sm1");
+
+    p.window().compare().CompareWith("2024-01-31 14:25:30", file);
+    QCOMPARE(p.Text("CompareCount"), "1 cell differs from restore point 2024-01-31 14:25:30");
+
+    // An edit, then a new read of the ECU's calibration, which the editors take: the comparison
+    // follows both sides.
+    QVERIFY(Choose(p, 0));
+    QCOMPARE(p.Text("CompareCount"), "No cell differs from ECU as last read");
+    QVERIFY(p.Activate());
+    Key(Qt::Key_Up);
+    QCOMPARE(p.Text("CompareCount"), "1 cell differs from ECU as last read");
+    const int position = FuelPosition(read, 5, 5);
+    p.ecu->WriteImageByte(position, static_cast<std::uint8_t>(read.Byte(position) ^ 0x08));
+    QVERIFY(QTest::qWaitFor(
+        [&] { return p.ecu->ImageSnapshot().Byte(position) != read.Byte(position); }));
+    QVERIFY(p.Press(Qt::Key_U));
+    QVERIFY(QTest::qWaitFor(
+        [&] { return p.editors().ecu_image()->Byte(position) != read.Byte(position); }, 10000));
+    QCOMPARE(p.Text("CompareCount"), "No cell differs from ECU as last read");
+    QCOMPARE(p.Text("CompareCountSetupMainSetup"), "No set-up byte differs from ECU as last read");
+  }
+
+ private:
+  // The difference view at the two window sizes a tuner's laptop and netbook give.
+  void Screenshots(RunningProgram& p) {
+    const QString keep = qEnvironmentVariable("VELA_SHOTS");
+    if (keep.isEmpty()) return;
+    for (const bool graph : {false, true}) {
+      p.window().map_pages().SetNumerical(!graph);
+      for (const QSize size : {QSize(1280, 720), QSize(1024, 600)}) {
+        p.window().showNormal();
+        p.window().resize(size);
+        QTest::qWait(200);
+        p.window().grab().save(keep + QString("/compare-difference-%1x%2%3.png")
+                                          .arg(size.width())
+                                          .arg(size.height())
+                                          .arg(graph ? "-graph" : ""));
+      }
+    }
+    p.window().map_pages().SetNumerical(true);
+  }
+};
+
+VELA_GUI_TEST(CompareEndToEndTest)
+
+}  // namespace compare_end_to_end_test
+
+#include "compare_end_to_end_test.moc"
