@@ -55,6 +55,7 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
     if (press.alt) return Route(KeyAction::kPassToGrid);
     if (letter == 'Z') return Route(press.shift ? KeyAction::kRedo : KeyAction::kUndo);
     if (letter == 'Y' && !press.shift) return Route(KeyAction::kRedo);
+    if (letter == 'J' && !press.shift) return Route(KeyAction::kShowHistory);
     return Route(KeyAction::kPassToGrid);
   }
   if (press.alt) {

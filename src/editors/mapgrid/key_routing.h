@@ -42,6 +42,7 @@ enum class KeyAction {
   kDiscard,                // handled, nothing to do (a first Space)
   kUndo,                   // Ctrl-Z: the newest change of the edit history undone, on any page
   kRedo,                   // Ctrl-Y or Ctrl-Shift-Z
+  kShowHistory,            // Ctrl-J: the history panel (changes and restore points)
 };
 
 struct KeyRoute {
