@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include "app/form_spare.h"
+#include "app/history/history_panel.h"
 #include "app/pages/data_page.h"
 #include "app/pages/datalog_page.h"
 #include "app/pages/fault_panel.h"
@@ -125,6 +126,7 @@ void MainWindow::BuildLayout() {
   status_strip_ = new StatusStrip(central);
   layout->addWidget(status_strip_);
   setCentralWidget(central);
+  history_panel_ = new HistoryPanel(*editors_, this);
   base_font_points_ = central->font().pointSize();
 }
 
@@ -565,7 +567,7 @@ void MainWindow::OpenFaults() {
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress && isActiveWindow() &&
-      QApplication::activeModalWidget() == nullptr) {
+      QApplication::activeModalWidget() == nullptr && !InHistoryPanel(watched)) {
     if (HandleWindowKey(static_cast<QKeyEvent*>(event))) return true;
   }
   return QMainWindow::eventFilter(watched, event);
@@ -619,8 +621,20 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kRedo:
       if (!editors_->Redo()) status_strip_->ShowEditNote("Nothing to redo");
       return true;
+    case KeyAction::kShowHistory:
+      ShowHistory();
+      return true;
   }
   return false;
+}
+
+void MainWindow::ShowHistory() { history_panel_->Open(); }
+
+// The history panel is a window of its own: its keys are never the main window's, even in the
+// moment before the window system has made it the active window.
+bool MainWindow::InHistoryPanel(QObject* watched) const {
+  auto* widget = qobject_cast<QWidget*>(watched);
+  return widget != nullptr && widget->window() == history_panel_;
 }
 
 }  // namespace vela

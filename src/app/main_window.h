@@ -25,6 +25,7 @@ class DatalogPage;
 class EditorSession;
 class FaultMonitor;
 class FaultPanel;
+class HistoryPanel;
 class LinkSession;
 class LiveView;
 class MapPages;
@@ -69,6 +70,7 @@ class MainWindow : public QMainWindow {
   FaultMonitor& faults() { return *fault_monitor_; }
   FaultPanel& fault_panel() { return *fault_panel_; }
   StatusStrip& status_strip() { return *status_strip_; }
+  HistoryPanel& history_panel() { return *history_panel_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -96,6 +98,9 @@ class MainWindow : public QMainWindow {
   void ShowSetupErrors();
   void ShowOffline(bool offline);
   bool HandleWindowKey(QKeyEvent* event);
+  // Ctrl-J: the history panel in front (changes and restore points).
+  void ShowHistory();
+  bool InHistoryPanel(QObject* watched) const;
   // The keyboard goes to the page in front: its map grid, or the page itself.
   void FocusPage(int index);
   void PageShown(int index);
@@ -137,6 +142,7 @@ class MainWindow : public QMainWindow {
   FaultPanel* fault_panel_ = nullptr;
   DataPage* data_page_ = nullptr;
   DatalogPage* datalog_page_ = nullptr;
+  HistoryPanel* history_panel_ = nullptr;
   std::unique_ptr<StatusLabelAdapter> status_adapter_;
   std::string last_orange_block_;
   QList<QWidget*> hidden_until_started_;

@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+#include "editors/history/history_words.h"
+
 namespace vela {
 
 EditHistory::EditHistory(FileSystem& files, const ProgramFolders& folders, QObject* parent)
@@ -66,7 +68,15 @@ std::optional<JournalStep> EditHistory::ReturnTo(std::size_t applied,
 
 RestorePoints::Taken EditHistory::TakeRestorePoint(const CalibrationImage& image,
                                                    RestoreReason reason) {
-  return restore_points_.Take(image, reason, Now());
+  RestorePoints::Taken taken = restore_points_.Take(image, reason, Now());
+  if (taken.outcome == RestorePoints::Outcome::kWritten || !taken.thinned.empty()) {
+    emit RestorePointsChanged();
+  }
+  if (reason == RestoreReason::kOnRequest || taken.outcome == RestorePoints::Outcome::kFailed ||
+      !taken.thinned.empty() || !taken.not_removed.empty()) {
+    emit Note(QString::fromStdString(TakenText(taken)));
+  }
+  return taken;
 }
 
 }  // namespace vela

@@ -50,7 +50,8 @@ class EditHistory : public QObject {
   std::optional<JournalStep> Redo(const CalibrationImage& image);
   std::optional<JournalStep> ReturnTo(std::size_t applied, const CalibrationImage& image);
 
-  // A restore point of `image`, with its outcome said in the status line's words.
+  // A restore point of `image`. Its outcome is said (Note) when the tuner asked for it, when it
+  // failed, and whenever points were thinned or could not be removed: none goes unsaid.
   RestorePoints::Taken TakeRestorePoint(const CalibrationImage& image, RestoreReason reason);
 
   // Milliseconds since 1970, the time every entry and restore point carries.
@@ -58,6 +59,10 @@ class EditHistory : public QObject {
 
  signals:
   void Changed();
+  // The restore points on disk changed (one written, some thinned).
+  void RestorePointsChanged();
+  // What taking a restore point did, in the tuner's words.
+  void Note(const QString& text);
 
  private:
   std::optional<JournalStep> Moved(std::optional<JournalStep> step, const CalibrationImage& image);

@@ -108,6 +108,7 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
       bulk_transmission_(image_, queueing_sender_) {
   send_timer_.setInterval(0);
   connect(&send_timer_, &QTimer::timeout, this, &EditorSession::DrainQueue);
+  connect(&history_, &EditHistory::Note, this, &EditorSession::HistoryNote);
   download_timer_.setInterval(kDownloadTimerIntervalMs);
   connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
   // The upload asks nothing while a download runs or while the program is off-line.
