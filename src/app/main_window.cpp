@@ -148,6 +148,11 @@ void MainWindow::ConnectParts() {
     ShowSetupErrors();
     parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
   });
+  connect(editors_, &EditorSession::MapRefilled, this, [this](EditedMap map) {
+    map_pages_->ShowMapValues(map == EditedMap::kFuel1   ? kFuelMap1
+                              : map == EditedMap::kFuel2 ? kFuelMap2
+                                                         : kIgnitionMaps);
+  });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
   connect(editors_, &EditorSession::HistoryNote, status_strip_, &StatusStrip::ShowEditNote);
   connect(editors_, &EditorSession::SendProgress, status_strip_, &StatusStrip::ShowSending);

@@ -141,6 +141,10 @@ class HistoryPanelTest : public QObject {
     QCOMPARE(p_->editors().history().journal().Applied(), first);
     QVERIFY(EcuInStep());
     QVERIFY(p_->editors().image().Bytes() == after_first.Bytes());
+    // The grid shows what the image holds again (only its own map was shown afresh).
+    QVERIFY(p_->window().map_pages().page(0)->grid()->Model().ToMapValues() ==
+            after_first.ReadFuelMap(1));
+    QVERIFY(p_->editors().state().maps.FuelMap1 == after_first.ReadFuelMap(1));
     // The cell stepped twice goes back once: one frame per cell that changed.
     QTRY_COMPARE(wire_.WritesSince(mark).size(), std::size_t{2});
     QVERIFY(panel->model()->Undone(static_cast<int>(all)));

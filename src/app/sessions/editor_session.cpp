@@ -3,9 +3,11 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/sessions/link_session.h"
 #include "editors/mapgrid/map_grid_model.h"
+#include "editors/setup/setup_checks.h"
 
 namespace vela {
 
@@ -22,6 +24,28 @@ constexpr std::string_view kInterruptedLines[] = {
 // Frames of a change of many cells go out in slices this long, so the program answers keys and
 // redraws between them.
 constexpr int kSendSliceMs = 15;
+
+// The map whose area holds every write, when no set-up check reads any of them; nullopt for a
+// step that reaches beyond one map.
+std::optional<EditedMap> MapOfWrites(const std::vector<ByteWrite>& writes) {
+  if (writes.empty()) return std::nullopt;
+  const auto within = [&writes](int start, int length) {
+    return std::all_of(writes.begin(), writes.end(), [&](const ByteWrite& w) {
+      return w.position >= start && w.position < start + length;
+    });
+  };
+  std::optional<EditedMap> map;
+  if (within(kFuelMap1Start, kFuelMapAreaLength)) map = EditedMap::kFuel1;
+  if (within(kFuelMap2Start, kFuelMapAreaLength)) map = EditedMap::kFuel2;
+  if (within(kIgnMapStart, kIgnMapAreaLength)) map = EditedMap::kIgnition;
+  if (!map) return std::nullopt;
+  for (const SetupCheck& check : AllSetupChecks()) {
+    for (const ByteWrite& w : writes) {
+      if (check.Reads(w.position)) return std::nullopt;
+    }
+  }
+  return map;
+}
 
 }  // namespace
 
@@ -312,7 +336,7 @@ void EditorSession::ApplyStep(const JournalStep& step, const QString& what) {
   // The ECU still holds a calibration the history has gone back behind: when it is read next,
   // the tuner is asked which one wins.
   if (step.differs_from_ecu) edited_while_down_ = true;
-  RefillEditors();
+  RefillAfter(step.writes);
   emit HistoryNote(QString("%1: %2 %3%4")
                        .arg(what)
                        .arg(cells.size())
@@ -326,6 +350,28 @@ void EditorSession::RefillEditors() {
   ApplyEnvironment env = Environment();
   ApplyUploadedCalibration(image_, CalibrationSource::kEditorsImage, state_, env);
   emit EditorsFilled();
+}
+
+void EditorSession::RefillAfter(const std::vector<ByteWrite>& writes) {
+  const std::optional<EditedMap> map = MapOfWrites(writes);
+  const bool same_layout = image_.FuelLoadSites() == state_.maps.FuelLoadSites &&
+                           image_.IgnLoadSites() == state_.maps.IgnLoadSites;
+  if (!map || !same_layout) {
+    RefillEditors();
+    return;
+  }
+  switch (*map) {
+    case EditedMap::kFuel1:
+      state_.maps.FuelMap1 = image_.ReadFuelMap(1);
+      break;
+    case EditedMap::kFuel2:
+      state_.maps.FuelMap2 = image_.ReadFuelMap(2);
+      break;
+    case EditedMap::kIgnition:
+      state_.maps.IgnMap = image_.ReadIgnMap();
+      break;
+  }
+  emit MapRefilled(*map);
 }
 
 void EditorSession::RecordPending() {
