@@ -68,6 +68,28 @@ class HistoryPanelTest : public QObject {
     }
     return panel;
   }
+  // The program ends without its journal's end record, as after a crash, and starts again (not
+  // yet loaded) on the same folder and ECU.
+  bool CrashAndRestart() {
+    const QDir folder(QString::fromStdString(p_->program->folders.program));
+    const QStringList files = folder.entryList({"Edits*.journal"}, QDir::Files);
+    if (files.size() != 1) return false;
+    const QString journal = folder.filePath(files.front());
+    const QString aside = journal + ".aside";
+    if (!QFile::copy(journal, aside)) return false;
+    const std::string line = p_->ecu->SlavePath();
+    p_->program.reset();  // the window closes and writes its end record
+    if (!QFile::remove(journal) || !QFile::rename(aside, journal)) return false;
+    p_->program =
+        std::make_unique<testing::TestProgram>(p_->dir.path(), QString::fromStdString(line));
+    p_->program->link.SetCommsDelayEnabled(false);
+    return true;
+  }
+  bool Offered() {
+    const auto& shown = p_->program->messages.shown;
+    return std::any_of(shown.begin(), shown.end(),
+                       [](const auto& m) { return m.title == "Edit History"; });
+  }
   // The main window with the panel drawn where it stands on the screen.
   void SaveShot(HistoryPanel* panel, const QString& name) {
     const QString keep = qEnvironmentVariable("VELA_SHOTS");
@@ -217,33 +239,27 @@ class HistoryPanelTest : public QObject {
     QVERIFY(EcuInStep());
     const CalibrationImage image = p_->editors().image();
     const std::vector<EditEntry> entries = p_->editors().history().journal().Entries();
-    const QDir folder(QString::fromStdString(p_->program->folders.program));
-    const QStringList files = folder.entryList({"Edits*.journal"}, QDir::Files);
-    QCOMPARE(files.size(), 1);
-    const QString journal = folder.filePath(files.front());
-    const QString aside = journal + ".aside";
-    QVERIFY(QFile::copy(journal, aside));
-    const std::string line = p_->ecu->SlavePath();
-    p_->program.reset();  // the window closes and writes its end record
-    QVERIFY(QFile::remove(journal));
-    QVERIFY(QFile::rename(aside, journal));
-
-    p_->program =
-        std::make_unique<testing::TestProgram>(p_->dir.path(), QString::fromStdString(line));
-    p_->program->link.SetCommsDelayEnabled(false);
+    QVERIFY(CrashAndRestart());
     p_->program->messages.answers.push_back(MessageAnswer::kYes);
-    QVERIFY(p_->window().Load());
-    const auto& shown = p_->program->messages.shown;
-    QVERIFY(std::any_of(shown.begin(), shown.end(),
-                        [](const auto& m) { return m.title == "Edit History"; }));
+    QVERIFY(p_->Show());  // loaded, before the ECU has said anything
+    QVERIFY(Offered());
     QVERIFY(p_->editors().image().Bytes() == image.Bytes());
     QVERIFY(p_->editors().history().journal().Entries() == entries);
-    QVERIFY(p_->Run());
+    QVERIFY(p_->Activate());
+    QTRY_VERIFY_WITH_TIMEOUT(p_->Live() && p_->editors().ecu_image().has_value(), 10000);
     // The ECU kept the edits: its calibration is taken, and the history goes on from there.
     QVERIFY(p_->editors().image().Bytes() == image.Bytes());
     const auto& journal_now = p_->editors().history().journal().Entries();
     QVERIFY(journal_now.size() >= entries.size());
     QVERIFY(std::equal(entries.begin(), entries.end(), journal_now.begin()));
+  }
+
+  // A session that only read the ECU's calibration holds nothing of the tuner's: no question.
+  void aSessionWithoutEditsIsNotOfferedBack() {
+    QVERIFY(Start());
+    QVERIFY(CrashAndRestart());
+    QVERIFY(p_->Run());
+    QVERIFY(!Offered());
   }
 };
 

@@ -1,6 +1,7 @@
 #include "app/sessions/edit_history.h"
 
 #include <QDateTime>
+#include <algorithm>
 
 #include "editors/history/history_words.h"
 
@@ -24,7 +25,14 @@ void EditHistory::BeginFile(const CalibrationImage& image) {
 
 std::optional<ReplayedJournal> EditHistory::LastSession() {
   std::optional<ReplayedJournal> last = ReadLastEditJournal(files_, folder_);
-  if (!last || last->journal.Entries().empty()) return std::nullopt;
+  if (!last) return std::nullopt;
+  // Calibrations read from the ECU and downloads alone are nothing of the tuner's to take back:
+  // the ECU holds them.
+  const std::vector<EditEntry>& entries = last->journal.Entries();
+  const bool tuners_own = std::any_of(entries.begin(), entries.end(), [](const EditEntry& e) {
+    return e.kind != EditKind::kTakenFromEcu && e.kind != EditKind::kDownload;
+  });
+  if (!tuners_own) return std::nullopt;
   return last;
 }
 

@@ -32,7 +32,8 @@ class EditHistory : public QObject {
   // The journal file of this session, starting from `image` (the editors' image at start, or the
   // last session's state when the tuner took it back with TakeBack first).
   void BeginFile(const CalibrationImage& image);
-  // The last session's journal, read back (nullopt when there is none or it holds no entry).
+  // The last session's journal, read back; nullopt when there is none or it holds only
+  // calibrations read from the ECU and downloads.
   std::optional<ReplayedJournal> LastSession();
   // Continues the last session: its entries and cursor become this session's journal.
   void TakeBack(const ReplayedJournal& last);

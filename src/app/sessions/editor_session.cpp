@@ -404,7 +404,8 @@ void EditorSession::OfferLastSession() {
         MessageIcon::kQuestion, "Edit History",
         {"The last session ended without closing the program, with " +
              std::to_string(last->journal.Entries().size()) +
-             " changes in its history (the newest at " + when.toStdString() + ").",
+             (last->journal.Entries().size() == 1 ? " change" : " changes") +
+             " in its history (the newest at " + when.toStdString() + ").",
          "Take that calibration and its history back? (No starts from the ECU's calibration; the "
          "last session's file stays until it is overwritten.)"},
         MessageButtons::kYesNo);
