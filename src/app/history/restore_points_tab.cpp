@@ -133,9 +133,11 @@ void RestorePointsTab::Restore(EditPlace place) {
   } else {
     const RestorePoint point = *Chosen();
     session_.BytesEdited(plan.writes, EditKind::kRestore, place, point.name);
-    emit Note(QString("Restored %1 from the restore point of %2 (%3 bytes); Ctrl-Z undoes it.")
+    const std::size_t bytes = plan.writes.size();
+    emit Note(QString("Restored %1 from the restore point of %2 (%3 %4); Ctrl-Z undoes it.")
                   .arg(what, HistoryTimeText(point.time_ms, false))
-                  .arg(plan.writes.size()));
+                  .arg(bytes)
+                  .arg(bytes == 1 ? "byte" : "bytes"));
   }
 }
 
