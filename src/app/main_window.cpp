@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include "app/form_spare.h"
+#include "app/history/history_panel.h"
 #include "app/pages/compare_pages.h"
 #include "app/pages/data_page.h"
 #include "app/pages/datalog_page.h"
@@ -129,6 +130,7 @@ void MainWindow::BuildLayout() {
   status_strip_ = new StatusStrip(central);
   layout->addWidget(status_strip_);
   setCentralWidget(central);
+  history_panel_ = new HistoryPanel(*editors_, this);
   base_font_points_ = central->font().pointSize();
 }
 
@@ -149,6 +151,11 @@ void MainWindow::ConnectParts() {
     setup_pages_->ShowEditors();
     ShowSetupErrors();
     parts_.link.SetDutyBase(DutyLimitBase(editors_->state().setup));
+  });
+  connect(editors_, &EditorSession::MapRefilled, this, [this](EditedMap map) {
+    map_pages_->ShowMapValues(map == EditedMap::kFuel1   ? kFuelMap1
+                              : map == EditedMap::kFuel2 ? kFuelMap2
+                                                         : kIgnitionMaps);
   });
   connect(editors_, &EditorSession::OfflineChanged, this, &MainWindow::ShowOffline);
   connect(editors_, &EditorSession::HistoryNote, status_strip_, &StatusStrip::ShowEditNote);
@@ -178,6 +185,8 @@ void MainWindow::BuildCompare() {
                                 this);
   compare_pages_ = new ComparePages(*compare_, *map_pages_, tabs_, this);
   connect(compare_pages_, &ComparePages::Note, status_strip_, &StatusStrip::ShowEditNote);
+  // "Compare" on a restore point in the history panel.
+  connect(history_panel_, &HistoryPanel::CompareRequested, compare_, &CompareSession::CompareWith);
 }
 
 MainWindow::~MainWindow() {
@@ -587,7 +596,7 @@ void MainWindow::OpenFaults() {
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress && isActiveWindow() &&
-      QApplication::activeModalWidget() == nullptr) {
+      QApplication::activeModalWidget() == nullptr && !InHistoryPanel(watched)) {
     if (HandleWindowKey(static_cast<QKeyEvent*>(event))) return true;
   }
   return QMainWindow::eventFilter(watched, event);
@@ -644,8 +653,20 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kRedo:
       if (!editors_->Redo()) status_strip_->ShowEditNote("Nothing to redo");
       return true;
+    case KeyAction::kShowHistory:
+      ShowHistory();
+      return true;
   }
   return false;
+}
+
+void MainWindow::ShowHistory() { history_panel_->Open(); }
+
+// The history panel is a window of its own: its keys are never the main window's, even in the
+// moment before the window system has made it the active window.
+bool MainWindow::InHistoryPanel(QObject* watched) const {
+  auto* widget = qobject_cast<QWidget*>(watched);
+  return widget != nullptr && widget->window() == history_panel_;
 }
 
 }  // namespace vela

@@ -27,6 +27,7 @@ class DatalogPage;
 class EditorSession;
 class FaultMonitor;
 class FaultPanel;
+class HistoryPanel;
 class LinkSession;
 class LiveView;
 class MapPages;
@@ -73,6 +74,7 @@ class MainWindow : public QMainWindow {
   StatusStrip& status_strip() { return *status_strip_; }
   CompareSession& compare() { return *compare_; }
   ComparePages& compare_pages() { return *compare_pages_; }
+  HistoryPanel& history_panel() { return *history_panel_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -103,6 +105,9 @@ class MainWindow : public QMainWindow {
   void ShowSetupErrors();
   void ShowOffline(bool offline);
   bool HandleWindowKey(QKeyEvent* event);
+  // Ctrl-J: the history panel in front (changes and restore points).
+  void ShowHistory();
+  bool InHistoryPanel(QObject* watched) const;
   // The keyboard goes to the page in front: its map grid, or the page itself.
   void FocusPage(int index);
   void PageShown(int index);
@@ -146,6 +151,7 @@ class MainWindow : public QMainWindow {
   FaultPanel* fault_panel_ = nullptr;
   DataPage* data_page_ = nullptr;
   DatalogPage* datalog_page_ = nullptr;
+  HistoryPanel* history_panel_ = nullptr;
   std::unique_ptr<StatusLabelAdapter> status_adapter_;
   std::string last_orange_block_;
   QList<QWidget*> hidden_until_started_;

@@ -138,6 +138,18 @@ void MapPages::ShowEditors() {
   for (int i = 0; i < kPages; ++i) ShowDuty(i);
 }
 
+void MapPages::ShowMapValues(int index) {
+  MapPage* page = pages_[index];
+  const MapValues& values = ValuesOf(editors_.state().maps, index);
+  if (values.Columns() != page->grid()->Model().LoadSites()) {
+    ShowEditors();
+    return;
+  }
+  page->grid()->LoadValues(values);
+  page->graph()->ShowMap(page->grid()->Model());
+  ShowDuty(index);
+}
+
 void MapPages::ShowLive(const LiveData& live, int afr_mode, bool connected, int tab) {
   if (tab < 0 || tab >= kPages) return;
   const int selection = editors_.state().setup.fuel_map_selection;

@@ -38,6 +38,8 @@ class MapPages : public QObject {
   void SetUpGrids();
   // After a calibration filled the editors: grids, map selection, cross-hair sites.
   void ShowEditors();
+  // One map's values again after an undo or redo within it: its grid, graph and duty read-out.
+  void ShowMapValues(int index);
   // The read-out and the labels of map page `tab` (0..2) from the shown live values, the AFR in
   // display mode `afr_mode`; greyed, with no value, while `connected` is false.
   void ShowLive(const LiveData& live, int afr_mode, bool connected, int tab);

@@ -1,6 +1,9 @@
 #include "app/sessions/edit_history.h"
 
 #include <QDateTime>
+#include <algorithm>
+
+#include "editors/history/history_words.h"
 
 namespace vela {
 
@@ -22,7 +25,14 @@ void EditHistory::BeginFile(const CalibrationImage& image) {
 
 std::optional<ReplayedJournal> EditHistory::LastSession() {
   std::optional<ReplayedJournal> last = ReadLastEditJournal(files_, folder_);
-  if (!last || last->journal.Entries().empty()) return std::nullopt;
+  if (!last) return std::nullopt;
+  // Calibrations read from the ECU and downloads alone are nothing of the tuner's to take back:
+  // the ECU holds them.
+  const std::vector<EditEntry>& entries = last->journal.Entries();
+  const bool tuners_own = std::any_of(entries.begin(), entries.end(), [](const EditEntry& e) {
+    return e.kind != EditKind::kTakenFromEcu && e.kind != EditKind::kDownload;
+  });
+  if (!tuners_own) return std::nullopt;
   return last;
 }
 
@@ -66,7 +76,15 @@ std::optional<JournalStep> EditHistory::ReturnTo(std::size_t applied,
 
 RestorePoints::Taken EditHistory::TakeRestorePoint(const CalibrationImage& image,
                                                    RestoreReason reason) {
-  return restore_points_.Take(image, reason, Now());
+  RestorePoints::Taken taken = restore_points_.Take(image, reason, Now());
+  if (taken.outcome == RestorePoints::Outcome::kWritten || !taken.thinned.empty()) {
+    emit RestorePointsChanged();
+  }
+  if (reason == RestoreReason::kOnRequest || taken.outcome == RestorePoints::Outcome::kFailed ||
+      !taken.thinned.empty() || !taken.not_removed.empty()) {
+    emit Note(QString::fromStdString(TakenText(taken)));
+  }
+  return taken;
 }
 
 }  // namespace vela

@@ -32,7 +32,8 @@ class EditHistory : public QObject {
   // The journal file of this session, starting from `image` (the editors' image at start, or the
   // last session's state when the tuner took it back with TakeBack first).
   void BeginFile(const CalibrationImage& image);
-  // The last session's journal, read back (nullopt when there is none or it holds no entry).
+  // The last session's journal, read back; nullopt when there is none or it holds only
+  // calibrations read from the ECU and downloads.
   std::optional<ReplayedJournal> LastSession();
   // Continues the last session: its entries and cursor become this session's journal.
   void TakeBack(const ReplayedJournal& last);
@@ -50,7 +51,8 @@ class EditHistory : public QObject {
   std::optional<JournalStep> Redo(const CalibrationImage& image);
   std::optional<JournalStep> ReturnTo(std::size_t applied, const CalibrationImage& image);
 
-  // A restore point of `image`, with its outcome said in the status line's words.
+  // A restore point of `image`. Its outcome is said (Note) when the tuner asked for it, when it
+  // failed, and whenever points were thinned or could not be removed: none goes unsaid.
   RestorePoints::Taken TakeRestorePoint(const CalibrationImage& image, RestoreReason reason);
 
   // Milliseconds since 1970, the time every entry and restore point carries.
@@ -58,6 +60,10 @@ class EditHistory : public QObject {
 
  signals:
   void Changed();
+  // The restore points on disk changed (one written, some thinned).
+  void RestorePointsChanged();
+  // What taking a restore point did, in the tuner's words.
+  void Note(const QString& text);
 
  private:
   std::optional<JournalStep> Moved(std::optional<JournalStep> step, const CalibrationImage& image);

@@ -3,9 +3,11 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/sessions/link_session.h"
 #include "editors/mapgrid/map_grid_model.h"
+#include "editors/setup/setup_checks.h"
 
 namespace vela {
 
@@ -22,6 +24,28 @@ constexpr std::string_view kInterruptedLines[] = {
 // Frames of a change of many cells go out in slices this long, so the program answers keys and
 // redraws between them.
 constexpr int kSendSliceMs = 15;
+
+// The map whose area holds every write, when no set-up check reads any of them; nullopt for a
+// step that reaches beyond one map.
+std::optional<EditedMap> MapOfWrites(const std::vector<ByteWrite>& writes) {
+  if (writes.empty()) return std::nullopt;
+  const auto within = [&writes](int start, int length) {
+    return std::all_of(writes.begin(), writes.end(), [&](const ByteWrite& w) {
+      return w.position >= start && w.position < start + length;
+    });
+  };
+  std::optional<EditedMap> map;
+  if (within(kFuelMap1Start, kFuelMapAreaLength)) map = EditedMap::kFuel1;
+  if (within(kFuelMap2Start, kFuelMapAreaLength)) map = EditedMap::kFuel2;
+  if (within(kIgnMapStart, kIgnMapAreaLength)) map = EditedMap::kIgnition;
+  if (!map) return std::nullopt;
+  for (const SetupCheck& check : AllSetupChecks()) {
+    for (const ByteWrite& w : writes) {
+      if (check.Reads(w.position)) return std::nullopt;
+    }
+  }
+  return map;
+}
 
 }  // namespace
 
@@ -108,6 +132,7 @@ EditorSession::EditorSession(EditorSessionParts parts, QWidget* window)
       bulk_transmission_(image_, queueing_sender_) {
   send_timer_.setInterval(0);
   connect(&send_timer_, &QTimer::timeout, this, &EditorSession::DrainQueue);
+  connect(&history_, &EditHistory::Note, this, &EditorSession::HistoryNote);
   download_timer_.setInterval(kDownloadTimerIntervalMs);
   connect(&download_timer_, &QTimer::timeout, this, [this] { download_.Tick(); });
   // The upload asks nothing while a download runs or while the program is off-line.
@@ -316,7 +341,7 @@ void EditorSession::ApplyStep(const JournalStep& step, const QString& what) {
   // The ECU still holds a calibration the history has gone back behind: when it is read next,
   // the tuner is asked which one wins.
   if (step.differs_from_ecu) edited_while_down_ = true;
-  RefillEditors();
+  RefillAfter(step.writes);
   emit HistoryNote(QString("%1: %2 %3%4")
                        .arg(what)
                        .arg(cells.size())
@@ -330,6 +355,28 @@ void EditorSession::RefillEditors() {
   ApplyEnvironment env = Environment();
   ApplyUploadedCalibration(image_, CalibrationSource::kEditorsImage, state_, env);
   emit EditorsFilled();
+}
+
+void EditorSession::RefillAfter(const std::vector<ByteWrite>& writes) {
+  const std::optional<EditedMap> map = MapOfWrites(writes);
+  const bool same_layout = image_.FuelLoadSites() == state_.maps.FuelLoadSites &&
+                           image_.IgnLoadSites() == state_.maps.IgnLoadSites;
+  if (!map || !same_layout) {
+    RefillEditors();
+    return;
+  }
+  switch (*map) {
+    case EditedMap::kFuel1:
+      state_.maps.FuelMap1 = image_.ReadFuelMap(1);
+      break;
+    case EditedMap::kFuel2:
+      state_.maps.FuelMap2 = image_.ReadFuelMap(2);
+      break;
+    case EditedMap::kIgnition:
+      state_.maps.IgnMap = image_.ReadIgnMap();
+      break;
+  }
+  emit MapRefilled(*map);
 }
 
 void EditorSession::RecordPending() {
@@ -362,7 +409,8 @@ void EditorSession::OfferLastSession() {
         MessageIcon::kQuestion, "Edit History",
         {"The last session ended without closing the program, with " +
              std::to_string(last->journal.Entries().size()) +
-             " changes in its history (the newest at " + when.toStdString() + ").",
+             (last->journal.Entries().size() == 1 ? " change" : " changes") +
+             " in its history (the newest at " + when.toStdString() + ").",
          "Take that calibration and its history back? (No starts from the ECU's calibration; the "
          "last session's file stays until it is overwritten.)"},
         MessageButtons::kYesNo);

@@ -174,6 +174,9 @@ class EditorSession : public QObject {
   void MapInUseChanged(const QString& name, const QString& path);
   // Cells of a change of many cells went out: `sent` of `total`; total 0 when the queue is idle.
   void SendProgress(int sent, int total);
+  // An undo, redo or return changed only this map's values: its grid must be shown again, and
+  // nothing else (EditorsFilled stands for every other step).
+  void MapRefilled(EditedMap map);
   // A short note for the status strip: what an undo, a redo or a restore point did.
   void HistoryNote(const QString& text);
 
@@ -205,6 +208,9 @@ class EditorSession : public QObject {
   void RecordPending();
   void DrainQueue();
   void RefillEditors();
+  // After a history step: only the map it lay in when it stayed inside one map's cells (far
+  // cheaper than refilling every page), else every editor.
+  void RefillAfter(const std::vector<ByteWrite>& writes);
   TransmissionSetup TransmissionSetupOf(EditedMap map) const;
   // The grid's values into the editors' state.
   void TakeGridValues(EditedMap map, const MapGridModel& grid);

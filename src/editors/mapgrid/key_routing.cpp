@@ -57,6 +57,7 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
     if (letter == 'Y' && !press.shift) return Route(KeyAction::kRedo);
     if (letter == 'Q')
       return Route(press.shift ? KeyAction::kCompareChoose : KeyAction::kCompareView);
+    if (letter == 'J' && !press.shift) return Route(KeyAction::kShowHistory);
     return Route(KeyAction::kPassToGrid);
   }
   if (press.alt) {

@@ -44,6 +44,7 @@ enum class KeyAction {
   kRedo,                   // Ctrl-Y or Ctrl-Shift-Z
   kCompareView,    // Ctrl-Q: the map page's compared view cycles (current, other, difference)
   kCompareChoose,  // Ctrl-Shift-Q: choose what the editors' image is compared with
+  kShowHistory,    // Ctrl-J: the history panel (changes and restore points)
 };
 
 struct KeyRoute {

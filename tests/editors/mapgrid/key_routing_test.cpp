@@ -125,6 +125,23 @@ TEST(MainWindowKeys, CompareChordsOnEveryPage) {
   }
 }
 
+// Ctrl-J opens the history panel from any page; with Shift or Alt it stays the grid's, and a
+// bare J is no key of the window.
+TEST(MainWindowKeys, CtrlJShowsTheHistoryOnEveryPage) {
+  for (int page : {kPageFuelMap1, kPageIgnition, kPageMainSetup, kPageDataLogging}) {
+    const KeyContext context{page, false};
+    EXPECT_EQ(RouteMainWindowKey(Letter('j', false, true), context),
+              Action(KeyAction::kShowHistory));
+    EXPECT_EQ(RouteMainWindowKey(Letter('J', false, true), context),
+              Action(KeyAction::kShowHistory));
+    MapKeyPress shifted = Letter('J', false, true);
+    shifted.shift = true;
+    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('j', true, true), context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('j'), context), Action(KeyAction::kPassToGrid));
+  }
+}
+
 TEST(KeystrokeTable, HoldsTheEnglishAndGermanRowsInOrder) {
   EXPECT_EQ(kKeystrokeHeadings.keystroke, " Keystroke");
   EXPECT_EQ(kKeystrokeHeadings.function, " Function");
