@@ -16,10 +16,11 @@
 
 #include "app/form_spare.h"
 #include "app/history/history_panel.h"
-#include "app/pages/compare_pages.h"
 #include "app/pages/data_page.h"
 #include "app/pages/datalog_page.h"
 #include "app/pages/fault_panel.h"
+#include "app/pages/file_options_page.h"
+#include "app/pages/help_page.h"
 #include "app/pages/map_pages.h"
 #include "app/pages/setup/setup_error_list.h"
 #include "app/pages/setup/setup_pages.h"
@@ -30,11 +31,10 @@
 #include "app/sessions/live_view.h"
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
-#include "app/widgets/workbench_keys_table.h"
+#include "app/workbench/compare_pages.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
-#include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/qt/map_key_press.h"
 #include "link/qt/qt_serial_port.h"
 #include "program/afr_display.h"
@@ -171,7 +171,7 @@ void MainWindow::ConnectParts() {
   connect(status_strip_, &StatusStrip::FaultClicked, this, &MainWindow::OpenFaults);
   connect(fault_monitor_, &FaultMonitor::WatchChanged, this, &MainWindow::RefreshStatus);
   if (auto* english = findChild<QRadioButton*>("Language0")) {
-    connect(english, &QRadioButton::toggled, this, &MainWindow::ShowKeystrokeTable);
+    connect(english, &QRadioButton::toggled, help_page_, &HelpPage::ShowKeystrokeTable);
     connect(english, &QRadioButton::toggled, setup_pages_, &SetupPages::LanguageChanged);
   }
   if (auto* instant_help = findChild<QRadioButton*>("InstantHelp0")) {
@@ -212,18 +212,17 @@ QWidget* MainWindow::BuildPage(int index) {
       return page;
     }
     case kHelp:
-      notice_label_ = new QLabel(page);
-      notice_label_->setObjectName("NoticeLabel");
-      layout->addWidget(notice_label_);
-      layout->addWidget(settings_controls_->BuildHelpOptions(page));
-      layout->addLayout(BuildKeyTables(page), 1);
+      help_page_ = new HelpPage(settings_controls_->BuildHelpOptions(page), page);
+      notice_label_ = help_page_->notice_label();
+      layout->addWidget(help_page_, 1);
       return page;
     case kDataPage:
       Place(page, BuildDataPage());
       return page;
     case kFileOptions:
-      layout->addWidget(BuildMapFileButtons(page));
-      layout->addWidget(settings_controls_->BuildFileOptions(page));
+      file_options_page_ =
+          new FileOptionsPage(*editors_, settings_controls_->BuildFileOptions(page), page);
+      layout->addWidget(file_options_page_);
       break;
     case kDataLogging:
       datalog_page_ = new DatalogPage(
@@ -488,81 +487,10 @@ void MainWindow::OpenFirstRunSetup() {
   dialog.exec();
 }
 
-QWidget* MainWindow::BuildMapFileButtons(QWidget* parent) {
-  auto* box = new QGroupBox("Maps", parent);
-  box->setObjectName("MapFileOptions");
-  box->setMaximumWidth(760);
-  auto* row = new QHBoxLayout(box);
-  auto* save = new QPushButton("Save Map to Disk...", box);
-  save->setObjectName("SaveMapButton");
-  auto* load = new QPushButton("Load and Download Map...", box);
-  load->setObjectName("LoadMapButton");
-  offline_button_ = new QPushButton("Work Off-line", box);
-  offline_button_->setObjectName("OfflineButton");
-  offline_button_->setCheckable(true);
-  row->addWidget(save);
-  row->addWidget(load);
-  row->addWidget(offline_button_);
-  row->addStretch(1);
-  connect(save, &QPushButton::clicked, editors_, &EditorSession::SaveMap);
-  connect(load, &QPushButton::clicked, editors_, &EditorSession::LoadAndDownloadMap);
-  connect(offline_button_, &QPushButton::toggled, editors_, &EditorSession::SetOffline);
-  return box;
-}
-
-QWidget* MainWindow::BuildKeystrokeTable(QWidget* parent) {
-  keystrokes_ = new QTableWidget(parent);
-  keystrokes_->setObjectName("KeystrokeTable");
-  keystrokes_->setColumnCount(2);
-  keystrokes_->verticalHeader()->hide();
-  keystrokes_->horizontalHeader()->setStretchLastSection(true);
-  keystrokes_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  keystrokes_->setFocusPolicy(Qt::NoFocus);
-  keystrokes_->verticalHeader()->setDefaultSectionSize(22);
-  ShowKeystrokeTable(true);
-  return keystrokes_;
-}
-
-// The keystroke table and, beside it, the workbench keys.
-QLayout* MainWindow::BuildKeyTables(QWidget* parent) {
-  auto* tables = new QHBoxLayout;
-  tables->addWidget(BuildKeystrokeTable(parent), 1);
-  tables->addWidget(BuildWorkbenchKeysTable(parent), 1);
-  return tables;
-}
-
-void MainWindow::ShowKeystrokeTable(bool english) {
-  const KeystrokeRow& headings = english ? kKeystrokeHeadings : kKeystrokeHeadingsGerman;
-  auto show = [this, &headings](const auto& rows) {
-    keystrokes_->setRowCount(static_cast<int>(rows.size()));
-    keystrokes_->setHorizontalHeaderLabels(
-        {QString::fromUtf8(headings.keystroke.data(), headings.keystroke.size()),
-         QString::fromUtf8(headings.function.data(), headings.function.size())});
-    for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
-      const KeystrokeRow& row = rows[i];
-      keystrokes_->setItem(
-          i, 0,
-          new QTableWidgetItem(QString::fromUtf8(row.keystroke.data(), row.keystroke.size())));
-      keystrokes_->setItem(
-          i, 1, new QTableWidgetItem(QString::fromUtf8(row.function.data(), row.function.size())));
-    }
-  };
-  if (english) {
-    show(kKeystrokeRows);
-  } else {
-    show(kKeystrokeRowsGerman);
-  }
-  keystrokes_->resizeColumnToContents(0);
-}
-
 void MainWindow::ShowSetupErrors() { setup_errors_->ShowErrors(editors_->state().SetupErrors); }
 
 void MainWindow::ShowOffline(bool offline) {
-  {
-    const QSignalBlocker block(offline_button_);
-    offline_button_->setChecked(offline);
-  }
-  offline_button_->setText(offline ? "Go On-line" : "Work Off-line");
+  file_options_page_->ShowOffline(offline);
   offline_ = offline;
   RefreshStatus();
 }

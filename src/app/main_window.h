@@ -27,6 +27,8 @@ class DatalogPage;
 class EditorSession;
 class FaultMonitor;
 class FaultPanel;
+class FileOptionsPage;
+class HelpPage;
 class HistoryPanel;
 class LinkSession;
 class LiveView;
@@ -98,10 +100,6 @@ class MainWindow : public QMainWindow {
   void ResetDisplays();
 
   QWidget* BuildPage(int index);
-  QWidget* BuildMapFileButtons(QWidget* parent);
-  QWidget* BuildKeystrokeTable(QWidget* parent);
-  QLayout* BuildKeyTables(QWidget* parent);
-  void ShowKeystrokeTable(bool english);
   void ShowSetupErrors();
   void ShowOffline(bool offline);
   bool HandleWindowKey(QKeyEvent* event);
@@ -135,8 +133,8 @@ class MainWindow : public QMainWindow {
   CompareSession* compare_ = nullptr;
   ComparePages* compare_pages_ = nullptr;
   SetupErrorList* setup_errors_ = nullptr;
-  QTableWidget* keystrokes_ = nullptr;
-  QPushButton* offline_button_ = nullptr;
+  HelpPage* help_page_ = nullptr;
+  FileOptionsPage* file_options_page_ = nullptr;
   bool offline_ = false;
   bool previous_key_was_space_ = false;
   // The live read-outs of the page in front and the status strip are redrawn at a steady pace

@@ -6,11 +6,11 @@
 #include <QtTest>
 
 #include "app/main_window.h"
-#include "app/pages/compare_bar.h"
-#include "app/pages/compare_chooser.h"
-#include "app/pages/compare_pages.h"
 #include "app/pages/map_pages.h"
 #include "app/sessions/compare_session.h"
+#include "app/workbench/compare_bar.h"
+#include "app/workbench/compare_chooser.h"
+#include "app/workbench/compare_pages.h"
 #include "calibration/map_axes.h"
 #include "editors/mapgrid/qt/map_grid_table.h"
 #include "running_program.h"

@@ -3,7 +3,7 @@
 // spreadsheet, interpolation and a fill. After each step the ECU's calibration read back equals
 // the editors' image, and the frames on the wire are exactly the cells that changed. Set
 // VELA_SHOTS to a folder to keep pictures of the typed line at 1280x720 and 1024x600.
-#include "app/pages/grid_operations.h"
+#include "app/workbench/grid_operations.h"
 
 #include <QApplication>
 #include <QClipboard>

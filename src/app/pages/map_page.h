@@ -8,7 +8,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
-#include "app/pages/operation_line.h"
+#include "app/workbench/operation_line.h"
 #include "editors/mapgrid/map_display.h"
 #include "editors/mapgrid/qt/map_graph.h"
 #include "editors/mapgrid/qt/map_grid.h"

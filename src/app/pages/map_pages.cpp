@@ -15,7 +15,7 @@ namespace vela {
 
 namespace {
 
-constexpr const char* kTitles[MapPages::kPages] = {"Fuel 1", "Fuel 2", "Ignition"};
+constexpr const char* kMapTitles[MapPages::kPages] = {"Fuel 1", "Fuel 2", "Ignition"};
 const MapPageNames kNames[MapPages::kPages] = {
     {"FuelMap1", "FuelMap1A", "FuelGraphVelaB1", ""},
     {"FuelMap2", "FuelMap2A", "FuelGraphVelaB2", "Map2"},
@@ -64,10 +64,10 @@ MapPage* MapPages::BuildPage(int index, QWidget* parent) {
   page->readout()->SetDecimalSeparator(QLatin1Char(separator));
   page->set_decimal_separator(QLatin1Char(separator));
   // The names accessibility tools read.
-  page->grid()->setAccessibleName(QString("%1 map").arg(kTitles[index]));
-  page->readout()->setAccessibleName(QString("%1 live values").arg(kTitles[index]));
+  page->grid()->setAccessibleName(QString("%1 map").arg(kMapTitles[index]));
+  page->readout()->setAccessibleName(QString("%1 live values").arg(kMapTitles[index]));
   if (MapSurfaceView* surface = page->graph()->Surface()) {
-    surface->setAccessibleName(QString("%1 graph").arg(kTitles[index]));
+    surface->setAccessibleName(QString("%1 graph").arg(kMapTitles[index]));
   }
   cross_hair_.Attach(index + 1, page->grid(), page->graph());
   operations_->Attach(index, page, kEditedMaps[index]);
@@ -119,7 +119,7 @@ void MapPages::SetUpGrids() {
     MapPage* page = pages_[i];
     const int load_sites = i < 2 ? sites.fuel : sites.ignition;
     ApplyAxes(page->grid()->Model(), axes);
-    page->grid()->SetUp(kTitles[i], load_sites);
+    page->grid()->SetUp(kMapTitles[i], load_sites);
     if (ValuesOf(maps, i).Columns() == load_sites) page->grid()->LoadValues(ValuesOf(maps, i));
     page->graph()->SetNumOfLoadSites(load_sites);
     page->graph()->ShowMap(page->grid()->Model());

@@ -9,8 +9,8 @@
 #include <optional>
 #include <vector>
 
-#include "app/pages/grid_operations.h"
 #include "app/pages/map_page.h"
+#include "app/workbench/grid_operations.h"
 #include "base/platform.h"
 #include "editors/mapgrid/qt/cross_hair.h"
 #include "link/live/live_data.h"

@@ -16,7 +16,7 @@ constexpr int kCountersIntervalMs = 1000;
 // How long a note of the edit history stays in the strip.
 constexpr int kEditNoteMs = 6000;
 
-QString Rgb(const LabelColour& c) {
+QString CssColour(const LabelColour& c) {
   return QString("rgb(%1, %2, %3)").arg(c.red).arg(c.green).arg(c.blue);
 }
 
@@ -24,7 +24,7 @@ QString Rgb(const LabelColour& c) {
 
 QString StatusStyle(const StatusLook& look) {
   return QString("background-color: %1; color: %2; padding: 1px 6px; border-radius: 2px;")
-      .arg(Rgb(look.background), Rgb(look.foreground));
+      .arg(CssColour(look.background), CssColour(look.foreground));
 }
 
 ElidingLabel::ElidingLabel(QWidget* parent) : QLabel(parent) {

@@ -22,7 +22,7 @@ namespace {
 constexpr int kActualTempRow = kSensorPoints;
 constexpr const char* kTableNames[] = {"Water", "Air"};
 constexpr const char* kListNames[] = {"Combop4", "Combop3"};
-constexpr const char* kTitles[] = {"Water Temperature Sensor", "Air Temperature Sensor"};
+constexpr const char* kSensorTitles[] = {"Water Temperature Sensor", "Air Temperature Sensor"};
 constexpr std::array<double, 3> kCustomDefaultCelsius = {0.0, 40.0, 100.0};
 
 QString Ohms(double ohms) { return QString::number(std::lround(ohms)); }
@@ -87,17 +87,17 @@ constexpr int kHeaderTextPadding = 5;
 
 QWidget* SensorSetupPage::BuildSensorTable(SensorTable which) {
   const auto index = static_cast<std::size_t>(which);
-  QGroupBox* box = MakeBox(this, QString(kTableNames[index]) + "Box", kTitles[index]);
+  QGroupBox* box = MakeBox(this, QString(kTableNames[index]) + "Box", kSensorTitles[index]);
   auto* layout = new QVBoxLayout(box);
   QComboBox* list = MakeList(box, kListNames[index], SensorListTexts(which, false));
-  list->setAccessibleName(kTitles[index]);
+  list->setAccessibleName(kSensorTitles[index]);
   list->setToolTip("Choosing a known sensor fills the table and sends it to the ECU.");
   connect(list, &QComboBox::activated, this,
           [this, which](int choice) { ChooseSensor(which, choice); });
   layout->addWidget(list);
   auto* table = new NoSearchTable(kSensorPoints + 1, 2, box);
   table->setObjectName(kTableNames[index]);
-  table->setAccessibleName(QString(kTitles[index]) + " Table");
+  table->setAccessibleName(QString(kSensorTitles[index]) + " Table");
   table->setHorizontalHeaderLabels({"Temperature", "Ohms at Temperature"});
   table->verticalHeader()->hide();
   // The temperatures take what they need, so that "Ohms at Temperature" stays whole on a

@@ -12,9 +12,9 @@
 #include <array>
 #include <vector>
 
-#include "app/pages/compare_bar.h"
 #include "app/pages/map_pages.h"
 #include "app/sessions/compare_session.h"
+#include "app/workbench/compare_bar.h"
 #include "editors/mapgrid/key_routing.h"
 
 namespace vela {

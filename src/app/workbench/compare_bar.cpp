@@ -1,4 +1,4 @@
-#include "app/pages/compare_bar.h"
+#include "app/workbench/compare_bar.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>

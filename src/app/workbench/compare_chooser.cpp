@@ -1,4 +1,4 @@
-#include "app/pages/compare_chooser.h"
+#include "app/workbench/compare_chooser.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

@@ -1,4 +1,4 @@
-#include "app/pages/grid_operations.h"
+#include "app/workbench/grid_operations.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

@@ -1,6 +1,6 @@
-#include "app/pages/compare_pages.h"
+#include "app/workbench/compare_pages.h"
 
-#include "app/pages/compare_chooser.h"
+#include "app/workbench/compare_chooser.h"
 #include "base/qt/qt_platform.h"
 #include "editors/compare/compare_keys.h"
 #include "editors/compare/compare_overlay.h"

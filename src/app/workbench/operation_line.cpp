@@ -1,4 +1,4 @@
-#include "app/pages/operation_line.h"
+#include "app/workbench/operation_line.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
