@@ -269,7 +269,7 @@ void EditorSession::CellsEdited(EditedMap map, MapGridModel& grid,
   NoteEdit();
   transmission_.OnCellsChanged(grid, cells, TransmissionSetupOf(map));
   TakeGridValues(map, grid);
-  static_cast<void>(history_.Record(EditKind::kKeyStep, PlaceOf(map), image_, std::string()));
+  static_cast<void>(history_.Record(EditKind::kKeyStep, PlaceOf(map), image_, KeyStepSource(grid)));
 }
 
 TransmissionSetup EditorSession::TransmissionSetupOf(EditedMap map) const {
@@ -278,6 +278,12 @@ TransmissionSetup EditorSession::TransmissionSetupOf(EditedMap map) const {
   setup.ignition_divide = state_.setup.ignition_divide;
   setup.third_injection_mode = state_.setup.fuel_mode == kFuelModeSequential;
   return setup;
+}
+
+// Where a key step was made: the cursor's cell by its RPM and load, as the grid labels them.
+std::string EditorSession::KeyStepSource(const MapGridModel& grid) {
+  const MapCell cell = grid.Current();
+  return grid.RpmLabel(cell.row) + " RPM, " + grid.LoadLabel(cell.column) + " " + grid.LoadUnit();
 }
 
 void EditorSession::CellsBulkEdited(EditedMap map, MapGridModel& grid,

@@ -212,6 +212,7 @@ class EditorSession : public QObject {
   // cheaper than refilling every page), else every editor.
   void RefillAfter(const std::vector<ByteWrite>& writes);
   TransmissionSetup TransmissionSetupOf(EditedMap map) const;
+  static std::string KeyStepSource(const MapGridModel& grid);
   // The grid's values into the editors' state.
   void TakeGridValues(EditedMap map, const MapGridModel& grid);
 

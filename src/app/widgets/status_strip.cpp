@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPainter>
+#include <algorithm>
 
 #include "app/widgets/steady_label.h"
 #include "app/widgets/text_of.h"
@@ -208,7 +209,7 @@ void StatusStrip::ShowDatalog(bool logging, double seconds, std::size_t records)
 
 void StatusStrip::AddEditLabels(QHBoxLayout* row) {
   edit_note_->setObjectName("EditNote");
-  edit_note_->setMaximumWidth(260);
+  edit_note_->setMaximumWidth(360);
   edit_note_->hide();
   edit_note_timer_->setSingleShot(true);
   edit_note_timer_->setInterval(kEditNoteMs);
@@ -222,6 +223,10 @@ void StatusStrip::AddEditLabels(QHBoxLayout* row) {
 }
 
 void StatusStrip::ShowEditNote(const QString& text) {
+  // A note is read at once or not at all: it takes the room its words need, up to the label's
+  // widest, before the start-up text and the map's name give up theirs.
+  edit_note_->setMinimumWidth(
+      std::min(edit_note_->fontMetrics().horizontalAdvance(text) + 16, edit_note_->maximumWidth()));
   if (edit_note_->text() != text) edit_note_->setText(text);
   edit_note_->setVisible(!text.isEmpty());
   if (!text.isEmpty()) edit_note_timer_->start();
