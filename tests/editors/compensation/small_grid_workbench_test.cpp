@@ -50,13 +50,15 @@ TEST(RowSelectionTest, KeptWhileShownElseAnchoredOppositeTheCursor) {
 // Every target goes to the byte a typed value gives, held inside the row's limits; a row the ECU
 // left beyond them is never pushed further out.
 TEST(RowOperationTest, TargetsTakeTheTypedConversionAndTheRowLimits) {
-  // Air: 2.0 %, 5.5 %, -3.0 %; *1.1 gives 2.2, 6.05 (half to the even byte 188), -3.3.
-  const SmallGridModel air = TableGrid(CompTable::kAirMap, {148, 183, 98, 128, 128, 128, 128, 128});
-  const RowChange scaled = PlanOperation(air, 0, 2, Typed(air, 0, 2, "*1.1"));
-  EXPECT_THAT(scaled.changed,
-              ElementsAre(SmallRowValue{0, 150}, SmallRowValue{1, 188}, SmallRowValue{2, 95}));
+  // Air: 2.0 %, 5.5 %, -3.0 %, -9.5 %; *1.1 gives 2.2, 6.05 and -10.45 (each a half: to the
+  // even byte, as typed; -9.5 x 1.1 computes a hair above -10.45), and -3.3.
+  const SmallGridModel air = TableGrid(CompTable::kAirMap, {148, 183, 98, 33, 128, 128, 128, 128});
+  const RowChange scaled = PlanOperation(air, 0, 3, Typed(air, 0, 3, "*1.1"));
+  EXPECT_THAT(scaled.changed, ElementsAre(SmallRowValue{0, 150}, SmallRowValue{1, 188},
+                                          SmallRowValue{2, 95}, SmallRowValue{3, 24}));
+  EXPECT_EQ(AirCompStored(-10.45), 24);
   EXPECT_EQ(scaled.clamped, 0);
-  EXPECT_EQ(RowChangeSummary(scaled, ','), "-3,3 .. 6,0, 3 cells change");
+  EXPECT_EQ(RowChangeSummary(scaled, ','), "-10,4 .. 6,0, 4 cells change");
 
   // Water: 60 % doubled is beyond the byte: held at 99.6 %.
   const SmallGridModel water = TableGrid(CompTable::kWaterMap, {154, 10, 0, 0, 0, 0, 0, 0});
