@@ -174,6 +174,14 @@ class CompensationOperationsTest : public QObject {
     QVERIFY(!line->IsOpen());
     QCOMPARE(QApplication::focusWidget(), batt);
     QVERIFY(p_->editors().image().Bytes() == before.Bytes());
+
+    // The keyboard taken to another table closes the line and stays where the tuner put it.
+    Key(Qt::Key_Plus);
+    QVERIFY(line->IsOpen());
+    SmallMapGrid* air = Page().grid(CompTable::kAirMap);
+    air->setFocus(Qt::MouseFocusReason);
+    QVERIFY(!line->IsOpen());
+    QCOMPARE(QApplication::focusWidget(), air);
   }
 };
 

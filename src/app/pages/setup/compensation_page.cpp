@@ -304,9 +304,12 @@ void CompensationPage::EnterLine(CompTable table, const QString& text) {
 }
 
 void CompensationPage::LeaveLine(CompTable table) {
-  lines_[static_cast<std::size_t>(table)]->Close();
+  OperationLine* line = lines_[static_cast<std::size_t>(table)];
+  // Enter and Escape give the keyboard back to the table; a click on another table keeps it there.
+  const bool keyboard_in_line = line->edit()->hasFocus();
+  line->Close();
   grid(table)->KeepSelectionShown(false);
-  grid(table)->setFocus(Qt::OtherFocusReason);
+  if (keyboard_in_line) grid(table)->setFocus(Qt::OtherFocusReason);
 }
 
 void CompensationPage::Finish(CompTable table, const RowChange& change, EditKind kind,
