@@ -255,8 +255,8 @@ class SetupPagesRoadTest : public QObject {
                  [&] {
                    water_map->setFocus();
                    water_map->SetCurrentRow(0);
-                   QTest::keyClick(water_map, Qt::Key_1);  // typing on a cell opens its editor
-                   QTest::keyClicks(QApplication::focusWidget(), "00");
+                   QTest::keyClick(water_map, Qt::Key_F2);  // F2 opens the cell's own editor
+                   QTest::keyClicks(QApplication::focusWidget(), "100");
                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
                  },
                  {});

@@ -392,6 +392,12 @@ void EditorSession::RecordPending() {
   }
 }
 
+bool EditorSession::RecordNow(EditKind kind, EditPlace place, std::string source) {
+  record_pending_ = false;
+  if (!history_.Unrecorded(image_)) return false;
+  return history_.Record(kind, place, image_, std::move(source));
+}
+
 void EditorSession::DrainQueue() {
   QElapsedTimer slice;
   slice.start();

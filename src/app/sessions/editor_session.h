@@ -131,6 +131,14 @@ class EditorSession : public QObject {
   void BytesEdited(const std::vector<ByteWrite>& writes, EditKind kind, EditPlace place,
                    std::string source);
 
+  // Journals the changes the set-up, compensation and sensor editors have made since the last
+  // entry as ONE entry of `kind` (an operation on many cells of a table, made through the
+  // editor's own change path), instead of a set-up change once their frames are out. False when
+  // nothing changed.
+  bool RecordNow(EditKind kind, EditPlace place, std::string source);
+  // A short note for the status strip (what an operation did, or why it did nothing).
+  void Note(const QString& text) { emit HistoryNote(text); }
+
   // Sends the cells at these image positions (their first bytes) as the image holds them, through
   // the send queue: a comparison's differing cells, nothing changed in the image.
   void SendCells(const std::vector<int>& positions);
@@ -163,6 +171,7 @@ class EditorSession : public QObject {
   CompensationEditor& compensation_editor() { return compensation_editor_; }
   SensorTableSender& sensor_tables() { return sensor_tables_; }
   bool& suppress_change_events() { return parts_.suppress_change_events; }
+  MessageSink& messages() { return parts_.messages; }
 
  signals:
   // The editors' state was filled from a calibration: grids and lists must be shown again.
@@ -177,7 +186,8 @@ class EditorSession : public QObject {
   // An undo, redo or return changed only this map's values: its grid must be shown again, and
   // nothing else (EditorsFilled stands for every other step).
   void MapRefilled(EditedMap map);
-  // A short note for the status strip: what an undo, a redo or a restore point did.
+  // A short note for the status strip: what an undo, a redo, a restore point or an operation on
+  // a compensation table did.
   void HistoryNote(const QString& text);
 
  private:

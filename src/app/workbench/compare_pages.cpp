@@ -4,6 +4,7 @@
 #include "base/qt/qt_platform.h"
 #include "editors/compare/compare_keys.h"
 #include "editors/compare/compare_overlay.h"
+#include "editors/compensation/qt/small_map_grid.h"
 #include "editors/mapgrid/qt/map_key_press.h"
 
 namespace vela {
@@ -50,6 +51,9 @@ ComparePages::ComparePages(CompareSession& session, MapPages& maps, QTabWidget* 
 
 void ComparePages::AddCountLabels(QTabWidget* tabs) {
   compensation_count_ = CountLabel(tabs->widget(kPageCompensation), "CompareCountCompensation");
+  for (SmallMapGrid* grid : tabs->widget(kPageCompensation)->findChildren<SmallMapGrid*>()) {
+    compensation_grids_.push_back(grid);
+  }
   const std::pair<int, const char*> setup_pages[] = {{kPageOutputs, "Outputs"},
                                                      {kPageInputs, "Inputs"},
                                                      {kPageMainSetup, "MainSetup"},
@@ -117,9 +121,24 @@ void ComparePages::Show() {
         "Compensation tables: " +
         CellCountText(comparison.CountOn(ComparePage::kCompensation), side)));
   }
+  MarkCompensationGrids();
   for (QLabel* label : setup_counts_) {
     label->setVisible(on);
     if (on) label->setText(QString::fromStdString(SetupCountText(comparison.setup, side)));
+  }
+}
+
+void ComparePages::MarkCompensationGrids() {
+  for (SmallMapGrid* grid : compensation_grids_) {
+    const TableComparison* table =
+        session_.Comparing() ? session_.Comparison().Table(grid->objectName().toStdString())
+                             : nullptr;
+    std::vector<QColor> marks;
+    for (int row = 0; table != nullptr && row < table->Rows(); ++row) {
+      const std::optional<Rgb> mark = CompareMark(*table, {table->FirstRow() + row, 1});
+      marks.push_back(mark ? QColor(mark->red, mark->green, mark->blue) : QColor());
+    }
+    grid->SetMarks(std::move(marks));
   }
 }
 

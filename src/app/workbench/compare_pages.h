@@ -19,6 +19,8 @@
 
 namespace vela {
 
+class SmallMapGrid;
+
 class ComparePages : public QObject {
   Q_OBJECT
 
@@ -40,6 +42,8 @@ class ComparePages : public QObject {
   // The views, marks, captions and counts of every page from the session.
   void Show();
   void ShowMapPage(int page);
+  // The compensation tables' rows that differ, framed as the maps' cells are.
+  void MarkCompensationGrids();
   void CycleView(int tab);
   void Take(int page, bool whole_map);
   void Send(int page);
@@ -49,6 +53,7 @@ class ComparePages : public QObject {
   QWidget* window_;
   std::array<CompareBar*, MapPages::kPages> bars_{};
   QLabel* compensation_count_ = nullptr;
+  std::vector<SmallMapGrid*> compensation_grids_;
   std::vector<QLabel*> setup_counts_;
 };
 

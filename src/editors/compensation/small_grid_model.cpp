@@ -97,6 +97,15 @@ void SmallGridModel::Enter(int row, int raw) {
   Report({row});
 }
 
+void SmallGridModel::Enter(const std::vector<SmallRowValue>& rows) {
+  std::vector<int> changed;
+  for (const SmallRowValue& value : rows) {
+    SetRaw(value.row, value.raw);
+    changed.push_back(value.row);
+  }
+  Report(changed);
+}
+
 void SmallGridModel::Report(const std::vector<int>& rows) {
   if (rows.empty() || !handler_) return;
   const int lower_bound = *std::min_element(positions_.begin(), positions_.end()) + 1;

@@ -36,6 +36,13 @@ struct SmallGridChange {
   bool operator==(const SmallGridChange&) const = default;
 };
 
+// A row and the stored byte it takes.
+struct SmallRowValue {
+  int row;
+  int raw;
+  bool operator==(const SmallRowValue&) const = default;
+};
+
 class SmallGridModel {
  public:
   using ChangedHandler = std::function<void(const std::vector<SmallGridChange>&)>;
@@ -69,6 +76,8 @@ class SmallGridModel {
   std::vector<int> ApplyStep(ValueStep step);
   // Sets a row to a stored value given by the program (a typed value), reporting the change.
   void Enter(int row, int raw);
+  // Sets several rows at once (an operation on the selection), reported as one change.
+  void Enter(const std::vector<SmallRowValue>& rows);
 
   void SetChangedHandler(ChangedHandler handler) { handler_ = std::move(handler); }
 

@@ -18,15 +18,16 @@ struct WorkbenchKeyRow {
 
 inline constexpr WorkbenchKeyRow kWorkbenchKeyHeadings = {" Workbench Key", " Function"};
 
-inline constexpr std::array<WorkbenchKeyRow, 19> kWorkbenchKeyRows = {{
+inline constexpr std::array<WorkbenchKeyRow, 20> kWorkbenchKeyRows = {{
     {"Ctrl-Shift-Arrows", "Extend the selection"},
-    {"Ctrl-A", "Select the whole map"},
+    {"Ctrl-A", "Select the whole map or table"},
     {"= or a digit", "Set the selection to a typed value (12.5, =-5)"},
     {"* / + -", "Scale or shift it (*1.05, /2, +0.3, -3%)"},
     {"Enter, Escape", "Apply the typed line, or leave it"},
     {"Ctrl-B", "Interpolate both ways, spaced by RPM and load"},
     {"Ctrl-R", "Interpolate along each row"},
     {"Ctrl-Shift-R", "Interpolate along each column"},
+    {"Ctrl-B, Ctrl-R", "On a compensation table: interpolate by its axis"},
     {"Ctrl-W", "Smooth the selection"},
     {"Ctrl-E", "Fill with the live operating point's cell"},
     {"Ctrl-C", "Copy the selection"},

@@ -1,7 +1,9 @@
 #include "app/pages/setup/compensation_page.h"
 
+#include <QClipboard>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
@@ -89,10 +91,27 @@ QWidget* CompensationPage::BuildTable(CompTable table) {
   curve->SetUnits(QString::fromUtf8(kLooks[index].x_unit), kLooks[index].y_unit);
   row->addWidget(grid, 0, Qt::AlignTop);
   row->addWidget(curve, 1);
+  auto* line = new OperationLine(box);
+  line->setObjectName(grid->objectName() + "OperationLine");
+  cell->addWidget(line);
   if (table == CompTable::kBattMap) cell->addWidget(BuildUnshownBattery(box));
   grids_[index] = grid;
   curves_[index] = curve;
+  lines_[index] = line;
+  ConnectWorkbench(table);
   return box;
+}
+
+void CompensationPage::ConnectWorkbench(CompTable table) {
+  const auto index = static_cast<std::size_t>(table);
+  connect(grids_[index], &SmallMapGrid::ChordPressed, this,
+          [this, table](GridChord chord, char typed) { CarryChord(table, chord, typed); });
+  OperationLine* line = lines_[index];
+  connect(line, &OperationLine::TextChanged, this,
+          [this, table](const QString& text) { Preview(table, text); });
+  connect(line, &OperationLine::Entered, this,
+          [this, table](const QString& text) { EnterLine(table, text); });
+  connect(line, &OperationLine::Left, this, [this, table] { LeaveLine(table); });
 }
 
 // One row of five bytes under the battery table and its curve, each captioned by its position.
@@ -179,6 +198,137 @@ void CompensationPage::ShowCurve(CompTable table) {
                       .arg(QString::fromStdString(model.Text(0)),
                            QString::fromStdString(model.Text(1)),
                            QString::fromStdString(model.Text(2))));
+}
+
+void CompensationPage::CarryChord(CompTable table, GridChord chord, char typed) {
+  switch (chord) {
+    case GridChord::kOpenLine:
+      grid(table)->KeepSelectionShown(true);
+      lines_[static_cast<std::size_t>(table)]->Open(QString(QLatin1Char(typed)));
+      break;
+    case GridChord::kInterpolateBoth:
+    case GridChord::kInterpolateRows:
+    case GridChord::kInterpolateColumns:
+      Shape(table, true);
+      break;
+    case GridChord::kSmooth:
+      Shape(table, false);
+      break;
+    case GridChord::kCopy:
+    case GridChord::kCopyWithAxes:
+      Copy(table);
+      break;
+    case GridChord::kPaste:
+      Paste(table);
+      break;
+    case GridChord::kFill:
+      parts_.editors.Note("Fill from the live operating point works on the maps");
+      break;
+    default:
+      break;
+  }
+}
+
+void CompensationPage::Shape(CompTable table, bool interpolate) {
+  const SmallGridModel& model = grid(table)->Model();
+  const int first = model.SelectionFirst();
+  const int last = model.SelectionLast();
+  if (!RowAxisOf(model, first, last)) {
+    parts_.editors.Note("The throttle pump's rows are separate settings: nothing to shape");
+    return;
+  }
+  const RowChange change =
+      interpolate ? PlanInterpolation(model, first, last) : PlanSmoothing(model, first, last);
+  const std::string rows = "rows " + model.RowLabel(first) + " to " + model.RowLabel(last);
+  Finish(table, change, interpolate ? EditKind::kInterpolation : EditKind::kSmoothing,
+         (interpolate ? "interpolated " : "smoothed ") + rows);
+}
+
+void CompensationPage::Copy(CompTable table) {
+  const SmallGridModel& model = grid(table)->Model();
+  const SheetBlock block = RowSheetBlock(model, model.SelectionFirst(), model.SelectionLast());
+  QGuiApplication::clipboard()->setText(
+      QString::fromStdString(SheetText(block, SystemDecimalSeparator())));
+  parts_.editors.Note(
+      QString("Copied %1 %2").arg(block.rows).arg(block.rows == 1 ? "cell" : "cells"));
+}
+
+void CompensationPage::Paste(CompTable table) {
+  const SmallGridModel& model = grid(table)->Model();
+  MessageSink& messages = parts_.editors.messages();
+  const SheetPaste paste = ReadSheetPaste(QGuiApplication::clipboard()->text().toStdString(),
+                                          SystemDecimalSeparator(), RowPasteArea(model));
+  if (paste.status == PasteStatus::kRefused) {
+    messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle), PasteRefusalLines(paste));
+    return;
+  }
+  if (paste.status == PasteStatus::kTooBig &&
+      messages.Show(MessageIcon::kQuestion, "Paste", PasteTooBigLines(paste),
+                    MessageButtons::kOkCancel) != MessageAnswer::kOk) {
+    return;
+  }
+  const int rows = paste.status == PasteStatus::kTooBig ? paste.kept_rows : paste.block_rows;
+  Finish(table, PlanPaste(model, paste.cells), EditKind::kPaste,
+         "pasted " + std::to_string(rows) + " x 1 from the clipboard");
+}
+
+void CompensationPage::Preview(CompTable table, const QString& text) {
+  const SmallGridModel& model = grid(table)->Model();
+  const int first = model.SelectionFirst();
+  const int last = model.SelectionLast();
+  const char mark = SystemDecimalSeparator();
+  const OperationParse parse =
+      ParseCellOperation(text.toStdString(), mark, RowBoundsOf(model, first, last));
+  OperationLine* line = lines_[static_cast<std::size_t>(table)];
+  if (!parse.operation) {
+    line->ShowPreview(QString::fromStdString(parse.refusal), true);
+    return;
+  }
+  const RowChange change = PlanOperation(model, first, last, *parse.operation);
+  line->ShowPreview(QString::fromStdString(RowChangeSummary(change, mark)), false);
+}
+
+void CompensationPage::EnterLine(CompTable table, const QString& text) {
+  const SmallGridModel& model = grid(table)->Model();
+  const int first = model.SelectionFirst();
+  const int last = model.SelectionLast();
+  const OperationParse parse = ParseCellOperation(text.toStdString(), SystemDecimalSeparator(),
+                                                  RowBoundsOf(model, first, last));
+  if (!parse.operation) {
+    Preview(table, text);  // the refusal stays on the line
+    return;
+  }
+  LeaveLine(table);
+  Finish(table, PlanOperation(model, first, last, *parse.operation), EditKind::kTypedOperation,
+         text.trimmed().toStdString());
+}
+
+void CompensationPage::LeaveLine(CompTable table) {
+  OperationLine* line = lines_[static_cast<std::size_t>(table)];
+  // Enter and Escape give the keyboard back to the table; a click on another table keeps it there.
+  const bool keyboard_in_line = line->edit()->hasFocus();
+  line->Close();
+  grid(table)->KeepSelectionShown(false);
+  if (keyboard_in_line) grid(table)->setFocus(Qt::OtherFocusReason);
+}
+
+void CompensationPage::Finish(CompTable table, const RowChange& change, EditKind kind,
+                              const std::string& what) {
+  if (change.changed.empty()) {
+    parts_.editors.Note("No cell changed");
+    return;
+  }
+  SmallMapGrid* shown = grid(table);
+  shown->Model().Enter(change.changed);  // written and sent as a key change is
+  const std::string title = kLooks[static_cast<std::size_t>(table)].title;
+  parts_.editors.RecordNow(kind, EditPlace::kSetup, title + ": " + what);
+  shown->Refresh();
+  ShowCurve(table);
+  const auto count = static_cast<int>(change.changed.size());
+  parts_.editors.Note(QString("%1: %2 %3")
+                          .arg(QString::fromStdString(what))
+                          .arg(count)
+                          .arg(count == 1 ? "cell changed" : "cells changed"));
 }
 
 void CompensationPage::ShowLive(const LiveData& live, int afr_mode, bool connected) {

@@ -1,7 +1,10 @@
 #include "editors/compensation/qt/small_map_grid.h"
 
 #include <QHeaderView>
+#include <QItemSelection>
 #include <QKeyEvent>
+#include <QPainter>
+#include <QStyledItemDelegate>
 #include <algorithm>
 
 #include "editors/mapgrid/map_display.h"
@@ -40,6 +43,10 @@ class SmallGridTable : public QAbstractTableModel {
       case Qt::ToolTipRole:
         return value ? QStringLiteral("Image position %1").arg(grid_.Model().Position(row))
                      : QVariant();
+      case MapGridTable::kCellMarkRole: {
+        const QColor mark = value ? grid_.Mark(row) : QColor();
+        return mark.isValid() ? QVariant(mark) : QVariant();
+      }
       default:
         return {};
     }
@@ -79,20 +86,47 @@ class SmallGridTable : public QAbstractTableModel {
   QString heading_;
 };
 
+// The cells as a table view draws them, with the frame of a compared row's mark over them.
+// Selected cells keep their value colour, darkened and framed as on the maps, with the keyboard
+// in the grid or in its typed line alike; the page's other tables do not show their cursors.
+class MarkingDelegate : public QStyledItemDelegate {
+ public:
+  explicit MarkingDelegate(SmallMapGrid* grid) : QStyledItemDelegate(grid), grid_(grid) {}
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    QStyleOptionViewItem plain(option);
+    plain.state &= ~(QStyle::State_Selected | QStyle::State_HasFocus);
+    QStyledItemDelegate::paint(painter, plain, index);
+    PaintCellMark(*painter, option.rect, index);
+    if (!option.state.testFlag(QStyle::State_Selected) || !grid_->SelectionShown()) return;
+    painter->save();
+    painter->fillRect(option.rect, QColor(0, 0, 0, 45));
+    painter->setPen(QPen(QColor(20, 20, 20), 2));
+    painter->drawRect(option.rect.adjusted(1, 1, -1, -1));
+    painter->restore();
+  }
+
+ private:
+  SmallMapGrid* grid_;
+};
+
 SmallMapGrid::SmallMapGrid(std::vector<std::string> row_labels, std::vector<int> positions,
                            const QString& corner, const QString& heading, QWidget* parent)
     : QTableView(parent),
       model_(std::move(row_labels), std::move(positions)),
       table_(new SmallGridTable(*this, corner, heading)) {
   setModel(table_);
+  setItemDelegate(new MarkingDelegate(this));
   horizontalHeader()->hide();
   verticalHeader()->hide();
   horizontalHeader()->setStretchLastSection(true);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
   setSelectionMode(QAbstractItemView::ContiguousSelection);
-  setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                  QAbstractItemView::AnyKeyPressed);
+  // A digit typed on the grid opens the typed line (the program's); F2 or a double click edits
+  // the cell itself.
+  setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
   setTabKeyNavigation(false);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -137,15 +171,85 @@ void SmallMapGrid::keyPressEvent(QKeyEvent* event) {
     Refresh();
     return;
   }
-  // A number typed onto a value cell starts editing it with that character; other text is not
-  // the grid's.
+  if (HandleChord(*event)) {
+    event->accept();
+    return;
+  }
+  // Other text is not the grid's.
   const QString text = event->text();
-  if (!text.isEmpty() && text.at(0).isPrint() &&
-      !QStringLiteral("0123456789-.,").contains(text.at(0))) {
+  if (!text.isEmpty() && text.at(0).isPrint()) {
     event->ignore();
     return;
   }
   QTableView::keyPressEvent(event);
+}
+
+bool SmallMapGrid::HandleChord(const QKeyEvent& event) {
+  const QString text = event.text();
+  const char typed = text.size() == 1 && text.at(0).unicode() < 128 && text.at(0).isPrint()
+                         ? static_cast<char>(text.at(0).unicode())
+                         : 0;
+  const GridChord chord = GridChordOf(MapKeyPressOf(event), typed);
+  switch (chord) {
+    case GridChord::kNone:
+      return false;
+    case GridChord::kExtendUp:
+    case GridChord::kExtendDown:
+      ShowSelection(ExtendedBy(model_, RowSelectionFollowing(model_, kept_),
+                               chord == GridChord::kExtendUp ? -1 : 1));
+      return true;
+    case GridChord::kSelectAll:
+      ShowSelection(WholeTable(model_));
+      return true;
+    case GridChord::kExtendLeft:  // one column: nothing to extend to
+    case GridChord::kExtendRight:
+      return true;
+    default:
+      emit ChordPressed(chord, typed);
+      return true;
+  }
+}
+
+void SmallMapGrid::ShowSelection(const RowSelection& selection) {
+  kept_ = selection;
+  model_.Select(selection.First(), selection.Last(), selection.active);
+  pushing_ = true;
+  const QItemSelection rows(table_->index(model_.SelectionFirst() + 1, 1),
+                            table_->index(model_.SelectionLast() + 1, 1));
+  selectionModel()->setCurrentIndex(table_->index(model_.Current() + 1, 1),
+                                    QItemSelectionModel::NoUpdate);
+  selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
+  pushing_ = false;
+}
+
+bool SmallMapGrid::SelectionShown() const {
+  return hasFocus() || selection_kept_shown_ || model_.SelectionFirst() != model_.SelectionLast();
+}
+
+void SmallMapGrid::KeepSelectionShown(bool shown) {
+  selection_kept_shown_ = shown;
+  viewport()->update();
+}
+
+void SmallMapGrid::focusInEvent(QFocusEvent* event) {
+  QTableView::focusInEvent(event);
+  viewport()->update();
+}
+
+void SmallMapGrid::focusOutEvent(QFocusEvent* event) {
+  QTableView::focusOutEvent(event);
+  viewport()->update();
+}
+
+void SmallMapGrid::SetMarks(std::vector<QColor> marks) {
+  if (marks == marks_) return;
+  marks_ = std::move(marks);
+  viewport()->update();
+}
+
+QColor SmallMapGrid::Mark(int row) const {
+  return row >= 0 && row < static_cast<int>(marks_.size()) ? marks_[static_cast<std::size_t>(row)]
+                                                           : QColor();
 }
 
 void SmallMapGrid::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
