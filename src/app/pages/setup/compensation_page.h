@@ -9,9 +9,9 @@
 #include <QWidget>
 #include <array>
 
-#include "app/pages/operation_line.h"
 #include "app/pages/setup/raw_field_panel.h"
 #include "app/pages/setup/setup_page_parts.h"
+#include "app/workbench/operation_line.h"
 #include "editors/compensation/compensation_tables.h"
 #include "editors/compensation/qt/curve_view.h"
 #include "editors/compensation/qt/small_map_grid.h"
