@@ -12,7 +12,7 @@ MAX_FILES = 21
 MAX_LINES = 60
 
 # The floors, lowest first; a file may include its own floor and those below it.
-FLOORS = {"base": 0, "calibration": 1, "link": 2, "editors": 3, "datalog": 3, "sim": 3,
+FLOORS = {"base": 0, "calibration": 1, "link": 2, "editors": 3, "datalog": 3, "sim": 3, "tune": 3,
           "program": 4, "app": 5}
 
 CONTROL = re.compile(r"^\s*(if|for|while|switch|else|do|namespace|class|struct|enum|union|try|"

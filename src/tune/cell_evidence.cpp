@@ -1,0 +1,73 @@
+#include "tune/cell_evidence.h"
+
+namespace vela {
+
+namespace {
+
+bool Placed(const TuneSample& sample) {
+  return std::isfinite(sample.rpm) && std::isfinite(sample.load) && sample.rpm > 0.0;
+}
+
+void ShareTime(CellGrid& cells, const TuneSample& sample, double step) {
+  for (const CellShare& share : SharesAt(cells.Axes(), sample.rpm, sample.load)) {
+    cells.At(share.row, share.column).time_s += share.weight * step;
+  }
+}
+
+void ShareAfr(CellGrid& cells, const TuneSample& sample, double afr, double target) {
+  for (const CellShare& share : SharesAt(cells.Axes(), sample.rpm, sample.load)) {
+    if (share.weight <= 0.0) continue;
+    CellEvidence& cell = cells.At(share.row, share.column);
+    cell.samples += share.weight;
+    cell.afr_sum += share.weight * afr;
+    cell.afr_squares += share.weight * afr * afr;
+    cell.ratio_sum += share.weight * afr / target;
+    cell.error_sum += share.weight * (afr - target);
+  }
+}
+
+}  // namespace
+
+double CellEvidence::AfrSpread() const {
+  if (!(samples > 0.0)) return std::nan("");
+  const double mean = afr_sum / samples;
+  return std::sqrt(std::max(afr_squares / samples - mean * mean, 0.0));
+}
+
+CellGrid::CellGrid(TuneAxes axes)
+    : axes_(std::move(axes)), cells_(static_cast<std::size_t>(axes_.Rows() * axes_.Columns())) {}
+
+void AddTime(const SampleLog& log, CellGrid& cells) {
+  for (const TuneSample& sample : log.samples) {
+    if (Placed(sample)) ShareTime(cells, sample, log.step);
+  }
+}
+
+void AddEvidence(const SampleLog& log, const TargetTable& targets, const FilterSettings& filters,
+                 const DelayModel& delay, Evidence& evidence) {
+  const std::vector<TuneSample>& samples = log.samples;
+  const std::vector<SampleVerdict> verdicts = PointVerdicts(samples, filters);
+  std::size_t cursor = 0;
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const TuneSample& sample = samples[i];
+    SampleVerdict verdict = verdicts[i];
+    if (verdict != SampleVerdict::kNotRunning && Placed(sample)) {
+      ShareTime(evidence.cells, sample, log.step);
+    }
+    if (verdict == SampleVerdict::kKept) {
+      const PairedAfr paired = AfrAt(samples, i, sample.time + delay.At(sample.rpm, sample.load),
+                                     filters.min_afr, filters.max_afr, cursor);
+      const double afr = paired.afr;
+      if (paired.beyond) {
+        verdict = SampleVerdict::kNoPairedAfr;
+      } else if (!AfrValid(afr, filters)) {
+        verdict = SampleVerdict::kAfrInvalid;
+      } else {
+        ShareAfr(evidence.cells, sample, afr, targets.AtPoint(sample.rpm, sample.load));
+      }
+    }
+    ++evidence.verdicts[static_cast<std::size_t>(verdict)];
+  }
+}
+
+}  // namespace vela

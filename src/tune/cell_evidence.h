@@ -1,0 +1,67 @@
+// Where the engine ran and what the mixture was there, per map cell: every sample counts towards
+// the four cells around its operating point by its shares (tune_axes.h). Time counts every
+// running sample; the AFR figures count only the samples the filters keep, each paired with the
+// AFR its exhaust gave one transport delay later.
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "tune/delay_fit.h"
+#include "tune/log_samples.h"
+#include "tune/sample_filter.h"
+#include "tune/target_table.h"
+#include "tune/tune_axes.h"
+
+namespace vela {
+
+struct CellEvidence {
+  double time_s = 0.0;   // time the engine spent here, shared out
+  double samples = 0.0;  // kept samples, shared out (their weights added)
+  double afr_sum = 0.0;  // weighted
+  double afr_squares = 0.0;
+  double ratio_sum = 0.0;  // weighted measured / target AFR
+  double error_sum = 0.0;  // weighted measured - target AFR
+
+  double MeanAfr() const { return samples > 0.0 ? afr_sum / samples : std::nan(""); }
+  // The weighted standard deviation of the measured AFR.
+  double AfrSpread() const;
+  // Measured over target AFR: above 1 the cell runs lean and needs more fuel.
+  double Factor() const { return samples > 0.0 ? ratio_sum / samples : std::nan(""); }
+  double MeanError() const { return samples > 0.0 ? error_sum / samples : std::nan(""); }
+};
+
+class CellGrid {
+ public:
+  explicit CellGrid(TuneAxes axes);
+  const TuneAxes& Axes() const { return axes_; }
+  // By grid row (1 = the highest RPM site) and column (1 = the first load site).
+  const CellEvidence& At(int row, int column) const { return cells_[Index(row, column)]; }
+  CellEvidence& At(int row, int column) { return cells_[Index(row, column)]; }
+
+ private:
+  std::size_t Index(int row, int column) const {
+    return static_cast<std::size_t>((row - 1) * axes_.Columns() + (column - 1));
+  }
+  TuneAxes axes_;
+  std::vector<CellEvidence> cells_;
+};
+
+using VerdictCounts = std::array<std::size_t, kSampleVerdicts>;
+
+// What the samples of one or more logs add up to.
+struct Evidence {
+  CellGrid cells;
+  VerdictCounts verdicts{};  // samples by verdict
+};
+
+// Only the time spent per cell (the heat map): no filters, no pairing.
+void AddTime(const SampleLog& log, CellGrid& cells);
+
+// Time per cell and, for the samples the filters keep, the AFR their exhaust gave `delay`
+// later against the target at their operating point.
+void AddEvidence(const SampleLog& log, const TargetTable& targets, const FilterSettings& filters,
+                 const DelayModel& delay, Evidence& evidence);
+
+}  // namespace vela

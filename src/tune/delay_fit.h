@@ -1,0 +1,63 @@
+// The exhaust's transport delay: the time from a fuel change at the injectors to its air-fuel
+// ratio at the wideband. It falls with the flow: delay = floor + k / (RPM x load). It is either
+// set, or fitted from the log: each clean step of injection time followed by the AFR's answer
+// gives one delay at one flow, and the line through them is fitted by least squares.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tune/log_samples.h"
+
+namespace vela {
+
+// The longest delay believed, in seconds.
+inline constexpr double kMaxDelaySeconds = 2.0;
+
+struct DelayModel {
+  double floor_s = 0.08;
+  double k = 4000.0;  // seconds x RPM x load unit
+  // The delay at an operating point, within 0 to kMaxDelaySeconds.
+  double At(double rpm, double load) const;
+  bool operator==(const DelayModel&) const = default;
+};
+
+struct StepSettings {
+  double min_fuel_change = 0.2;  // a step changes injection time by at least this share
+  double before_s = 0.5;         // injection time and AFR steady this long before the step
+  double steady_share = 0.08;    // "steady": within this share of the level
+  double hold_s = 0.3;           // the new injection time holds this long after the step
+  double min_afr_change = 0.8;   // the AFR's answer moves at least this much (AFR)
+};
+
+// One step: when the injection time changed, the flow that carried it to the sensor (mean RPM
+// x load from the step to the answer), the delay and the sensor's own lag measured on it.
+struct DelayStep {
+  double time = 0.0;
+  double flow = 0.0;   // RPM x load
+  double delay = 0.0;  // seconds
+  double lag = 0.0;    // the sensor's first-order time constant, seconds
+};
+
+// The steps of one log. The AFR's answer is read as a dead time and a first-order lag: the
+// times it has gone 10 % and 63.2 % of its way give both, so the lag does not lengthen the
+// delay found.
+std::vector<DelayStep> FindDelaySteps(const std::vector<TuneSample>& samples,
+                                      const StepSettings& settings);
+
+struct DelayFit {
+  bool fitted = false;
+  DelayModel model;
+  int steps = 0;              // steps the line was fitted through
+  int dropped = 0;            // steps left out as far off the first line
+  double rms_residual_s = 0;  // of the steps used
+  std::string why_not;        // when not fitted
+};
+
+// The least-squares line delay = floor + k x (1 / flow) through the steps, fitted twice: the
+// second time without steps more than three times the median distance (and 20 ms) off the
+// first line. Needs three steps at two flows or more, and a floor and k that are not negative.
+DelayFit FitDelay(std::span<const DelayStep> steps);
+
+}  // namespace vela

@@ -1,0 +1,129 @@
+// The proposal: bilinear shares, the per-pass limit, cells without enough evidence left alone,
+// and taking a selection of it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "editors/editor_fakes.h"
+#include "editors/map_file.h"
+#include "editors/workbench/cell_selection.h"
+#include "tune/fuel_proposal.h"
+
+namespace vela {
+namespace {
+
+TEST(CellShares, FourCellsShareEachPointAndAddUpToOne) {
+  const TuneAxes axes = FuelAxesOf(editor_testing::SoundImage());
+  for (double rpm : {-50.0, 0.0, 950.0, 3333.0, 8200.0, 9999.0}) {
+    for (double load : {-1.0, 0.0, 12.5, 40.0, 99.9, 100.0, 250.0}) {
+      double sum = 0.0;
+      for (const CellShare& share : SharesAt(axes, rpm, load)) {
+        EXPECT_GE(share.weight, 0.0);
+        EXPECT_GE(share.row, 1);
+        EXPECT_LE(share.row, 11);
+        EXPECT_GE(share.column, 1);
+        EXPECT_LE(share.column, 9);
+        sum += share.weight;
+      }
+      EXPECT_NEAR(sum, 1.0, 1e-12) << rpm << " RPM, " << load << " kPa";
+    }
+  }
+  // Halfway between two RPM sites and two load sites: a quarter each, to the right cells.
+  const double rpm = (axes.RowRpm(5) + axes.RowRpm(6)) / 2;
+  const CellShares shares = SharesAt(axes, rpm, 31.25);
+  for (const CellShare& share : shares) {
+    EXPECT_DOUBLE_EQ(share.weight, 0.25);
+    EXPECT_TRUE(share.row == 5 || share.row == 6);
+    EXPECT_TRUE(share.column == 3 || share.column == 4);
+  }
+  // On a site: that cell takes it all.
+  double own = 0.0;
+  for (const CellShare& share : SharesAt(axes, axes.RowRpm(4), 50.0)) {
+    if (share.row == 4 && share.column == 5) own += share.weight;
+  }
+  EXPECT_DOUBLE_EQ(own, 1.0);
+}
+
+class FuelProposalTest : public ::testing::Test {
+ protected:
+  FuelProposalTest()
+      : image_(editor_testing::SoundImage()),
+        evidence_(FuelAxesOf(image_)),
+        targets_(FuelAxesOf(image_)) {
+    for (int row = 1; row <= kMapRows; ++row) {
+      for (int column = 1; column <= 9; ++column) image_.SetFuelMs(1, row, column, 5.0);
+    }
+  }
+
+  // Evidence at a cell of `samples` samples asking for `factor` times the fuel.
+  void Evidence(int row, int column, double samples, double factor) {
+    CellEvidence& cell = evidence_.At(row, column);
+    cell.samples = samples;
+    cell.time_s = samples / 60.0;
+    cell.ratio_sum = samples * factor;
+    cell.afr_sum = samples * factor * targets_.At(row, column);
+  }
+
+  double Ms(const CalibrationImage& image, int grid_row, int column) const {
+    return image.FuelMs(1, BlockRowOfGridRow(grid_row), column);
+  }
+
+  CalibrationImage image_;
+  CellGrid evidence_;
+  TargetTable targets_;
+};
+
+TEST_F(FuelProposalTest, ChangesOnlyCellsWithEnoughEvidenceWithinTheLimit) {
+  Evidence(5, 3, 120, 1.10);  // lean by 10 %
+  Evidence(6, 3, 120, 1.40);  // lean by 40 %: held to 15 %
+  Evidence(7, 3, 120, 0.50);  // rich by half: held to -15 %
+  Evidence(8, 3, 10, 1.30);   // too little evidence
+  const FuelProposal proposal = ProposeFuel(image_, evidence_, targets_, ProposalSettings());
+  EXPECT_DOUBLE_EQ(Ms(proposal.corrected, 5, 3), 5.5);
+  EXPECT_DOUBLE_EQ(Ms(proposal.corrected, 6, 3), 5.75);
+  EXPECT_DOUBLE_EQ(Ms(proposal.corrected, 7, 3), 4.25);
+  EXPECT_TRUE(proposal.Cell(6, 3)->limited);
+  EXPECT_EQ(proposal.Cell(8, 3)->state, CellProposalState::kTooLittle);
+  EXPECT_NEAR(proposal.Cell(8, 3)->factor, 1.3, 1e-12);  // shown, with what it has
+  EXPECT_EQ(proposal.Cell(1, 1)->state, CellProposalState::kNoEvidence);
+  EXPECT_EQ(proposal.change.changed.size(), 3u);
+  for (int row = 1; row <= kMapRows; ++row) {
+    for (int column = 1; column <= 9; ++column) {
+      if (column == 3 && row >= 5 && row <= 7) continue;
+      EXPECT_EQ(Ms(proposal.corrected, row, column), 5.0) << row << ", " << column;
+    }
+  }
+  // A tighter limit holds every cell to it.
+  ProposalSettings tight;
+  tight.max_change = 0.05;
+  const FuelProposal held = ProposeFuel(image_, evidence_, targets_, tight);
+  for (const ProposedCell& cell : held.cells) {
+    EXPECT_LE(std::abs(cell.after_ms / cell.before_ms - 1.0), 0.05 + 1e-9);
+  }
+}
+
+TEST_F(FuelProposalTest, NoEvidenceChangesNothing) {
+  const FuelProposal proposal = ProposeFuel(image_, evidence_, targets_, ProposalSettings());
+  EXPECT_EQ(proposal.corrected.Bytes(), image_.Bytes());
+  EXPECT_TRUE(proposal.change.changed.empty());
+}
+
+TEST_F(FuelProposalTest, ASelectionTakesOnlyItsCellsAndTheDutyCapHolds) {
+  Evidence(5, 3, 120, 1.10);
+  Evidence(5, 4, 120, 1.10);
+  Evidence(1, 9, 120, 1.15);  // top RPM row: its duty limit lies below 5.75 ms
+  image_.SetFuelMs(1, BlockRowOfGridRow(1), 9, 8.0);
+  const FuelProposal proposal = ProposeFuel(image_, evidence_, targets_, ProposalSettings());
+  const std::array<int, kMapRows> limits = FuelDutyLimits(image_);
+  EXPECT_LE(proposal.corrected.Read16(proposal.corrected.FuelCellPosition(1, kMapRows, 9)),
+            static_cast<std::uint32_t>(limits[kMapRows - 1]));
+  EXPECT_EQ(proposal.change.capped, 1);
+
+  const CalibrationImage taken = TakeProposal(image_, proposal, CellRect{5, 3, 5, 3});
+  EXPECT_DOUBLE_EQ(Ms(taken, 5, 3), 5.5);
+  EXPECT_DOUBLE_EQ(Ms(taken, 5, 4), 5.0);
+  EXPECT_DOUBLE_EQ(Ms(taken, 1, 9), 8.0);
+}
+
+}  // namespace
+}  // namespace vela
