@@ -1,57 +1,19 @@
-// vela-log: what a datalog chart file (*.sl1) holds, for scripts and quick looks.
-//
-//   vela-log info FILE   record count, duration, clock, channels, markers and gaps (and any
-//                        damage)
-//   vela-log csv FILE    the log as CSV on standard output
-//
-// A damaged file gives what could be read, with the damage told on standard error; a file that
-// is not a datalog, or cannot be read, gives exit status 1; wrong arguments give 2.
+// vela-log: what datalog chart files (*.sl1) hold, and what they say about a map, for scripts
+// and quick looks. The commands are in log_commands.h.
 #include <cstdio>
-#include <cstring>
 #include <string>
+#include <vector>
 
 #include "base/file_system.h"
-#include "datalog/files/log_export.h"
-#include "datalog/files/log_file.h"
-
-namespace {
-
-constexpr const char* kUsage =
-    "usage: vela-log info FILE   record count, duration, clock, channels, markers and gaps of a "
-    "datalog\n"
-    "       vela-log csv FILE    the datalog as CSV on standard output\n";
-
-}  // namespace
+#include "tools/vela_log/log_commands.h"
 
 int main(int argc, char* argv[]) {
-  if (argc != 3 || (std::strcmp(argv[1], "info") != 0 && std::strcmp(argv[1], "csv") != 0)) {
-    std::fputs(kUsage, stderr);
-    return 2;
-  }
-  const std::string command = argv[1];
-  const std::string path = argv[2];
+  const std::vector<std::string> args(argv + 1, argv + argc);
   vela::DiskFileSystem files;
-  const std::optional<std::string> bytes = files.ReadFile(path);
-  if (!bytes) {
-    std::fprintf(stderr, "vela-log: %s cannot be read\n", path.c_str());
-    return 1;
-  }
-  vela::DatalogLog log;
-  const vela::LogFileReport report = vela::DecodeLogFile(*bytes, log);
-  if (!report.recognised) {
-    std::fprintf(stderr, "vela-log: %s is not a MORVANE VELA datalog this tool can read\n",
-                 path.c_str());
-    return 1;
-  }
-  if (command == "info") {
-    const std::string text = "File: " + path + "\n" + vela::LogInfoText(log, report);
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    return 0;
-  }
-  for (const std::string& line : vela::DescribeLoss(report, log)) {
-    std::fprintf(stderr, "vela-log: %s\n", line.c_str());
-  }
-  const std::string csv = vela::CsvText(log);
-  std::fwrite(csv.data(), 1, csv.size(), stdout);
-  return 0;
+  std::string out;
+  std::string err;
+  const int status = vela::logtool::RunLogCommand(args, files, out, err);
+  std::fwrite(out.data(), 1, out.size(), stdout);
+  std::fwrite(err.data(), 1, err.size(), stderr);
+  return status;
 }
