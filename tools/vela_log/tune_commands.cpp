@@ -74,7 +74,8 @@ std::optional<TuneArgs> ParseArgs(const std::vector<std::string>& list, std::str
     }
   }
   if (args.logs.empty() || args.map.empty()) {
-    err += std::string("vela-log: a log and --map are needed\n") + kLogUsageText;
+    err += "vela-log: a log and --map are needed\n";
+    err += kLogUsageText;
     return std::nullopt;
   }
   return args;
@@ -253,7 +254,8 @@ int RunTuneCommand(const std::vector<std::string>& list, FileSystem& files, std:
   const std::optional<TuneArgs> args = ParseArgs(list, err);
   if (!args) return kLogUsage;
   if (args->output.empty()) {
-    err += std::string("vela-log: tune needs -o OUT.sm1\n") + kLogUsageText;
+    err += "vela-log: tune needs -o OUT.sm1\n";
+    err += kLogUsageText;
     return kLogUsage;
   }
   if (!args->force && files.ReadHead(args->output, 0).kind != FileHead::Kind::kMissing) {
