@@ -164,12 +164,9 @@ void EngineModel::StepCombustion(const CalibrationImage& image, double manifold_
   film_ = Lag(film_, kFilmGain * rise_per_s, kFilmTauS);
   state_.fuel_error_factor =
       FuelErrorFactor(fuel_errors_, image, state_.rpm_site, state_.load_site);
-  // A fuel error asks for more of everything the map gives: more air to fuel, and more of the
-  // opening time the map carries.
-  const double factor = state_.fuel_error_factor;
-  const double air_mg = AirMgPerCycle(state_.rpm, manifold_kpa_) * factor;
-  const double opening_us = InjectorOpeningUs(state_.battery_v) + factor * kOpeningInMapUs;
-  const double open_ms = std::max(state_.injection_us - opening_us, 0.0) / 1000.0;
+  const double air_mg = AirMgPerCycle(state_.rpm, manifold_kpa_) * state_.fuel_error_factor;
+  const double open_ms =
+      std::max(state_.injection_us - InjectorOpeningUs(state_.battery_v), 0.0) / 1000.0;
   const double burnt_mg = open_ms * kInjectorMgPerMs /
                           ((1.0 + ColdNeedPercent(state_.water_c) / 100.0) * (1.0 + film_));
   state_.exhaust_lambda = burnt_mg > 0 ? air_mg / (burnt_mg * kStoichiometricAfr)

@@ -37,13 +37,14 @@ bool Range(std::string_view text, double& low, double& high) {
 
 double VolumetricEfficiency(double rpm, double map_kpa) {
   const double breathing = 1.0 - std::exp(-std::max(rpm, 0.0) / 2600.0);
-  const double pressure = 0.84 + 0.16 * std::clamp(map_kpa, 0.0, 105.0) / 100.0;
-  return (0.62 + 0.36 * breathing) * pressure;
+  const double pressure = 0.95 + 0.05 * std::clamp(map_kpa, 0.0, 105.0) / 100.0;
+  return (0.75 + 0.2 * breathing) * pressure;
 }
 
 double AirMgPerCycle(double rpm, double map_kpa) {
   const double cubic_metres = kCylinderLitres / 1000.0;
-  const double kg = map_kpa * 1000.0 * cubic_metres / (kAirGasConstant * kChargeKelvin);
+  const double kg = (std::max(map_kpa, 0.0) + kResidualKpa) * 1000.0 * cubic_metres /
+                    (kAirGasConstant * kChargeKelvin);
   return VolumetricEfficiency(rpm, map_kpa) * kg * 1e6;
 }
 

@@ -22,22 +22,23 @@ inline constexpr double kCylinderLitres = 0.4;
 // so the ECU's air temperature table is left out of the fuel.
 inline constexpr double kChargeKelvin = 313.15;
 inline constexpr double kAirGasConstant = 287.05;  // J / (kg K)
-// One injection per cylinder and cycle, of injectors flowing 4.8 mg of fuel a millisecond open.
-inline constexpr double kInjectorMgPerMs = 4.8;
-// The injectors open this much later than the battery table says: the calibration carries it in
-// every cell of its fuel map, as many calibrations do (so no cell of the base map is below 1 ms).
-inline constexpr double kOpeningInMapUs = 1000.0;
+// One injection per cylinder and cycle, of injectors flowing 5.0 mg of fuel a millisecond open
+// (once open: the battery table's opening time is exactly what they take to open).
+inline constexpr double kInjectorMgPerMs = 5.0;
+// A cylinder keeps air beyond what the manifold pressure gives (blow-back, residual gas):
+// it fills as if the manifold held this much more.
+inline constexpr double kResidualKpa = 24.0;
 inline constexpr double kStoichiometricAfr = 14.7;
 inline constexpr double kAtmosphereKpa = 101.3;
 
-// Volumetric efficiency: rising with engine speed towards 0.98, a little less at low manifold
-// pressure: (0.62 + 0.36 x (1 - e^(-RPM / 2600))) x (0.84 + 0.16 x kPa / 100).
+// Volumetric efficiency: rising with engine speed towards 0.95, a little less at low manifold
+// pressure: (0.75 + 0.2 x (1 - e^(-RPM / 2600))) x (0.95 + 0.05 x kPa / 100).
 double VolumetricEfficiency(double rpm, double map_kpa);
-// Air a cylinder takes in per cycle, milligrams.
+// Air a cylinder takes in per cycle, milligrams: efficiency x (kPa + kResidualKpa) x the
+// cylinder's volume / (kAirGasConstant x kChargeKelvin).
 double AirMgPerCycle(double rpm, double map_kpa);
-// The part of the injectors' opening time that depends on the battery, microseconds (the base
-// calibration's battery table holds exactly these: 1.50 ms at 10 V down to 0.64 ms at 16 V);
-// kOpeningInMapUs comes on top.
+// The injectors' opening time at `battery_v`, microseconds (the base calibration's battery
+// table holds exactly these: 1.50 ms at 10 V down to 0.64 ms at 16 V).
 double InjectorOpeningUs(double battery_v);
 // Extra fuel the engine needs while cold, percent: 90 at -20 C, 60 at 0, 35 at 20, 18 at 40,
 // 8 at 60, none from 80 C. A little more than the base calibration's warm-up enrichment gives,
@@ -57,8 +58,7 @@ double ThrottleForManifold(double map_kpa, double rpm);
 
 // "P@RPM1-RPM2,L1-L2": the engine needs P percent more fuel than the calibration gives where
 // the engine speed lies in RPM1..RPM2 and the load in L1..L2 percent of the load axis's span:
-// (1 + P / 100) times the injector time of the map there, the opening time the map carries
-// included, so that a cell scaled by that factor fuels it right again.
+// it takes in 1 + P / 100 times the air, so it needs that many times the map's injector time.
 struct FuelError {
   double percent = 0;
   double rpm_low = 0;

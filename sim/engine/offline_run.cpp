@@ -60,8 +60,9 @@ std::optional<std::string> RunOffline(const SimCommandLine& line, std::string* e
     if (!WriteDriveLog(line.sim, *image, line.drive_seconds, line.write_log_path, error)) {
       return std::nullopt;
     }
-    report += "drive of " + std::to_string(line.drive_seconds) + " s written to " +
-              line.write_log_path + "\n";
+    std::ostringstream seconds;
+    seconds << line.drive_seconds;
+    report += "drive of " + seconds.str() + " s written to " + line.write_log_path + "\n";
   }
   return report;
 }

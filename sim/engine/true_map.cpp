@@ -17,8 +17,8 @@ double TrueCellUs(const CalibrationImage& image, std::span<const FuelError> erro
   const double kpa = axis.basis == LoadBasis::kMap ? load : SteadyManifoldKpa(load, rpm);
   const double load_pct = 100.0 * (column - 1) / (sites - 1);
   const double fuel_mg = AirMgPerCycle(rpm, kpa) / target.At(rpm, load);
-  const double us = FuelErrorFactorAtSite(errors, rpm, load_pct) *
-                    (kOpeningInMapUs + fuel_mg / kInjectorMgPerMs * 1000.0);
+  const double us =
+      FuelErrorFactorAtSite(errors, rpm, load_pct) * fuel_mg / kInjectorMgPerMs * 1000.0;
   return std::clamp(std::round(us), 0.0, 65'535.0);
 }
 
