@@ -8,8 +8,6 @@
 #include <vector>
 
 #include "calibration/conversions.h"
-#include "sim/engine/target_table.h"
-#include "sim/engine/true_map.h"
 
 namespace vela::sim {
 
@@ -24,6 +22,13 @@ constexpr std::uint8_t kFullScale = 64;         // byte 956
 
 double RowRpm(int block_row) { return RpmSites(kRpmSitesCode)[block_row - 1]; }
 
+// Injector time rises with manifold pressure and, more gently, with engine speed.
+double BaseFuelMs(int block_row, int column, int load_sites) {
+  const double kpa = LoadSiteValues(LoadAxisOf(true, 0, kFullScale), load_sites)[column - 1];
+  const double efficiency = 0.72 + 0.26 * (1.0 - std::exp(-RowRpm(block_row) / 2500.0));
+  return 1.0 + 7.0 * (kpa / 100.0) * efficiency;
+}
+
 // Advance rises with engine speed and falls with load, within 10 to 35 degrees.
 double BaseAdvanceDegrees(int block_row, int column, int load_sites) {
   const double load = static_cast<double>(column - 1) / (load_sites - 1);
@@ -32,17 +37,14 @@ double BaseAdvanceDegrees(int block_row, int column, int load_sites) {
   return std::clamp(advance, 10.0, 35.0);
 }
 
-// Fuel map 1 is the simulated engine's true map at the default target: with no fuel error the
-// base calibration fuels it exactly. Fuel map 2 is 8 % richer.
 void WriteMaps(CalibrationImage& image) {
   const int fuel_sites = image.FuelLoadSites();
   const int ign_sites = image.IgnLoadSites();
-  const TargetTable target = DefaultTargetTable(image);
   for (int row = 1; row <= kMapRows; ++row) {
     for (int column = 1; column <= fuel_sites; ++column) {
-      const double us = TrueCellUs(image, {}, target, row, column);
-      image.SetFuelMs(1, row, column, us / 1000.0);
-      image.SetFuelMs(2, row, column, std::round(us * 1.08) / 1000.0);
+      const double ms = BaseFuelMs(row, column, fuel_sites);
+      image.SetFuelMs(1, row, column, std::round(ms * 1000.0) / 1000.0);
+      image.SetFuelMs(2, row, column, std::round(ms * 1080.0) / 1000.0);  // 8 % richer
     }
     for (int column = 1; column <= ign_sites; ++column) {
       image.SetIgnDegrees(row, column, BaseAdvanceDegrees(row, column, ign_sites));
@@ -130,9 +132,9 @@ LoadAxis LoadAxisOfImage(const CalibrationImage& image) {
 CalibrationImage BuildBaseCalibration() {
   CalibrationImage image;
   WriteEngineSetup(image);  // first: bytes 995 and 996 set the map layouts
+  WriteMaps(image);
   WriteSensorsAndTables(image);
   WriteIdle(image);
-  WriteMaps(image);  // last: the fuel map is read on the axes the set-up gives
   return image;
 }
 

@@ -37,6 +37,29 @@ struct ValueOption {
   std::function<bool(std::string_view, SimCommandLine&)> apply;
 };
 
+// The engine's options and those that work without a link.
+std::vector<ValueOption> EngineValueOptions() {
+  return {
+      {"--fuel-error",
+       [](std::string_view v, SimCommandLine& c) {
+         const auto error = ParseFuelError(v);
+         if (error) c.sim.fuel_errors.push_back(*error);
+         return error.has_value();
+       }},
+      {"--drive",
+       [](std::string_view v, SimCommandLine& c) {
+         return ParseNumber(v, c.drive_seconds) && c.drive_seconds > 0 &&
+                c.drive_seconds <= kLongestDriveS;
+       }},
+      {"--write-log",
+       [](std::string_view v, SimCommandLine& c) { return !(c.write_log_path = v).empty(); }},
+      {"--true-map",
+       [](std::string_view v, SimCommandLine& c) { return !(c.true_map_path = v).empty(); }},
+      {"--target",
+       [](std::string_view v, SimCommandLine& c) { return !(c.target_path = v).empty(); }},
+  };
+}
+
 std::vector<ValueOption> ValueOptions() {
   auto int_option = [](int low, int high, auto member) {
     return [=](std::string_view v, SimCommandLine& c) { return ParseInt(v, low, high, member(c)); };
@@ -84,23 +107,6 @@ std::vector<ValueOption> ValueOptions() {
          if (faults) c.sim.fault_codes = std::move(*faults);
          return faults.has_value();
        }},
-      {"--fuel-error",
-       [](std::string_view v, SimCommandLine& c) {
-         const auto error = ParseFuelError(v);
-         if (error) c.sim.fuel_errors.push_back(*error);
-         return error.has_value();
-       }},
-      {"--drive",
-       [](std::string_view v, SimCommandLine& c) {
-         return ParseNumber(v, c.drive_seconds) && c.drive_seconds > 0 &&
-                c.drive_seconds <= kLongestDriveS;
-       }},
-      {"--write-log",
-       [](std::string_view v, SimCommandLine& c) { return !(c.write_log_path = v).empty(); }},
-      {"--true-map",
-       [](std::string_view v, SimCommandLine& c) { return !(c.true_map_path = v).empty(); }},
-      {"--target",
-       [](std::string_view v, SimCommandLine& c) { return !(c.target_path = v).empty(); }},
       {"--burst-bytes",
        int_option(500, 100'000, [](auto& c) -> int& { return c.sim.faults.burst_bytes; })},
   };
@@ -142,7 +148,8 @@ std::optional<std::vector<InjectedFault>> ParseInjectedFaults(std::string_view t
 std::optional<SimCommandLine> ParseSimCommandLine(std::span<const std::string_view> args,
                                                   std::string* error) {
   SimCommandLine line;
-  const std::vector<ValueOption> options = ValueOptions();
+  std::vector<ValueOption> options = ValueOptions();
+  for (ValueOption& o : EngineValueOptions()) options.push_back(std::move(o));
   for (std::size_t i = 0; i < args.size(); ++i) {
     std::string_view arg = args[i];
     if (ApplyFlag(arg, line)) continue;

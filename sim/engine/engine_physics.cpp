@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "calibration/map_axes.h"
+#include "sim/engine/target_table.h"
 
 namespace vela::sim {
 
@@ -35,17 +36,18 @@ bool Range(std::string_view text, double& low, double& high) {
 
 }  // namespace
 
-double VolumetricEfficiency(double rpm, double map_kpa) {
-  const double breathing = 1.0 - std::exp(-std::max(rpm, 0.0) / 2600.0);
-  const double pressure = 0.95 + 0.05 * std::clamp(map_kpa, 0.0, 105.0) / 100.0;
-  return (0.75 + 0.2 * breathing) * pressure;
+double AirMgPerCycle(double rpm, double map_kpa) {
+  const double kpa = std::max(map_kpa, 0.0);
+  const double breathing = 0.72 + 0.26 * (1.0 - std::exp(-std::max(rpm, 0.0) / 2500.0));
+  const double fuel_ms = 1.0 + 7.0 * kpa / 100.0 * breathing;
+  const double target = std::round(DefaultTargetAfr(kpa) * 10.0) / 10.0;
+  return kInjectorMgPerMs * fuel_ms * target;
 }
 
-double AirMgPerCycle(double rpm, double map_kpa) {
+double VolumetricEfficiency(double rpm, double map_kpa) {
   const double cubic_metres = kCylinderLitres / 1000.0;
-  const double kg = (std::max(map_kpa, 0.0) + kResidualKpa) * 1000.0 * cubic_metres /
-                    (kAirGasConstant * kChargeKelvin);
-  return VolumetricEfficiency(rpm, map_kpa) * kg * 1e6;
+  const double ideal_mg = map_kpa * 1000.0 * cubic_metres / (kAirGasConstant * kChargeKelvin) * 1e6;
+  return ideal_mg > 0 ? AirMgPerCycle(rpm, map_kpa) / ideal_mg : 0.0;
 }
 
 double InjectorOpeningUs(double battery_v) { return Table(kOpeningUs, battery_v - 10.0); }

@@ -15,28 +15,27 @@
 
 namespace vela::sim {
 
-// A four-cylinder engine of 1.6 litres.
+// A four-cylinder engine of 1.6 litres, one injection per cylinder and cycle, of injectors
+// flowing 4.0 mg of fuel a millisecond once open (the battery table's opening time is exactly
+// what they take to open).
 inline constexpr int kEngineCylinders = 4;
 inline constexpr double kCylinderLitres = 0.4;
+inline constexpr double kInjectorMgPerMs = 4.0;
+inline constexpr double kStoichiometricAfr = 14.7;
+inline constexpr double kAtmosphereKpa = 101.3;
 // The charge is taken at a constant 40 C: the air temperature does not change the air taken in,
 // so the ECU's air temperature table is left out of the fuel.
 inline constexpr double kChargeKelvin = 313.15;
 inline constexpr double kAirGasConstant = 287.05;  // J / (kg K)
-// One injection per cylinder and cycle, of injectors flowing 5.0 mg of fuel a millisecond open
-// (once open: the battery table's opening time is exactly what they take to open).
-inline constexpr double kInjectorMgPerMs = 5.0;
-// A cylinder keeps air beyond what the manifold pressure gives (blow-back, residual gas):
-// it fills as if the manifold held this much more.
-inline constexpr double kResidualKpa = 24.0;
-inline constexpr double kStoichiometricAfr = 14.7;
-inline constexpr double kAtmosphereKpa = 101.3;
 
-// Volumetric efficiency: rising with engine speed towards 0.95, a little less at low manifold
-// pressure: (0.75 + 0.2 x (1 - e^(-RPM / 2600))) x (0.95 + 0.05 x kPa / 100).
-double VolumetricEfficiency(double rpm, double map_kpa);
-// Air a cylinder takes in per cycle, milligrams: efficiency x (kPa + kResidualKpa) x the
-// cylinder's volume / (kAirGasConstant x kChargeKelvin).
+// Air a cylinder takes in per cycle, milligrams. The engine breathes so that the base
+// calibration's fuel map is its true map at the default target: air = kInjectorMgPerMs x
+// (1 + 7 x kPa / 100 x (0.72 + 0.26 x (1 - e^(-RPM / 2500)))) ms x the default target at that
+// manifold pressure (load in percent of a 1-bar span), rounded to one decimal as its cells are.
 double AirMgPerCycle(double rpm, double map_kpa);
+// The volumetric efficiency that air means: air / (kPa x the cylinder's volume / (kAirGasConstant
+// x kChargeKelvin)); for showing, the model works with the air.
+double VolumetricEfficiency(double rpm, double map_kpa);
 // The injectors' opening time at `battery_v`, microseconds (the base calibration's battery
 // table holds exactly these: 1.50 ms at 10 V down to 0.64 ms at 16 V).
 double InjectorOpeningUs(double battery_v);

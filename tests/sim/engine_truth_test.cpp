@@ -69,6 +69,13 @@ TEST(EngineTruthTest, TheTrueMapHoldsTheEngineAtItsTarget) {
 
 TEST(EngineTruthTest, TheTrueMapOfAFuelErrorScalesTheCellsInItsRangesOnly) {
   const CalibrationImage base = EmbeddedBaseCalibration();
+  // With no error the true map is the base calibration's own.
+  const CalibrationImage same = WithTrueFuelMap(base, {}, DefaultTargetTable(base));
+  for (int row = 1; row <= 11; ++row) {
+    for (int column = 1; column <= 17; ++column) {
+      EXPECT_NEAR(same.FuelMs(1, row, column), base.FuelMs(1, row, column), 0.0011);
+    }
+  }
   const FuelError rich = *ParseFuelError("12@4000-9000,60-100");
   const CalibrationImage truth = WithTrueFuelMap(base, {{rich}}, DefaultTargetTable(base));
   for (int row = 1; row <= 11; ++row) {
