@@ -1,11 +1,13 @@
 // vela-ecusim: the simulated ECU on a pseudo-terminal. Prints the slave's device path as the
-// first line of standard output and runs until SIGINT or SIGTERM.
+// first line of standard output and runs until SIGINT or SIGTERM. Asked for a drive's log or the
+// true fuel map, it writes those instead, with no terminal, and ends.
 #include <csignal>
 #include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "sim/engine/offline_run.h"
 #include "sim/pty_runner.h"
 
 namespace {
@@ -36,6 +38,15 @@ int main(int argc, char** argv) {
   }
   if (options->help) {
     std::fputs(vela::sim::SimUsageText().c_str(), stdout);
+    return 0;
+  }
+  if (options->Offline()) {
+    const auto report = vela::sim::RunOffline(*options, &error);
+    if (!report) {
+      std::fprintf(stderr, "vela-ecusim: %s\n", error.c_str());
+      return 1;
+    }
+    std::fputs(report->c_str(), stdout);
     return 0;
   }
   InstallSignalHandlers();

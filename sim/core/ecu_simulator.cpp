@@ -59,7 +59,7 @@ std::vector<std::uint8_t> UploadReply(const CalibrationImage& image, int cut_byt
 EcuSimulator::EcuSimulator(const SimOptions& options, const CalibrationImage& image)
     : options_(options),
       image_(image),
-      engine_(options.seed),
+      engine_(options.seed, options.fuel_errors),
       wire_(options.byte_time_us, options.faults.chunk_max_bytes, options.faults.chunk_gap_us,
             options.seed ^ kWireSeedSalt),
       fault_rng_(options.seed ^ kFaultSeedSalt),

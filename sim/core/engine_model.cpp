@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "sim/core/base_calibration.h"
@@ -11,8 +12,13 @@ namespace vela::sim {
 namespace {
 
 constexpr double kDt = EngineModel::kStepUs / 1e6;
-constexpr int kWaterComp = 979;
 constexpr double kPercentPerCount = 0.390625;  // 100 / 256
+// Wall wetting: a rise in manifold pressure of one atmosphere a second makes the port walls take
+// up kFilmGain of the fuel, fading with time constant kFilmTauS.
+constexpr double kFilmGain = 0.05;
+constexpr double kFilmTauS = 0.25;
+constexpr double kManifoldTauS = 0.06;
+constexpr double kSensorNoiseLambda = 0.003;
 
 // Moves `value` toward `target` with time constant `tau_s` over one step.
 double Lag(double value, double target, double tau_s) {
@@ -23,143 +29,55 @@ double Byte(const CalibrationImage& image, std::string_view field, int offset = 
   return image.Byte(FindSetupField(field)->position + offset);
 }
 
-// Linear interpolation in eight points 20 C apart starting at -20 C.
-double EightPointValue(const CalibrationImage& image, int first_position, double celsius) {
-  const double x = std::clamp((celsius + 20.0) / 20.0, 0.0, 7.0);
-  const int i = std::min(static_cast<int>(x), 6);
-  const double a = image.Byte(first_position + i);
-  const double b = image.Byte(first_position + i + 1);
-  return a + (b - a) * (x - i);
-}
-
 }  // namespace
 
-double RpmSitePosition(const CalibrationImage& image, double rpm) {
-  const std::array<int, kMapRows> sites = RpmSites(image.Byte(FieldPos("RpmSitesSetup")));
-  const std::vector<double> points(sites.begin(), sites.end());
-  return AxisPosition(points, rpm);
-}
-
-double LoadFraction(const CalibrationImage& image, double map_kpa, double throttle_pct) {
-  const LoadAxis axis = LoadAxisOfImage(image);
-  const double load = axis.basis == LoadBasis::kMap ? map_kpa : throttle_pct;
-  return axis.top > 0.0 ? std::clamp(load / axis.top, 0.0, 1.0) : 0.0;
-}
-
-double FuelMapUs(const CalibrationImage& image, int map, double rpm_site, double load_site) {
-  const int sites = image.FuelLoadSites();
-  const double r = std::clamp(rpm_site, 0.0, kMapRows - 1.0);
-  const double c = std::clamp(load_site, 0.0, sites - 1.0);
-  const int r0 = std::min(static_cast<int>(r), kMapRows - 2);
-  const int c0 = std::min(static_cast<int>(c), sites - 2);
-  auto cell = [&](int row, int column) {
-    return static_cast<double>(image.Read16(image.FuelCellPosition(map, row + 1, column + 1)));
-  };
-  const double fr = r - r0;
-  const double fc = c - c0;
-  const double low = cell(r0, c0) * (1 - fc) + cell(r0, c0 + 1) * fc;
-  const double high = cell(r0 + 1, c0) * (1 - fc) + cell(r0 + 1, c0 + 1) * fc;
-  return low * (1 - fr) + high * fr;
-}
-
-double IgnMapDegrees(const CalibrationImage& image, double rpm_site, double load_fraction) {
-  const int sites = image.IgnLoadSites();
-  const double r = std::clamp(rpm_site, 0.0, kMapRows - 1.0);
-  const double c = std::clamp(load_fraction, 0.0, 1.0) * (sites - 1);
-  const int r0 = std::min(static_cast<int>(r), kMapRows - 2);
-  const int c0 = std::min(static_cast<int>(c), sites - 2);
-  auto cell = [&](int row, int column) { return image.IgnDegrees(row + 1, column + 1); };
-  const double fr = r - r0;
-  const double fc = c - c0;
-  const double low = cell(r0, c0) * (1 - fc) + cell(r0, c0 + 1) * fc;
-  const double high = cell(r0 + 1, c0) * (1 - fc) + cell(r0 + 1, c0 + 1) * fc;
-  return low * (1 - fr) + high * fr;
-}
-
-std::uint16_t SensorReading(const CalibrationImage& image, int first_position, double celsius) {
-  const double counts = EightPointValue(image, first_position, celsius) * 4.0;
-  return static_cast<std::uint16_t>(std::clamp(std::lround(counts), 0L, 1023L));
-}
-
-double RpmOfPeriodField(std::uint32_t period_us, double fallback) {
-  if (period_us == 0) return fallback;
-  const double rpm = 60'000'000.0 / period_us;
-  return rpm >= 300 && rpm <= 15'000 ? rpm : fallback;
-}
-
-EngineModel::EngineModel(std::uint64_t seed) : rng_(seed) {
+EngineModel::EngineModel(std::uint64_t seed, std::vector<FuelError> fuel_errors)
+    : rng_(seed), driver_(seed), wideband_(kDt, 1.0), fuel_errors_(std::move(fuel_errors)) {
   ambient_c_ = rng_.Range(12.0, 24.0);
   state_.water_c = ambient_c_;
   state_.air_c = ambient_c_ + 3.0;
   state_.rpm = 1100;
-  state_.map_kpa = 35;
+  state_.map_kpa = manifold_kpa_;
   state_.battery_v = 14.0;
   state_.idle_duty_pct = 35;
-  StartPhase(Phase::kIdle);
-  phase_left_s_ = 3.0;  // settle at idle first
 }
 
 void EngineModel::Step(const CalibrationImage& image) {
-  const double previous_throttle = state_.throttle_pct;
+  const double previous_manifold = manifold_kpa_;
   state_.elapsed_s += kDt;
-  StepDriver();
-  const double throttle_change = state_.throttle_pct - previous_throttle;
+  const DriverWish wish = driver_.Step(
+      kDt, {state_.rpm, state_.throttle_pct, state_.idle_target_rpm, state_.idle_duty_pct});
+  state_.phase = wish.phase;
+  const double throttle_change = StepThrottle(wish);
   StepIdle(image);
-  StepSpeed(image);
+  StepSpeed(image, wish);
   StepManifold();
   StepTemperatures();
   StepElectrics();
   StepThrottlePump(image, throttle_change);
-  StepMixture(throttle_change);
+  StepDecelCut();
   StepFuelAndSpark(image);
+  StepCombustion(image, manifold_kpa_ - previous_manifold);
 }
 
-void EngineModel::StartPhase(Phase phase) {
-  phase_ = phase;
-  switch (phase) {
-    case Phase::kIdle:
-      throttle_target_ = 0;
-      phase_left_s_ = rng_.Range(2.0, 6.0);
-      break;
-    case Phase::kCruise:
-      throttle_target_ = rng_.Range(8.0, 35.0);
-      phase_left_s_ = rng_.Range(2.0, 6.0);
-      break;
-    case Phase::kBlip:
-      throttle_target_ = rng_.Range(15.0, 50.0);
-      phase_left_s_ = rng_.Range(0.3, 0.8);
-      break;
-    case Phase::kPull:
-      throttle_target_ = rng_.Range(55.0, 95.0);
-      phase_left_s_ = rng_.Range(1.0, 2.5);
-      break;
-  }
-}
-
-void EngineModel::StepDriver() {
-  phase_left_s_ -= kDt;
-  if (phase_left_s_ <= 0) {
-    const double pick = rng_.Uniform();
-    StartPhase(pick < 0.35   ? Phase::kIdle
-               : pick < 0.7  ? Phase::kCruise
-               : pick < 0.85 ? Phase::kBlip
-                             : Phase::kPull);
-  }
-  double target = throttle_target_;
-  if (phase_ == Phase::kCruise) target += rng_.Range(-0.4, 0.4);  // an unsteady foot
-  const double step = target - state_.throttle_pct;
-  state_.throttle_pct += std::clamp(step, -200.0 * kDt, 300.0 * kDt);
+double EngineModel::StepThrottle(const DriverWish& wish) {
+  const double before = state_.throttle_pct;
+  const double most = wish.throttle_rate * kDt;
+  state_.throttle_pct += std::clamp(wish.throttle_pct - before, -most, most);
   state_.throttle_pct = std::clamp(state_.throttle_pct, 0.0, 100.0);
+  return state_.throttle_pct - before;
 }
 
-void EngineModel::StepSpeed(const CalibrationImage& image) {
+void EngineModel::StepSpeed(const CalibrationImage& image, const DriverWish& wish) {
   const double rev_limit = RpmOfPeriodField(image.RevLimit1(), 6800);
-  const double open = std::pow(state_.throttle_pct / 100.0, 0.8);
-  double target = state_.idle_target_rpm + open * 5600.0;
-  if (state_.throttle_pct < 1.5) {
+  if (wish.phase == DrivePhase::kIdle) {
+    double target = state_.idle_target_rpm;
     target += 15.0 * std::sin(2 * std::numbers::pi * state_.elapsed_s / 1.3);  // idle hunting
+    state_.rpm = Lag(state_.rpm, target, target > state_.rpm ? 0.35 : 0.7);
+  } else {
+    const double most = wish.rpm_rate * kDt;
+    state_.rpm += std::clamp(wish.rpm - state_.rpm, -most, most);
   }
-  state_.rpm = Lag(state_.rpm, target, target > state_.rpm ? 0.35 : 0.7);
   state_.rpm += rng_.Range(-1.0, 1.0) * (6.0 + state_.rpm * 0.002);
   state_.limiter = state_.rpm >= rev_limit;
   if (state_.limiter) {
@@ -169,11 +87,9 @@ void EngineModel::StepSpeed(const CalibrationImage& image) {
 }
 
 void EngineModel::StepManifold() {
-  const double open = state_.throttle_pct / 100.0;
-  const double pumping = 8.0 * std::min(state_.rpm / 6000.0, 1.0) * (1.0 - open);
-  const double target = 33.0 + 67.0 * std::pow(open, 0.55) - pumping;
-  state_.map_kpa = Lag(state_.map_kpa, target, 0.06) + rng_.Range(-0.3, 0.3);
-  state_.map_kpa = std::clamp(state_.map_kpa, 15.0, 101.3);
+  const double target = SteadyManifoldKpa(state_.throttle_pct, state_.rpm);
+  manifold_kpa_ = Lag(manifold_kpa_, target, kManifoldTauS);
+  state_.map_kpa = std::clamp(manifold_kpa_ + rng_.Range(-0.3, 0.3), 15.0, kAtmosphereKpa);
 }
 
 void EngineModel::StepTemperatures() {
@@ -224,24 +140,41 @@ void EngineModel::StepThrottlePump(const CalibrationImage& image, double throttl
   state_.throttle_pump_us = pump < 20.0 ? 0.0 : std::min(pump, 10'000.0);
 }
 
-void EngineModel::StepMixture(double throttle_change) {
-  double target = 1.0;
-  if (state_.water_c < 50.0) target = 0.95;
-  if (state_.throttle_pct > 70.0) target = 0.87;
-  if (state_.throttle_pump_us > 300.0) target = 0.92;
-  if (throttle_change < -1.0) target = 1.08;  // fuel cut on a closing throttle
-  state_.lambda = Lag(state_.lambda, target, 0.2) + rng_.Range(-0.01, 0.01);
-  state_.lambda = std::clamp(state_.lambda, 0.7, 1.3);
+void EngineModel::StepDecelCut() {
+  const double over_idle = state_.rpm - state_.idle_target_rpm;
+  const bool closed = state_.throttle_pct < kDecelCutThrottlePct;
+  state_.decel_cut = state_.decel_cut ? closed && over_idle >= kDecelCutResumeAboveIdle
+                                      : closed && over_idle > kDecelCutAboveIdle;
 }
 
 void EngineModel::StepFuelAndSpark(const CalibrationImage& image) {
   const double load = LoadFraction(image, state_.map_kpa, state_.throttle_pct);
+  state_.load_pct = 100.0 * load;
   state_.rpm_site = RpmSitePosition(image, state_.rpm);
   state_.load_site = load * (image.FuelLoadSites() - 1);
-  const double warm_up = EightPointValue(image, kWaterComp, state_.water_c) * kPercentPerCount;
-  const double base_us = FuelMapUs(image, 1, state_.rpm_site, state_.load_site);
-  state_.injection_us = std::min(base_us * (1.0 + warm_up / 100.0), 65'535.0);
+  const bool cut = state_.decel_cut || state_.limiter;
+  state_.injection_us = InjectionAt(image, state_.rpm_site, state_.load_site, state_.water_c,
+                                    state_.battery_v, state_.throttle_pump_us, cut)
+                            .total_us;
   state_.advance_deg = IgnMapDegrees(image, state_.rpm_site, load);
+}
+
+void EngineModel::StepCombustion(const CalibrationImage& image, double manifold_rise_kpa) {
+  const double rise_per_s = std::max(manifold_rise_kpa, 0.0) / kAtmosphereKpa / kDt;
+  film_ = Lag(film_, kFilmGain * rise_per_s, kFilmTauS);
+  state_.fuel_error_factor =
+      FuelErrorFactor(fuel_errors_, image, state_.rpm_site, state_.load_site);
+  const double air_mg = AirMgPerCycle(state_.rpm, manifold_kpa_) * state_.fuel_error_factor;
+  const double open_ms =
+      std::max(state_.injection_us - InjectorOpeningUs(state_.battery_v), 0.0) / 1000.0;
+  const double burnt_mg = open_ms * kInjectorMgPerMs /
+                          ((1.0 + ColdNeedPercent(state_.water_c) / 100.0) * (1.0 + film_));
+  state_.exhaust_lambda = burnt_mg > 0 ? air_mg / (burnt_mg * kStoichiometricAfr)
+                                       : std::numeric_limits<double>::infinity();
+  const double reading = wideband_.Step(state_.exhaust_lambda, state_.rpm, state_.load_pct);
+  state_.delay_s = wideband_.DelayS();
+  state_.lambda = std::clamp(reading + rng_.Range(-kSensorNoiseLambda, kSensorNoiseLambda),
+                             kSensorMinLambda, kSensorMaxLambda);
 }
 
 }  // namespace vela::sim

@@ -1,14 +1,21 @@
-// A small model of a running engine, stepped in fixed 10 ms steps so that its values depend on
-// the seed and the number of steps only. A driver alternates idling, cruising, short throttle
-// blips and pulls; engine speed, manifold pressure and temperatures follow with their own lags.
-// Injection time and advance are looked up in the calibration image at the current RPM and load
-// site, so a change written into the image shows in the next live frame.
+// A small model of a running engine and of the ECU fuelling it, stepped in fixed 10 ms steps so
+// that its values depend on the seed and the number of steps only. A driver (drive_cycle.h)
+// idles it from cold and drives it across the map; engine speed, manifold pressure and
+// temperatures follow with their own lags. Every step the ECU reads its calibration image at the
+// operating point (ecu_fuel.h), so a cell written into the image fuels the very next step; the
+// engine burns what the injectors deliver against the air it takes in (engine_physics.h), and
+// the wideband reads the mixture after the exhaust's transport delay (wideband.h).
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "calibration/calibration_image.h"
 #include "sim/core/random.h"
+#include "sim/engine/drive_cycle.h"
+#include "sim/engine/ecu_fuel.h"
+#include "sim/engine/engine_physics.h"
+#include "sim/engine/wideband.h"
 
 namespace vela::sim {
 
@@ -16,65 +23,62 @@ struct EngineState {
   double elapsed_s = 0;
   double rpm = 0;
   double throttle_pct = 0;
-  double map_kpa = 0;
+  double map_kpa = 0;  // as the ECU's sensor reads it
   double injection_us = 0;
   double advance_deg = 0;
   double water_c = 0;
   double air_c = 0;
   double battery_v = 0;
-  double lambda = 1.0;
+  double lambda = 1.0;  // the wideband's reading, as the live frame carries it
   double idle_duty_pct = 0;
   double idle_target_rpm = 0;
   double throttle_pump_us = 0;
   double rpm_site = 0;   // zero-based position between the RPM rows, 0 to 10
   double load_site = 0;  // zero-based position between the fuel load-site columns
+  double load_pct = 0;   // load in percent of the load axis's span
   bool limiter = false;
   bool fan_on = false;
+  // Fuel cut on a closing throttle at speed (the injection time is then 0).
+  bool decel_cut = false;
+  // What the engine knows and the program does not: the mixture leaving the cylinders now
+  // (infinity with no fuel), the transport delay to the sensor now, the fuel error's factor.
+  double exhaust_lambda = 1.0;
+  double delay_s = 0;
+  double fuel_error_factor = 1.0;
+  DrivePhase phase = DrivePhase::kIdle;
   // The live frame's fault fields, which the ECU fills from the codes it holds.
   std::uint8_t error_count = 0;
   std::uint8_t last_error = 0;
 };
 
-// Lookups the ECU makes in its calibration; positions are zero-based and may fall between
-// sites, in which case the neighbouring cells are blended.
-double RpmSitePosition(const CalibrationImage& image, double rpm);
-double LoadFraction(const CalibrationImage& image, double map_kpa, double throttle_pct);
-double FuelMapUs(const CalibrationImage& image, int map, double rpm_site, double load_site);
-double IgnMapDegrees(const CalibrationImage& image, double rpm_site, double load_fraction);
-// A temperature sensor's reading (10-bit divider count, ratio x 1024) at `celsius`, from the
-// eight calibration points (ratio x 256) starting at `first_position` (-20 to 120 C, 20 C apart).
-std::uint16_t SensorReading(const CalibrationImage& image, int first_position, double celsius);
-// Engine speeds held as periods (microseconds per revolution); `fallback` when out of range.
-double RpmOfPeriodField(std::uint32_t period_us, double fallback);
-
 class EngineModel {
  public:
   static constexpr std::int64_t kStepUs = 10'000;
 
-  explicit EngineModel(std::uint64_t seed);
+  explicit EngineModel(std::uint64_t seed, std::vector<FuelError> fuel_errors = {});
 
   void Step(const CalibrationImage& image);
   const EngineState& State() const { return state_; }
 
  private:
-  enum class Phase { kIdle, kCruise, kBlip, kPull };
-
-  void StepDriver();
-  void StartPhase(Phase phase);
-  void StepSpeed(const CalibrationImage& image);
+  double StepThrottle(const DriverWish& wish);
+  void StepSpeed(const CalibrationImage& image, const DriverWish& wish);
   void StepManifold();
   void StepTemperatures();
   void StepElectrics();
   void StepIdle(const CalibrationImage& image);
   void StepThrottlePump(const CalibrationImage& image, double throttle_change);
-  void StepMixture(double throttle_change);
+  void StepDecelCut();
   void StepFuelAndSpark(const CalibrationImage& image);
+  void StepCombustion(const CalibrationImage& image, double manifold_rise_kpa);
 
   Rng rng_;
+  DriveCycle driver_;
+  Wideband wideband_;
+  std::vector<FuelError> fuel_errors_;
   EngineState state_;
-  Phase phase_ = Phase::kIdle;
-  double phase_left_s_ = 0;
-  double throttle_target_ = 0;
+  double manifold_kpa_ = 35;  // the true pressure, without the sensor's noise
+  double film_ = 0;           // fuel the port walls take up after a rise in load, a fraction
   double ambient_c_ = 20;
 };
 

@@ -9,6 +9,8 @@ namespace vela::sim {
 
 namespace {
 
+constexpr double kLongestDriveS = 24 * 3600.0;
+
 template <typename T>
 bool ParseNumber(std::string_view text, T& out) {
   const char* end = text.data() + text.size();
@@ -34,6 +36,29 @@ struct ValueOption {
   std::string_view name;
   std::function<bool(std::string_view, SimCommandLine&)> apply;
 };
+
+// The engine's options and those that work without a link.
+std::vector<ValueOption> EngineValueOptions() {
+  return {
+      {"--fuel-error",
+       [](std::string_view v, SimCommandLine& c) {
+         const auto error = ParseFuelError(v);
+         if (error) c.sim.fuel_errors.push_back(*error);
+         return error.has_value();
+       }},
+      {"--drive",
+       [](std::string_view v, SimCommandLine& c) {
+         return ParseNumber(v, c.drive_seconds) && c.drive_seconds > 0 &&
+                c.drive_seconds <= kLongestDriveS;
+       }},
+      {"--write-log",
+       [](std::string_view v, SimCommandLine& c) { return !(c.write_log_path = v).empty(); }},
+      {"--true-map",
+       [](std::string_view v, SimCommandLine& c) { return !(c.true_map_path = v).empty(); }},
+      {"--target",
+       [](std::string_view v, SimCommandLine& c) { return !(c.target_path = v).empty(); }},
+  };
+}
 
 std::vector<ValueOption> ValueOptions() {
   auto int_option = [](int low, int high, auto member) {
@@ -123,7 +148,8 @@ std::optional<std::vector<InjectedFault>> ParseInjectedFaults(std::string_view t
 std::optional<SimCommandLine> ParseSimCommandLine(std::span<const std::string_view> args,
                                                   std::string* error) {
   SimCommandLine line;
-  const std::vector<ValueOption> options = ValueOptions();
+  std::vector<ValueOption> options = ValueOptions();
+  for (ValueOption& o : EngineValueOptions()) options.push_back(std::move(o));
   for (std::size_t i = 0; i < args.size(); ++i) {
     std::string_view arg = args[i];
     if (ApplyFlag(arg, line)) continue;
@@ -150,6 +176,10 @@ std::optional<SimCommandLine> ParseSimCommandLine(std::span<const std::string_vi
       return std::nullopt;
     }
   }
+  if ((line.drive_seconds > 0) != !line.write_log_path.empty()) {
+    if (error) *error = "--drive and --write-log go together";
+    return std::nullopt;
+  }
   return line;
 }
 
@@ -163,7 +193,7 @@ program's serial port at it. Stops on SIGINT or SIGTERM.
   --image PATH          calibration image to start with (a 1023-byte .sm1 file);
                         default: the base calibration built into the program
   --link PATH           also place a symbolic link to the device at PATH
-  --seed N              seed of the engine model (default 1)
+  --seed N              seed of the engine model and its drive (default 1)
   --steady-after SEC    hold the engine's state from SEC seconds on (every frame the same)
   --unpaced             send bytes as fast as possible instead of at 115,200 baud
   -v, --verbose         log every command frame received on standard error
@@ -182,6 +212,20 @@ Faults:
   --faulty-uploads N    damage only the first N upload replies (default 1; 0 = all)
   --burst-every SEC     every SEC seconds send live frames worth at least
   --burst-bytes N       N bytes (default 600, at least 500) all at once
+
+The engine:
+  --fuel-error P@R1-R2,L1-L2
+                        the engine needs P percent more fuel (negative: less) than the
+                        calibration gives from R1 to R2 RPM and from L1 to L2 percent of
+                        the load axis; repeatable (for example 12@4000-9000,60-100)
+
+Without a link (nothing is opened; the program ends when the files are written):
+  --drive SEC           drive SEC seconds from a cold start, faster than real time, ...
+  --write-log PATH      ... and write the log as a chart file (.sl1) at PATH
+  --true-map PATH       write the calibration with the fuel map that makes this engine
+                        run exactly at the target (a .sm1 file)
+  --target PATH         the target air-fuel ratios for --true-map, a target table CSV
+                        (default: 14.7 up to 40 % load, 12.8 from 80 %)
 
 Fault codes:
   --fault-codes LIST    codes the ECU records, comma-separated; CODE@SEC records

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "sim/engine/engine_physics.h"
+
 namespace vela::sim {
 
 // Wire time of one byte at 115,200 baud, 8 data bits, no parity, 1 stop bit (10 bit times).
@@ -68,6 +70,8 @@ struct SimOptions {
   std::vector<InjectedFault> fault_codes;
   // False: fault code requests go unanswered while everything else goes on.
   bool answer_fault_requests = true;
+  // Where the engine needs other fuel than its calibration gives (--fuel-error).
+  std::vector<FuelError> fuel_errors;
 };
 
 // "CODE[@SECONDS],..." as the --fault-codes option takes it; nullopt when a code is not 1 to
@@ -81,10 +85,19 @@ struct SimCommandLine {
   std::string link_path;   // empty: no symbolic link to the device
   bool verbose = false;
   bool help = false;
+  // Work without a link: drive `drive_seconds` (> 0) and write the log to `write_log_path`;
+  // write the true fuel map to `true_map_path`, for the target table read from `target_path`
+  // (empty: the default target).
+  double drive_seconds = 0;
+  std::string write_log_path;
+  std::string true_map_path;
+  std::string target_path;
+  bool Offline() const { return !write_log_path.empty() || !true_map_path.empty(); }
 };
 
-// Reads the arguments after the program name. Unknown options, missing or malformed values give
-// nullopt and a one-line reason in `error`.
+// Reads the arguments after the program name. Unknown options, missing or malformed values, and
+// --drive without --write-log or the other way round, give nullopt and a one-line reason in
+// `error`.
 std::optional<SimCommandLine> ParseSimCommandLine(std::span<const std::string_view> args,
                                                   std::string* error);
 

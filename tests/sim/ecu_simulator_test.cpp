@@ -155,7 +155,8 @@ TEST(EcuLiveFrameTest, StartsAtTenFramesASecondAndBytesLeaveAtLineSpeed) {
 
 TEST(EcuLiveFrameTest, FuelAndIgnitionWrittenDuringRunningShowInTheNextFrames) {
   CalibrationImage image = EmbeddedBaseCalibration();
-  for (int p = 979; p <= 986; ++p) image.SetByte(p, 0);  // no warm-up enrichment
+  for (int p = 979; p <= 986; ++p) image.SetByte(p, 0);   // no warm-up enrichment
+  for (int p = 999; p <= 1010; ++p) image.SetByte(p, 0);  // no opening time added
   EcuSimulator sim(Options(), image);
   RunUntil(sim, 2'000'000);
   for (int p = 1; p <= 374; p += 2) Send(sim, kCodeWritePair, static_cast<std::uint16_t>(p), 5000);

@@ -1,0 +1,179 @@
+// The drive the simulated engine runs, the log it writes without a link, a live write reaching
+// the mixture, the target table's file and the engine's command line.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+
+#include "datalog/files/log_file.h"
+#include "sim/core/base_calibration.h"
+#include "sim/core/ecu_simulator.h"
+#include "sim/core/sim_options.h"
+#include "sim/engine/drive_log.h"
+#include "sim/engine/target_table.h"
+#include "sim_test_support.h"
+
+namespace vela::sim {
+namespace {
+
+// Ten minutes of the drive: which cells the engine ran near (the four around each point), and
+// how often each kind of moment came.
+TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
+  const CalibrationImage image = EmbeddedBaseCalibration();
+  EngineModel engine(11);
+  std::set<std::pair<int, int>> cells;
+  int cut = 0, pump = 0, pulls = 0, limiter = 0, tip_ins = 0;
+  double first_water = 0;
+  for (int i = 0; i < 60'000; ++i) {
+    engine.Step(image);
+    const EngineState& s = engine.State();
+    if (i == 0) first_water = s.water_c;
+    const int r = static_cast<int>(s.rpm_site), c = static_cast<int>(s.load_site);
+    for (int dr : {0, 1}) {
+      for (int dc : {0, 1}) cells.insert({std::min(r + dr, 10), std::min(c + dc, 16)});
+    }
+    cut += s.decel_cut;
+    pump += s.throttle_pump_us > 0;
+    pulls += s.phase == DrivePhase::kPull;
+    tip_ins += s.phase == DrivePhase::kTipIn;
+    limiter += s.limiter;
+  }
+  EXPECT_GE(cells.size(), 187u * 2 / 3);
+  EXPECT_GT(cut, 1000);     // 10 s of decel cut
+  EXPECT_GT(tip_ins, 500);  // 5 s of tip-ins
+  EXPECT_GT(pump, 100);
+  EXPECT_GT(pulls, 3000);
+  EXPECT_GT(limiter, 0);
+  EXPECT_LT(first_water, 25);             // from cold ...
+  EXPECT_GT(engine.State().water_c, 80);  // ... to warm
+}
+
+// The log holds a record every 1.002 / 20 s, every channel, and reads back whole; the same seed
+// gives the same file, another seed another.
+TEST(DriveLogTest, TheLogIsTheProgramsChartFileAndTheSeedFixesIt) {
+  const CalibrationImage image = EmbeddedBaseCalibration();
+  auto log_of = [&](std::uint64_t seed) {
+    SimOptions options;
+    options.seed = seed;
+    DatalogLog log;
+    RunDrive(options, image, 60, log);
+    return EncodeLogFile(log);
+  };
+  const std::string file = log_of(7);
+  EXPECT_EQ(file, log_of(7));
+  EXPECT_NE(file, log_of(8));
+  DatalogLog log;
+  ASSERT_TRUE(DecodeLogFile(file, log).Intact());
+  ASSERT_EQ(log.RecordCount(), 60u * kDriveLogFramesPerSecond);
+  EXPECT_NEAR(log.Times()[1] - log.Times()[0], 1.002 / 20, 1e-9);
+  EXPECT_NEAR(log.Arrivals().back(), 60.0, 1e-9);
+  for (int n = 0; n < kChannelCount; ++n) EXPECT_EQ(log.Series(n).points, log.RecordCount()) << n;
+  const std::optional<double> afr = log.ValueAt(kChannelAfr, 1.0);
+  ASSERT_TRUE(afr);
+  EXPECT_GT(*afr, 100);  // x10
+  EXPECT_LT(*afr, 200);
+}
+
+// A cell written live over the link changes the injection of the next frame and the engine's
+// mixture at once (the wideband shows it after the delay).
+TEST(DriveLogTest, ACellWrittenLiveChangesTheMixtureAtOnce) {
+  SimOptions options;
+  EcuSimulator sim(options, EmbeddedBaseCalibration());
+  testing::RunUntil(sim, 3'000'000);
+  const EngineState before = sim.Engine();
+  const int r = static_cast<int>(std::round(before.rpm_site));
+  // Every cell of the nearest row and the rows beside it, twice as long.
+  for (int row = std::max(r - 1, 0); row <= std::min(r + 1, 10); ++row) {
+    for (int column = 0; column < 17; ++column) {
+      const int position = sim.Image().FuelCellPosition(1, row + 1, column + 1);
+      const auto value = static_cast<std::uint16_t>(2 * sim.Image().Read16(position));
+      testing::Send(sim, kCodeWriteByte, static_cast<std::uint16_t>(position), value);
+    }
+  }
+  const auto stream = testing::Split(testing::RunUntil(sim, 3'200'000));
+  ASSERT_FALSE(stream.frames.empty());
+  EXPECT_GT(live::InjectionMs(stream.frames.front()), before.injection_us / 1000 * 1.5);
+  EXPECT_LT(sim.Engine().exhaust_lambda, before.exhaust_lambda * 0.7);
+}
+
+TEST(TargetTableTest, TheFileRoundTripsAndItsValuesAreReadBetweenPoints) {
+  const TargetTable table = DefaultTargetTable(EmbeddedBaseCalibration());
+  EXPECT_DOUBLE_EQ(table.Cell(0, 0), 14.7);
+  EXPECT_DOUBLE_EQ(table.Cell(10, 16), 12.8);
+  EXPECT_DOUBLE_EQ(DefaultTargetAfr(60), (14.7 + 12.8) / 2);
+  const std::string text = TargetTableCsv(table, "kPa");
+  EXPECT_EQ(text.substr(0, 20), "RPM/kPa,0,6.25,12.5,");
+  std::string error;
+  const auto read = ParseTargetTableCsv(text, &error);
+  ASSERT_TRUE(read) << error;
+  EXPECT_EQ(read->rpm, table.rpm);
+  EXPECT_EQ(read->load, table.load);
+  EXPECT_EQ(read->afr, table.afr);
+  // Rows in any order, CR LF, blanks and empty lines; read between points, held at the edges.
+  const auto small = ParseTargetTableCsv("x, 0, 100\r\n\r\n8000, 12, 10\r\n0 ,14,12\r\n", &error);
+  ASSERT_TRUE(small) << error;
+  EXPECT_DOUBLE_EQ(small->At(4000, 50), 12.0);
+  EXPECT_DOUBLE_EQ(small->At(-5, 200), 12.0);
+}
+
+TEST(TargetTableTest, AFileThatIsNoTableSaysWhereItFails) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"", "empty"},
+      {"RPM,0\n0,14\n1000,14\n", "line 1: 2 to 64"},
+      {"RPM,0,50,40\n", "line 1: the loads must rise"},
+      {"RPM,0,x\n", "line 1: the load of column 2"},
+      {"RPM,0,100\n\n0,14\n", "line 3: expected 3 fields"},
+      {"RPM,0,100\n0,14,5.9\n", "line 2: column 2"},
+      {"RPM,0,100\n0,14,14\n", "2 to 64 rows"},
+      {"RPM,0,100\n0,14,14\n0,13,13\n", "same engine speed"},
+  };
+  for (const auto& [text, reason] : cases) {
+    std::string error;
+    EXPECT_FALSE(ParseTargetTableCsv(text, &error)) << text;
+    EXPECT_NE(error.find(reason), std::string::npos) << error;
+  }
+}
+
+std::optional<SimCommandLine> Parse(std::vector<std::string_view> args, std::string* error) {
+  return ParseSimCommandLine(args, error);
+}
+
+TEST(EngineCommandLineTest, ReadsFuelErrorsTheDriveAndTheTrueMap) {
+  std::string error;
+  const auto line =
+      Parse({"--fuel-error", "12@4000-9000,60-100", "--fuel-error=-8@1500-3500,20-50", "--drive",
+             "600", "--write-log", "d.sl1", "--true-map", "t.sm1", "--target", "t.csv"},
+            &error);
+  ASSERT_TRUE(line) << error;
+  ASSERT_EQ(line->sim.fuel_errors.size(), 2u);
+  EXPECT_EQ(line->sim.fuel_errors[1], (FuelError{-8, 1500, 3500, 20, 50}));
+  EXPECT_EQ(line->drive_seconds, 600);
+  EXPECT_EQ(line->write_log_path, "d.sl1");
+  EXPECT_EQ(line->true_map_path, "t.sm1");
+  EXPECT_EQ(line->target_path, "t.csv");
+  EXPECT_TRUE(line->Offline());
+  for (std::string_view bad : {"12", "12@4000,60-100", "12@4000-3000,60-100", "12@0-9000,60-101",
+                               "-95@0-9000,0-100", "x@0-9000,0-100", "12@0-9000,60-100,"}) {
+    EXPECT_FALSE(Parse({"--fuel-error", bad}, &error)) << bad;
+  }
+  EXPECT_FALSE(Parse({"--drive", "60"}, &error));
+  EXPECT_NE(error.find("go together"), std::string::npos);
+  EXPECT_FALSE(Parse({"--write-log", "d.sl1"}, &error));
+  EXPECT_FALSE(Parse({"--drive", "0", "--write-log", "d.sl1"}, &error));
+}
+
+TEST(EngineCommandLineTest, TheHelpNamesEveryOption) {
+  const std::string help = SimUsageText();
+  for (const char* name :
+       {"--image",         "--link",           "--seed",          "--steady-after", "--unpaced",
+        "--verbose",       "--help",           "--fuel-error",    "--drive",        "--write-log",
+        "--true-map",      "--target",         "--garbage-every", "--garbage-max",  "--chunks",
+        "--reply-chunks",  "--chunk-gap-ms",   "--silence-after", "--silence-for",  "--upload-cut",
+        "--done-shift",    "--faulty-uploads", "--burst-every",   "--burst-bytes",  "--fault-codes",
+        "--no-fault-reply"}) {
+    EXPECT_NE(help.find(name), std::string::npos) << name;
+  }
+}
+
+}  // namespace
+}  // namespace vela::sim

@@ -1,0 +1,188 @@
+// The simulated engine against its own truth: the true map fuels it to the target, a fuel error
+// moves its mixture by its factor where it was set and nowhere else, and the wideband shows a
+// change only after the transport delay, then with its lag.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include "sim/core/base_calibration.h"
+#include "sim/core/engine_model.h"
+#include "sim/engine/target_table.h"
+#include "sim/engine/true_map.h"
+
+namespace vela::sim {
+namespace {
+
+// Steps `engine` `steps` times, calling `look` after each step.
+void Drive(EngineModel& engine, const CalibrationImage& image, int steps,
+           const std::function<void(const EngineState&)>& look) {
+  for (int i = 0; i < steps; ++i) {
+    engine.Step(image);
+    look(engine.State());
+  }
+}
+
+// Warm and fuelled, no pump, cruising for at least a second with the manifold pressure within
+// 2 kPa of where it was half a second ago (the port walls have settled).
+struct SteadyCruise {
+  int steps = 0;
+  std::array<double, 50> map{};
+  bool operator()(const EngineState& s) {
+    const bool steady = s.water_c > 80 && !s.decel_cut && !s.limiter && s.throttle_pump_us == 0 &&
+                        s.phase == DrivePhase::kCruise;
+    double& then = map[static_cast<std::size_t>(steps) % map.size()];
+    const bool settled = std::abs(s.map_kpa - then) < 2.0;
+    then = s.map_kpa;
+    steps = steady ? steps + 1 : 0;
+    return steps > 100 && settled;
+  }
+};
+
+// The base calibration is the true map at the default target; a true map made for another
+// target fuels the engine to that one.
+TEST(EngineTruthTest, TheTrueMapHoldsTheEngineAtItsTarget) {
+  const CalibrationImage base = EmbeddedBaseCalibration();
+  std::string error;
+  const auto flat = ParseTargetTableCsv("RPM/kPa,0,100\n0,13.5,13.5\n9000,13.5,13.5\n", &error);
+  ASSERT_TRUE(flat) << error;
+  for (const TargetTable& target : {DefaultTargetTable(base), *flat}) {
+    const CalibrationImage image = WithTrueFuelMap(base, {}, target);
+    EngineModel engine(5);
+    SteadyCruise steady;
+    double sum = 0, worst = 0;
+    int n = 0;
+    Drive(engine, image, 40'000, [&](const EngineState& s) {
+      if (!steady(s)) return;
+      const double off = s.exhaust_lambda * 14.7 / target.At(s.rpm, s.map_kpa) - 1.0;
+      sum += std::abs(off);
+      worst = std::max(worst, std::abs(off));
+      ++n;
+    });
+    ASSERT_GT(n, 5000);
+    EXPECT_LT(sum / n, 0.005);  // the manifold sensor's noise and reading between sites
+    EXPECT_LT(worst, 0.03);
+  }
+}
+
+TEST(EngineTruthTest, TheTrueMapOfAFuelErrorScalesTheCellsInItsRangesOnly) {
+  const CalibrationImage base = EmbeddedBaseCalibration();
+  // With no error the true map is the base calibration's own.
+  const CalibrationImage same = WithTrueFuelMap(base, {}, DefaultTargetTable(base));
+  for (int row = 1; row <= 11; ++row) {
+    for (int column = 1; column <= 17; ++column) {
+      EXPECT_NEAR(same.FuelMs(1, row, column), base.FuelMs(1, row, column), 0.0011);
+    }
+  }
+  const FuelError rich = *ParseFuelError("12@4000-9000,60-100");
+  const CalibrationImage truth = WithTrueFuelMap(base, {{rich}}, DefaultTargetTable(base));
+  for (int row = 1; row <= 11; ++row) {
+    for (int column = 1; column <= 17; ++column) {
+      const bool inside = RpmSites(0)[row - 1] >= 4000 && (column - 1) * 100.0 / 16 >= 60;
+      EXPECT_NEAR(truth.FuelMs(1, row, column) / base.FuelMs(1, row, column), inside ? 1.12 : 1.0,
+                  0.002)
+          << row << " " << column;
+    }
+  }
+}
+
+// Two engines on the same drive, one of them with fuel errors: the same calibration feeds both,
+// so the mixture differs by the error's factor where all four sites around the point lie in its
+// ranges, and not at all where none do.
+TEST(EngineTruthTest, AFuelErrorMovesTheMixtureByItsFactorInItsRegionOnly) {
+  const CalibrationImage image = EmbeddedBaseCalibration();
+  const std::vector<FuelError> errors = {*ParseFuelError("12@4000-9000,60-100"),
+                                         *ParseFuelError("-8@1500-3500,20-50")};
+  EngineModel plain(9);
+  EngineModel wrong(9, errors);
+  const std::array<int, 11> rpms = RpmSites(0);
+  auto sites_in = [&](const EngineState& s, double r1, double r2, double l1, double l2) {
+    const int r0 = std::min(static_cast<int>(s.rpm_site), 9);
+    const int c0 = std::min(static_cast<int>(s.load_site), 15);
+    const double low = c0 * 100.0 / 16, high = (c0 + 1) * 100.0 / 16;
+    return rpms[r0] >= r1 && rpms[r0 + 1] <= r2 && low >= l1 && high <= l2;
+  };
+  int rich = 0, lean = 0, outside = 0;
+  for (int i = 0; i < 60'000; ++i) {
+    plain.Step(image);
+    wrong.Step(image);
+    const EngineState& a = plain.State();
+    const EngineState& b = wrong.State();
+    ASSERT_EQ(a.rpm, b.rpm);  // the driver does not feel the mixture
+    if (!std::isfinite(a.exhaust_lambda)) continue;
+    const double ratio = b.exhaust_lambda / a.exhaust_lambda;
+    if (sites_in(b, 4000, 9000, 60, 100)) {
+      EXPECT_NEAR(ratio, 1.12, 1e-9);  // more air for the same fuel: leaner
+      ++rich;
+    } else if (sites_in(b, 1500, 3500, 20, 50)) {
+      EXPECT_NEAR(ratio, 0.92, 1e-9);
+      ++lean;
+    } else if (b.fuel_error_factor == 1.0) {
+      EXPECT_DOUBLE_EQ(ratio, 1.0);
+      ++outside;
+    }
+  }
+  EXPECT_GT(rich, 1000);
+  EXPECT_GT(lean, 1000);
+  EXPECT_GT(outside, 10'000);
+}
+
+TEST(WidebandTest, TheDelayFallsWithFlow) {
+  EXPECT_DOUBLE_EQ(TransportDelayS(1000, 40), kDelayFloorS + kDelayK / 40'000);
+  EXPECT_GT(TransportDelayS(900, 30), 0.4);    // idle: the exhaust crawls
+  EXPECT_LT(TransportDelayS(6000, 100), 0.1);  // a pull
+  EXPECT_DOUBLE_EQ(TransportDelayS(0, 0), kDelayMaxS);
+}
+
+// A step of the mixture reaches the reading after the delay, then follows with the lag: 63 % of
+// the step one time constant later.
+TEST(WidebandTest, AStepShowsAfterTheDelayThenWithTheLag) {
+  constexpr double kStep = 0.01;
+  Wideband sensor(kStep, 1.0);
+  for (int i = 0; i < 300; ++i) sensor.Step(1.0, 2000, 50);
+  const double delay = TransportDelayS(2000, 50);
+  const int delay_steps = static_cast<int>(std::round(delay / kStep));
+  for (int i = 1; i < delay_steps; ++i) EXPECT_DOUBLE_EQ(sensor.Step(0.9, 2000, 50), 1.0) << i;
+  const int lag_steps = static_cast<int>(std::round(kSensorLagS / kStep));
+  double reading = 0;
+  for (int i = 0; i <= lag_steps; ++i) reading = sensor.Step(0.9, 2000, 50);
+  EXPECT_NEAR(reading, 1.0 - 0.1 * (1 - std::exp(-1.0)), 0.01);
+  for (int i = 0; i < 100; ++i) reading = sensor.Step(0.9, 2000, 50);
+  EXPECT_NEAR(reading, 0.9, 1e-4);
+  // No fuel reads the lean end of the scale; a rich misfire the rich end.
+  for (int i = 0; i < 300; ++i)
+    reading = sensor.Step(std::numeric_limits<double>::infinity(), 2000, 50);
+  EXPECT_DOUBLE_EQ(reading, kSensorMaxLambda);
+  for (int i = 0; i < 300; ++i) reading = sensor.Step(0.3, 2000, 50);
+  EXPECT_DOUBLE_EQ(reading, kSensorMinLambda);
+}
+
+// More injector time written into the image makes the engine richer in the same step; the
+// wideband shows it once the delay has passed.
+TEST(WidebandTest, AnInjectionStepInTheEngineShowsInTheReadingAfterTheDelay) {
+  CalibrationImage image = EmbeddedBaseCalibration();
+  EngineModel engine(4);
+  SteadyCruise steady;
+  Drive(engine, image, 20'000, [](const EngineState&) {});
+  while (!steady(engine.State())) engine.Step(image);
+  const EngineState before = engine.State();
+  CalibrationImage richer = image;
+  for (int r = 1; r <= 11; ++r) {
+    for (int c = 1; c <= 17; ++c) richer.SetFuelMs(1, r, c, image.FuelMs(1, r, c) * 1.25);
+  }
+  engine.Step(richer);
+  EXPECT_LT(engine.State().exhaust_lambda, before.exhaust_lambda / 1.15);
+  const double delay = engine.State().delay_s;
+  double elapsed = 0.01;
+  for (; elapsed < delay - 0.02; elapsed += 0.01) {
+    engine.Step(richer);
+    EXPECT_NEAR(engine.State().lambda, before.lambda, 0.03) << elapsed;
+  }
+  for (int i = 0; i < 60; ++i) engine.Step(richer);
+  EXPECT_LT(engine.State().lambda, before.lambda / 1.15);
+}
+
+}  // namespace
+}  // namespace vela::sim
