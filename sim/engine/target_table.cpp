@@ -8,6 +8,7 @@
 
 #include "calibration/map_axes.h"
 #include "sim/core/base_calibration.h"
+#include "tune/target_table.h"
 
 namespace vela::sim {
 
@@ -108,11 +109,7 @@ bool ReadRow(std::string_view line, std::size_t number, TargetTable& table,
 
 }  // namespace
 
-double DefaultTargetAfr(double load_pct) {
-  const double richer = std::clamp(
-      (load_pct - kRichFromLoadPct) / (kRichestFromLoadPct - kRichFromLoadPct), 0.0, 1.0);
-  return kLeanTargetAfr + (kRichTargetAfr - kLeanTargetAfr) * richer;
-}
+double DefaultTargetAfr(double load) { return vela::DefaultTargetAfr(load); }
 
 double TargetTable::At(double rpm_value, double load_value) const {
   const auto [r, fr] = Between(rpm, rpm_value);
@@ -129,7 +126,7 @@ TargetTable DefaultTargetTable(const CalibrationImage& image) {
   table.load = LoadSiteValues(LoadAxisOfImage(image), sites);
   for (std::size_t row = 0; row < table.rpm.size(); ++row) {
     for (int column = 0; column < sites; ++column) {
-      const double afr = DefaultTargetAfr(100.0 * column / (sites - 1));
+      const double afr = DefaultTargetAfr(table.load[static_cast<std::size_t>(column)]);
       table.afr.push_back(std::round(afr * 10.0) / 10.0);
     }
   }

@@ -25,13 +25,10 @@ inline constexpr double kLowestTargetAfr = 6.0;
 inline constexpr double kHighestTargetAfr = 25.0;
 inline constexpr int kMostTargetPoints = 64;
 
-// The default target by load, in percent of the load axis's span: 14.7 up to 40 %, falling in a
-// straight line to 12.8 at 80 %, 12.8 above. Cells take it rounded to one decimal.
-inline constexpr double kLeanTargetAfr = 14.7;
-inline constexpr double kRichTargetAfr = 12.8;
-inline constexpr double kRichFromLoadPct = 40.0;
-inline constexpr double kRichestFromLoadPct = 80.0;
-double DefaultTargetAfr(double load_pct);
+// The default target at a load in the load axis's unit (kPa, or percent of throttle): the
+// program's own default (tune/target_table.h), so that the engine and the correction aim at the
+// same mixture. Cells take it rounded to one decimal.
+double DefaultTargetAfr(double load);
 
 struct TargetTable {
   std::vector<double> rpm;   // rising

@@ -99,8 +99,9 @@ TEST(DriveLogTest, ACellWrittenLiveChangesTheMixtureAtOnce) {
 TEST(TargetTableTest, TheFileRoundTripsAndItsValuesAreReadBetweenPoints) {
   const TargetTable table = DefaultTargetTable(EmbeddedBaseCalibration());
   EXPECT_DOUBLE_EQ(table.Cell(0, 0), 14.7);
-  EXPECT_DOUBLE_EQ(table.Cell(10, 16), 12.8);
-  EXPECT_DOUBLE_EQ(DefaultTargetAfr(60), (14.7 + 12.8) / 2);
+  // The program's default: richer from 40 kPa to 12.5 at 100 kPa, whatever the column count.
+  EXPECT_DOUBLE_EQ(table.Cell(10, 16), 12.5);
+  EXPECT_DOUBLE_EQ(table.Cell(10, 6), 14.7);
   const std::string text = TargetTableCsv(table, "kPa");
   EXPECT_EQ(text.substr(0, 20), "RPM/kPa,0,6.25,12.5,");
   std::string error;
