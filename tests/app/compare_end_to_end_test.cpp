@@ -66,6 +66,9 @@ bool ChoosePair(RunningProgram& p, int base, int other) {
       })) {
     return false;
   }
+  if (const QString keep = qEnvironmentVariable("VELA_SHOTS"); !keep.isEmpty()) {
+    qApp->activeModalWidget()->grab().save(keep + "/compare-chooser.png");
+  }
   Key(Qt::Key_Left);
   Key(Qt::Key_Home);
   for (int i = 0; i < base; ++i) Key(Qt::Key_Down);
@@ -253,6 +256,10 @@ class CompareEndToEndTest : public QObject {
     Key(Qt::Key_Q, Qt::ControlModifier);
     QCOMPARE(p.Text("CompareView"), "Difference: ECU as last read minus map file good.sm1");
     QCOMPARE(Shown(grid, a.row, a.column).replace(',', '.'), "0.000");
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    if (const QString keep = qEnvironmentVariable("VELA_SHOTS"); !keep.isEmpty()) {
+      p.window().grab().save(keep + "/compare-two-sides.png");
+    }
 
     // A restore point is compared with the first side chosen last.
     CalibrationImage point = read;

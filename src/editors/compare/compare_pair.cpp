@@ -4,13 +4,10 @@ namespace vela {
 
 namespace {
 
-std::string BothSides(const ComparePair& pair) {
-  return OtherSideText(pair.base) + " and " + OtherSideText(pair.other);
-}
-
-std::string NotOneOfTheTwo(const char* what, const ComparePair& pair) {
-  return std::string("Nothing ") + what + ": the editors' image is not one of the two sides (" +
-         BothSides(pair) + "). Ctrl-Shift-Q compares the editors' image.";
+// Short, for the status strip: the bar's caption names both sides.
+std::string NotOneOfTheTwo(const char* what) {
+  return std::string("Nothing ") + what +
+         ": the editors' image is not one of the two sides. Ctrl-Shift-Q compares it.";
 }
 
 }  // namespace
@@ -37,18 +34,18 @@ std::string ViewCaption(CompareView view, const ComparePair& pair) {
 
 std::optional<std::string> TakeRefusal(const ComparePair& pair) {
   if (Editable(pair)) return std::nullopt;
-  return NotOneOfTheTwo("taken", pair);
+  return NotOneOfTheTwo("taken");
 }
 
 std::optional<std::string> SendRefusal(const ComparePair& pair) {
   if (Editable(pair)) return std::nullopt;
-  return NotOneOfTheTwo("sent", pair);
+  return NotOneOfTheTwo("sent");
 }
 
 std::optional<std::string> EditRefusal(CompareView view, const ComparePair& pair) {
   if (!Editable(pair)) {
-    return "Nothing changed: the map shows " + BothSides(pair) +
-           ", not the editors' image. Ctrl-Shift-Q compares the editors' image to edit.";
+    return "Nothing changed: the map shows " + OtherSideText(pair.base) +
+           ", not the editors' image. Ctrl-Shift-Q compares it.";
   }
   if (view == CompareView::kCurrent) return std::nullopt;
   return EditRefusedNote(view);

@@ -29,12 +29,15 @@ TEST(ComparePair, OnlyAPairWithTheEditorsImageAsBaseTakesSendsAndEdits) {
     }
   }
   const ComparePair shown{kEcu, kFile};
+  EXPECT_EQ(EditRefusal(CompareView::kCurrent, shown),
+            "Nothing changed: the map shows ECU as last read, not the editors' image. Ctrl-Shift-Q "
+            "compares it.");
   EXPECT_EQ(TakeRefusal(shown),
-            "Nothing taken: the editors' image is not one of the two sides (ECU as last read and "
-            "map file base.sm1). Ctrl-Shift-Q compares the editors' image.");
+            "Nothing taken: the editors' image is not one of the two sides. Ctrl-Shift-Q compares "
+            "it.");
   EXPECT_EQ(SendRefusal(shown),
-            "Nothing sent: the editors' image is not one of the two sides (ECU as last read and "
-            "map file base.sm1). Ctrl-Shift-Q compares the editors' image.");
+            "Nothing sent: the editors' image is not one of the two sides. Ctrl-Shift-Q compares "
+            "it.");
 }
 
 TEST(ComparePair, ThePairIsTwoDifferentSidesWithTheEditorsFirst) {
