@@ -53,6 +53,32 @@ bool Choose(RunningProgram& p, int row) {
   return QTest::qWaitFor([] { return qApp->activeModalWidget() == nullptr; }) && p.Activate();
 }
 
+// Ctrl-Shift-Q, then Left to the first list, its line `base` taken with Enter, and the second
+// list's line `other` taken with Enter.
+bool ChoosePair(RunningProgram& p, int base, int other) {
+  Key(Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier);
+  if (!QTest::qWaitFor([] { return qobject_cast<CompareChooser*>(qApp->activeModalWidget()); })) {
+    return false;
+  }
+  if (!QTest::qWaitFor([] {
+        return QApplication::focusWidget() &&
+               QApplication::focusWidget()->objectName() == "CompareChoices";
+      })) {
+    return false;
+  }
+  if (const QString keep = qEnvironmentVariable("VELA_SHOTS"); !keep.isEmpty()) {
+    qApp->activeModalWidget()->grab().save(keep + "/compare-chooser.png");
+  }
+  Key(Qt::Key_Left);
+  Key(Qt::Key_Home);
+  for (int i = 0; i < base; ++i) Key(Qt::Key_Down);
+  Key(Qt::Key_Return);
+  Key(Qt::Key_Home);
+  for (int i = 0; i < other; ++i) Key(Qt::Key_Down);
+  Key(Qt::Key_Return);
+  return QTest::qWaitFor([] { return qApp->activeModalWidget() == nullptr; }) && p.Activate();
+}
+
 class CompareEndToEndTest : public QObject {
   Q_OBJECT
 
@@ -180,6 +206,70 @@ class CompareEndToEndTest : public QObject {
         [&] { return p.editors().ecu_image()->Byte(position) != read.Byte(position); }, 10000));
     QCOMPARE(p.Text("CompareCount"), "No cell differs from ECU as last read");
     QCOMPARE(p.Text("CompareCountSetupMainSetup"), "No set-up byte differs from ECU as last read");
+  }
+
+  // The ECU as last read compared with a map file and then a restore point while the editors
+  // differ from both: the grid shows the ECU's values, the counts are the two sides', and
+  // nothing the comparison would change is done.
+  void comparesTwoSidesWithoutTheEditorsReadOnly() {
+    RunningProgram p;
+    QVERIFY2(p.started, p.error.c_str());
+    QVERIFY(p.Run());
+    MapGrid* grid = p.window().map_pages().page(0)->grid();
+    QVERIFY(QTest::qWaitFor([&] { return grid->hasFocus(); }));
+    const CalibrationImage read = *p.editors().ecu_image();
+    const QString ecu_file_cell = Shown(grid, 3, 2);
+    const MapCell a{grid->CurrentRow(), grid->CurrentColumn()};
+    const QString ecu_a = Shown(grid, a.row, a.column);
+    Key(Qt::Key_Up);  // the editors differ from the ECU and from the file at a
+    QVERIFY(Shown(grid, a.row, a.column) != ecu_a);
+    CalibrationImage file = read;
+    file.Write16(FuelPosition(file, 3, 2), 4321);
+    const std::string path = (p.dir.path() + "/good.sm1").toStdString();
+    const std::vector<std::uint8_t> bytes = file.ToVector();
+    QCOMPARE(p.program->files.WriteFile(path, std::string(bytes.begin(), bytes.end())), 0);
+    p.program->dialogs.path = path;
+
+    QVERIFY(ChoosePair(p, 1, 1));  // ECU as last read, with a map file
+    QCOMPARE(p.Text("CompareView"), "Current: ECU as last read, compared with map file good.sm1");
+    QCOMPARE(p.Text("CompareCount"), "1 cell differs from map file good.sm1");
+    QCOMPARE(Shown(grid, a.row, a.column), ecu_a);
+    QCOMPARE(Shown(grid, 3, 2), ecu_file_cell);
+    QVERIFY(grid->model()->index(3, 2).data(MapGridTable::kCellMarkRole).isValid());
+    QVERIFY(!grid->model()->index(a.row, a.column).data(MapGridTable::kCellMarkRole).isValid());
+
+    // Neither a value key nor taking nor sending changes anything, and each says why.
+    const CalibrationImage::Block editors = p.editors().image().Bytes();
+    const std::size_t entries = p.editors().history().journal().Entries().size();
+    Key(Qt::Key_Up);
+    QVERIFY(p.Text("EditNote").startsWith("Nothing changed"));
+    Key(Qt::Key_W, Qt::AltModifier);
+    QVERIFY(QTest::qWaitFor([&] { return p.Text("EditNote").startsWith("Nothing taken"); }));
+    QVERIFY(p.Text("EditNote").contains("the editors' image is not one of the two sides"));
+    Key(Qt::Key_Y, Qt::AltModifier);
+    QVERIFY(QTest::qWaitFor([&] { return p.Text("EditNote").startsWith("Nothing sent"); }));
+    QCOMPARE(p.editors().history().journal().Entries().size(), entries);
+    QCOMPARE(p.editors().image().Bytes(), editors);
+    QCOMPARE(p.Text("CompareCount"), "1 cell differs from map file good.sm1");
+
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    QCOMPARE(p.Text("CompareView"), "Difference: ECU as last read minus map file good.sm1");
+    QCOMPARE(Shown(grid, a.row, a.column).replace(',', '.'), "0.000");
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    if (const QString keep = qEnvironmentVariable("VELA_SHOTS"); !keep.isEmpty()) {
+      p.window().grab().save(keep + "/compare-two-sides.png");
+    }
+
+    // A restore point is compared with the first side chosen last.
+    CalibrationImage point = read;
+    point.Write16(FuelPosition(point, 4, 4), 1234);
+    point.Write16(FuelPosition(point, 5, 5), 1234);
+    p.window().compare().CompareWith("2024-01-31 14:25:30", point);
+    QCOMPARE(p.Text("CompareCount"), "2 cells differ from restore point 2024-01-31 14:25:30");
+    QVERIFY(Choose(p, 2));
+    QVERIFY(!p.window().compare().Comparing());
+    QVERIFY(p.window().compare().Editable());
   }
 
  private:

@@ -136,7 +136,8 @@ class CompensationOperationsTest : public QObject {
 
     // Compared with the ECU as last read (the change read back): the undo makes the changed
     // rows differ until the ECU is read again, and they are framed meanwhile.
-    QVERIFY(p_->window().compare().CompareWithEcu());
+    QVERIFY(p_->window().compare().Compare(CompareSession::Source::kEditors,
+                                           CompareSession::Source::kEcu));
     QVERIFY(!water->Mark(0).isValid() && !water->Mark(2).isValid());
     Step("Ctrl-Z", [&] {
       Key(Qt::Key_Z, Qt::ControlModifier);

@@ -13,6 +13,7 @@ namespace vela {
 namespace {
 
 constexpr std::string_view kCompareFileTitle = "Compare with a Map File";
+constexpr std::string_view kCompareBaseFileTitle = "Compare a Map File";
 
 const char* TableName(EditedMap map) {
   return map == EditedMap::kFuel1 ? "FuelMap1" : map == EditedMap::kFuel2 ? "FuelMap2" : "IgnMap";
@@ -42,23 +43,31 @@ void CompareSession::SetView(EditedMap map, CompareView view) {
   emit Changed();
 }
 
-bool CompareSession::CompareWithEcu() {
-  if (!parts_.editors.ecu_image()) {
-    emit Note("Nothing compared: the ECU's calibration has not been read yet.");
-    return false;
+std::optional<CompareSession::Picked> CompareSession::Pick(Source source,
+                                                           std::string_view file_title) {
+  switch (source) {
+    case Source::kEditors:
+      return Picked{{OtherSideKind::kEditors, {}}, std::nullopt};
+    case Source::kEcu:
+      if (!parts_.editors.ecu_image()) {
+        emit Note("Nothing compared: the ECU's calibration has not been read yet.");
+        return std::nullopt;
+      }
+      return Picked{{OtherSideKind::kEcu, {}}, std::nullopt};
+    case Source::kMapFile:
+      break;
   }
-  Start({OtherSideKind::kEcu, {}}, std::nullopt);
-  return true;
+  return AskMapFile(file_title);
 }
 
-bool CompareSession::CompareWithMapFile() {
+std::optional<CompareSession::Picked> CompareSession::AskMapFile(std::string_view title) {
   std::string& folder = parts_.editors.dialog_memory().folder;
   if (folder.empty() || folder.rfind(parts_.folders.datalogs, 0) == 0) {
     folder = parts_.folders.maps;
   }
-  const std::optional<std::string> path = parts_.dialogs.AskOpenPath(
-      std::string(kLoadMapFilter), std::string(kCompareFileTitle), folder);
-  if (!path) return false;
+  const std::optional<std::string> path =
+      parts_.dialogs.AskOpenPath(std::string(kLoadMapFilter), std::string(title), folder);
+  if (!path) return std::nullopt;
   if (const std::size_t start = NameStart(*path); start > 0) folder = path->substr(0, start);
   MapFileImage read = ReadMapFileImage(parts_.files, *path);
   std::vector<std::string> refusal;
@@ -73,20 +82,29 @@ bool CompareSession::CompareWithMapFile() {
   }
   if (!refusal.empty()) {
     refusal.insert(refusal.begin(), path->substr(NameStart(*path)) + " is not compared:");
-    parts_.messages.Show(MessageIcon::kExclamation, std::string(kCompareFileTitle), refusal);
-    return false;
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(title), refusal);
+    return std::nullopt;
   }
-  Start({OtherSideKind::kMapFile, path->substr(NameStart(*path))}, read.image);
-  return true;
+  return Picked{{OtherSideKind::kMapFile, path->substr(NameStart(*path))}, std::move(read.image)};
+}
+
+bool CompareSession::Compare(Source base, Source other) {
+  std::optional<Picked> first = Pick(base, kCompareBaseFileTitle);
+  if (!first) return false;
+  std::optional<Picked> second = Pick(other, kCompareFileTitle);
+  return second && Start(std::move(*first), std::move(*second));
 }
 
 void CompareSession::CompareWith(QString name, CalibrationImage image) {
-  Start({OtherSideKind::kRestorePoint, name.toStdString()}, std::move(image));
+  Start({pair_.base, base_},
+        {{OtherSideKind::kRestorePoint, name.toStdString()}, std::move(image)});
 }
 
 void CompareSession::StopComparing() {
   if (!comparing_) return;
   comparing_ = false;
+  pair_ = {};
+  base_.reset();
   other_.reset();
   comparison_ = {};
   views_.fill(CompareView::kCurrent);
@@ -94,32 +112,46 @@ void CompareSession::StopComparing() {
   emit Changed();
 }
 
-void CompareSession::Start(OtherSide side, std::optional<CalibrationImage> image) {
+bool CompareSession::Start(Picked base, Picked other) {
+  const ComparePair pair{base.side, other.side};
+  if (const std::optional<std::string> refusal = PairRefusal(pair)) {
+    emit Note(QString::fromStdString(*refusal));
+    return false;
+  }
   comparing_ = true;
-  side_ = std::move(side);
-  other_ = std::move(image);
+  pair_ = pair;
+  base_ = std::move(base.image);
+  other_ = std::move(other.image);
   Recompute();
-  emit Note(QString::fromStdString("Comparing with " + OtherSideText(side_)));
+  const std::string first = Editable() ? "" : OtherSideText(pair_.base) + " ";
+  emit Note(QString::fromStdString("Comparing " + first + "with " + OtherSideText(pair_.other)));
+  return true;
 }
 
-const CalibrationImage* CompareSession::TheirImage() const {
-  if (side_.kind != OtherSideKind::kEcu) return other_ ? &*other_ : nullptr;
+const CalibrationImage* CompareSession::ImageOf(const OtherSide& side,
+                                                const std::optional<CalibrationImage>& own) const {
+  if (side.kind == OtherSideKind::kEditors) return &parts_.editors.image();
+  if (side.kind != OtherSideKind::kEcu) return own ? &*own : nullptr;
   const std::optional<CalibrationImage>& ecu = parts_.editors.ecu_image();
   return ecu ? &*ecu : nullptr;
 }
 
 void CompareSession::Recompute() {
   if (!comparing_) return;
-  const CalibrationImage* theirs = TheirImage();
-  if (!theirs) return;
-  comparison_ = CompareImages(parts_.editors.image(), *theirs,
-                              CompensationCompareTables(parts_.editors.state().sensors));
+  const CalibrationImage* ours = ImageOf(pair_.base, base_);
+  const CalibrationImage* theirs = ImageOf(pair_.other, other_);
+  if (!ours || !theirs) return;
+  comparison_ =
+      CompareImages(*ours, *theirs, CompensationCompareTables(parts_.editors.state().sensors));
   emit Changed();
 }
 
 QString CompareSession::TakeOther(EditedMap map, MapGridModel& grid, bool whole_map) {
   const TableComparison* table = Table(map);
   if (!table) return "Nothing compared: Ctrl-Shift-Q chooses what to compare with.";
+  if (const std::optional<std::string> refusal = TakeRefusal(pair_)) {
+    return QString::fromStdString(*refusal);
+  }
   const CellRect rect = whole_map ? WholeMap(grid) : SelectionOf(grid);
   const vela::TakeOther take =
       whole_map ? TakeOtherValues(*table) : TakeOtherValues(*table, ToMapCellRect(rect));
@@ -137,10 +169,10 @@ QString CompareSession::TakeOther(EditedMap map, MapGridModel& grid, bool whole_
   const DutyContext duty{state.setup.ignition_divide, state.setup.fuel_mode == kFuelModeSequential};
   const BulkChange change = ApplyTargets(grid, rect, target, duty);
   parts_.editors.CellsBulkEdited(map, grid, change.changed, EditKind::kTakeOther,
-                                 OtherSideText(side_));
+                                 OtherSideText(pair_.other));
   QString note = QString("Took %1 of %2")
                      .arg(Plural(static_cast<int>(change.changed.size()), "value", "values"),
-                          QString::fromStdString(OtherSideText(side_)));
+                          QString::fromStdString(OtherSideText(pair_.other)));
   if (change.capped > 0) note += QString(", %1 held at the duty limit").arg(change.capped);
   if (take.skipped > 0) {
     note += QString(", %1 only one side holds").arg(Plural(take.skipped, "cell", "cells"));
@@ -151,11 +183,14 @@ QString CompareSession::TakeOther(EditedMap map, MapGridModel& grid, bool whole_
 QString CompareSession::SendDifferences(EditedMap map) {
   const TableComparison* table = Table(map);
   if (!table) return "Nothing compared: Ctrl-Shift-Q chooses what to compare with.";
+  if (const std::optional<std::string> refusal = SendRefusal(pair_)) {
+    return QString::fromStdString(*refusal);
+  }
   const std::vector<int> positions = PositionsToSend(*table);
   parts_.editors.SendCells(positions);
   return QString("Sending %1 that differ from %2")
       .arg(Plural(static_cast<int>(positions.size()), "cell", "cells"),
-           QString::fromStdString(OtherSideText(side_)));
+           QString::fromStdString(OtherSideText(pair_.other)));
 }
 
 }  // namespace vela

@@ -1,9 +1,10 @@
-// A comparison of the editors' image with another: the ECU's calibration as last read, a map
-// file or a restore point. The comparison follows both sides: it is worked out again whenever
-// the editors' image changes (an edit, an undo) and whenever the other side does (a new read of
-// the ECU's calibration). Each map page has its own view of it (current, other side,
-// difference). From it the other side's values are taken into the editors' image as one edit,
-// and the differing cells are sent to the ECU.
+// A comparison of two of: the editors' image, the ECU's calibration as last read, a map file, a
+// restore point. The first side (the base) is the editors' image unless the tuner chose
+// another; the comparison follows both sides: it is worked out again whenever the editors'
+// image changes (an edit, an undo) and whenever the ECU's calibration does (a new read). Each
+// map page has its own view of it (current, other side, difference). With the editors' image as
+// the base, the other side's values are taken into it as one edit and the differing cells are
+// sent to the ECU; with another base the comparison only shows (compare_pair.h).
 #pragma once
 
 #include <QObject>
@@ -12,7 +13,7 @@
 #include <optional>
 
 #include "app/sessions/editor_session.h"
-#include "editors/compare/compare_texts.h"
+#include "editors/compare/compare_pair.h"
 #include "editors/workbench/image_compare.h"
 
 namespace vela {
@@ -33,10 +34,22 @@ class CompareSession : public QObject {
 
   explicit CompareSession(CompareSessionParts parts, QObject* parent = nullptr);
 
+  // The sides the chooser offers; a restore point comes from the list of restore points.
+  enum class Source { kEditors, kEcu, kMapFile };
+
   bool Comparing() const { return comparing_; }
   // The ECU's calibration has been read, so it can be compared with.
   bool EcuRead() const { return parts_.editors.ecu_image().has_value(); }
-  const OtherSide& Side() const { return side_; }
+  const OtherSide& Side() const { return pair_.other; }
+  const ComparePair& Pair() const { return pair_; }
+  // The editors' image is the base: taking, sending and editing are allowed.
+  bool Editable() const { return vela::Editable(pair_); }
+  // The first side as the chooser offers it (the editors' image while a restore point is it).
+  Source BaseSource() const {
+    return pair_.base.kind == OtherSideKind::kEcu       ? Source::kEcu
+           : pair_.base.kind == OtherSideKind::kMapFile ? Source::kMapFile
+                                                        : Source::kEditors;
+  }
   const ImageComparison& Comparison() const { return comparison_; }
   // The map's table of the comparison, null while nothing is compared.
   const TableComparison* Table(EditedMap map) const;
@@ -44,22 +57,23 @@ class CompareSession : public QObject {
   CompareView View(EditedMap map) const { return views_[Index(map)]; }
   void SetView(EditedMap map, CompareView view);
 
-  // Compares with the ECU's calibration as last read; false, with a note, before one was read.
-  bool CompareWithEcu();
-  // Asks for a map file and compares with it; a file that is no map or fails the map checks is
-  // refused with its reasons. False when nothing changed.
-  bool CompareWithMapFile();
+  // Compares `base` with `other`. The ECU's calibration is refused, with a note, before one was
+  // read; a map file is asked for (base first), and one that is no map or fails the map checks
+  // is refused with its reasons. False, with the comparison as it was, when nothing changed.
+  bool Compare(Source base, Source other);
+  // Stops comparing; the base is the editors' image again.
   void StopComparing();
 
   // The other side's values taken into `grid` (the map's page grid), for its selection or the
   // whole map, under the rules of any edit (the duty cap, the map's range), as one journal entry.
-  // Returns the note saying what was done.
+  // Returns the note saying what was done, or why nothing was (the base is not the editors').
   QString TakeOther(EditedMap map, MapGridModel& grid, bool whole_map);
   // The editors' values of the map's differing cells sent to the ECU; returns the note.
   QString SendDifferences(EditedMap map);
 
  public slots:
-  // Compares with a restore point: `name` as the list of restore points shows it.
+  // Compares the base last chosen with a restore point: `name` as the list of restore points
+  // shows it.
   void CompareWith(QString name, CalibrationImage image);
 
  signals:
@@ -70,14 +84,24 @@ class CompareSession : public QObject {
 
  private:
   static std::size_t Index(EditedMap map) { return static_cast<std::size_t>(map); }
-  void Start(OtherSide side, std::optional<CalibrationImage> image);
+  // A side picked for a comparison, with its image when it keeps one of its own.
+  struct Picked {
+    OtherSide side;
+    std::optional<CalibrationImage> image;
+  };
+  std::optional<Picked> Pick(Source source, std::string_view file_title);
+  std::optional<Picked> AskMapFile(std::string_view title);
+  bool Start(Picked base, Picked other);
   void Recompute();
-  // The other side's image now: the ECU's as last read follows every new read.
-  const CalibrationImage* TheirImage() const;
+  // A side's image now: the editors' as edited, the ECU's as last read (it follows every new
+  // read), or the side's own.
+  const CalibrationImage* ImageOf(const OtherSide& side,
+                                  const std::optional<CalibrationImage>& own) const;
 
   CompareSessionParts parts_;
   bool comparing_ = false;
-  OtherSide side_;
+  ComparePair pair_;
+  std::optional<CalibrationImage> base_;   // a map file's image as the base
   std::optional<CalibrationImage> other_;  // a map file's or a restore point's image
   ImageComparison comparison_;
   std::array<CompareView, kMapPages> views_{};

@@ -11,12 +11,13 @@ namespace {
 
 QString Hex(const Rgb& rgb) { return QColor(rgb.red, rgb.green, rgb.blue).name(); }
 
-QString Legend() {
+// `first`: the side whose higher or lower values the colours say.
+QString Legend(const QString& first) {
   return QString(
-             "editors: <span style=\"color:%1\">&#9632;</span> higher &nbsp;"
+             "%4: <span style=\"color:%1\">&#9632;</span> higher &nbsp;"
              "<span style=\"color:%2\">&#9632;</span> lower &nbsp;"
              "<span style=\"color:%3\">&#9632;</span> one side only")
-      .arg(Hex(kOursHigherMark), Hex(kOursLowerMark), Hex(kOneSideMark));
+      .arg(Hex(kOursHigherMark), Hex(kOursLowerMark), Hex(kOneSideMark), first);
 }
 
 }  // namespace
@@ -43,7 +44,8 @@ CompareBar::CompareBar(const QString& suffix, QWidget* parent)
           &CompareBar::SendDifferences);
   for (QPushButton* button : findChildren<QPushButton*>()) bottom->addWidget(button);
   bottom->addStretch(1);
-  auto* legend = new QLabel(Legend(), this);
+  legend_ = new QLabel(Legend("editors"), this);
+  QLabel* legend = legend_;
   legend->setObjectName("CompareLegend" + suffix);
   legend->setAccessibleName("Colours of the differing cells");
   legend->setToolTip(
@@ -61,13 +63,15 @@ QPushButton* CompareBar::Button(const QString& text, const QString& name) {
   return button;
 }
 
-void CompareBar::Show(CompareView view, const QString& caption, const QString& count) {
+void CompareBar::Show(CompareView view, const QString& caption, const QString& count,
+                      bool read_only) {
   caption_->setText(caption);
   count_->setText(count);
-  const QString style = view == CompareView::kCurrent
+  const QString style = view == CompareView::kCurrent && !read_only
                             ? "font-weight: bold;"
                             : "font-weight: bold; background-color: rgb(255, 214, 120);";
   if (caption_->styleSheet() != style) caption_->setStyleSheet(style);
+  legend_->setText(Legend(read_only ? "first side" : "editors"));
   setAccessibleName(caption);
   show();
 }

@@ -19,8 +19,9 @@ class CompareBar : public QFrame {
   // `suffix` is added to the objectNames, as on the page's other labels ("", "Map2", "Ign").
   CompareBar(const QString& suffix, QWidget* parent = nullptr);
 
-  // The caption and the count; the other side's values and the difference stand out.
-  void Show(CompareView view, const QString& caption, const QString& count);
+  // The caption and the count; whatever is not the editors' values to edit (the other side's
+  // values, the difference, a comparison `read_only` without the editors' image) stands out.
+  void Show(CompareView view, const QString& caption, const QString& count, bool read_only);
 
  signals:
   void TakeSelection();
@@ -32,6 +33,7 @@ class CompareBar : public QFrame {
 
   QLabel* caption_;
   QLabel* count_;
+  QLabel* legend_ = nullptr;
 };
 
 }  // namespace vela

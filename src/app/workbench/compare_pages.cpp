@@ -72,10 +72,13 @@ bool ComparePages::HandleKey(KeyAction action, const QKeyEvent& event, int tab) 
     OpenChooser();
     return true;
   }
-  if (!IsMapPage(tab) || session_.View(MapOf(tab)) == CompareView::kCurrent) return false;
+  if (!IsMapPage(tab) || !session_.Comparing()) return false;
+  const std::optional<std::string> refusal =
+      EditRefusal(session_.View(MapOf(tab)), session_.Pair());
+  if (!refusal) return false;
   if (action != KeyAction::kPassToGrid && action != KeyAction::kInsertLiveValue) return false;
   if (!ChangesMapValues(MapKeyPressOf(event), TypedCharacter(event))) return false;
-  emit Note(QString::fromStdString(EditRefusedNote(session_.View(MapOf(tab)))));
+  emit Note(QString::fromStdString(*refusal));
   return true;
 }
 
@@ -92,15 +95,16 @@ void ComparePages::CycleView(int tab) {
 }
 
 void ComparePages::OpenChooser() {
-  auto* chooser = new CompareChooser(session_.EcuRead(), session_.Comparing(), window_);
+  auto* chooser =
+      new CompareChooser(session_.EcuRead(), session_.Comparing(), session_.BaseSource(), window_);
   chooser->setAttribute(Qt::WA_DeleteOnClose);
   connect(chooser, &QDialog::accepted, this, [this, chooser] {
     switch (chooser->Chosen()) {
       case CompareChooser::Choice::kEcu:
-        session_.CompareWithEcu();
+        session_.Compare(chooser->Base(), CompareSession::Source::kEcu);
         break;
       case CompareChooser::Choice::kMapFile:
-        session_.CompareWithMapFile();
+        session_.Compare(chooser->Base(), CompareSession::Source::kMapFile);
         break;
       case CompareChooser::Choice::kStop:
         session_.StopComparing();
@@ -154,11 +158,13 @@ void ComparePages::ShowMapPage(int page) {
   }
   const CompareView view = session_.View(MapOf(page));
   const MapKind kind = map_page->grid()->Model().Kind();
-  GridOverlay overlay = CompareOverlay(*table, view, CellDecimals(kind), SystemDecimalSeparator());
+  GridOverlay overlay = CompareOverlay(*table, view, CellDecimals(kind), SystemDecimalSeparator(),
+                                       !session_.Editable());
   map_page->grid()->SetOverlay(overlay);
   map_page->graph()->SetOverlay(std::move(overlay));
-  bar->Show(view, QString::fromStdString(ViewCaption(view, session_.Side())),
-            QString::fromStdString(CellCountText(table->DifferingCount(), session_.Side())));
+  bar->Show(view, QString::fromStdString(ViewCaption(view, session_.Pair())),
+            QString::fromStdString(CellCountText(table->DifferingCount(), session_.Side())),
+            !session_.Editable());
 }
 
 void ComparePages::Take(int page, bool whole_map) {

@@ -25,13 +25,14 @@ double LargestDifference(const TableComparison& table) {
   return largest;
 }
 
-CellOverlay OtherSideLook(const TableComparison& table, MapCell cell, int decimals,
-                          char separator) {
+// The values of one side: theirs in the other side's view, the base's in the current view.
+CellOverlay SideLook(const TableComparison& table, MapCell cell, CompareView view, int decimals,
+                     char separator) {
   CellOverlay look;
-  const std::optional<double> theirs = table.Theirs(cell);
-  look.text = theirs ? ValueText(*theirs, decimals, separator, false) : std::string();
-  look.value = theirs;
-  if (!theirs) look.ground = kOneSideGround;
+  const std::optional<double> value = table.Shown(cell, view);
+  look.text = value ? ValueText(*value, decimals, separator, false) : std::string();
+  look.value = value;
+  if (!value) look.ground = kOneSideGround;
   return look;
 }
 
@@ -67,14 +68,16 @@ Rgb DifferenceGround(double difference, double largest) {
 }
 
 GridOverlay CompareOverlay(const TableComparison& table, CompareView view, int decimals,
-                           char separator) {
+                           char separator, bool base_values) {
   GridOverlay overlay(table.FirstRow() + table.Rows() - 1, table.Columns());
   const double largest = view == CompareView::kDifference ? LargestDifference(table) : 0.0;
   for (int r = 0; r < table.Rows(); ++r) {
     for (int column = 1; column <= table.Columns(); ++column) {
       const MapCell cell{table.FirstRow() + r, column};
       CellOverlay look;
-      if (view == CompareView::kOther) look = OtherSideLook(table, cell, decimals, separator);
+      if (view == CompareView::kOther || (view == CompareView::kCurrent && base_values)) {
+        look = SideLook(table, cell, view, decimals, separator);
+      }
       if (view == CompareView::kDifference) {
         look = DifferenceLook(table, cell, decimals, separator, largest);
       }

@@ -26,8 +26,9 @@ Rgb DifferenceGround(double difference, double largest);
 
 // The overlay of a grid showing `table` in `view`, its values written with `decimals` and the
 // decimal mark `separator`. The current view marks the differing cells and leaves the values
-// as the grid has them (they follow the edits at once).
+// as the grid has them (they follow the edits at once); with `base_values` (a base other than
+// the editors' image, whose values the grid does not hold) it shows the first side's values.
 GridOverlay CompareOverlay(const TableComparison& table, CompareView view, int decimals,
-                           char separator);
+                           char separator, bool base_values = false);
 
 }  // namespace vela

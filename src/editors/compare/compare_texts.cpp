@@ -25,6 +25,8 @@ std::string OtherSideText(const OtherSide& other) {
       return "ECU as last read";
     case OtherSideKind::kMapFile:
       return "map file " + other.name;
+    case OtherSideKind::kEditors:
+      return "the editors' image";
     case OtherSideKind::kRestorePoint:
       break;
   }

@@ -9,15 +9,17 @@
 
 namespace vela {
 
-// The other side of a comparison. The editors' image is always the first side.
-enum class OtherSideKind { kEcu, kMapFile, kRestorePoint };
+// One side of a comparison: the ECU's calibration as last read, a map file, a restore point, or
+// the editors' image (the first side by default, see compare_pair.h).
+enum class OtherSideKind { kEcu, kMapFile, kRestorePoint, kEditors };
 struct OtherSide {
   OtherSideKind kind = OtherSideKind::kEcu;
   std::string name;  // the map file's name, the restore point as its list shows it
   bool operator==(const OtherSide&) const = default;
 };
 
-// "ECU as last read", "map file base.sm1", "restore point 2024-01-31 14:25:30".
+// "ECU as last read", "map file base.sm1", "restore point 2024-01-31 14:25:30", "the editors'
+// image".
 std::string OtherSideText(const OtherSide& other);
 
 // The caption of a map page's view: "Current: the editors' values, compared with ...",

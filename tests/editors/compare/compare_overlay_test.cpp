@@ -54,6 +54,22 @@ TEST_F(CompareOverlayTest, OtherSideViewShowsTheirValuesWithTheComputersDecimalM
   EXPECT_EQ(overlay.At(5, 5)->text, "2,000");
 }
 
+// A base the grid does not hold: the current view shows the base's values (ours), every cell,
+// and keeps the marks; the other views are as with the editors' image.
+TEST_F(CompareOverlayTest, CurrentViewOfAnotherBaseShowsTheBasesValues) {
+  ours.SetFuelMs(1, 1, 1, 2.5);
+  const TableComparison table = Fuel();
+  const GridOverlay current = CompareOverlay(table, CompareView::kCurrent, 3, ',', true);
+  EXPECT_EQ(current.At(11, 1)->text, "2,500");
+  EXPECT_EQ(current.At(11, 1)->value, 2.5);
+  EXPECT_EQ(current.At(11, 1)->mark, kOursHigherMark);
+  EXPECT_EQ(current.At(5, 5)->text, "2,000");
+  EXPECT_EQ(current.At(5, 5)->mark, std::nullopt);
+  EXPECT_EQ(CompareOverlay(table, CompareView::kOther, 3, ',', true).At(11, 1)->text, "2,000");
+  EXPECT_EQ(CompareOverlay(table, CompareView::kDifference, 3, ',', true).At(11, 1)->text,
+            "+0,500");
+}
+
 TEST_F(CompareOverlayTest, DifferenceViewSignsAndColoursByDirectionAndSize) {
   ours.SetFuelMs(1, 1, 1, 2.5);   // +0.5, the largest
   ours.SetFuelMs(1, 1, 2, 2.1);   // +0.1
