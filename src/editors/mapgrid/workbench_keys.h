@@ -38,7 +38,7 @@ inline constexpr std::array<WorkbenchKeyRow, 20> kWorkbenchKeyRows = {{
     {"Ctrl-Shift-Z", "Redo"},
     {"Ctrl-J", "History of changes and restore points"},
     {"Ctrl-Q", "Compared view: current, other side, difference"},
-    {"Ctrl-Shift-Q", "Choose what to compare with"},
+    {"Ctrl-Shift-Q", "Choose the two sides to compare"},
 }};
 
 // What a key pressed on a map grid asks of the workbench.
