@@ -150,6 +150,18 @@ RowChange PlanInterpolation(const SmallGridModel& grid, int first, int last) {
       Interpolate(ValuesOf(grid, first, last), axes, InterpolationDirection::kColumns));
 }
 
+RowChange PlanFill(const SmallGridModel& grid, int first, int last, double live_x) {
+  const std::optional<std::vector<double>> axis = RowAxisOf(grid, 0, grid.Rows() - 1);
+  if (!axis || axis->empty() || !std::isfinite(live_x)) return {};
+  std::size_t nearest = 0;
+  for (std::size_t row = 1; row < axis->size(); ++row) {
+    if (std::abs((*axis)[row] - live_x) < std::abs((*axis)[nearest] - live_x)) nearest = row;
+  }
+  const double value = grid.Value(static_cast<int>(nearest));
+  return PlanRows(grid, OnGrid(grid, first), OnGrid(grid, last),
+                  [value](int, double) { return value; });
+}
+
 RowChange PlanSmoothing(const SmallGridModel& grid, int first, int last) {
   first = OnGrid(grid, first);
   last = OnGrid(grid, last);

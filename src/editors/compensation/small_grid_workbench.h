@@ -70,6 +70,10 @@ std::optional<std::vector<double>> RowAxisOf(const SmallGridModel& grid, int fir
 // 1-2-1 smoothing keeping both end rows. Nothing (no change) on a table without an axis.
 RowChange PlanInterpolation(const SmallGridModel& grid, int first, int last);
 RowChange PlanSmoothing(const SmallGridModel& grid, int first, int last);
+// Fill: every selected row takes the value of the row nearest `live_x` along the table's axis
+// (the live air or water temperature, the battery volts), as the maps fill from the cell under
+// the live point. Nothing (no change) on a table without an axis.
+RowChange PlanFill(const SmallGridModel& grid, int first, int last, double live_x);
 
 // Copy: the selected rows as a one-column block, each row with its own decimals.
 SheetBlock RowSheetBlock(const SmallGridModel& grid, int first, int last);

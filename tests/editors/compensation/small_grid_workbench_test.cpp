@@ -118,6 +118,21 @@ TEST(RowShapingTest, InterpolationFollowsTheAxisAndSmoothingKeepsTheEnds) {
   EXPECT_THAT(PlanSmoothing(pump, 0, 2).changed, IsEmpty());
 }
 
+// Fill takes the row nearest the live point along the axis (volts here, unevenly spaced), not the
+// row at the same index, and leaves the rows already at that value out of the change.
+TEST(RowShapingTest, FillTakesTheRowNearestTheLivePoint) {
+  SmallGridModel volts({"10", "11", "13", "16"}, {0, 1, 2, 3});
+  for (int row = 0; row < 4; ++row) {
+    volts.SetFormat(row, FormatOf(CompTable::kBattMap, 0, {}));
+    volts.SetRaw(row, 100 + 20 * row);
+  }
+  EXPECT_THAT(PlanFill(volts, 0, 3, 14.6).changed,
+              ElementsAre(SmallRowValue{0, 160}, SmallRowValue{1, 160}, SmallRowValue{2, 160}));
+  EXPECT_THAT(PlanFill(volts, 1, 2, 11.4).changed, ElementsAre(SmallRowValue{2, 120}));
+  const SmallGridModel pump = TableGrid(CompTable::kThrottlePump, {128, 0, 5, 100});
+  EXPECT_THAT(PlanFill(pump, 0, 2, 50.0).changed, IsEmpty());
+}
+
 TEST(RowSheetTest, CopyKeepsEachRowsDecimalsAndAPasteLandsAtTheCursor) {
   SmallGridModel pump = TableGrid(CompTable::kThrottlePump, {128, 10, 5, 102});
   EXPECT_EQ(SheetText(RowSheetBlock(pump, 2, 3), ','), "2,0\n9,97\n");

@@ -222,7 +222,7 @@ void CompensationPage::CarryChord(CompTable table, GridChord chord, char typed) 
       Paste(table);
       break;
     case GridChord::kFill:
-      parts_.editors.Note("Fill from the live operating point works on the maps");
+      Fill(table);
       break;
     default:
       break;
@@ -242,6 +242,22 @@ void CompensationPage::Shape(CompTable table, bool interpolate) {
   const std::string rows = "rows " + model.RowLabel(first) + " to " + model.RowLabel(last);
   Finish(table, change, interpolate ? EditKind::kInterpolation : EditKind::kSmoothing,
          (interpolate ? "interpolated " : "smoothed ") + rows);
+}
+
+// Ctrl-E: the selected rows take the value at the live point of the table's axis.
+void CompensationPage::Fill(CompTable table) {
+  const SmallGridModel& model = grid(table)->Model();
+  const std::optional<double> live_x = curve(table)->LiveX();
+  if (!live_x || !RowAxisOf(model, 0, model.Rows() - 1)) {
+    parts_.editors.Note(live_x ? "The throttle pump's rows are separate settings: nothing to fill"
+                               : "No live value to fill from");
+    return;
+  }
+  const int first = model.SelectionFirst();
+  const int last = model.SelectionLast();
+  Finish(table, PlanFill(model, first, last, *live_x), EditKind::kFill,
+         "filled rows " + model.RowLabel(first) + " to " + model.RowLabel(last) +
+             " from the live point");
 }
 
 void CompensationPage::Copy(CompTable table) {

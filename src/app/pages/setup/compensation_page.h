@@ -53,6 +53,7 @@ class CompensationPage : public QWidget {
   // The workbench on a table's selected rows (see small_grid_workbench.h).
   void CarryChord(CompTable table, GridChord chord, char typed);
   void Shape(CompTable table, bool interpolate);
+  void Fill(CompTable table);
   void Copy(CompTable table);
   void Paste(CompTable table);
   void Preview(CompTable table, const QString& text);
