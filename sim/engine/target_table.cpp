@@ -6,6 +6,7 @@
 #include <numeric>
 #include <span>
 
+#include "base/text_fields.h"
 #include "calibration/map_axes.h"
 #include "sim/core/base_calibration.h"
 #include "tune/target_table.h"
@@ -18,11 +19,7 @@ std::vector<std::string_view> Fields(std::string_view line) {
   std::vector<std::string_view> fields;
   for (;;) {
     const std::size_t comma = line.find(',');
-    std::string_view field = line.substr(0, comma);
-    const std::size_t first = field.find_first_not_of(" \t");
-    const std::size_t last = field.find_last_not_of(" \t");
-    fields.push_back(first == std::string_view::npos ? std::string_view()
-                                                     : field.substr(first, last - first + 1));
+    fields.push_back(TrimBlanks(line.substr(0, comma)));
     if (comma == std::string_view::npos) return fields;
     line.remove_prefix(comma + 1);
   }

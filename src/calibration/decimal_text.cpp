@@ -4,6 +4,8 @@
 #include <cctype>
 #include <charconv>
 
+#include "base/text_fields.h"
+
 namespace vela {
 
 namespace {
@@ -12,13 +14,6 @@ constexpr std::int64_t kMaxPoint = 309;            // 1e309 is beyond any double
 constexpr std::int64_t kExponentCeiling = 100000;  // saturates absurd exponents
 
 bool IsDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
-
-std::string_view TrimBlanks(std::string_view text) {
-  const auto first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  const auto last = text.find_last_not_of(" \t");
-  return text.substr(first, last - first + 1);
-}
 
 std::string TakeDigits(std::string_view text, std::size_t& index) {
   std::string digits;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/text_fields.h"
+
 namespace vela {
 
 namespace {
@@ -16,16 +18,6 @@ constexpr std::array<std::pair<double, double>, 5> kDefaultTargets = {
 constexpr double kTargetAxisTolerance = 0.0005;
 
 using CsvFields = std::vector<std::string>;
-
-std::string TrimmedField(std::string_view field) {
-  const auto first = field.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  field = field.substr(first, field.find_last_not_of(" \t") - first + 1);
-  if (field.size() >= 2 && field.front() == '"' && field.back() == '"') {
-    field = field.substr(1, field.size() - 2);
-  }
-  return std::string(field);
-}
 
 // The CSV's non-blank lines split at commas (a byte-order mark and "\r" line ends tolerated).
 std::vector<CsvFields> CsvLines(std::string_view csv) {
@@ -41,9 +33,9 @@ std::vector<CsvFields> CsvLines(std::string_view csv) {
     std::size_t start = 0;
     for (std::size_t comma; (comma = line.find(',', start)) != std::string_view::npos;
          start = comma + 1) {
-      fields.push_back(TrimmedField(line.substr(start, comma - start)));
+      fields.push_back(UnquotedField(line.substr(start, comma - start)));
     }
-    fields.push_back(TrimmedField(line.substr(start)));
+    fields.push_back(UnquotedField(line.substr(start)));
     lines.push_back(std::move(fields));
   }
   return lines;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/text_fields.h"
 #include "calibration/conversions.h"
 #include "editors/map_file.h"
 
@@ -35,16 +36,6 @@ std::string CsvBlock(const CalibrationImage& image, MapId map) {
   return out;
 }
 
-std::string Unquoted(std::string_view field) {
-  const auto first = field.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  field = field.substr(first, field.find_last_not_of(" \t") - first + 1);
-  if (field.size() >= 2 && field.front() == '"' && field.back() == '"') {
-    field = field.substr(1, field.size() - 2);
-  }
-  return std::string(field);
-}
-
 // The CSV's blocks: runs of non-empty lines.
 std::vector<Block> BlocksOf(std::string_view csv) {
   std::vector<Block> blocks(1);
@@ -61,9 +52,9 @@ std::vector<Block> BlocksOf(std::string_view csv) {
     std::size_t start = 0;
     for (std::size_t comma; (comma = line.find(',', start)) != std::string_view::npos;
          start = comma + 1) {
-      row.push_back(Unquoted(line.substr(start, comma - start)));
+      row.push_back(UnquotedField(line.substr(start, comma - start)));
     }
-    row.push_back(Unquoted(line.substr(start)));
+    row.push_back(UnquotedField(line.substr(start)));
     blocks.back().push_back(std::move(row));
   }
   if (blocks.back().empty()) blocks.pop_back();

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <optional>
 
+#include "base/text_fields.h"
 #include "calibration/conversions.h"
 #include "calibration/decimal_text.h"
 
@@ -81,17 +82,10 @@ TextRows SplitCells(std::string_view text, char separator) {
   return rows;
 }
 
-std::string_view Trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  const auto last = text.find_last_not_of(" \t");
-  return text.substr(first, last - first + 1);
-}
-
 // A cell's content: blanks around it and one pair of surrounding quotes dropped ("" inside
 // quotes is one quote).
 std::string CellContent(std::string_view raw) {
-  std::string_view text = Trimmed(raw);
+  std::string_view text = TrimBlanks(raw);
   if (text.size() < 2 || text.front() != '"' || text.back() != '"') return std::string(text);
   std::string inner;
   const std::string_view quoted = text.substr(1, text.size() - 2);
@@ -99,7 +93,7 @@ std::string CellContent(std::string_view raw) {
     inner += quoted[i];
     if (quoted[i] == '"' && i + 1 < quoted.size() && quoted[i + 1] == '"') ++i;
   }
-  return std::string(Trimmed(inner));
+  return std::string(TrimBlanks(inner));
 }
 
 // Blank cells at the end of each row and blank rows at the end of the text go: spreadsheets
@@ -121,11 +115,11 @@ bool AllDigits(std::string_view text) {
 // "-12,500,000"): which was meant cannot be told.
 bool LooksGrouped(const std::vector<std::string>& row) {
   if (row.size() < 2) return false;
-  std::string_view first = Trimmed(row.front());
+  std::string_view first = TrimBlanks(row.front());
   if (!first.empty() && (first.front() == '-' || first.front() == '+')) first.remove_prefix(1);
   if (!AllDigits(first) || first.size() > 3) return false;
   return std::all_of(row.begin() + 1, row.end(), [](const std::string& cell) {
-    const std::string_view group = Trimmed(cell);
+    const std::string_view group = TrimBlanks(cell);
     return group.size() == 3 && AllDigits(group);
   });
 }
