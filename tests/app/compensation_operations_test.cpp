@@ -164,6 +164,17 @@ class CompensationOperationsTest : public QObject {
     QCOMPARE(batt->Model().Text(4), std::string("0.31"));
     QCOMPARE(batt->Model().Text(5), std::string("0.27"));
     QCOMPARE(p_->editors().history().journal().Entries().back().kind, EditKind::kPaste);
+    // Copied with the axis column and pasted higher up: the volts are checked and skipped.
+    batt->SetCurrentRow(4);
+    Key(Qt::Key_Down, Qt::ControlModifier | Qt::ShiftModifier);
+    Key(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    const QString copied = QGuiApplication::clipboard()->text();
+    QVERIFY2(copied.startsWith(QString::fromStdString(batt->Model().RowLabel(4)) + "\t"),
+             qPrintable(copied));
+    batt->SetCurrentRow(1);
+    Step("Ctrl-V with the axis", [&] { Key(Qt::Key_V, Qt::ControlModifier); });
+    QCOMPARE(batt->Model().Text(1), std::string("0.31"));
+    QCOMPARE(batt->Model().Text(2), std::string("0.27"));
 
     const CalibrationImage before = p_->editors().image();
     Key(Qt::Key_Equal);

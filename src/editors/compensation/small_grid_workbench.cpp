@@ -180,6 +180,21 @@ SheetBlock RowSheetBlock(const SmallGridModel& grid, int first, int last) {
   return block;
 }
 
+std::optional<SheetAxes> RowSheetAxes(const SmallGridModel& grid, int first, int last) {
+  std::optional<std::vector<double>> axis = RowAxisOf(grid, first, last);
+  if (!axis) return std::nullopt;
+  SheetAxes axes;
+  axes.row_values = std::move(*axis);
+  for (int row = OnGrid(grid, first); row <= OnGrid(grid, last); ++row) {
+    const std::string& label = grid.RowLabel(row);
+    const std::size_t mark = label.find('.');
+    if (mark != std::string::npos) {
+      axes.row_decimals = std::max(axes.row_decimals, static_cast<int>(label.size() - mark - 1));
+    }
+  }
+  return axes;
+}
+
 PasteArea RowPasteArea(const SmallGridModel& grid) {
   const int rows = std::max(grid.Rows(), 1);
   return {{1, 1, rows, 1},

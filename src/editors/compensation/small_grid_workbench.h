@@ -77,6 +77,9 @@ RowChange PlanFill(const SmallGridModel& grid, int first, int last, double live_
 
 // Copy: the selected rows as a one-column block, each row with its own decimals.
 SheetBlock RowSheetBlock(const SmallGridModel& grid, int first, int last);
+// The axis column of a copy or a paste: the labels of rows `first` to `last` read as numbers
+// (temperatures, volts), with no column values. None on the throttle pump's rows (no axis).
+std::optional<SheetAxes> RowSheetAxes(const SmallGridModel& grid, int first, int last);
 // Paste: where a block lands (rows as grid rows 1.., one column), and the rows it sets.
 PasteArea RowPasteArea(const SmallGridModel& grid);
 RowChange PlanPaste(const SmallGridModel& grid, const std::vector<PasteCellValue>& cells);

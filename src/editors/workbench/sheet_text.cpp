@@ -197,17 +197,41 @@ int FirstOffAxis(const std::vector<double>& pasted, const std::vector<double>& a
   return -1;
 }
 
+// How a text carries axes: a header row of loads and a first column of RPM under an empty corner
+// cell, or (on a one-column table whose rows have an axis) a first column of the rows' axis values.
+struct AxisForm {
+  int rows = 0;     // header rows to skip
+  int columns = 0;  // axis columns to skip
+};
+
+AxisForm AxisFormOf(const TextRows& rows, int width, const PasteArea& area,
+                    const SheetAxes* map_axes) {
+  if (rows.size() >= 2 && width >= 2 && rows.front().size() >= 1 &&
+      CellContent(rows.front().front()).empty()) {
+    return {1, 1};
+  }
+  const bool row_axis_only =
+      map_axes != nullptr && map_axes->column_values.empty() && !map_axes->row_values.empty();
+  if (row_axis_only && width == 2 && area.map.left == area.map.right) return {0, 1};
+  return {};
+}
+
 std::optional<SheetPaste> AxisRefusal(const TextRows& rows,
                                       const std::vector<std::vector<double>>& values,
-                                      const SheetAxes& axes) {
-  const std::vector<double> loads(values.front().begin() + 1, values.front().end());
-  std::vector<double> rpms;
-  for (std::size_t r = 1; r < values.size(); ++r) rpms.push_back(values[r].front());
+                                      const SheetAxes& axes, AxisForm form) {
   int row = 1;
-  int column = FirstOffAxis(loads, axes.column_values, axes.column_decimals) + 2;
+  int column = 1;
+  if (form.rows == 1) {
+    const std::vector<double> loads(values.front().begin() + 1, values.front().end());
+    column = FirstOffAxis(loads, axes.column_values, axes.column_decimals) + 2;
+  }
   if (column == 1) {
-    row = FirstOffAxis(rpms, axes.row_values, axes.row_decimals) + 2;
-    if (row == 1) return std::nullopt;
+    std::vector<double> rpms;
+    for (auto r = static_cast<std::size_t>(form.rows); r < values.size(); ++r) {
+      rpms.push_back(values[r].front());
+    }
+    row = FirstOffAxis(rpms, axes.row_values, axes.row_decimals) + 1 + form.rows;
+    if (row == form.rows) return std::nullopt;
   }
   const auto& cells = rows[static_cast<std::size_t>(row - 1)];
   return Refusal(PasteRefusal::kAxisMismatch, row, column,
@@ -236,7 +260,7 @@ MapCellRect RoomOf(const PasteArea& area, bool& is_selection) {
   return room;
 }
 
-void Place(SheetPaste& paste, const std::vector<std::vector<double>>& values, int skip,
+void Place(SheetPaste& paste, const std::vector<std::vector<double>>& values, AxisForm skip,
            const PasteArea& area) {
   const MapCellRect room = RoomOf(area, paste.room_is_selection);
   const int room_rows = room.bottom - room.top + 1;
@@ -248,8 +272,8 @@ void Place(SheetPaste& paste, const std::vector<std::vector<double>>& values, in
   paste.status = too_big ? PasteStatus::kTooBig : PasteStatus::kFits;
   for (int r = 0; r < paste.kept_rows; ++r) {
     for (int c = 0; c < paste.kept_columns; ++c) {
-      const auto row = static_cast<std::size_t>(fill ? skip : r + skip);
-      const auto column = static_cast<std::size_t>(fill ? skip : c + skip);
+      const auto row = static_cast<std::size_t>(fill ? skip.rows : r + skip.rows);
+      const auto column = static_cast<std::size_t>(fill ? skip.columns : c + skip.columns);
       const double value = values[row][column];
       paste.cells.push_back({{room.top + r, room.left + c}, value});
     }
@@ -268,7 +292,7 @@ std::string SizeText(int rows, int columns) {
 
 std::string SheetText(const SheetBlock& block, char decimal_mark, const SheetAxes* axes) {
   std::string text;
-  if (axes != nullptr) {
+  if (axes != nullptr && !axes->column_values.empty()) {
     for (int c = 0; c < block.columns; ++c) {
       text += '\t' + AxisCell(axes->column_values, c, axes->column_decimals, decimal_mark);
     }
@@ -303,19 +327,18 @@ SheetPaste ReadSheetPaste(std::string_view text, char decimal_mark, const PasteA
   }
   int width = 0;
   for (const auto& row : rows) width = std::max(width, static_cast<int>(row.size()));
-  const bool axes = rows.size() >= 2 && width >= 2 && rows.front().size() >= 1 &&
-                    CellContent(rows.front().front()).empty();
+  const AxisForm axes = AxisFormOf(rows, width, area, map_axes);
   const bool comma_allowed = decimal_mark == ',' || separator == ';';
-  ReadNumbers read = NumbersOf(rows, width, axes, comma_allowed);
+  ReadNumbers read = NumbersOf(rows, width, axes.rows == 1, comma_allowed);
   if (read.refusal) return *read.refusal;
-  if (axes && map_axes != nullptr) {
-    if (auto refusal = AxisRefusal(rows, read.values, *map_axes)) return *refusal;
+  if (axes.columns == 1 && map_axes != nullptr) {
+    if (auto refusal = AxisRefusal(rows, read.values, *map_axes, axes)) return *refusal;
   }
   SheetPaste paste;
-  paste.had_axes = axes;
-  paste.block_rows = static_cast<int>(rows.size()) - (axes ? 1 : 0);
-  paste.block_columns = width - (axes ? 1 : 0);
-  Place(paste, read.values, axes ? 1 : 0, area);
+  paste.had_axes = axes.columns == 1;
+  paste.block_rows = static_cast<int>(rows.size()) - axes.rows;
+  paste.block_columns = width - axes.columns;
+  Place(paste, read.values, axes, area);
   return paste;
 }
 

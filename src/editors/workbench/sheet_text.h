@@ -16,6 +16,8 @@ namespace vela {
 // The axis values of a block or of a whole map: one per value row (the RPM of the row, in the
 // grid's order, highest RPM first) and one per value column (the load of the column), each
 // shown with its number of decimals. A NaN axis value stands for a row or column without one.
+// No column values at all stands for a one-column table whose rows have an axis (a compensation
+// table's temperatures or volts): its text is an axis column and a value column, no header row.
 struct SheetAxes {
   std::vector<double> row_values;
   std::vector<double> column_values;
@@ -39,7 +41,7 @@ struct SheetBlock {
 // The block as text: cells split by tabs, each number with the block's decimals and
 // `decimal_mark`, every row (the last too) ending in "\n". With `axes` (sized to the block), a
 // header row of the column values and a first column of the row values come first, with an
-// empty top-left cell.
+// empty top-left cell; with row values only, the first column alone.
 std::string SheetText(const SheetBlock& block, char decimal_mark, const SheetAxes* axes = nullptr);
 
 // Where a paste lands: the map's value cells, the cursor and the selection as the grid holds them
@@ -91,7 +93,8 @@ struct SheetPaste {
 
 // Reads `text` and places it at the top-left of the selection (or at the cursor when no
 // selection is active). A single value fills a whole selection. `map_axes` (sized to the map's
-// value rows and columns) lets an axis row and column in the text be recognised; see
+// value rows and columns) lets an axis row and column in the text be recognised; on a one-column
+// table with row values only, a two-column text is read as the axis column and the values. See
 // docs/workbench.md for the reading rules.
 SheetPaste ReadSheetPaste(std::string_view text, char decimal_mark, const PasteArea& area,
                           const SheetAxes* map_axes = nullptr);

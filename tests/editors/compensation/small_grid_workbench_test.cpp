@@ -156,6 +156,31 @@ TEST(RowSheetTest, CopyKeepsEachRowsDecimalsAndAPasteLandsAtTheCursor) {
               ElementsAre(SmallRowValue{1, 50}, SmallRowValue{2, 50}, SmallRowValue{3, 50}));
 }
 
+// With the axis, each row goes out as its label and its value; pasted back, the label column is
+// checked against the table's own rows and skipped, and a column off the axis refuses the paste.
+TEST(RowSheetTest, TheAxisColumnGoesOutAndIsCheckedOnTheWayBack) {
+  SmallGridModel batt = TableGrid(CompTable::kBattMap, {100, 110, 120, 130, 140, 150, 160});
+  EXPECT_FALSE(RowSheetAxes(TableGrid(CompTable::kThrottlePump, {1, 2, 3, 4}), 0, 3));
+  const std::optional<SheetAxes> axis = RowSheetAxes(batt, 2, 3);
+  ASSERT_TRUE(axis);
+  const std::string copied = SheetText(RowSheetBlock(batt, 2, 3), '.', &*axis);
+  EXPECT_EQ(copied, batt.RowLabel(2) + "\t1.20\n" + batt.RowLabel(3) + "\t1.30\n");
+
+  const std::optional<SheetAxes> whole = RowSheetAxes(batt, 0, batt.Rows() - 1);
+  batt.Select(5, 5, 5);
+  SheetPaste paste = ReadSheetPaste(copied, '.', RowPasteArea(batt), &*whole);
+  ASSERT_EQ(paste.status, PasteStatus::kFits);
+  EXPECT_TRUE(paste.had_axes);
+  EXPECT_THAT(PlanPaste(batt, paste.cells).changed,
+              ElementsAre(SmallRowValue{5, 120}, SmallRowValue{6, 130}));
+
+  paste = ReadSheetPaste(batt.RowLabel(2) + "\t1\n99\t1\n", '.', RowPasteArea(batt), &*whole);
+  EXPECT_EQ(paste.refusal, PasteRefusal::kAxisMismatch);
+  EXPECT_EQ(paste.bad_row, 2);
+  EXPECT_EQ(paste.bad_column, 1);
+  EXPECT_EQ(paste.bad_text, "99");
+}
+
 TEST(SmallGridModelTest, SeveralRowsEnteredAreReportedAsOneChange) {
   SmallGridModel air = TableGrid(CompTable::kAirMap, std::vector<int>(8, 128));
   std::vector<std::vector<SmallGridChange>> reports;

@@ -216,7 +216,7 @@ void CompensationPage::CarryChord(CompTable table, GridChord chord, char typed) 
       break;
     case GridChord::kCopy:
     case GridChord::kCopyWithAxes:
-      Copy(table);
+      Copy(table, chord == GridChord::kCopyWithAxes);
       break;
     case GridChord::kPaste:
       Paste(table);
@@ -260,20 +260,26 @@ void CompensationPage::Fill(CompTable table) {
              " from the live point");
 }
 
-void CompensationPage::Copy(CompTable table) {
+void CompensationPage::Copy(CompTable table, bool with_axis) {
   const SmallGridModel& model = grid(table)->Model();
-  const SheetBlock block = RowSheetBlock(model, model.SelectionFirst(), model.SelectionLast());
+  const int first = model.SelectionFirst();
+  const int last = model.SelectionLast();
+  const SheetBlock block = RowSheetBlock(model, first, last);
+  const std::optional<SheetAxes> axis = with_axis ? RowSheetAxes(model, first, last) : std::nullopt;
   QGuiApplication::clipboard()->setText(
-      QString::fromStdString(SheetText(block, SystemDecimalSeparator())));
+      QString::fromStdString(SheetText(block, SystemDecimalSeparator(), axis ? &*axis : nullptr)));
+  const char* how = axis ? " with the axis" : (with_axis ? " (these rows have no axis)" : "");
   parts_.editors.Note(
-      QString("Copied %1 %2").arg(block.rows).arg(block.rows == 1 ? "cell" : "cells"));
+      QString("Copied %1 %2%3").arg(block.rows).arg(block.rows == 1 ? "cell" : "cells", how));
 }
 
 void CompensationPage::Paste(CompTable table) {
   const SmallGridModel& model = grid(table)->Model();
   MessageSink& messages = parts_.editors.messages();
-  const SheetPaste paste = ReadSheetPaste(QGuiApplication::clipboard()->text().toStdString(),
-                                          SystemDecimalSeparator(), RowPasteArea(model));
+  const std::optional<SheetAxes> axis = RowSheetAxes(model, 0, model.Rows() - 1);
+  const SheetPaste paste =
+      ReadSheetPaste(QGuiApplication::clipboard()->text().toStdString(), SystemDecimalSeparator(),
+                     RowPasteArea(model), axis ? &*axis : nullptr);
   if (paste.status == PasteStatus::kRefused) {
     messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle), PasteRefusalLines(paste));
     return;

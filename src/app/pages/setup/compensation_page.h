@@ -54,7 +54,7 @@ class CompensationPage : public QWidget {
   void CarryChord(CompTable table, GridChord chord, char typed);
   void Shape(CompTable table, bool interpolate);
   void Fill(CompTable table);
-  void Copy(CompTable table);
+  void Copy(CompTable table, bool with_axis);
   void Paste(CompTable table);
   void Preview(CompTable table, const QString& text);
   void EnterLine(CompTable table, const QString& text);
