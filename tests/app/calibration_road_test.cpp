@@ -183,10 +183,7 @@ class CalibrationRoadTest : public QObject {
     changed.Write16(changed.FuelCellPosition(1, 6, 4), 7777);
     changed.Write16(changed.FuelCellPosition(2, 11, 17), 8888);
     const QString map_path = QString::fromStdString(program.folders.maps) + "changed.sm1";
-    QFile file(map_path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(ImageBytes(changed));
-    file.close();
+    QVERIFY(testing::WriteImageFile(map_path, changed));
     program.dialogs.paths.push_back(map_path.toStdString());
     editors.LoadAndDownloadMap();
     QVERIFY(editors.download().running());
@@ -250,11 +247,8 @@ class CalibrationRoadTest : public QObject {
     second.Write16(second.FuelCellPosition(1, 6, 4), 4321);
     const QString first_path = dir.path() + "/first.sm1";
     const QString second_path = dir.path() + "/second.sm1";
-    for (const auto& [path, image] : {std::pair{first_path, first}, {second_path, second}}) {
-      QFile file(path);
-      QVERIFY(file.open(QIODevice::WriteOnly));
-      file.write(ImageBytes(image));
-    }
+    QVERIFY(testing::WriteImageFile(first_path, first));
+    QVERIFY(testing::WriteImageFile(second_path, second));
     testing::RunningOptions options = Pluggable();
     options.ecu.image_path = first_path.toStdString();
     testing::RunningProgram p(options);

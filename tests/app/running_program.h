@@ -2,6 +2,7 @@
 // tests: the ECU first, then the program on the ECU's line, with waits for what a tuner waits for.
 #pragma once
 
+#include <QFile>
 #include <QLabel>
 #include <QSize>
 #include <QString>
@@ -15,6 +16,15 @@
 #include "sim/pty_runner.h"
 
 namespace vela::testing {
+
+// Writes `image` as a map file at `path`.
+inline bool WriteImageFile(const QString& path, const CalibrationImage& image) {
+  QFile file(path);
+  const auto& bytes = image.Bytes();
+  return file.open(QIODevice::WriteOnly) &&
+         file.write(reinterpret_cast<const char*>(bytes.data()),
+                    static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size());
+}
 
 // How a RunningProgram is started.
 struct RunningOptions {
