@@ -163,21 +163,6 @@ TEST(MapGridNavigation, SelectionIsNormalisedAndClampedToValueCells) {
   EXPECT_EQ(grid.SelectedCells().size(), 8u * 7u);
 }
 
-// A click on a cell moves the view's cursor first and selects the cell afterwards; a drag changes
-// the selection alone. The model takes each of these as the view reports it, so Enter (which the
-// window handles, not the grid) writes into the cell the tuner clicked.
-TEST(MapGridSelection, EnterAfterAClickWritesIntoTheClickedCell) {
-  MapGridModel grid(MapKind::kFuel, 9);
-  grid.SetLiveTuning(true);
-  grid.SetCurrent(3, 3);
-  grid.FollowView({7, 5}, {{3, 3}});  // the cursor has moved, the old cell is still selected
-  grid.FollowView({7, 5}, {{7, 5}});  // then the click selects its cell
-  const std::vector<MapCell> written = grid.InsertLiveValue(4.25);
-  EXPECT_THAT(written, ElementsAre(MapCell{7, 5}));
-  EXPECT_EQ(grid.Units(7, 5), 4250);
-  EXPECT_EQ(grid.Units(3, 3), 0);
-}
-
 TEST(MapGridSelection, TheModelTakesTheRectangleAroundTheSelectedValueCells) {
   MapGridModel grid(MapKind::kIgnition, 5);
   grid.FollowView({4, 2}, {{4, 2}, {4, 3}, {5, 2}, {5, 3}, {0, 3}, {6, 0}});
