@@ -17,7 +17,6 @@ TEST_F(DelayLoopTest, MeasurementDividesIterationsByElapsedTicks) {
   clock_.script = {5000, 6600};
   EXPECT_EQ(loop_.MeasureCountsPerMS(false, false), 1600);
   EXPECT_EQ(link_.CountsPerMS, 1253);
-  EXPECT_EQ(loop_.iterations_run(), 2'000'000);
   EXPECT_EQ(clock_.events_run, 0);
 
   clock_.script = {0, 400};  // quick: a quarter of the iterations
