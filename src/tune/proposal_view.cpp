@@ -169,7 +169,7 @@ std::string DelayText(const TuneRun& run) {
   if (run.delay_set) return "Delay set: " + Fixed(run.delay.floor_s, 3) + " s";
   if (run.fit.fitted) {
     return "Delay fitted: " + model + "; " + std::to_string(run.fit.steps) + " steps used, " +
-           std::to_string(run.fit.dropped) + " left out, RMS residual " +
+           std::to_string(run.fit.dropped) + " left out, RMS " +
            Fixed(run.fit.rms_residual_s * 1000.0, 1) + " ms";
   }
   return "Delay default: " + model + " (" +

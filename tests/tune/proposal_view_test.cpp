@@ -102,8 +102,8 @@ TEST(ProposalTexts, DelaySaysSetFittedOrDefaultAndWhy) {
   run.fit = DelayFit{true, {0.05, 12000.0}, 14, 2, 0.0123, ""};
   run.delay = run.fit.model;
   EXPECT_EQ(DelayText(run),
-            "Delay fitted: 0.050 s + 12000 / (RPM x load); 14 steps used, 2 left out, RMS "
-            "residual 12.3 ms");
+            "Delay fitted: 0.050 s + 12000 / (RPM x load); 14 steps used, 2 left out, RMS 12.3 "
+            "ms");
   run.fit = DelayFit{false, {}, 0, 0, 0.0, "only 2 steps"};
   run.delay = kDefaultDelay;
   EXPECT_EQ(DelayText(run), "Delay default: 0.080 s + 4000 / (RPM x load) (only 2 steps)");
