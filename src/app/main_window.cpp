@@ -32,6 +32,7 @@
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
+#include "app/workbench/proposal_pages.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
@@ -105,6 +106,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   BuildLayout();
   ConnectParts();
   BuildCompare();
+  BuildProposal();
   qApp->installEventFilter(this);
 }
 
@@ -187,6 +189,16 @@ void MainWindow::BuildCompare() {
   connect(compare_pages_, &ComparePages::Note, status_strip_, &StatusStrip::ShowEditNote);
   // "Compare" on a restore point in the history panel.
   connect(history_panel_, &HistoryPanel::CompareRequested, compare_, &CompareSession::CompareWith);
+}
+
+void MainWindow::BuildProposal() {
+  proposal_ = new ProposalSession(
+      {*editors_, *compare_, *datalog_page_, parts_.dialogs ? *parts_.dialogs : dialogs_,
+       parts_.files, parts_.messages, parts_.setup.folders()},
+      this);
+  proposal_->LoadSettings();
+  proposal_pages_ = new ProposalPages(*proposal_, *map_pages_, this);
+  connect(proposal_pages_, &ProposalPages::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
 MainWindow::~MainWindow() {
@@ -583,6 +595,9 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
       return true;
     case KeyAction::kShowHistory:
       ShowHistory();
+      return true;
+    case KeyAction::kProposeFuel:
+      proposal_pages_->Propose(tab);
       return true;
   }
   return false;

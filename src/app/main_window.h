@@ -33,6 +33,8 @@ class HistoryPanel;
 class LinkSession;
 class LiveView;
 class MapPages;
+class ProposalPages;
+class ProposalSession;
 class QtSerialPort;
 class SettingsControls;
 class SetupErrorList;
@@ -77,6 +79,8 @@ class MainWindow : public QMainWindow {
   CompareSession& compare() { return *compare_; }
   ComparePages& compare_pages() { return *compare_pages_; }
   HistoryPanel& history_panel() { return *history_panel_; }
+  ProposalSession& proposal() { return *proposal_; }
+  ProposalPages& proposal_pages() { return *proposal_pages_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -87,6 +91,8 @@ class MainWindow : public QMainWindow {
   void ConnectParts();
   // The comparison of the editors' image with another, on the pages.
   void BuildCompare();
+  // The fuel correction proposal on the fuel map pages (Ctrl-P).
+  void BuildProposal();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();
@@ -132,6 +138,8 @@ class MainWindow : public QMainWindow {
   SetupPages* setup_pages_ = nullptr;
   CompareSession* compare_ = nullptr;
   ComparePages* compare_pages_ = nullptr;
+  ProposalSession* proposal_ = nullptr;
+  ProposalPages* proposal_pages_ = nullptr;
   SetupErrorList* setup_errors_ = nullptr;
   HelpPage* help_page_ = nullptr;
   FileOptionsPage* file_options_page_ = nullptr;

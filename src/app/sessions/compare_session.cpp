@@ -7,6 +7,7 @@
 #include "editors/compensation/compensation_compare.h"
 #include "editors/map_file.h"
 #include "editors/workbench/bulk_change.h"
+#include "tune/proposal_view.h"
 
 namespace vela {
 
@@ -100,12 +101,24 @@ void CompareSession::CompareWith(QString name, CalibrationImage image) {
         {{OtherSideKind::kRestorePoint, name.toStdString()}, std::move(image)});
 }
 
+void CompareSession::CompareWithProposal(FuelProposal proposal) {
+  const bool shown = comparing_ && proposal_.has_value();
+  proposal_ = std::move(proposal);
+  if (shown) {
+    Recompute();
+    return;
+  }
+  Start({{OtherSideKind::kEditors, {}}, std::nullopt},
+        {{OtherSideKind::kFuelProposal, {}}, std::nullopt});
+}
+
 void CompareSession::StopComparing() {
   if (!comparing_) return;
   comparing_ = false;
   pair_ = {};
   base_.reset();
   other_.reset();
+  proposal_.reset();
   comparison_ = {};
   views_.fill(CompareView::kCurrent);
   emit Note("Comparing stopped");
@@ -120,6 +133,7 @@ bool CompareSession::Start(Picked base, Picked other) {
   }
   comparing_ = true;
   pair_ = pair;
+  if (pair_.other.kind != OtherSideKind::kFuelProposal) proposal_.reset();
   base_ = std::move(base.image);
   other_ = std::move(other.image);
   Recompute();
@@ -138,6 +152,7 @@ const CalibrationImage* CompareSession::ImageOf(const OtherSide& side,
 
 void CompareSession::Recompute() {
   if (!comparing_) return;
+  if (proposal_) other_ = ProposedImage(parts_.editors.image(), *proposal_);
   const CalibrationImage* ours = ImageOf(pair_.base, base_);
   const CalibrationImage* theirs = ImageOf(pair_.other, other_);
   if (!ours || !theirs) return;

@@ -15,6 +15,7 @@
 #include "app/sessions/editor_session.h"
 #include "editors/compare/compare_pair.h"
 #include "editors/workbench/image_compare.h"
+#include "tune/fuel_proposal.h"
 
 namespace vela {
 
@@ -64,6 +65,13 @@ class CompareSession : public QObject {
   // Stops comparing; the base is the editors' image again.
   void StopComparing();
 
+  // Compares the editors' image with itself holding `proposal`'s values (ProposedImage): the
+  // other side follows every edit, so a taken cell no longer differs. A proposal already
+  // compared with is replaced in place, the views kept.
+  void CompareWithProposal(FuelProposal proposal);
+  // The proposal compared with, null while the other side is no proposal.
+  const FuelProposal* Proposal() const { return proposal_ ? &*proposal_ : nullptr; }
+
   // The other side's values taken into `grid` (the map's page grid), for its selection or the
   // whole map, under the rules of any edit (the duty cap, the map's range), as one journal entry.
   // Returns the note saying what was done, or why nothing was (the base is not the editors').
@@ -105,6 +113,7 @@ class CompareSession : public QObject {
   std::optional<CalibrationImage> other_;  // a map file's or a restore point's image
   ImageComparison comparison_;
   std::array<CompareView, kMapPages> views_{};
+  std::optional<FuelProposal> proposal_;
 };
 
 }  // namespace vela

@@ -6,6 +6,7 @@
 #include "editors/compare/compare_overlay.h"
 #include "editors/compensation/qt/small_map_grid.h"
 #include "editors/mapgrid/qt/map_key_press.h"
+#include "tune/proposal_view.h"
 
 namespace vela {
 
@@ -160,6 +161,10 @@ void ComparePages::ShowMapPage(int page) {
   const MapKind kind = map_page->grid()->Model().Kind();
   GridOverlay overlay = CompareOverlay(*table, view, CellDecimals(kind), SystemDecimalSeparator(),
                                        !session_.Editable());
+  if (const FuelProposal* proposal = session_.Proposal();
+      proposal && proposal->fuel_map == page + 1) {
+    MarkTooLittle(overlay, *proposal);
+  }
   map_page->grid()->SetOverlay(overlay);
   map_page->graph()->SetOverlay(std::move(overlay));
   bar->Show(view, QString::fromStdString(ViewCaption(view, session_.Pair())),

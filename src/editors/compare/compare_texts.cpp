@@ -27,6 +27,8 @@ std::string OtherSideText(const OtherSide& other) {
       return "map file " + other.name;
     case OtherSideKind::kEditors:
       return "the editors' image";
+    case OtherSideKind::kFuelProposal:
+      return "fuel proposal";
     case OtherSideKind::kRestorePoint:
       break;
   }

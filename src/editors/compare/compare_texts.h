@@ -9,9 +9,10 @@
 
 namespace vela {
 
-// One side of a comparison: the ECU's calibration as last read, a map file, a restore point, or
-// the editors' image (the first side by default, see compare_pair.h).
-enum class OtherSideKind { kEcu, kMapFile, kRestorePoint, kEditors };
+// One side of a comparison: the ECU's calibration as last read, a map file, a restore point, the
+// editors' image (the first side by default, see compare_pair.h), or the editors' image with a
+// fuel correction proposal's values in one fuel map.
+enum class OtherSideKind { kEcu, kMapFile, kRestorePoint, kEditors, kFuelProposal };
 struct OtherSide {
   OtherSideKind kind = OtherSideKind::kEcu;
   std::string name;  // the map file's name, the restore point as its list shows it
@@ -19,7 +20,7 @@ struct OtherSide {
 };
 
 // "ECU as last read", "map file base.sm1", "restore point 2024-01-31 14:25:30", "the editors'
-// image".
+// image", "fuel proposal".
 std::string OtherSideText(const OtherSide& other);
 
 // The caption of a map page's view: "Current: the editors' values, compared with ...",

@@ -58,6 +58,7 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
     if (letter == 'Q')
       return Route(press.shift ? KeyAction::kCompareChoose : KeyAction::kCompareView);
     if (letter == 'J' && !press.shift) return Route(KeyAction::kShowHistory);
+    if (letter == 'P' && !press.shift) return Route(KeyAction::kProposeFuel);
     return Route(KeyAction::kPassToGrid);
   }
   if (press.alt) {

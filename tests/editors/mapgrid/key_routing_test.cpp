@@ -230,5 +230,20 @@ TEST(MapDisplay, ValueAxisGetsRoundEndsAndSteps) {
   EXPECT_GT(flat.max, 5.0);
 }
 
+// Ctrl-P asks for the fuel proposal on every page (the window says so off the fuel maps); with
+// Shift or Alt it stays the grid's, and a bare P is the grid's value key.
+TEST(MainWindowKeys, CtrlPProposesFuelAndNothingElseDoes) {
+  for (int page : {kPageFuelMap1, kPageFuelMap2, kPageIgnition, kPageHelp}) {
+    const KeyContext context{page, false};
+    EXPECT_EQ(RouteMainWindowKey(Letter('p', false, true), context),
+              Action(KeyAction::kProposeFuel));
+    MapKeyPress shifted = Letter('P', false, true);
+    shifted.shift = true;
+    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('p', true, true), context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('p'), context), Action(KeyAction::kPassToGrid));
+  }
+}
+
 }  // namespace
 }  // namespace vela

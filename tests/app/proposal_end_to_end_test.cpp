@@ -1,0 +1,258 @@
+// The fuel correction proposal against the simulated ECU, from the keyboard: a ten-minute drive
+// of an engine that needs other fuel than its calibration gives is the datalog page's log;
+// Ctrl-P shows what it proposes as a comparison, taking a selection changes only its proposed
+// cells (one journal entry, the frames on the wire exactly those cells), undo puts them back,
+// and the cells with too little evidence are never taken. Set VELA_SHOTS to a folder to keep
+// pictures of the proposal at 1280x720 and 1024x600.
+#include <QApplication>
+#include <QDialog>
+#include <QDoubleSpinBox>
+#include <QtTest>
+#include <algorithm>
+
+#include "app/pages/datalog_page.h"
+#include "app/pages/map_pages.h"
+#include "app/sessions/proposal_session.h"
+#include "app/workbench/proposal_bar.h"
+#include "app/workbench/proposal_pages.h"
+#include "editors/mapgrid/qt/map_grid_table.h"
+#include "editors/workbench/edit_journal.h"
+#include "running_program.h"
+#include "sim/engine/drive_log.h"
+#include "support/gui_test_main.h"
+#include "support/wire_log.h"
+
+using namespace vela;
+using vela::testing::SentFrame;
+
+// The file's own namespace: the test programs are compiled several files at a time.
+namespace proposal_end_to_end_test {
+
+std::vector<SentFrame> Sorted(std::vector<SentFrame> frames) {
+  std::sort(frames.begin(), frames.end(), [](const SentFrame& a, const SentFrame& b) {
+    return a.address != b.address ? a.address < b.address : a.value < b.value;
+  });
+  return frames;
+}
+
+// The single-value writes that carry the cells changed between two images.
+std::vector<SentFrame> FramesOfChange(const CalibrationImage& before,
+                                      const CalibrationImage& after) {
+  std::vector<ByteWrite> writes;
+  for (const ByteChange& change : DiffImages(before, after)) {
+    writes.push_back({change.position, change.after});
+  }
+  std::vector<SentFrame> frames;
+  for (const CellWrite& cell : CellsToSend(writes, after)) {
+    frames.push_back({kSingleValueWrite, cell.position, static_cast<std::int32_t>(cell.value)});
+  }
+  return frames;
+}
+
+// The smallest rectangle holding a proposed cell and a cell with too little evidence.
+MapCellRect RectOfBoth(const FuelProposal& proposal) {
+  MapCellRect best{1, 1, kMapRows, 99};
+  int best_area = 1 << 30;
+  for (const ProposedCell& a : proposal.cells) {
+    if (a.state != CellProposalState::kProposed) continue;
+    for (const ProposedCell& b : proposal.cells) {
+      if (b.state != CellProposalState::kTooLittle) continue;
+      const MapCellRect rect{std::min(a.row, b.row), std::min(a.column, b.column),
+                             std::max(a.row, b.row), std::max(a.column, b.column)};
+      const int area = (rect.bottom - rect.top + 1) * (rect.right - rect.left + 1);
+      if (area < best_area) best = rect, best_area = area;
+    }
+  }
+  return best;
+}
+
+class ProposalEndToEndTest : public QObject {
+  Q_OBJECT
+
+  testing::WireLog wire_;
+  std::unique_ptr<testing::RunningProgram> p_;
+
+  void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+  }
+
+  MapGrid* Grid() { return p_->window().map_pages().page(0)->grid(); }
+  const FuelProposal* Proposal() {
+    const TuneRun* run = p_->window().proposal().Run();
+    return run ? &run->proposal : nullptr;
+  }
+
+  // A drive of `seconds` of an engine that needs 12 % more fuel at high load above 4,000 RPM
+  // and 8 % less at light cruise, as the datalog page's log.
+  void LoadDrive(double seconds) {
+    sim::SimOptions options;
+    options.fuel_errors = {{12, 4000, 9000, 60, 100}, {-8, 1500, 3500, 20, 50}};
+    DatalogLog log;
+    sim::RunDrive(options, p_->editors().image(), seconds, log);
+    p_->window().datalog_page().log().ReplaceWith(std::move(log));
+  }
+
+  void KeepShot(const QString& name, QSize size) {
+    p_->window().resize(size);
+    QTest::qWait(150);
+    const QString folder = qEnvironmentVariable("VELA_SHOTS");
+    if (!folder.isEmpty()) {
+      p_->window().grab().save(
+          QString("%1/%2-%3x%4.png").arg(folder, name).arg(size.width()).arg(size.height()));
+    }
+  }
+
+  // Waits until the cells of the change are out and checks that the wire carried exactly them.
+  void ExpectSent(std::size_t mark, const CalibrationImage& before) {
+    EditorSession& editors = p_->editors();
+    const std::vector<SentFrame> expected = FramesOfChange(before, editors.image());
+    QVERIFY(!expected.empty());
+    QVERIFY(QTest::qWaitFor([&] { return editors.send_queue().Empty(); }, 10000));
+    QVERIFY(
+        QTest::qWaitFor([&] { return wire_.WritesSince(mark).size() >= expected.size(); }, 5000));
+    QTest::qWait(200);  // for any frame that should not come
+    QVERIFY(Sorted(wire_.WritesSince(mark)) == Sorted(expected));
+    QVERIFY(QTest::qWaitFor(
+        [&] { return p_->ecu->ImageSnapshot().Bytes() == editors.image().Bytes(); }, 5000));
+  }
+
+ private slots:
+  void init() {
+    testing::RunningOptions options;
+    options.log = wire_.Hook();
+    options.size = {1280, 720};
+    p_ = std::make_unique<testing::RunningProgram>(options);
+    QVERIFY2(p_->started, p_->error.c_str());
+    QVERIFY(p_->Run());
+    QVERIFY(QTest::qWaitFor([&] { return p_->Live(); }, 5000));
+    QVERIFY(QTest::qWaitFor([&] { return Grid()->hasFocus(); }));
+  }
+  void cleanup() { p_.reset(); }
+
+  void ctrlPShowsTheProposalAndTakesTheSelectionAsOneEntry() {
+    LoadDrive(600);
+    const CalibrationImage before = p_->editors().image();
+    Key(Qt::Key_P, Qt::ControlModifier);
+    const FuelProposal* proposal = Proposal();
+    QVERIFY(proposal);
+    QCOMPARE(p_->Text("CompareView"), "Current: the editors' values, compared with fuel proposal");
+    QVERIFY2(p_->Text("CompareCount").endsWith("differ from fuel proposal"),
+             qPrintable(p_->Text("CompareCount")));
+    QVERIFY2(p_->Text("ProposalDelay").startsWith("Delay fitted"),
+             qPrintable(p_->Text("ProposalDelay")));
+    QVERIFY(p_->Text("ProposalSummary").startsWith("Fuel proposal: "));
+
+    // The cursor's cell tells its evidence, on the screen and to a screen reader.
+    const MapCellRect rect = RectOfBoth(*proposal);
+    const ProposedCell* too_little = nullptr;
+    for (const ProposedCell& cell : proposal->cells) {
+      if (cell.state == CellProposalState::kTooLittle && rect.Contains({cell.row, cell.column})) {
+        too_little = &cell;
+      }
+    }
+    QVERIFY(too_little);
+    Grid()->SetCurrentCell(too_little->row, too_little->column);
+    auto* evidence = p_->window().findChild<QLabel*>("ProposalEvidence");
+    QVERIFY(evidence->text().endsWith("too little evidence"));
+    QCOMPARE(evidence->accessibleName(), evidence->text());
+    QVERIFY(Grid()
+                ->model()
+                ->index(too_little->row, too_little->column)
+                .data(MapGridTable::kCellMarkRole)
+                .isValid());
+
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    Key(Qt::Key_Q, Qt::ControlModifier);
+    QCOMPARE(p_->Text("CompareView"), "Difference: editors minus fuel proposal");
+    KeepShot("proposal-difference", {1280, 720});
+    KeepShot("proposal-difference", {1024, 600});
+    p_->window().resize(1280, 720);
+    Key(Qt::Key_Q, Qt::ControlModifier);
+
+    // The selection: a proposed cell and one with too little evidence.
+    Grid()->SetCurrentCell(rect.top, rect.left);
+    for (int i = rect.top; i < rect.bottom; ++i)
+      Key(Qt::Key_Down, Qt::ControlModifier | Qt::ShiftModifier);
+    for (int i = rect.left; i < rect.right; ++i)
+      Key(Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(Grid()->Model().Selection(), rect);
+    const FuelProposal shown = *proposal;
+    const std::size_t entries = p_->editors().history().journal().Entries().size();
+    const std::size_t mark = wire_.Mark();
+    Key(Qt::Key_R, Qt::AltModifier);
+    QVERIFY(QTest::qWaitFor(
+        [&] { return p_->editors().history().journal().Entries().size() == entries + 1; }));
+    const EditEntry& entry = p_->editors().history().journal().Entries().back();
+    QCOMPARE(entry.kind, EditKind::kTakeOther);
+    QCOMPARE(entry.source, std::string("fuel proposal"));
+    for (const ProposedCell& cell : shown.cells) {
+      const bool taken =
+          rect.Contains({cell.row, cell.column}) && cell.state == CellProposalState::kProposed;
+      const double now = p_->editors().image().FuelMs(1, BlockRowOfGridRow(cell.row), cell.column);
+      QVERIFY2(now == (taken ? cell.after_ms : cell.before_ms),
+               qPrintable(QString("cell %1,%2").arg(cell.row).arg(cell.column)));
+    }
+    ExpectSent(mark, before);
+
+    // Undo puts the map back, on the ECU too.
+    const std::size_t undo_mark = wire_.Mark();
+    const CalibrationImage taken = p_->editors().image();
+    Key(Qt::Key_Z, Qt::ControlModifier);
+    QVERIFY(p_->editors().image().Bytes() == before.Bytes());
+    ExpectSent(undo_mark, taken);
+  }
+
+  // The settings dialog changes the per-pass limit: the proposal follows and the file keeps it.
+  void theSettingsLimitTheProposalAndAreKept() {
+    LoadDrive(600);
+    Key(Qt::Key_P, Qt::ControlModifier);
+    QVERIFY(Proposal());
+    p_->window().proposal_pages().bar(0)->findChild<QPushButton*>("ProposalSettings")->click();
+    QVERIFY(QTest::qWaitFor([] { return qobject_cast<QDialog*>(qApp->activeModalWidget()); }));
+    QWidget* dialog = qApp->activeModalWidget();
+    if (const QString folder = qEnvironmentVariable("VELA_SHOTS"); !folder.isEmpty()) {
+      QTest::qWait(150);
+      dialog->grab().save(folder + "/proposal-settings-dialog.png");
+    }
+    dialog->findChild<QDoubleSpinBox*>("ProposalSetting_max_change_percent")->setValue(5.0);
+    qobject_cast<QDialog*>(dialog)->accept();
+    QVERIFY(QTest::qWaitFor([] { return qApp->activeModalWidget() == nullptr; }));
+    QCOMPARE(p_->window().proposal().Settings().proposal.max_change, 0.05);
+    bool limited = false;
+    for (const ProposedCell& cell : Proposal()->cells) {
+      if (cell.state != CellProposalState::kProposed) continue;
+      QVERIFY(std::abs(cell.applied - 1.0) <= 0.05 + 1e-12);
+      limited = limited || cell.limited;
+    }
+    QVERIFY(limited);
+    const std::optional<std::string> file =
+        p_->program->files.ReadFile(p_->program->folders.program + std::string(kTuneSetupFileName));
+    QVERIFY(file && file->find("max_change_percent = 5\n") != std::string::npos);
+  }
+
+  // While a log is being recorded the proposal follows it, keeping the tuner's cursor.
+  void theProposalFollowsALogBeingRecorded() {
+    p_->window().datalog_page().StartStopLogging();
+    QVERIFY(QTest::qWaitFor([&] { return p_->window().datalog_page().log().RecordCount() > 5; }));
+    Grid()->SetCurrentCell(3, 4);
+    Key(Qt::Key_P, Qt::ControlModifier);
+    QVERIFY(Proposal());
+    auto time_seen = [&] {
+      double seconds = 0.0;
+      for (const ProposedCell& cell : Proposal()->cells) seconds += cell.evidence.time_s;
+      return seconds;
+    };
+    const double first = time_seen();
+    QVERIFY(QTest::qWaitFor([&] { return time_seen() > first + 1.0; },
+                            3 * ProposalSession::kLiveIntervalMs + 1000));
+    QCOMPARE(Grid()->CurrentRow(), 3);
+    QCOMPARE(Grid()->CurrentColumn(), 4);
+    p_->window().datalog_page().StartStopLogging();
+  }
+};
+
+VELA_GUI_TEST(ProposalEndToEndTest)
+
+}  // namespace proposal_end_to_end_test
+
+#include "proposal_end_to_end_test.moc"

@@ -1,0 +1,140 @@
+// The proposal as the map pages show it: the proposed image (values, never factors applied
+// twice), the amber marks, the words for a cell and the delay, and the settings file.
+#include "tune/proposal_view.h"
+
+#include <gtest/gtest.h>
+
+#include "editors/editor_fakes.h"
+
+namespace vela {
+namespace {
+
+class ProposalViewTest : public ::testing::Test {
+ protected:
+  ProposalViewTest() : image_(editor_testing::SoundImage()), evidence_(FuelAxesOf(image_)) {
+    for (int row = 1; row <= kMapRows; ++row) {
+      for (int column = 1; column <= 9; ++column) image_.SetFuelMs(1, row, column, 5.0);
+    }
+  }
+
+  void Evidence(int row, int column, double samples, double factor) {
+    const TargetTable targets(FuelAxesOf(image_));
+    CellEvidence& cell = evidence_.At(row, column);
+    cell.samples = samples;
+    cell.time_s = samples / 60.0;
+    cell.ratio_sum = samples * factor;
+    cell.afr_sum = samples * factor * targets.At(row, column);
+  }
+
+  FuelProposal Propose() const {
+    return ProposeFuel(image_, evidence_, TargetTable(FuelAxesOf(image_)), ProposalSettings());
+  }
+
+  double Ms(const CalibrationImage& image, int grid_row, int column) const {
+    return image.FuelMs(1, BlockRowOfGridRow(grid_row), column);
+  }
+
+  CalibrationImage image_;
+  CellGrid evidence_;
+};
+
+TEST_F(ProposalViewTest, ProposedImageHoldsTheProposedValuesOnceOnly) {
+  Evidence(5, 3, 120, 1.10);
+  Evidence(8, 3, 10, 1.30);  // too little
+  const FuelProposal proposal = Propose();
+  const CalibrationImage proposed = ProposedImage(image_, proposal);
+  EXPECT_NEAR(Ms(proposed, 5, 3), 5.5, 0.001);
+  EXPECT_EQ(Ms(proposed, 8, 3), 5.0);
+  EXPECT_EQ(Ms(proposed, 6, 6), 5.0);
+  EXPECT_EQ(proposed.FuelMs(2, 7, 3), image_.FuelMs(2, 7, 3));  // the other map untouched
+  // An image that holds the proposal already is given back as it is: taking it twice does not
+  // multiply the correction.
+  EXPECT_EQ(ProposedImage(proposed, proposal).Bytes(), proposed.Bytes());
+  // An image edited elsewhere keeps the edit; only the proposed cell is set.
+  CalibrationImage edited = image_;
+  edited.SetFuelMs(1, BlockRowOfGridRow(2), 2, 4.0);
+  const CalibrationImage over_edit = ProposedImage(edited, proposal);
+  EXPECT_EQ(Ms(over_edit, 2, 2), 4.0);
+  EXPECT_NEAR(Ms(over_edit, 5, 3), 5.5, 0.001);
+}
+
+TEST_F(ProposalViewTest, TooLittleEvidenceIsMarkedAmberWithoutHidingOtherMarks) {
+  Evidence(8, 3, 10, 1.30);
+  Evidence(8, 4, 10, 1.30);
+  Evidence(5, 3, 120, 1.10);
+  const FuelProposal proposal = Propose();
+  GridOverlay overlay(kMapRows, 9);
+  overlay.Set({8, 4}, CellOverlay{std::nullopt, std::nullopt, std::nullopt, Rgb{1, 2, 3}});
+  MarkTooLittle(overlay, proposal);
+  EXPECT_EQ(overlay.At(8, 3)->mark, kTooLittleMark);
+  EXPECT_EQ(overlay.At(8, 4)->mark, (Rgb{1, 2, 3}));
+  EXPECT_FALSE(overlay.At(5, 3)->mark.has_value());
+  EXPECT_FALSE(overlay.At(1, 1)->mark.has_value());
+  GridOverlay empty;
+  MarkTooLittle(empty, proposal);
+  ASSERT_FALSE(empty.Empty());
+  EXPECT_EQ(empty.At(8, 3)->mark, kTooLittleMark);
+}
+
+TEST_F(ProposalViewTest, EvidenceTextsSayTheStateAndTheFiguresItHas) {
+  Evidence(5, 3, 120, 1.10);
+  Evidence(6, 3, 120, 1.40);
+  Evidence(8, 3, 10, 1.30);
+  const FuelProposal proposal = Propose();
+  const TuneAxes axes = FuelAxesOf(image_);
+  const std::string proposed = EvidenceText(*proposal.Cell(5, 3), axes);
+  EXPECT_NE(proposed.find("120.0 samples"), std::string::npos) << proposed;
+  EXPECT_NE(proposed.find("factor 1.100, proposed +10.0 %"), std::string::npos) << proposed;
+  EXPECT_NE(EvidenceText(*proposal.Cell(6, 3), axes).find("limited +15.0 %"), std::string::npos);
+  EXPECT_NE(EvidenceText(*proposal.Cell(8, 3), axes).find("too little evidence"),
+            std::string::npos);
+  const std::string none = EvidenceText(*proposal.Cell(1, 1), axes);
+  EXPECT_EQ(none.find("mean AFR"), std::string::npos) << none;
+  EXPECT_NE(none.find("no evidence"), std::string::npos) << none;
+  EXPECT_EQ(SummaryText(proposal),
+            "2 cells proposed (1 limited), 1 with too little evidence, 96 without");
+}
+
+TEST(ProposalTexts, DelaySaysSetFittedOrDefaultAndWhy) {
+  TuneRun run{{}, {0.1, 0.0}, true, Evidence{CellGrid(TuneAxes{}), {}}, {}};
+  EXPECT_EQ(DelayText(run), "Delay set: 0.100 s");
+  run.delay_set = false;
+  run.fit = DelayFit{true, {0.05, 12000.0}, 14, 2, 0.0123, ""};
+  run.delay = run.fit.model;
+  EXPECT_EQ(DelayText(run),
+            "Delay fitted: 0.050 s + 12000 / (RPM x load); 14 steps used, 2 left out, RMS 12.3 "
+            "ms");
+  run.fit = DelayFit{false, {}, 0, 0, 0.0, "only 2 steps"};
+  run.delay = kDefaultDelay;
+  EXPECT_EQ(DelayText(run), "Delay default: 0.080 s + 4000 / (RPM x load) (only 2 steps)");
+}
+
+TEST(TuneSettingsFile, RoundTripsAndIgnoresWhatItCannotUse) {
+  TuneSettings settings;
+  settings.delay = DelayModel{0.12, 0.0};
+  settings.filters.min_water_c = 60.0;
+  settings.proposal.max_change = 0.1;
+  settings.proposal.min_samples = 45.0;
+  const TuneSettings read = ReadTuneSettingsText(TuneSettingsText(settings));
+  EXPECT_EQ(read.delay, settings.delay);
+  EXPECT_EQ(read.filters.min_water_c, 60.0);
+  EXPECT_DOUBLE_EQ(read.proposal.max_change, 0.1);
+  EXPECT_EQ(read.proposal.min_samples, 45.0);
+  EXPECT_NE(TuneSettingsText(settings).find("max_change_percent = 10\n"), std::string::npos);
+
+  // Defaults stay where a line is unknown, no number, out of range or without "=".
+  const TuneSettings odd = ReadTuneSettingsText(
+      "delay = soon\r\nmin_water_c = 1e9\nmax_change_percent = 12abc\nnonsense = 4\n"
+      "min_samples\n  min_time_s\t=  2.5 \r\n");
+  const TuneSettings defaults;
+  EXPECT_FALSE(odd.delay.has_value());
+  EXPECT_EQ(odd.filters.min_water_c, defaults.filters.min_water_c);
+  EXPECT_EQ(odd.proposal.max_change, defaults.proposal.max_change);
+  EXPECT_EQ(odd.proposal.min_samples, defaults.proposal.min_samples);
+  EXPECT_EQ(odd.proposal.min_time_s, 2.5);
+  EXPECT_FALSE(ReadTuneSettingsText("delay = 0.2\ndelay = fit\n").delay.has_value());
+  EXPECT_FALSE(ReadTuneSettingsText("delay = 3\n").delay.has_value());  // beyond 2 s
+}
+
+}  // namespace
+}  // namespace vela
