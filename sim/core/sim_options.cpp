@@ -224,8 +224,9 @@ Without a link (nothing is opened; the program ends when the files are written):
   --write-log PATH      ... and write the log as a chart file (.sl1) at PATH
   --true-map PATH       write the calibration with the fuel map that makes this engine
                         run exactly at the target (a .sm1 file)
-  --target PATH         the target air-fuel ratios for --true-map, a target table CSV
-                        (default: 14.7 up to 40 kPa, 13.2 at 80, 12.5 at 100)
+  --target PATH         the target air-fuel ratios for --true-map: the program's target
+                        table CSV, on the fuel map's axes (default: 14.7 up to 40 kPa,
+                        13.2 at 80, 12.5 at 100)
 
 Fault codes:
   --fault-codes LIST    codes the ECU records, comma-separated; CODE@SEC records

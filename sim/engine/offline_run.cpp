@@ -6,16 +6,19 @@
 #include "base/file_system.h"
 #include "sim/core/base_calibration.h"
 #include "sim/engine/drive_log.h"
-#include "sim/engine/target_table.h"
 #include "sim/engine/true_map.h"
+#include "tune/target_table.h"
 
 namespace vela::sim {
 
 namespace {
 
+// The target of --target, read as the program reads the table it keeps beside a map file: on
+// the fuel map's axes of `image`. Without --target, the default table.
 std::optional<TargetTable> TargetOf(const SimCommandLine& line, const CalibrationImage& image,
                                     std::string* error) {
-  if (line.target_path.empty()) return DefaultTargetTable(image);
+  const TuneAxes axes = FuelAxesOf(image);
+  if (line.target_path.empty()) return TargetTable(axes);
   std::ifstream in(line.target_path, std::ios::binary);
   if (!in) {
     if (error) *error = "cannot read " + line.target_path;
@@ -23,10 +26,12 @@ std::optional<TargetTable> TargetOf(const SimCommandLine& line, const Calibratio
   }
   std::ostringstream text;
   text << in.rdbuf();
-  std::string reason;
-  std::optional<TargetTable> table = ParseTargetTableCsv(text.str(), &reason);
-  if (!table && error) *error = line.target_path + ": " + reason;
-  return table;
+  TargetRead read = ReadTargetCsv(text.str(), axes);
+  if (!read.table && error) {
+    *error = line.target_path + ":";
+    for (const std::string& refusal : read.refusals) *error += " " + refusal;
+  }
+  return std::move(read.table);
 }
 
 bool WriteTrueMap(const SimCommandLine& line, const CalibrationImage& image, std::string* error) {

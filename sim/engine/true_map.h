@@ -5,21 +5,22 @@
 // nothing to it once the engine is warm, and the opening time the battery table adds is what the
 // injectors take, so a calibration holding these cells fuels the warm engine to the target at
 // every site and, reading between the four cells around a point, very nearly between them.
+// The target is the program's own table (tune/target_table.h) on the fuel map's axes.
 #pragma once
 
 #include <span>
 
 #include "calibration/calibration_image.h"
 #include "sim/engine/engine_physics.h"
-#include "sim/engine/target_table.h"
+#include "tune/target_table.h"
 
 namespace vela::sim {
 
 // Microseconds, whole, 0 to 65,535; `block_row` 1 to 11, `column` 1 to the load sites.
 double TrueCellUs(const CalibrationImage& image, std::span<const FuelError> errors,
-                  const TargetTable& target, int block_row, int column);
+                  const vela::TargetTable& target, int block_row, int column);
 // `image` with fuel map 1 (the map the ECU runs on) made the true map; nothing else changes.
 CalibrationImage WithTrueFuelMap(const CalibrationImage& image, std::span<const FuelError> errors,
-                                 const TargetTable& target);
+                                 const vela::TargetTable& target);
 
 }  // namespace vela::sim

@@ -15,14 +15,22 @@ void ShareTime(CellGrid& cells, const TuneSample& sample, double step) {
 }
 
 void ShareAfr(CellGrid& cells, const TuneSample& sample, double afr, double target) {
-  for (const CellShare& share : SharesAt(cells.Axes(), sample.rpm, sample.load)) {
+  const CellShares shares = SharesAt(cells.Axes(), sample.rpm, sample.load);
+  const double ratio = afr / target;
+  for (const CellShare& share : shares) {
     if (share.weight <= 0.0) continue;
     CellEvidence& cell = cells.At(share.row, share.column);
     cell.samples += share.weight;
     cell.afr_sum += share.weight * afr;
     cell.afr_squares += share.weight * afr * afr;
-    cell.ratio_sum += share.weight * afr / target;
+    cell.ratio_sum += share.weight * ratio;
     cell.error_sum += share.weight * (afr - target);
+    for (const CellShare& other : shares) {
+      const auto slot = static_cast<std::size_t>((other.row - share.row + 1) * 3 +
+                                                 (other.column - share.column + 1));
+      cell.share_products[slot] += share.weight * other.weight;
+      cell.ratio_products[slot] += share.weight * other.weight * ratio;
+    }
   }
 }
 

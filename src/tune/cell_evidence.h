@@ -23,6 +23,11 @@ struct CellEvidence {
   double afr_squares = 0.0;
   double ratio_sum = 0.0;  // weighted measured / target AFR
   double error_sum = 0.0;  // weighted measured - target AFR
+  // For fitting the map's values (cell_fit.h): over the kept samples, this cell's share times
+  // the share each neighbour took of the same sample (slot (row offset + 1) x 3 + column offset
+  // + 1; slot 4 is the cell itself), plain and times the sample's measured / target AFR.
+  std::array<double, 9> share_products{};
+  std::array<double, 9> ratio_products{};
 
   double MeanAfr() const { return samples > 0.0 ? afr_sum / samples : std::nan(""); }
   // The weighted standard deviation of the measured AFR.

@@ -65,7 +65,14 @@ std::optional<DelayStep> StepAt(const std::vector<TuneSample>& samples, std::siz
   const Level afr0 = LevelOf(samples, before, i, settings.steady_share, 0.1, afr);
   if (!fuel0.steady || !fuel1.steady || !afr0.steady) return std::nullopt;
   const double fuel_change = fuel1.mean - fuel0.mean;
-  if (std::abs(fuel_change) < settings.min_fuel_change * std::max(fuel0.mean, fuel1.mean)) {
+  const double fuel_share = std::abs(fuel_change) / std::max(fuel0.mean, fuel1.mean);
+  if (!(fuel_share >= settings.min_fuel_change)) return std::nullopt;
+  // The air must stay: when the load moves with the fuel (a tip-in), the mixture's answer is the
+  // port walls' and the pump's, not the fuel step's.
+  const auto load = [](const TuneSample& s) { return s.load; };
+  const double load0 = LevelOf(samples, before, i, 1.0, 0.0, load).mean;
+  const double load1 = LevelOf(samples, i, held, 1.0, 0.0, load).mean;
+  if (!(std::abs(load1 - load0) / std::max(load0, load1) < fuel_share * settings.max_load_share)) {
     return std::nullopt;
   }
   // More fuel makes the mixture richer: the AFR's answer goes the other way.
@@ -76,18 +83,27 @@ std::optional<DelayStep> StepAt(const std::vector<TuneSample>& samples, std::siz
   }
   const double change = extreme - afr0.mean;
   if (std::abs(change) < settings.min_afr_change) return std::nullopt;
+  // A reading off the scale hides where the mixture is: no timing from one.
+  if (!(afr0.mean >= settings.min_afr && afr0.mean <= settings.max_afr)) return std::nullopt;
   const auto t10 = CrossingTime(samples, i, end, afr0.mean, change, 0.1);
   const auto t63 = CrossingTime(samples, i, end, afr0.mean, change, 1.0 - std::exp(-1.0));
   if (!t10 || !t63) return std::nullopt;
   DelayStep step;
-  step.time = t0;
-  step.lag = std::max((*t63 - *t10) / kLagsBetweenMarks, 0.0);
-  step.delay = *t10 - kTenPercentLags * step.lag - t0;
+  // The injection changed somewhere between the record before and this one: half-way, on the
+  // mean.
+  step.time = (samples[i - 1].time + t0) / 2.0;
+  if (extreme < settings.min_afr || extreme > settings.max_afr) {
+    // An answer that runs off the scale is a jump between two records: it began half-way.
+    const std::size_t moved = SampleAtOrAfter(samples, *t10, i);
+    step.delay = (samples[moved - 1].time + samples[moved].time) / 2.0 - step.time;
+  } else {
+    step.lag = std::max((*t63 - *t10) / kLagsBetweenMarks, 0.0);
+    step.delay = *t10 - kTenPercentLags * step.lag - step.time;
+  }
   if (step.delay <= 0.0) return std::nullopt;
-  double flow = 0.0;
-  const std::size_t answer = std::max(SampleAtOrAfter(samples, t0 + step.delay, i), i + 1);
-  for (std::size_t j = i; j < answer; ++j) flow += samples[j].rpm * samples[j].load;
-  step.flow = flow / static_cast<double>(answer - i);
+  // The gas reaching the sensor is carried by the flow of that moment.
+  const std::size_t answer = SampleAtOrAfter(samples, step.time + step.delay, i);
+  step.flow = samples[answer].rpm * samples[answer].load;
   if (!(step.flow > 0.0)) return std::nullopt;
   return step;
 }

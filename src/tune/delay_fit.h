@@ -29,10 +29,14 @@ struct StepSettings {
   double steady_share = 0.08;    // "steady": within this share of the level
   double hold_s = 0.3;           // the new injection time holds this long after the step
   double min_afr_change = 0.8;   // the AFR's answer moves at least this much (AFR)
+  double max_load_share = 0.5;   // the load moves by less than this part of the fuel's change
+  double min_afr = 9.0;          // the sensor's valid range: no step from a reading outside it,
+  double max_afr = 19.0;         // and an answer running out of it is timed as a jump
 };
 
-// One step: when the injection time changed, the flow that carried it to the sensor (mean RPM
-// x load from the step to the answer), the delay and the sensor's own lag measured on it.
+// One step: when the injection time changed (half-way between the records around the change),
+// the flow that carried it to the sensor (RPM x load when the answer arrives), the delay and the
+// sensor's own lag measured on it.
 struct DelayStep {
   double time = 0.0;
   double flow = 0.0;   // RPM x load

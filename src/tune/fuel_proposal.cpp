@@ -5,6 +5,7 @@
 #include "editors/map_file.h"
 #include "editors/mapgrid/grid_setup.h"
 #include "editors/workbench/cell_selection.h"
+#include "tune/cell_fit.h"
 
 namespace vela {
 
@@ -33,11 +34,28 @@ ProposedCell Judge(const CellEvidence& evidence, int row, int column, double bef
   if (evidence.samples < settings.min_samples || evidence.time_s < settings.min_time_s) {
     return cell;
   }
-  const double limit = std::max(settings.max_change, 0.0);
-  cell.applied = std::clamp(cell.factor, 1.0 - limit, 1.0 + limit);
-  cell.limited = cell.applied != cell.factor;
   cell.state = CellProposalState::kProposed;
   return cell;
+}
+
+// The proposed cells' factors from the fit over all of them, held to the per-pass limit.
+void FitFactors(const CellGrid& evidence, const ProposalSettings& settings,
+                std::vector<ProposedCell>& cells) {
+  std::vector<double> values;
+  std::vector<bool> free;
+  for (const ProposedCell& cell : cells) {
+    values.push_back(cell.before_ms);
+    free.push_back(cell.state == CellProposalState::kProposed);
+  }
+  const std::vector<double> factors = FitCellFactors(evidence, values, free);
+  const double limit = std::max(settings.max_change, 0.0);
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    ProposedCell& cell = cells[i];
+    if (!free[i]) continue;
+    cell.factor = factors[i];
+    cell.applied = std::clamp(cell.factor, 1.0 - limit, 1.0 + limit);
+    cell.limited = cell.applied != cell.factor;
+  }
 }
 
 }  // namespace
@@ -68,6 +86,7 @@ FuelProposal ProposeFuel(const CalibrationImage& image, const CellGrid& evidence
                                      targets.At(row, column), settings));
     }
   }
+  FitFactors(evidence, settings, proposal.cells);
   proposal.corrected = TakeProposal(image, proposal, WholeMap(grid), &proposal.change);
   const MapGridModel after = FuelGridOf(proposal.corrected, proposal.fuel_map);
   for (ProposedCell& cell : proposal.cells) {

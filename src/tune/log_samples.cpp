@@ -1,5 +1,6 @@
 #include "tune/log_samples.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vela {
@@ -48,8 +49,11 @@ SampleLog SamplesOf(const DatalogLog& log, LoadBasis basis) {
 }
 
 std::size_t SampleAtOrAfter(const std::vector<TuneSample>& samples, double time, std::size_t from) {
-  while (from < samples.size() && samples[from].time < time) ++from;
-  return from;
+  if (from >= samples.size()) return samples.size();
+  const auto found =
+      std::lower_bound(samples.begin() + static_cast<std::ptrdiff_t>(from), samples.end(), time,
+                       [](const TuneSample& sample, double t) { return sample.time < t; });
+  return static_cast<std::size_t>(found - samples.begin());
 }
 
 PairedAfr AfrAt(const std::vector<TuneSample>& samples, std::size_t from, double time,

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "datalog/files/log_file.h"
@@ -10,8 +12,10 @@
 #include "sim/core/ecu_simulator.h"
 #include "sim/core/sim_options.h"
 #include "sim/engine/drive_log.h"
-#include "sim/engine/target_table.h"
+#include "sim/engine/offline_run.h"
+#include "sim/engine/true_map.h"
 #include "sim_test_support.h"
+#include "tune/target_table.h"
 
 namespace vela::sim {
 namespace {
@@ -96,43 +100,31 @@ TEST(DriveLogTest, ACellWrittenLiveChangesTheMixtureAtOnce) {
   EXPECT_LT(sim.Engine().exhaust_lambda, before.exhaust_lambda * 0.7);
 }
 
-TEST(TargetTableTest, TheFileRoundTripsAndItsValuesAreReadBetweenPoints) {
-  const TargetTable table = DefaultTargetTable(EmbeddedBaseCalibration());
-  EXPECT_DOUBLE_EQ(table.Cell(0, 0), 14.7);
-  // The program's default: richer from 40 kPa to 12.5 at 100 kPa, whatever the column count.
-  EXPECT_DOUBLE_EQ(table.Cell(10, 16), 12.5);
-  EXPECT_DOUBLE_EQ(table.Cell(10, 6), 14.7);
-  const std::string text = TargetTableCsv(table, "kPa");
-  EXPECT_EQ(text.substr(0, 20), "RPM/kPa,0,6.25,12.5,");
+// --target reads the table the program keeps beside a map file, on the fuel map's axes: the true
+// map is made for it; a table on other axes is refused with the program's reasons.
+TEST(TargetTableTest, TheTrueMapFollowsTheProgramsTargetFile) {
+  const CalibrationImage base = EmbeddedBaseCalibration();
+  TargetTable rich(FuelAxesOf(base));
+  rich.Set(1, 17, 11.8);
+  const std::filesystem::path dir = std::filesystem::temp_directory_path() / "vela_sim_target";
+  std::filesystem::create_directories(dir);
+  const std::string csv = (dir / "t.afr.csv").string();
+  const std::string out = (dir / "t.sm1").string();
+  std::ofstream(csv, std::ios::binary) << TargetCsv(rich);
   std::string error;
-  const auto read = ParseTargetTableCsv(text, &error);
-  ASSERT_TRUE(read) << error;
-  EXPECT_EQ(read->rpm, table.rpm);
-  EXPECT_EQ(read->load, table.load);
-  EXPECT_EQ(read->afr, table.afr);
-  // Rows in any order, CR LF, blanks and empty lines; read between points, held at the edges.
-  const auto small = ParseTargetTableCsv("x, 0, 100\r\n\r\n8000, 12, 10\r\n0 ,14,12\r\n", &error);
-  ASSERT_TRUE(small) << error;
-  EXPECT_DOUBLE_EQ(small->At(4000, 50), 12.0);
-  EXPECT_DOUBLE_EQ(small->At(-5, 200), 12.0);
-}
+  const std::vector<std::string_view> args = {"--true-map", out, "--target", csv};
+  const auto line = ParseSimCommandLine(args, &error);
+  ASSERT_TRUE(line) << error;
+  ASSERT_TRUE(RunOffline(*line, &error)) << error;
+  const auto written = LoadCalibrationFile(out, &error);
+  ASSERT_TRUE(written) << error;
+  EXPECT_EQ(written->Bytes(), WithTrueFuelMap(base, {}, rich).Bytes());
+  EXPECT_GT(written->FuelMs(1, 11, 17), base.FuelMs(1, 11, 17) * 1.05);
 
-TEST(TargetTableTest, AFileThatIsNoTableSaysWhereItFails) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"", "empty"},
-      {"RPM,0\n0,14\n1000,14\n", "line 1: 2 to 64"},
-      {"RPM,0,50,40\n", "line 1: the loads must rise"},
-      {"RPM,0,x\n", "line 1: the load of column 2"},
-      {"RPM,0,100\n\n0,14\n", "line 3: expected 3 fields"},
-      {"RPM,0,100\n0,14,5.9\n", "line 2: column 2"},
-      {"RPM,0,100\n0,14,14\n", "2 to 64 rows"},
-      {"RPM,0,100\n0,14,14\n0,13,13\n", "same engine speed"},
-  };
-  for (const auto& [text, reason] : cases) {
-    std::string error;
-    EXPECT_FALSE(ParseTargetTableCsv(text, &error)) << text;
-    EXPECT_NE(error.find(reason), std::string::npos) << error;
-  }
+  std::ofstream(csv, std::ios::binary) << "RPM/kPa,0,100\n0,13.5,13.5\n9000,13.5,13.5\n";
+  EXPECT_FALSE(RunOffline(*line, &error));
+  EXPECT_NE(error.find(csv + ": The target CSV has 3 lines"), std::string::npos) << error;
+  std::filesystem::remove_all(dir);
 }
 
 std::optional<SimCommandLine> Parse(std::vector<std::string_view> args, std::string* error) {

@@ -10,8 +10,8 @@
 
 #include "sim/core/base_calibration.h"
 #include "sim/core/engine_model.h"
-#include "sim/engine/target_table.h"
 #include "sim/engine/true_map.h"
+#include "tune/target_table.h"
 
 namespace vela::sim {
 namespace {
@@ -45,10 +45,11 @@ struct SteadyCruise {
 // target fuels the engine to that one.
 TEST(EngineTruthTest, TheTrueMapHoldsTheEngineAtItsTarget) {
   const CalibrationImage base = EmbeddedBaseCalibration();
-  std::string error;
-  const auto flat = ParseTargetTableCsv("RPM/kPa,0,100\n0,13.5,13.5\n9000,13.5,13.5\n", &error);
-  ASSERT_TRUE(flat) << error;
-  for (const TargetTable& target : {DefaultTargetTable(base), *flat}) {
+  TargetTable flat(FuelAxesOf(base));
+  for (int row = 1; row <= flat.Axes().Rows(); ++row) {
+    for (int column = 1; column <= flat.Axes().Columns(); ++column) flat.Set(row, column, 13.5);
+  }
+  for (const TargetTable& target : {TargetTable(FuelAxesOf(base)), flat}) {
     const CalibrationImage image = WithTrueFuelMap(base, {}, target);
     EngineModel engine(5);
     SteadyCruise steady;
@@ -56,7 +57,7 @@ TEST(EngineTruthTest, TheTrueMapHoldsTheEngineAtItsTarget) {
     int n = 0;
     Drive(engine, image, 40'000, [&](const EngineState& s) {
       if (!steady(s)) return;
-      const double off = s.exhaust_lambda * 14.7 / target.At(s.rpm, s.map_kpa) - 1.0;
+      const double off = s.exhaust_lambda * 14.7 / target.AtPoint(s.rpm, s.map_kpa) - 1.0;
       sum += std::abs(off);
       worst = std::max(worst, std::abs(off));
       ++n;
@@ -70,14 +71,14 @@ TEST(EngineTruthTest, TheTrueMapHoldsTheEngineAtItsTarget) {
 TEST(EngineTruthTest, TheTrueMapOfAFuelErrorScalesTheCellsInItsRangesOnly) {
   const CalibrationImage base = EmbeddedBaseCalibration();
   // With no error the true map is the base calibration's own.
-  const CalibrationImage same = WithTrueFuelMap(base, {}, DefaultTargetTable(base));
+  const CalibrationImage same = WithTrueFuelMap(base, {}, TargetTable(FuelAxesOf(base)));
   for (int row = 1; row <= 11; ++row) {
     for (int column = 1; column <= 17; ++column) {
       EXPECT_NEAR(same.FuelMs(1, row, column), base.FuelMs(1, row, column), 0.0011);
     }
   }
   const FuelError rich = *ParseFuelError("12@4000-9000,60-100");
-  const CalibrationImage truth = WithTrueFuelMap(base, {{rich}}, DefaultTargetTable(base));
+  const CalibrationImage truth = WithTrueFuelMap(base, {{rich}}, TargetTable(FuelAxesOf(base)));
   for (int row = 1; row <= 11; ++row) {
     for (int column = 1; column <= 17; ++column) {
       const bool inside = RpmSites(0)[row - 1] >= 4000 && (column - 1) * 100.0 / 16 >= 60;

@@ -23,8 +23,9 @@ struct Flow {
   double load;
 };
 
-// Six seconds per flow; the injection time steps up 30 % at 1.5 s and back at 4.5 s, and the
-// AFR answers each step after the delay of that flow, as a first-order lag does.
+// Six seconds per flow; the injection time steps up 30 % at 1.5 s and back at 4.5 s, first seen
+// in the records at those times, so changed half a frame before on the mean; the AFR answers
+// each change after the delay of that flow, as a first-order lag does.
 SampleLog StepLog(const std::vector<Flow>& flows) {
   SampleLog log = SteadyLog(6.0 * static_cast<double>(flows.size()) + 1.0);
   for (std::size_t f = 0; f < flows.size(); ++f) {
@@ -37,7 +38,7 @@ SampleLog StepLog(const std::vector<Flow>& flows) {
       const bool rich = s.time >= start + 1.5 && s.time < start + 4.5;
       s.fuel_ms = rich ? 6.5 : 5.0;
       const auto answer = [&](double at) {
-        const double since = s.time - at - delay;
+        const double since = s.time - (at - tune_testing::kFrameStep / 2.0) - delay;
         return since > 0.0 ? 1.0 - std::exp(-since / kLag) : 0.0;
       };
       s.afr = 14.7 - 3.0 * answer(start + 1.5) + 3.0 * answer(start + 4.5);
@@ -84,6 +85,24 @@ TEST(DelayFit, StepsWithoutACleanAnswerAreNotSteps) {
   During(log, 7.6, 13.0, [](TuneSample& s) { s.lost_before = 1; });
   During(log, 10.6, 13.0, [](TuneSample& s) { s.lost_before = 2; });
   EXPECT_TRUE(FindDelaySteps(log.samples, StepSettings()).empty());
+}
+
+TEST(DelayFit, OnlyFuelStepsReadOnTheScaleAreTimed) {
+  // A tip-in: the load rises with the fuel, so the answer is not the fuel step's.
+  SampleLog tip_in = StepLog({{2000, 50}});
+  During(tip_in, 1.5, 4.5, [](TuneSample& s) { s.load = 65.0; });
+  EXPECT_TRUE(FindDelaySteps(tip_in.samples, StepSettings()).empty());
+  // Fuel cut: the AFR runs off the scale within a frame, timed as a jump half-way between the
+  // records around it; from the pegged reading the return cannot be timed.
+  SampleLog cut = StepLog({{2000, 50}});
+  const double delay = kFloor + kK / (2000.0 * 50.0);
+  During(cut, 1.5, 4.5, [&](TuneSample& s) {
+    s.fuel_ms = 0.0;
+    if (s.time >= 1.5 - tune_testing::kFrameStep / 2 + delay) s.afr = 20.0;
+  });
+  const std::vector<DelayStep> steps = FindDelaySteps(cut.samples, StepSettings());
+  ASSERT_EQ(steps.size(), 1u);
+  EXPECT_NEAR(steps[0].delay, delay, tune_testing::kFrameStep / 2 + 1e-9);
 }
 
 TEST(DelayModel, FallsWithFlowAndStaysInBounds) {

@@ -8,6 +8,7 @@
 #include "editors/map_file.h"
 #include "editors/workbench/cell_selection.h"
 #include "tune/fuel_proposal.h"
+#include "tune/tune_test_support.h"
 
 namespace vela {
 namespace {
@@ -123,6 +124,37 @@ TEST_F(FuelProposalTest, ASelectionTakesOnlyItsCellsAndTheDutyCapHolds) {
   EXPECT_DOUBLE_EQ(Ms(taken, 5, 3), 5.5);
   EXPECT_DOUBLE_EQ(Ms(taken, 5, 4), 5.0);
   EXPECT_DOUBLE_EQ(Ms(taken, 1, 9), 8.0);
+}
+
+// The engine needs 10 % more fuel from column 5 on, and ran only between sites: averaging each
+// cell's samples would smear the step into columns 4 and 6; the fit puts it where it is.
+TEST_F(FuelProposalTest, AStepInTheNeedStaysBetweenTheCellsWhereItIs) {
+  const TuneAxes axes = FuelAxesOf(image_);
+  const auto need = [](int column) { return column >= 5 ? 5.5 : 5.0; };
+  SampleLog log = tune_testing::SteadyLog(0.0);
+  log.step = tune_testing::kFrameStep;
+  double time = 0.0;
+  for (double load : {31.25, 40.0, 43.75, 56.25, 60.0, 68.75}) {
+    const auto [left, right] =
+        std::pair{static_cast<int>(load / 12.5) + 1, static_cast<int>(load / 12.5) + 2};
+    const double part = load / 12.5 + 1 - left;
+    const double needed = need(left) * (1 - part) + need(right) * part;
+    SampleLog stretch = tune_testing::SteadyLog(5.0);
+    for (TuneSample& sample : stretch.samples) {
+      sample.time += time;
+      sample.rpm = axes.RowRpm(5);
+      sample.load = load;
+      sample.afr = targets_.AtPoint(sample.rpm, load) * needed / 5.0;
+      log.samples.push_back(sample);
+    }
+    time += 5.0;
+  }
+  vela::Evidence gathered{CellGrid(axes), {}};
+  AddEvidence(log, targets_, FilterSettings(), DelayModel{0.0, 0.0}, gathered);
+  const FuelProposal proposal = ProposeFuel(image_, gathered.cells, targets_, ProposalSettings());
+  for (int column = 3; column <= 7; ++column) {
+    EXPECT_NEAR(Ms(proposal.corrected, 5, column), need(column), 0.05) << column;  // 1 %
+  }
 }
 
 }  // namespace
