@@ -165,13 +165,15 @@ TimeAxis ZoomedOut(const DatalogLog& log, const ChartView& view) {
   return Clamped(log, ZoomAxis(axis, a_shown ? *view.a : Middle(axis), span / Span(axis)));
 }
 
+// The span between the cursors with a little room either side, so that both cursor lines show.
 TimeAxis ToCursors(const ChartView& view) {
   if (!view.a || !view.b) return view.axis;
   const double from = std::min(*view.a, *view.b);
   const double to = std::max(*view.a, *view.b);
-  if (to - from >= kNarrowestAxisSeconds) return {from, to};
   const double middle = (from + to) / 2.0;
-  return {middle - kNarrowestAxisSeconds / 2.0, middle + kNarrowestAxisSeconds / 2.0};
+  const double span =
+      std::max((to - from) * (1.0 + 2.0 * kCursorSpanRoomShare), kNarrowestAxisSeconds);
+  return {middle - span / 2.0, middle + span / 2.0};
 }
 
 // A cursor moved by a record step, a second step or to a marker; a missing cursor appears at

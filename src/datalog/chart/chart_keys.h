@@ -60,6 +60,8 @@ inline constexpr double kKeyZoomFactor = 0.5;
 inline constexpr double kPanStepShare = 0.1;
 inline constexpr double kFollowRoomShare = 0.05;
 inline constexpr double kCursorSecondStep = 1.0;
+// Zooming to the cursors leaves this share of their span free on either side.
+inline constexpr double kCursorSpanRoomShare = 0.02;
 
 // What `key` makes of `view` on `log`. Pans and zooming out stay within the whole log (the
 // `WholeLogAxis`); zooming in keeps cursor A's time where it is on screen, or centres the view on

@@ -150,8 +150,10 @@ TEST(ChartKeys, MarkerKeysJumpCursorAAndTheViewFollowsIt) {
 
 TEST(ChartKeys, ZoomToTheCursorsAndFitAll) {
   Log10Hz f;
-  EXPECT_EQ(ApplyChartKey(f.log, {{0.0, 20.0}, 9.0, 4.0}, ChartKey::kZoomToCursors).axis,
-            (TimeAxis{4.0, 9.0}));
+  const TimeAxis span =
+      ApplyChartKey(f.log, {{0.0, 20.0}, 9.0, 4.0}, ChartKey::kZoomToCursors).axis;
+  EXPECT_NEAR(span.min, 3.9, 1e-12);  // a fiftieth of the span's room either side
+  EXPECT_NEAR(span.max, 9.1, 1e-12);
   // Cursors on one record: the narrowest axis around them. One cursor: nothing.
   const TimeAxis narrow =
       ApplyChartKey(f.log, {{0.0, 20.0}, 4.0, 4.0}, ChartKey::kZoomToCursors).axis;
