@@ -57,7 +57,7 @@ class DatalogKeysTest : public QObject {
   static void Press(QWidget* to, char typed) { QTest::keyClick(to, typed); }
 
  private slots:
-  void theChartHasTheKeyboardAndItsKeysMoveTheViewAndTheCursors() {
+  void theChartTakesTheKeyboardAndItsKeysAndExportsWhatItShows() {
     QTemporaryDir dir;
     testing::TestProgram program(dir.path(), "/dev/no-such-tty");
     QVERIFY(program.window->Load());
@@ -67,61 +67,50 @@ class DatalogKeysTest : public QObject {
     QVERIFY(QTest::qWaitForWindowActive(program.window.get()));
     LoadKnownLog(program, dir.path());
     DatalogChart* chart = program.window->datalog_page().chart();
-
     QTest::keyClick(program.window.get(), Qt::Key_G);
-    QCOMPARE(program.window->tabs()->currentIndex(), 11);
     QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(chart));
 
+    // Each key passes the window's routing and reaches the chart (the rules: chart_keys_test).
     QTest::keyClick(chart, Qt::Key_Home);
     const TimeAxis whole = chart->View().axis;
-    QCOMPARE(whole.min, 0.0);
-    QVERIFY(whole.max > 30.0);
-    // Cursor A appears on the record nearest the middle, then steps a record and a second.
-    Press(chart, '.');
-    QVERIFY(chart->CursorA());
-    const double middle = (whole.min + whole.max) / 2.0;
-    QVERIFY(std::abs(*chart->CursorA() - middle) <= 0.05 + 1e-9);
-    const double start = *chart->CursorA();
-    Press(chart, '.');
-    Press(chart, '>');
-    QVERIFY(std::abs(*chart->CursorA() - (start + 1.1)) < 1e-6);
-    QVERIFY(ChartValue(chart).startsWith("A "));
-    // Zooming in keeps A's time under it on screen.
-    const double a = *chart->CursorA();
-    const double share = (a - chart->View().axis.min) / (whole.max - whole.min);
-    Press(chart, '+');
-    const TimeAxis zoomed = chart->View().axis;
-    QVERIFY(std::abs((zoomed.max - zoomed.min) - (whole.max - whole.min) / 2.0) < 1e-9);
-    QVERIFY(std::abs((a - zoomed.min) / (zoomed.max - zoomed.min) - share) < 1e-9);
-    QVERIFY(chart->AxisInHand());
-    // Ctrl-PgDown pans a whole view, held at the log's end; Ctrl-Left a tenth back.
+    QTest::keyClick(chart, '.');  // A appears mid-view
+    QVERIFY(chart->CursorA() && ChartValue(chart).startsWith("A "));
+    QTest::keyClick(chart, '+');
+    QCOMPARE(chart->View().axis.max - chart->View().axis.min, (whole.max - whole.min) / 2.0);
     QTest::keyClick(chart, Qt::Key_PageDown, Qt::ControlModifier);
     QTest::keyClick(chart, Qt::Key_PageDown, Qt::ControlModifier);
-    QCOMPARE(program.window->tabs()->currentIndex(), 11);  // the tab bar never took it
-    QVERIFY(std::abs(chart->View().axis.max - whole.max) < 1e-9);
-    const TimeAxis at_end = chart->View().axis;
-    QTest::keyClick(chart, Qt::Key_Left, Qt::ControlModifier);
-    QVERIFY(std::abs(chart->View().axis.min - (at_end.min - (at_end.max - at_end.min) / 10.0)) <
-            1e-9);
-    // Markers: ' jumps A to the next one (21 s), ; back to 8 s; the view follows A.
-    Press(chart, '\'');
-    QVERIFY(std::abs(*chart->CursorA() - 21.0) < 1e-9);
-    Press(chart, ';');
-    QVERIFY(std::abs(*chart->CursorA() - 8.0) < 1e-9);
-    QVERIFY(chart->View().axis.min <= 8.0 && chart->View().axis.max >= 8.0);
-    // Cursor B, then Z zooms to the span between the two.
-    Press(chart, ']');
-    QVERIFY(chart->CursorB());
-    Press(chart, '}');
-    Press(chart, '}');
-    const double b = *chart->CursorB();
-    QTest::keyClick(chart, Qt::Key_Z);
-    const double room = std::abs(b - 8.0) * kCursorSpanRoomShare;
-    QVERIFY(std::abs(chart->View().axis.min - (std::min(8.0, b) - room)) < 1e-9);
-    QVERIFY(std::abs(chart->View().axis.max - (std::max(8.0, b) + room)) < 1e-9);
+    QCOMPARE(chart->View().axis.max, whole.max);
+    QTest::keyClick(chart, ';');
+    QCOMPARE(*chart->CursorA(), 8.0);  // the marker before it, the view following
+    QVERIFY(chart->View().axis.min <= 8.0);
+    QTest::keyClick(chart, '}');
     QVERIFY(ChartValue(chart).contains(", B "));
-    // Still on the DataLogging tab: no key was a page letter's.
-    QCOMPARE(program.window->tabs()->currentIndex(), 11);
+    QTest::keyClick(chart, Qt::Key_Z);
+    const double between = std::abs(*chart->CursorB() - *chart->CursorA());
+    QCOMPARE(chart->View().axis.max - chart->View().axis.min,
+             between * (1.0 + 2.0 * kCursorSpanRoomShare));
+    QCOMPARE(program.window->tabs()->currentIndex(), 11);  // neither the tab bar nor a letter
+
+    // Ctrl-X: the records between the cursors; the menu item does the same. Ctrl-I: the chart.
+    chart->SetCursors(12.05, 10.0);
+    const QString csv = dir.path() + "/span.csv";
+    program.dialogs.paths.push_back(csv.toStdString());
+    QTest::keyClick(chart, Qt::Key_X, Qt::ControlModifier);
+    QFile csv_file(csv);
+    QVERIFY(csv_file.open(QIODevice::ReadOnly));
+    const QByteArray written = csv_file.readAll();
+    QCOMPARE(written.toStdString(), CsvText(program.window->datalog_page().log(), 10.0, 12.05));
+    auto* span_item = program.window->findChild<QAction*>("DatalogExportSpanCsv");
+    QVERIFY(program.window->findChild<QToolButton*>("DatalogExportView")
+                ->menu()
+                ->actions()
+                .contains(span_item));
+    program.dialogs.paths.push_back((dir.path() + "/again.csv").toStdString());
+    span_item->trigger();
+    QVERIFY(QFile::exists(dir.path() + "/again.csv"));
+    program.dialogs.paths.push_back((dir.path() + "/chart").toStdString());
+    QTest::keyClick(chart, Qt::Key_I, Qt::ControlModifier);
+    QCOMPARE(QImage(dir.path() + "/chart.png").size(), chart->size() * chart->devicePixelRatio());
 
     if (const QString keep = qEnvironmentVariable("VELA_SHOTS"); !keep.isEmpty()) {
       // A recording's sign as the status strip shows it on every tab.
@@ -137,48 +126,6 @@ class DatalogKeysTest : public QObject {
       shot({1024, 600}, "help-1024x600.png");
       shot({1280, 720}, "help-1280x720.png");
     }
-  }
-
-  void theExportKeysWriteTheCursorsSpanAsCsvAndTheChartAsAPicture() {
-    QTemporaryDir dir;
-    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
-    QVERIFY(program.window->Load());
-    program.window->show();
-    program.window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(program.window.get()));
-    LoadKnownLog(program, dir.path());
-    DatalogChart* chart = program.window->datalog_page().chart();
-    QTest::keyClick(program.window.get(), Qt::Key_G);
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(chart));
-    chart->SetCursors(12.05, 10.0);
-
-    const QString csv = dir.path() + "/span.csv";
-    program.dialogs.paths.push_back(csv.toStdString());
-    QTest::keyClick(chart, Qt::Key_X, Qt::ControlModifier);
-    QFile csv_file(csv);
-    QVERIFY(csv_file.open(QIODevice::ReadOnly));
-    const QByteArray written = csv_file.readAll();
-    QCOMPARE(written.toStdString(), CsvText(program.window->datalog_page().log(), 10.0, 12.05));
-    QVERIFY(written.contains("\r\n10.000,") && written.contains("\r\n12.000,"));
-    QVERIFY(!written.contains("\r\n12.100,") && !written.contains("\r\n9.900,"));
-
-    const QString png = dir.path() + "/chart";
-    program.dialogs.paths.push_back(png.toStdString());
-    QTest::keyClick(chart, Qt::Key_I, Qt::ControlModifier);
-    QImage picture(png + ".png");
-    QVERIFY(!picture.isNull());
-    QCOMPARE(picture.size(), chart->size() * chart->devicePixelRatio());
-
-    // The page's "Export View" menu does the same, with visible text.
-    auto* menu_button = program.window->findChild<QToolButton*>("DatalogExportView");
-    QCOMPARE(menu_button->text(), QString("Export View"));
-    auto* span_item = program.window->findChild<QAction*>("DatalogExportSpanCsv");
-    QCOMPARE(span_item->text(), QString("Span as CSV...  (Ctrl-X)"));
-    QVERIFY(menu_button->menu()->actions().contains(span_item));
-    QVERIFY(program.window->findChild<QAction*>("DatalogExportPng")->text().startsWith("Chart"));
-    program.dialogs.paths.push_back((dir.path() + "/again.csv").toStdString());
-    span_item->trigger();
-    QVERIFY(QFile::exists(dir.path() + "/again.csv"));
   }
 
   void theHelpPageListsTheChartKeysAndTheRecordingSignIsAccessible() {
