@@ -242,6 +242,7 @@ QWidget* MainWindow::BuildPage(int index) {
            parts_.files, editors_->dialog_memory().folder},
           settings_controls_->BuildDatalogOptions(page), page);
       MakeChartAccessible(datalog_page_->findChild<DatalogChart*>("TChart1"));
+      page->setFocusProxy(datalog_page_);  // the chart has the keyboard when the tab comes up
       layout->addWidget(datalog_page_, 1);
       return page;
     default:

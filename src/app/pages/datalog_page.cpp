@@ -56,7 +56,7 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
   chart_ = new DatalogChart(log_, this);
   chart_->setToolTip(
       "Click: cursor A.  Right click: cursor B.  Wheel: zoom.  Drag: pan.  Double click: the "
-      "whole log.  K: a marker.");
+      "whole log.  K: a marker.  The keys of the Help page's chart table work here too.");
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(BuildButtons());
@@ -76,6 +76,10 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
     });
   }
   connect(chart_, &DatalogChart::CursorsChanged, this, &DatalogPage::ShowCursorValues);
+  connect(chart_, &DatalogChart::ExportCsvAsked, this, &DatalogPage::ExportShownCsv);
+  connect(chart_, &DatalogChart::ExportPictureAsked, this, &DatalogPage::ExportPicture);
+  // The keyboard belongs to the chart whenever the page has it.
+  setFocusProxy(chart_);
   // Every tick of the link's supervision (and every arrival) is followed by this check.
   connect(&parts_.link, &LinkSession::DisplayChanged, this, &DatalogPage::StopWithoutEcu);
   refresh_.setInterval(kRefreshMs);
@@ -116,6 +120,7 @@ QWidget* DatalogPage::BuildButtons() {
   csv->setFocusPolicy(Qt::NoFocus);
   connect(csv, &QPushButton::clicked, this, [this] { files_.ExportCsv(log_); });
   row->addWidget(csv);
+  AddExportMenu(row);
   auto* whole = new QPushButton("Show All", row_widget);
   whole->setObjectName("DatalogShowAll");
   whole->setFocusPolicy(Qt::NoFocus);

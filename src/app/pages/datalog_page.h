@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableWidget>
@@ -85,6 +86,11 @@ class DatalogPage : public QWidget {
   QWidget* BuildButtons();
   QWidget* BuildChannels();
   QWidget* BuildReadout();
+  // Exports of what the chart shows (datalog_export.cpp): the "Export View" button and its menu,
+  // the span as CSV and the chart as a PNG picture.
+  void AddExportMenu(QHBoxLayout* row);
+  void ExportShownCsv();
+  void ExportPicture();
   void StartLogging();
   void StopLogging(bool by_button);
   void Save();

@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QVBoxLayout>
 
+#include "app/widgets/chart_keys_table.h"
 #include "app/widgets/text_of.h"
 #include "app/widgets/workbench_keys_table.h"
 #include "editors/mapgrid/keystroke_table.h"
@@ -25,10 +26,13 @@ HelpPage::HelpPage(QWidget* options, QWidget* parent)
   keystrokes_->setFocusPolicy(Qt::NoFocus);
   keystrokes_->verticalHeader()->setDefaultSectionSize(22);
   ShowKeystrokeTable(true);
-  // The keystroke table and, beside it, the workbench keys.
+  // The keystroke table and, beside it, the workbench keys over the datalog chart's keys.
   auto* tables = new QHBoxLayout;
   tables->addWidget(keystrokes_, 1);
-  tables->addWidget(BuildWorkbenchKeysTable(this), 1);
+  auto* more_keys = new QVBoxLayout;
+  more_keys->addWidget(BuildWorkbenchKeysTable(this), 1);
+  more_keys->addWidget(BuildChartKeysTable(this), 1);
+  tables->addLayout(more_keys, 1);
   layout->addLayout(tables, 1);
 }
 

@@ -62,7 +62,7 @@ StatusStrip::StatusStrip(QWidget* parent)
       link_state_(new QLabel(this)),
       live_tune_(new QLabel(this)),
       frames_per_second_(new QLabel(this)),
-      datalog_(new SteadyLabel({"Logging 88888.8 s, 8888888 records"}, this)),
+      datalog_(new RecordingIndicator(this)),
       map_in_use_(new ElidingLabel(this)),
       fault_(new ElidingLabel(this)),
       startup_(new ElidingLabel(this)),
@@ -79,10 +79,6 @@ StatusStrip::StatusStrip(QWidget* parent)
   live_tune_->setObjectName("LiveTuneState");
   frames_per_second_->setObjectName("FramesPerSecond");
   frames_per_second_->setToolTip("Live frames the program takes from the ECU each second");
-  datalog_->setObjectName("DatalogState");
-  datalog_->setToolTip("A datalog is being recorded: its time and the records taken so far");
-  datalog_->setStyleSheet("background-color: rgb(200, 30, 20); color: white; padding: 1px 6px;");
-  datalog_->hide();
   map_in_use_->setObjectName("MapInUse");
   fault_->setObjectName("FaultIndicator");
   fault_->setCursor(Qt::PointingHandCursor);
@@ -200,11 +196,7 @@ void StatusStrip::ShowPort(const QString& device) {
 }
 
 void StatusStrip::ShowDatalog(bool logging, double seconds, std::size_t records) {
-  const QString text =
-      logging ? QString("Logging %1 s, %2 records").arg(seconds, 0, 'f', 1).arg(records)
-              : QString();
-  if (datalog_->text() != text) datalog_->setText(text);
-  datalog_->setVisible(logging);
+  datalog_->Show(logging, seconds, records);
 }
 
 void StatusStrip::AddEditLabels(QHBoxLayout* row) {

@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <optional>
 
+#include "app/widgets/recording_indicator.h"
 #include "link/program_status.h"
 #include "link/receive/receive_display.h"
 
@@ -77,7 +78,7 @@ class StatusStrip : public QFrame {
   QLabel* link_state_;
   QLabel* live_tune_;
   QLabel* frames_per_second_;
-  QLabel* datalog_;
+  RecordingIndicator* datalog_;
   ElidingLabel* map_in_use_;
   ElidingLabel* fault_;
   ElidingLabel* startup_;

@@ -114,13 +114,40 @@ DatalogFileResult DatalogFiles::SaveDatalog1(const DatalogLog& log) {
   return Write(path, Dl1Text(log), kDl1Title);
 }
 
-DatalogFileResult DatalogFiles::ExportCsv(const DatalogLog& log) {
+std::optional<std::string> DatalogFiles::AskCsvPath() {
   const std::optional<std::string> chosen = dialogs_.AskSavePath(
       std::string(kCsvFilter), std::string(kCsvTitle), InitialFolder(kSaveFolderMissingLine));
+  if (!chosen) return std::nullopt;
+  Remember(*chosen);
+  return HasDot(*chosen) ? *chosen : *chosen + std::string(kCsvExtension);
+}
+
+DatalogFileResult DatalogFiles::ExportCsv(const DatalogLog& log) {
+  const std::optional<std::string> path = AskCsvPath();
+  if (!path) return DatalogFileResult::kCancelled;
+  return Write(*path, CsvText(log), kCsvTitle);
+}
+
+DatalogFileResult DatalogFiles::ExportCsvSpan(const DatalogLog& log, double from, double to) {
+  const std::optional<std::string> path = AskCsvPath();
+  if (!path) return DatalogFileResult::kCancelled;
+  return Write(*path, CsvText(log, from, to), kCsvTitle);
+}
+
+DatalogFileResult DatalogFiles::ExportPicture(const std::function<std::string()>& png) {
+  const std::optional<std::string> chosen =
+      dialogs_.AskSavePath(std::string(kPictureFilter), std::string(kPictureTitle),
+                           InitialFolder(kSaveFolderMissingLine));
   if (!chosen) return DatalogFileResult::kCancelled;
   Remember(*chosen);
-  const std::string path = HasDot(*chosen) ? *chosen : *chosen + std::string(kCsvExtension);
-  return Write(path, CsvText(log), kCsvTitle);
+  const std::string path = HasDot(*chosen) ? *chosen : *chosen + std::string(kPictureExtension);
+  const std::string bytes = png();
+  if (bytes.empty()) {
+    messages_.Show(MessageIcon::kCritical, std::string(kPictureTitle),
+                   {"The picture of the chart could not be made.", std::string(kUnchangedLine)});
+    return DatalogFileResult::kFailed;
+  }
+  return Write(path, bytes, kPictureTitle);
 }
 
 DatalogLoadResult DatalogFiles::LoadDatalog(DatalogLog& log) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,9 @@ inline constexpr std::string_view kCsvFilter = "CSV, comma separated values (*.c
 inline constexpr std::string_view kCsvTitle = "Export MORVANE VELA DataLog as CSV";
 inline constexpr std::string_view kCsvExtension = ".csv";
 inline constexpr std::string_view kChartExtension = ".SL1";
+inline constexpr std::string_view kPictureFilter = "PNG picture (*.png)|*.png|";
+inline constexpr std::string_view kPictureTitle = "Export MORVANE VELA DataLog chart as PNG";
+inline constexpr std::string_view kPictureExtension = ".png";
 
 inline constexpr std::string_view kSaveFolderMissingLine =
     "Folder not found. Please select the correct Datalogs folder to save your datalogs.";
@@ -73,6 +77,11 @@ class DatalogFiles {
   DatalogFileResult SaveDatalog3(const DatalogLog& log);
   DatalogFileResult SaveDatalog1(const DatalogLog& log);
   DatalogFileResult ExportCsv(const DatalogLog& log);
+  // The records from `from` to `to` of log time as CSV, through the same dialog.
+  DatalogFileResult ExportCsvSpan(const DatalogLog& log, double from, double to);
+  // A picture of the chart, already encoded as PNG: `png` is asked for only once a name is
+  // chosen.
+  DatalogFileResult ExportPicture(const std::function<std::string()>& png);
   // `Command6` index 1: a chart file replaces `log`. A file that is not a datalog leaves `log` as
   // it was; a damaged one loads what is intact and says what was lost.
   DatalogLoadResult LoadDatalog(DatalogLog& log);
@@ -82,6 +91,8 @@ class DatalogFiles {
  private:
   std::string InitialFolder(std::string_view missing_line);
   void Remember(const std::string& path);
+  // The CSV dialog's chosen path with ".csv" added to a name without a dot.
+  std::optional<std::string> AskCsvPath();
   DatalogFileResult Write(const std::string& path, const std::string& content,
                           std::string_view title);
 

@@ -1,7 +1,9 @@
 #include "datalog/files/log_export.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace vela {
@@ -36,12 +38,24 @@ std::string CsvQuoted(const std::string& text) {
   return quoted + "\"";
 }
 
-// The marker texts of every record, joined where several fall on one record.
-std::vector<std::string> MarkerColumn(const DatalogLog& log) {
+// The records [begin, end) of the log: all, or those of a span of time.
+struct RecordRange {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
+// The marker texts of every record, joined where several fall on one record. Only markers from
+// `from` to `to` are taken; one that falls before the range's first record is put on that
+// record.
+std::vector<std::string> MarkerColumn(const DatalogLog& log, RecordRange range, double from,
+                                      double to) {
   std::vector<std::string> column(log.RecordCount());
   for (const LogMarker& marker : log.Markers()) {
     if (column.empty()) break;
-    std::string& cell = column[log.IndexAtOrBefore(marker.time).value_or(0)];
+    if (marker.time < from || marker.time > to) continue;
+    const std::size_t record = std::max(log.IndexAtOrBefore(marker.time).value_or(0), range.begin);
+    if (record >= range.end) continue;  // a span with no record
+    std::string& cell = column[record];
     cell += (cell.empty() ? "" : "; ") + marker.text;
   }
   return column;
@@ -93,19 +107,25 @@ std::string Dl1Text(const DatalogLog& log) {
   return text;
 }
 
-std::string CsvText(const DatalogLog& log) {
-  std::vector<int> channels;
+namespace {
+
+std::string CsvHeader(const DatalogLog& log, std::vector<int>& channels) {
   std::string text = "Time (s),Arrival (s)";
   for (int n = 0; n < kChannelCount; ++n) {
     if (log.Series(n).points == 0) continue;
     channels.push_back(n);
     text += "," + std::string(kChannels[n].name) + " (" + std::string(kChannels[n].unit) + ")";
   }
-  text += ",Missing frames,Marker\r\n";
-  const std::vector<std::string> markers = MarkerColumn(log);
+  return text + ",Missing frames,Marker\r\n";
+}
+
+std::string CsvRows(const DatalogLog& log, RecordRange range, double from, double to) {
+  std::vector<int> channels;
+  std::string text = CsvHeader(log, channels);
+  const std::vector<std::string> markers = MarkerColumn(log, range, from, to);
   const std::vector<std::uint32_t> missing = GapColumn(log);
-  text.reserve(text.size() + log.RecordCount() * (20 + 9 * channels.size()));
-  for (std::size_t i = 0; i < log.RecordCount(); ++i) {
+  text.reserve(text.size() + (range.end - range.begin) * (20 + 9 * channels.size()));
+  for (std::size_t i = range.begin; i < range.end; ++i) {
     AppendFixed(text, log.Times()[i], kTimeDecimals);
     text += ',';
     if (!std::isnan(log.Arrivals()[i])) AppendFixed(text, log.Arrivals()[i], kTimeDecimals);
@@ -120,6 +140,22 @@ std::string CsvText(const DatalogLog& log) {
     text += "\r\n";
   }
   return text;
+}
+
+}  // namespace
+
+std::string CsvText(const DatalogLog& log) {
+  constexpr double kAll = std::numeric_limits<double>::infinity();
+  return CsvRows(log, {0, log.RecordCount()}, -kAll, kAll);
+}
+
+std::string CsvText(const DatalogLog& log, double from, double to) {
+  const std::vector<double>& times = log.Times();
+  const auto begin = std::lower_bound(times.begin(), times.end(), from);
+  const auto end = std::upper_bound(begin, times.end(), to);
+  const RecordRange range{static_cast<std::size_t>(begin - times.begin()),
+                          static_cast<std::size_t>(end - times.begin())};
+  return CsvRows(log, range, from, to);
 }
 
 std::string LogInfoText(const DatalogLog& log, const LogFileReport& report) {

@@ -19,6 +19,9 @@ std::string Dl1Text(const DatalogLog& log);
 // where there is no point or no known arrival), the frames lost just before the record (empty
 // for none), the markers' texts in the row of the record they fall on. Rows end with CR LF.
 std::string CsvText(const DatalogLog& log);
+// The same for the records from `from` to `to` (seconds of log time, both included): the columns
+// are those of the whole log, and a marker within the times is never left out.
+std::string CsvText(const DatalogLog& log, double from, double to);
 
 // Record count, duration, clock, time axis, channels, markers, gaps, and any damage the reader
 // found.

@@ -24,7 +24,7 @@ DatalogChart::DatalogChart(DatalogLog& log, QWidget* parent) : QWidget(parent), 
   setObjectName("TChart1");
   setMinimumSize(320, 180);
   setAttribute(Qt::WA_OpaquePaintEvent);
-  setFocusPolicy(Qt::ClickFocus);
+  setFocusPolicy(Qt::StrongFocus);
   setCursor(Qt::CrossCursor);
 }
 

@@ -9,7 +9,7 @@
 // Each channel is drawn over the full height between its own lowest and highest value; the left
 // axis is labelled in the units of one chosen channel. The tuner zooms the time axis with the
 // mouse wheel, pans by dragging, shows the whole log with a double click, sets cursor A with a
-// click and cursor B with a right click.
+// click and cursor B with a right click; the keyboard does all of that and more (chart_keys.h).
 #pragma once
 
 #include <QWidget>
@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "datalog/chart/chart_keys.h"
 #include "datalog/datalog_log.h"
 
 namespace vela {
@@ -40,6 +41,8 @@ class DatalogChart : public QWidget {
   std::optional<double> CursorA() const { return cursor_a_; }
   std::optional<double> CursorB() const { return cursor_b_; }
   void SetCursors(std::optional<double> a, std::optional<double> b);
+  // The time axis and the cursors as they are now.
+  ChartView View() const { return {log_.axis, cursor_a_, cursor_b_}; }
 
   // Repaints when the log changed since the last paint: only the strip of the new records while
   // the axis, the channels' scales and the markers stay as they were drawn, otherwise the whole.
@@ -52,6 +55,9 @@ class DatalogChart : public QWidget {
  signals:
   void CursorsChanged();
   void AxisChangedByHand();
+  // The export keys: what is seen as CSV, the chart as a picture.
+  void ExportCsvAsked();
+  void ExportPictureAsked();
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -60,11 +66,14 @@ class DatalogChart : public QWidget {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+  // The keys of `chart_keys.h` (chart_keyboard.cpp); the others go on to the page.
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   int XOf(double time) const;
   bool OnlyGrownSincePaint() const;
   void TakeAxisInHand(const TimeAxis& axis);
+  void ShowView(const ChartView& view, ChartKey key);
 
   DatalogLog& log_;
   int axis_channel_ = 0;

@@ -187,5 +187,32 @@ TEST(DatalogFiles, TheTextExportGoesToItsOwnDialogAndGetsItsExtension) {
   EXPECT_EQ(f.disk.files.count("/m/V/Datalogs/dyno.txt"), 1u);
 }
 
+TEST(DatalogFiles, TheSpanAndThePictureGoThroughTheirDialogsAndAFailureLeavesNoFile) {
+  Files f;
+  f.dialogs.answers = {"/m/V/Datalogs/pull", "/m/V/Datalogs/view", std::nullopt,
+                       "/m/V/Datalogs/full.png"};
+  EXPECT_EQ(f.files.ExportCsvSpan(f.log, 1.0, 2.0), DatalogFileResult::kDone);
+  EXPECT_EQ(f.disk.files.at("/m/V/Datalogs/pull.csv"), CsvText(f.log, 1.0, 2.0));
+  EXPECT_EQ(f.files.ExportPicture([] { return std::string("\x89PNG"); }), DatalogFileResult::kDone);
+  EXPECT_EQ(f.disk.files.at("/m/V/Datalogs/view.png"), "\x89PNG");
+  EXPECT_EQ(f.dialogs.shown[1].title, "Export MORVANE VELA DataLog chart as PNG");
+  EXPECT_EQ(f.dialogs.shown[1].filter, "PNG picture (*.png)|*.png|");
+  // Cancelled: the picture is never made.
+  bool made = false;
+  EXPECT_EQ(f.files.ExportPicture([&made] {
+    made = true;
+    return std::string("x");
+  }),
+            DatalogFileResult::kCancelled);
+  EXPECT_FALSE(made);
+  // A write that fails says so; the disk keeps no file of that name.
+  f.disk.write_error = kFileErrorAccess;
+  EXPECT_EQ(f.files.ExportPicture([] { return std::string("\x89PNG"); }),
+            DatalogFileResult::kFailed);
+  EXPECT_EQ(f.disk.files.count("/m/V/Datalogs/full.png"), 0u);
+  ASSERT_EQ(f.messages.shown.size(), 1u);
+  EXPECT_EQ(f.messages.shown[0].lines[0], "The datalog could not be saved (error 75).");
+}
+
 }  // namespace
 }  // namespace vela

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "datalog/datalog_test_support.h"
 
 namespace vela {
@@ -63,6 +65,33 @@ TEST(LogExport, TheSummaryTellsTheClockAndTheGaps) {
   EXPECT_NE(info.find("Clock: 3.700 s from the start of logging\n"), std::string::npos);
   EXPECT_NE(info.find("Gaps: 1 (7 frames missing)\n  0.601 s  7 frames missing, 0.800 s"),
             std::string::npos);
+}
+
+TEST(LogExport, ASpansCsvHoldsTheRecordsWithinItWithTheWholeLogsColumnsAndItsMarkers) {
+  DatalogLog log = testing::PatternLog(50);  // records at 0.1 .. 5.0 s
+  log.AddMarkerAt(1.05, "before the span, on the record at 1.0 s");
+  log.AddMarkerAt(1.15, "in the span, before its first record");
+  log.AddMarkerAt(1.3, "on a record");
+  log.AddMarkerAt(1.45, "after the span, on the record at 1.4 s");
+  const std::string whole = CsvText(log);
+  const std::string span = CsvText(log, 1.12, 1.41);
+  // The same header, then the rows of 1.2, 1.3 and 1.4 s exactly as the whole log has them.
+  const std::size_t header_end = whole.find("\r\n") + 2;
+  ASSERT_EQ(span.substr(0, header_end), whole.substr(0, header_end));
+  const std::string rows = span.substr(header_end);
+  EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 3);
+  EXPECT_EQ(rows.rfind("1.200,", 0), 0u);
+  EXPECT_NE(rows.find("\r\n1.400,"), std::string::npos);
+  EXPECT_EQ(rows.find("1.100,"), std::string::npos);
+  EXPECT_NE(rows.find("in the span, before its first record"), std::string::npos);
+  const std::size_t row_start = rows.find("1.300,");
+  const std::string row_13 = rows.substr(row_start, rows.find("\r\n1.400,") + 2 - row_start);
+  EXPECT_NE(whole.find("\r\n" + row_13), std::string::npos);
+  EXPECT_EQ(span.find("before the span"), std::string::npos);
+  EXPECT_EQ(span.find("after the span"), std::string::npos);
+  // A span between two records, or beyond the log, has the header alone.
+  EXPECT_EQ(CsvText(log, 1.21, 1.29), whole.substr(0, header_end));
+  EXPECT_EQ(CsvText(log, 9.0, 10.0), whole.substr(0, header_end));
 }
 
 }  // namespace
