@@ -53,6 +53,7 @@ bench: build build-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-datalog-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 20
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 --record 20
+	$(BUILD)/bench/vela-review-bench
 
 check-format:
 	bash scripts/install-deps.sh --format

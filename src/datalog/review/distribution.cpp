@@ -87,56 +87,103 @@ Histogram ComputeHistogram(const ColumnView& column, RecordRange records, int ta
 int ScatterGrid::Column(double x) const {
   if (!(x >= x_low && x <= x_high)) return -1;
   if (!(x_high > x_low)) return 0;
-  return std::min(static_cast<int>((x - x_low) / (x_high - x_low) * width), width - 1);
+  return std::min(static_cast<int>((x - x_low) * (width / (x_high - x_low))), width - 1);
 }
 
 int ScatterGrid::Row(double y) const {
   if (!(y >= y_low && y <= y_high)) return -1;
   if (!(y_high > y_low)) return 0;
-  return std::min(static_cast<int>((y_high - y) / (y_high - y_low) * height), height - 1);
+  return std::min(static_cast<int>((y_high - y) * (height / (y_high - y_low))), height - 1);
 }
 
 ScatterDensity ComputeScatter(const ColumnView& x, const ColumnView& y, const ColumnView& z,
                               RecordRange records, ScatterGrid grid) {
-  grid.width = std::clamp(grid.width, 1, kMaxGridSide);
-  grid.height = std::clamp(grid.height, 1, kMaxGridSide);
   ScatterDensity density;
-  density.grid = grid;
-  const std::size_t pixels = static_cast<std::size_t>(grid.width) * grid.height;
-  density.counts.assign(pixels, 0);
-  const bool coloured = !z.values.empty();
-  std::vector<double> z_sum(coloured ? pixels : 0, 0.0);
-  std::vector<std::uint32_t> z_count(coloured ? pixels : 0, 0);
-  const std::size_t end = std::min({records.end, x.values.size(), y.values.size()});
-  for (std::size_t i = records.begin; i < end; ++i) {
-    const float vx = x.values[i];
-    const float vy = y.values[i];
-    if (std::isnan(vx) || std::isnan(vy)) continue;
-    const int column = grid.Column(vx);
-    const int row = grid.Row(vy);
-    if (column < 0 || row < 0) {
-      ++density.outside;
-      continue;
-    }
-    const std::size_t pixel = static_cast<std::size_t>(row) * grid.width + column;
-    ++density.counts[pixel];
-    ++density.points;
-    const float vz = coloured ? ValueOr(z.values, i) : kNoPoint;
-    if (!std::isnan(vz)) z_sum[pixel] += vz, ++z_count[pixel];
+  ComputeScatter(x, y, z, records, grid, density);
+  return density;
+}
+
+namespace {
+
+// ScatterGrid's pixel of a point, with the divisions made once: -1 outside the grid.
+struct ScatterPixels {
+  explicit ScatterPixels(const ScatterGrid& grid)
+      : grid(grid),
+        x_scale(grid.x_high > grid.x_low ? grid.width / (grid.x_high - grid.x_low) : 0.0),
+        y_scale(grid.y_high > grid.y_low ? grid.height / (grid.y_high - grid.y_low) : 0.0) {}
+  std::ptrdiff_t operator()(double x, double y) const {
+    if (!(x >= grid.x_low && x <= grid.x_high && y >= grid.y_low && y <= grid.y_high)) return -1;
+    const int column = std::min(static_cast<int>((x - grid.x_low) * x_scale), grid.width - 1);
+    const int row = std::min(static_cast<int>((grid.y_high - y) * y_scale), grid.height - 1);
+    return static_cast<std::ptrdiff_t>(row) * grid.width + column;
   }
-  for (std::uint32_t count : density.counts)
-    density.max_count = std::max<double>(density.max_count, count);
-  if (!coloured) return density;
+  ScatterGrid grid;
+  double x_scale;
+  double y_scale;
+};
+
+// The mean of Z per pixel, and the range of the means.
+void TakeMeans(ScatterDensity& density) {
+  const std::size_t pixels = density.counts.size();
   density.z_mean.assign(pixels, kNoPoint);
+  density.z_range.reset();
   for (std::size_t p = 0; p < pixels; ++p) {
-    if (z_count[p] == 0) continue;
-    const double mean = z_sum[p] / z_count[p];
+    const std::uint32_t with_z =
+        density.counts[p] - (density.z_missing.empty() ? 0 : density.z_missing[p]);
+    if (with_z == 0) continue;
+    const double mean = density.z_sum[p] / with_z;
     density.z_mean[p] = static_cast<float>(mean);
     if (!density.z_range) density.z_range = ValueSpan{mean, mean};
     density.z_range->low = std::min(density.z_range->low, mean);
     density.z_range->high = std::max(density.z_range->high, mean);
   }
-  return density;
+}
+
+}  // namespace
+
+void ComputeScatter(const ColumnView& x, const ColumnView& y, const ColumnView& z,
+                    RecordRange records, ScatterGrid grid, ScatterDensity& density) {
+  grid.width = std::clamp(grid.width, 1, kMaxGridSide);
+  grid.height = std::clamp(grid.height, 1, kMaxGridSide);
+  density.grid = grid;
+  const std::size_t pixels = static_cast<std::size_t>(grid.width) * grid.height;
+  density.counts.assign(pixels, 0);
+  const bool coloured = !z.values.empty();
+  density.z_sum.assign(coloured ? pixels : 0, 0.0);
+  density.z_missing.clear();
+  const std::size_t end = std::min({records.end, x.values.size(), y.values.size()});
+  // The pixel of each record as ScatterGrid::Column and Row give it, in registers.
+  const ScatterPixels to_pixel(grid);
+  std::uint32_t* const counts = density.counts.data();
+  double* const z_sum = density.z_sum.data();
+  std::uint64_t points = 0;
+  std::uint64_t outside = 0;
+  for (std::size_t i = records.begin; i < end; ++i) {
+    const float vx = x.values[i];
+    const float vy = y.values[i];
+    if (std::isnan(vx) || std::isnan(vy)) continue;
+    const std::ptrdiff_t pixel = to_pixel(vx, vy);
+    if (pixel < 0) {
+      ++outside;
+      continue;
+    }
+    ++counts[pixel];
+    ++points;
+    if (!coloured) continue;
+    const float vz = ValueOr(z.values, i);
+    if (!std::isnan(vz)) {
+      z_sum[pixel] += vz;
+    } else {
+      if (density.z_missing.empty()) density.z_missing.assign(pixels, 0);
+      ++density.z_missing[pixel];
+    }
+  }
+  density.points = points;
+  density.outside = outside;
+  density.max_count = pixels ? *std::max_element(counts, counts + pixels) : 0;
+  density.z_mean.clear();
+  density.z_range.reset();
+  if (coloured) TakeMeans(density);
 }
 
 std::optional<ScatterGrid> GridForColumns(const ColumnView& x, const ColumnView& y,

@@ -75,11 +75,19 @@ struct ScatterDensity {
   double max_count = 0.0;
   std::optional<ValueSpan> z_range;  // of the pixels' means
   std::uint32_t At(int column, int row) const { return counts[row * grid.width + column]; }
+  // Behind z_mean: the sum of Z of every pixel, and the records drawn there without a Z (made
+  // only when there is one: most logs record Z wherever they record X and Y).
+  std::vector<double> z_sum;
+  std::vector<std::uint32_t> z_missing;
 };
 
 // `z` may be empty (no colouring). The grid's size is clamped to 1 .. 8192 each way.
 ScatterDensity ComputeScatter(const ColumnView& x, const ColumnView& y, const ColumnView& z,
                               RecordRange records, ScatterGrid grid);
+// The same into `density`, whose arrays are reused (a view that keeps one redraws without
+// asking the system for memory again).
+void ComputeScatter(const ColumnView& x, const ColumnView& y, const ColumnView& z,
+                    RecordRange records, ScatterGrid grid, ScatterDensity& density);
 // A grid of `width` x `height` over the ranges of X and Y in `records`, padded by half a pixel;
 // nullopt when either has no value there.
 std::optional<ScatterGrid> GridForColumns(const ColumnView& x, const ColumnView& y,

@@ -56,32 +56,56 @@ CompiledExpression CompileAfter(std::string_view expression,
 std::vector<MathColumn> EvaluateMathChannels(const DatalogLog& log,
                                              const std::vector<MathChannel>& channels,
                                              const TargetLookup& target) {
-  EvaluationInput input{log.Times(), {}, target};
-  for (int n = 0; n < kChannelCount; ++n) input.columns.push_back(log.Series(n).values);
-  std::vector<MathColumn> out;
-  out.reserve(channels.size());
-  std::vector<NamedColumn> names = RecordedChannelNames();
-  for (const MathChannel& channel : channels) {
-    MathColumn& column = out.emplace_back();
-    column.name = channel.name;
-    std::optional<std::string> refused = RefuseMathName(channel.name);
-    for (std::size_t k = 0; !refused && k + 1 < out.size(); ++k) {
-      if (SameName(out[k].name, channel.name)) refused = "an earlier math channel has that name";
+  MathWorkspace workspace;
+  std::vector<MathColumn> columns;
+  EvaluateMathChannels(log, channels, target, workspace, columns);
+  return columns;
+}
+
+namespace {
+
+// Why `channels[k]`'s name is refused, if it is.
+std::optional<std::string> RefusedName(const std::vector<MathChannel>& channels, std::size_t k) {
+  std::optional<std::string> refused = RefuseMathName(channels[k].name);
+  for (std::size_t j = 0; !refused && j < k; ++j) {
+    if (SameName(channels[j].name, channels[k].name)) {
+      refused = "an earlier math channel has that name";
     }
+  }
+  return refused;
+}
+
+}  // namespace
+
+void EvaluateMathChannels(const DatalogLog& log, const std::vector<MathChannel>& channels,
+                          const TargetLookup& target, MathWorkspace& workspace,
+                          std::vector<MathColumn>& columns) {
+  EvaluationInput input{log.Times(), {}, target, &workspace};
+  for (int n = 0; n < kChannelCount; ++n) input.columns.push_back(log.Series(n).values);
+  // Sized first: the columns read the ones before them where they stand.
+  columns.resize(channels.size());
+  std::vector<NamedColumn> names = RecordedChannelNames();
+  for (std::size_t k = 0; k < channels.size(); ++k) {
+    MathColumn& column = columns[k];
+    column.name = channels[k].name;
+    column.error.reset();
     CompiledExpression compiled;
-    if (refused) {
+    if (std::optional<std::string> refused = RefusedName(channels, k)) {
       column.error = ExpressionError{0, *refused};
     } else {
-      compiled = CompileExpression(channel.expression, names);
+      compiled = CompileExpression(channels[k].expression, names);
       column.error = compiled.error;
     }
     // A refused channel keeps its column index (no points) so the ones after it stay in place.
-    if (compiled.expression) column.values = Evaluate(*compiled.expression, input);
+    if (compiled.expression) {
+      Evaluate(*compiled.expression, input, column.values);
+    } else {
+      column.values.clear();
+    }
     column.summaries.Build(column.values);
-    names.push_back({channel.name, static_cast<int>(input.columns.size())});
-    input.columns.push_back(out.back().values);
+    names.push_back({channels[k].name, static_cast<int>(input.columns.size())});
+    input.columns.push_back(column.values);
   }
-  return out;
 }
 
 }  // namespace vela::review

@@ -50,6 +50,11 @@ struct MathColumn {
 std::vector<MathColumn> EvaluateMathChannels(const DatalogLog& log,
                                              const std::vector<MathChannel>& channels,
                                              const TargetLookup& target = {});
+// The same into `columns` (one per channel afterwards), reusing their storage and `workspace`'s:
+// for a view that evaluates again whenever a channel or the log changes.
+void EvaluateMathChannels(const DatalogLog& log, const std::vector<MathChannel>& channels,
+                          const TargetLookup& target, MathWorkspace& workspace,
+                          std::vector<MathColumn>& columns);
 
 // Compiles `expression` as the next math channel after `before` would be compiled: for a
 // dialog that checks what the tuner types.

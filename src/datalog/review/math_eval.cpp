@@ -13,120 +13,195 @@ using Column = std::vector<double>;
 constexpr double kUndefined = std::numeric_limits<double>::quiet_NaN();
 // Times that differ by less than this are the same time (log times are sums of steps).
 constexpr double kSameTime = 1e-9;
+// A workspace keeps at most this many columns (an expression needs about its depth).
+constexpr std::size_t kSpareColumns = 6;
 
-double Compare(MathOp op, double x, double y) {
-  if (std::isnan(x) || std::isnan(y)) return kUndefined;
-  switch (op) {
-    case MathOp::kLess:
-      return x < y;
-    case MathOp::kLessEqual:
-      return x <= y;
-    case MathOp::kGreater:
-      return x > y;
-    case MathOp::kGreaterEqual:
-      return x >= y;
-    case MathOp::kEqual:
-      return x == y;
-    default:
-      return x != y;
-  }
+// A node's value: one number for every record (a constant, kept without a column) or a column.
+struct Value {
+  Column column;
+  double number = 0.0;
+  bool constant = false;
+};
+
+double Undefined(bool undefined, double value) { return undefined ? kUndefined : value; }
+
+template <typename L, typename R, typename F>
+void Loop(double* out, std::size_t n, L left, R right, F f) {
+  for (std::size_t i = 0; i < n; ++i) out[i] = f(left(i), right(i));
 }
 
-// Combines `y` into `x`, element by element.
-void Combine(MathOp op, Column& x, const Column& y) {
-  const std::size_t n = x.size();
+// out[i] = left(i) op right(i); `out` may be the storage of either side (each record is read
+// before it is written).
+template <typename L, typename R>
+void Apply(MathOp op, double* out, std::size_t n, L l, R r) {
+  const auto nan = [](double x, double y) { return std::isnan(x) || std::isnan(y); };
   switch (op) {
     case MathOp::kAdd:
-      for (std::size_t i = 0; i < n; ++i) x[i] += y[i];
-      return;
+      return Loop(out, n, l, r, [](double x, double y) { return x + y; });
     case MathOp::kSubtract:
-      for (std::size_t i = 0; i < n; ++i) x[i] -= y[i];
-      return;
+      return Loop(out, n, l, r, [](double x, double y) { return x - y; });
     case MathOp::kMultiply:
-      for (std::size_t i = 0; i < n; ++i) x[i] *= y[i];
-      return;
+      return Loop(out, n, l, r, [](double x, double y) { return x * y; });
     case MathOp::kDivide:
-      for (std::size_t i = 0; i < n; ++i) x[i] = y[i] == 0.0 ? kUndefined : x[i] / y[i];
-      return;
+      return Loop(out, n, l, r, [](double x, double y) { return Undefined(y == 0.0, x / y); });
     case MathOp::kMin:
+      return Loop(out, n, l, r,
+                  [&](double x, double y) { return Undefined(nan(x, y), std::min(x, y)); });
     case MathOp::kMax:
-      for (std::size_t i = 0; i < n; ++i) {
-        const bool undefined = std::isnan(x[i]) || std::isnan(y[i]);
-        const double pick = op == MathOp::kMin ? std::min(x[i], y[i]) : std::max(x[i], y[i]);
-        x[i] = undefined ? kUndefined : pick;
-      }
-      return;
+      return Loop(out, n, l, r,
+                  [&](double x, double y) { return Undefined(nan(x, y), std::max(x, y)); });
+    case MathOp::kLess:
+      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x < y); });
+    case MathOp::kLessEqual:
+      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x <= y); });
+    case MathOp::kGreater:
+      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x > y); });
+    case MathOp::kGreaterEqual:
+      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x >= y); });
+    case MathOp::kEqual:
+      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x == y); });
     default:
-      for (std::size_t i = 0; i < n; ++i) x[i] = Compare(op, x[i], y[i]);
+      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x != y); });
   }
 }
 
 class Evaluator {
  public:
-  Evaluator(const MathExpression& expression, const EvaluationInput& input)
-      : nodes_(expression.Nodes()), input_(input), n_(input.times.size()) {}
+  Evaluator(const MathExpression& expression, const EvaluationInput& input,
+            MathWorkspace& workspace)
+      : nodes_(expression.Nodes()),
+        input_(input),
+        n_(input.times.size()),
+        spare_(workspace.spare) {}
 
-  Column Run(int node) {
+  Column Result(int node) { return Materialize(Run(node)); }
+  void Release(Column&& column) {
+    if (column.size() == n_ && spare_.size() < kSpareColumns) spare_.push_back(std::move(column));
+  }
+
+ private:
+  Value Run(int node) {
     const MathNode& at = nodes_[node];
     switch (at.op) {
       case MathOp::kNumber:
-        return Column(n_, at.value);
+        return Constant(at.value);
       case MathOp::kColumn:
-        return Read(at.column);
+        return {Read(at.column)};
       case MathOp::kNegate:
         return Each(Run(at.a), [](double v) { return -v; });
       case MathOp::kAbs:
         return Each(Run(at.a), [](double v) { return std::fabs(v); });
       case MathOp::kShiftRecords:
-        return ShiftRecords(Run(at.a), at.records);
+        return Through(at.a,
+                       [&](const Column& x, Column& out) { ShiftRecords(x, at.records, out); });
       case MathOp::kShiftSeconds:
-        return ShiftSeconds(Run(at.a), at.value);
+        return Through(at.a, [&](const Column& x, Column& out) { ShiftSeconds(x, at.value, out); });
       case MathOp::kDerivative:
-        return Derivative(Run(at.a));
+        return Through(at.a, [&](const Column& x, Column& out) { Derivative(x, out); });
       case MathOp::kAverageSeconds:
-        return AverageSeconds(Run(at.a), at.value);
+        return Through(at.a,
+                       [&](const Column& x, Column& out) { AverageSeconds(x, at.value, out); });
       case MathOp::kAverageRecords:
-        return AverageRecords(Run(at.a), at.records);
+        return Through(at.a,
+                       [&](const Column& x, Column& out) { AverageRecords(x, at.records, out); });
       case MathOp::kTarget:
-        return Target(Run(at.a), Run(at.b));
+        return {Target(Materialize(Run(at.a)), Materialize(Run(at.b)))};
       default:
-        break;
+        return Binary(at.op, Run(at.a), Run(at.b));
     }
-    Column x = Run(at.a);
-    Combine(at.op, x, Run(at.b));
-    return x;
   }
 
- private:
+  static Value Constant(double number) {
+    Value value;
+    value.number = number;
+    value.constant = true;
+    return value;
+  }
+
+  // A column for the results of a node: a spare one when there is one (its values are
+  // overwritten), so that a long expression reuses a few columns instead of making one per node.
+  Column Acquire() {
+    while (!spare_.empty()) {
+      Column column = std::move(spare_.back());
+      spare_.pop_back();
+      if (column.size() == n_) return column;  // a workspace used for a log of another length
+    }
+    return Column(n_);
+  }
+  Column Materialize(Value value) {
+    if (!value.constant) return std::move(value.column);
+    Column column = Acquire();
+    std::fill(column.begin(), column.end(), value.number);
+    return column;
+  }
+
   template <typename F>
-  static Column Each(Column x, F f) {
-    for (double& v : x) v = f(v);
+  static Value Each(Value x, F f) {
+    if (x.constant) return Constant(f(x.number));
+    for (double& v : x.column) v = f(v);
     return x;
   }
 
-  Column Read(int column) const {
-    Column x(n_, kUndefined);
-    if (column < 0 || static_cast<std::size_t>(column) >= input_.columns.size()) return x;
-    const std::span<const float> values = input_.columns[column];
-    const std::size_t have = std::min(n_, values.size());
-    for (std::size_t i = 0; i < have; ++i) x[i] = values[i];
+  // A node that reads its operand's column around each record into a column of its own.
+  template <typename F>
+  Value Through(int operand, F f) {
+    Column x = Materialize(Run(operand));
+    Column out = Acquire();
+    std::fill(out.begin(), out.end(), kUndefined);
+    f(x, out);
+    Release(std::move(x));
+    return {std::move(out)};
+  }
+
+  Value Binary(MathOp op, Value x, Value y) {
+    if (x.constant && y.constant) {
+      double out = 0.0;
+      Apply(
+          op, &out, 1, [&](std::size_t) { return x.number; },
+          [&](std::size_t) { return y.number; });
+      return Constant(out);
+    }
+    if (y.constant) {
+      Apply(
+          op, x.column.data(), n_, [&](std::size_t i) { return x.column[i]; },
+          [&](std::size_t) { return y.number; });
+      return x;
+    }
+    if (x.constant) {
+      Apply(
+          op, y.column.data(), n_, [&](std::size_t) { return x.number; },
+          [&](std::size_t i) { return y.column[i]; });
+      return y;
+    }
+    Apply(
+        op, x.column.data(), n_, [&](std::size_t i) { return x.column[i]; },
+        [&](std::size_t i) { return y.column[i]; });
+    Release(std::move(y.column));
     return x;
   }
 
-  Column ShiftRecords(const Column& x, long records) const {
-    Column out(n_, kUndefined);
+  Column Read(int column) {
+    Column x = Acquire();
+    std::size_t have = 0;
+    if (column >= 0 && static_cast<std::size_t>(column) < input_.columns.size()) {
+      const std::span<const float> values = input_.columns[column];
+      have = std::min(n_, values.size());
+      for (std::size_t i = 0; i < have; ++i) x[i] = values[i];
+    }
+    std::fill(x.begin() + have, x.end(), kUndefined);
+    return x;
+  }
+
+  void ShiftRecords(const Column& x, long records, Column& out) const {
     for (std::size_t i = 0; i < n_; ++i) {
       const long long from = static_cast<long long>(i) + records;
       if (from >= 0 && from < static_cast<long long>(n_)) out[i] = x[from];
     }
-    return out;
   }
 
   // The value of the last record at or before each record's time plus `seconds`.
-  Column ShiftSeconds(const Column& x, double seconds) const {
-    Column out(n_, kUndefined);
+  void ShiftSeconds(const Column& x, double seconds, Column& out) const {
     const std::span<const double> t = input_.times;
-    if (n_ == 0) return out;
     std::size_t j = 0;
     for (std::size_t i = 0; i < n_; ++i) {
       const double when = t[i] + seconds;
@@ -135,23 +210,19 @@ class Evaluator {
       while (j > 0 && t[j] > when + kSameTime) --j;
       out[i] = x[j];
     }
-    return out;
   }
 
-  Column Derivative(const Column& x) const {
-    Column out(n_, kUndefined);
+  void Derivative(const Column& x, Column& out) const {
     const std::span<const double> t = input_.times;
     for (std::size_t i = 1; i < n_; ++i) {
       const double dt = t[i] - t[i - 1];
       if (dt > 0.0) out[i] = (x[i] - x[i - 1]) / dt;
     }
-    return out;
   }
 
   // The mean of the values (NaN left out) of the records whose time lies within `seconds`
   // before each record, the record itself included.
-  Column AverageSeconds(const Column& x, double seconds) const {
-    Column out(n_, kUndefined);
+  void AverageSeconds(const Column& x, double seconds, Column& out) const {
     const std::span<const double> t = input_.times;
     double sum = 0.0;
     std::size_t count = 0;
@@ -163,11 +234,9 @@ class Evaluator {
       }
       if (count > 0) out[i] = sum / static_cast<double>(count);
     }
-    return out;
   }
 
-  Column AverageRecords(const Column& x, long records) const {
-    Column out(n_, kUndefined);
+  void AverageRecords(const Column& x, long records, Column& out) const {
     double sum = 0.0;
     std::size_t count = 0;
     for (std::size_t i = 0; i < n_; ++i) {
@@ -177,34 +246,46 @@ class Evaluator {
       }
       if (count > 0) out[i] = sum / static_cast<double>(count);
     }
-    return out;
   }
 
-  Column Target(Column rpm, const Column& load) const {
+  Column Target(Column rpm, Column load) {
     for (std::size_t i = 0; i < n_; ++i) {
       const bool known = input_.target && !std::isnan(rpm[i]) && !std::isnan(load[i]);
       rpm[i] = known ? input_.target(rpm[i], load[i]) : kUndefined;
     }
+    Release(std::move(load));
     return rpm;
   }
 
   const std::vector<MathNode>& nodes_;
   const EvaluationInput& input_;
   std::size_t n_;
+  std::vector<Column>& spare_;
 };
 
 }  // namespace
 
 std::vector<float> Evaluate(const MathExpression& expression, const EvaluationInput& input) {
-  if (expression.Root() < 0)
-    return std::vector<float>(input.times.size(), std::numeric_limits<float>::quiet_NaN());
-  const Column column = Evaluator(expression, input).Run(expression.Root());
-  std::vector<float> out(column.size());
+  std::vector<float> out;
+  Evaluate(expression, input, out);
+  return out;
+}
+
+void Evaluate(const MathExpression& expression, const EvaluationInput& input,
+              std::vector<float>& out) {
+  out.resize(input.times.size());
+  if (expression.Root() < 0) {
+    std::fill(out.begin(), out.end(), std::numeric_limits<float>::quiet_NaN());
+    return;
+  }
+  MathWorkspace own;
+  Evaluator evaluator(expression, input, input.workspace ? *input.workspace : own);
+  Column column = evaluator.Result(expression.Root());
   for (std::size_t i = 0; i < column.size(); ++i) {
     out[i] = std::isfinite(column[i]) ? static_cast<float>(column[i])
                                       : std::numeric_limits<float>::quiet_NaN();
   }
-  return out;
+  evaluator.Release(std::move(column));
 }
 
 }  // namespace vela::review

@@ -101,11 +101,21 @@ CompiledExpression CompileExpression(std::string_view text, std::span<const Name
 // What an expression is evaluated over: the records' times (ascending) and the columns by index;
 // a column shorter than the times has no point past its end, a missing column none at all.
 using TargetLookup = std::function<double(double rpm, double load)>;
+// The working columns of evaluations, kept between them: a long log's columns are megabytes,
+// and memory the system hands out afresh costs more to touch the first time than the arithmetic
+// on it. Whoever evaluates again and again (a view redrawing its math channels) keeps one.
+struct MathWorkspace {
+  std::vector<std::vector<double>> spare;
+};
 struct EvaluationInput {
   std::span<const double> times;
   std::vector<std::span<const float>> columns;
-  TargetLookup target;  // empty: target() is NaN
+  TargetLookup target;                 // empty: target() is NaN
+  MathWorkspace* workspace = nullptr;  // none: working columns are made for this evaluation
 };
 std::vector<float> Evaluate(const MathExpression& expression, const EvaluationInput& input);
+// The same into `out` (resized to the records; its storage reused).
+void Evaluate(const MathExpression& expression, const EvaluationInput& input,
+              std::vector<float>& out);
 
 }  // namespace vela::review

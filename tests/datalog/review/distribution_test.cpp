@@ -71,29 +71,33 @@ TEST(Histogram, BinsChosenFromTheRangeOrGiven) {
 
 TEST(Scatter, DensityAndMeanColourMatchABruteForceBinning) {
   const DatalogLog log = NoisyLog();
-  const ColumnView x = RecordedColumn(log, kChannelRpm);
-  const ColumnView y = RecordedColumn(log, kChannelAfr);
-  const ColumnView z = RecordedColumn(log, kChannelMap);
   const RecordRange records = RecordsInSpan(log.Times(), 3.0, 25.0);
-  const ScatterGrid grid = *GridForColumns(x, y, records, 64, 48);
-  const ScatterDensity density = ComputeScatter(x, y, z, records, grid);
-  std::vector<std::uint32_t> counts(64 * 48, 0);
-  std::vector<double> z_sum(64 * 48, 0.0);
-  for (std::size_t i = records.begin; i < records.end; ++i) {
-    if (std::isnan(y.values[i])) continue;
-    const double fx = (x.values[i] - grid.x_low) / (grid.x_high - grid.x_low) * 64;
-    const double fy = (grid.y_high - y.values[i]) / (grid.y_high - grid.y_low) * 48;
-    const std::size_t pixel = static_cast<std::size_t>(fy) * 64 + static_cast<std::size_t>(fx);
-    ++counts[pixel];
-    z_sum[pixel] += z.values[i];
-  }
-  EXPECT_EQ(density.counts, counts);
-  EXPECT_EQ(density.outside, 0u);  // the grid was made from the span's own ranges
-  for (std::size_t p = 0; p < counts.size(); ++p) {
-    if (counts[p] == 0) {
-      EXPECT_TRUE(std::isnan(density.z_mean[p]));
-    } else {
-      EXPECT_NEAR(density.z_mean[p], z_sum[p] / counts[p], 1e-3);
+  // AFR against RPM by MAP, and MAP against RPM by AFR (a colour channel with holes).
+  for (const auto& [y_channel, z_channel] :
+       {std::pair{kChannelAfr, kChannelMap}, {kChannelMap, kChannelAfr}}) {
+    const ColumnView x = RecordedColumn(log, kChannelRpm);
+    const ColumnView y = RecordedColumn(log, y_channel);
+    const ColumnView z = RecordedColumn(log, z_channel);
+    const ScatterGrid grid = *GridForColumns(x, y, records, 64, 48);
+    const ScatterDensity density = ComputeScatter(x, y, z, records, grid);
+    std::vector<std::uint32_t> counts(64 * 48, 0), z_counts(64 * 48, 0);
+    std::vector<double> z_sum(64 * 48, 0.0);
+    for (std::size_t i = records.begin; i < records.end; ++i) {
+      if (std::isnan(y.values[i])) continue;
+      const double fx = (x.values[i] - grid.x_low) / (grid.x_high - grid.x_low) * 64;
+      const double fy = (grid.y_high - y.values[i]) / (grid.y_high - grid.y_low) * 48;
+      const std::size_t pixel = static_cast<std::size_t>(fy) * 64 + static_cast<std::size_t>(fx);
+      ++counts[pixel];
+      if (!std::isnan(z.values[i])) z_sum[pixel] += z.values[i], ++z_counts[pixel];
+    }
+    EXPECT_EQ(density.counts, counts);
+    EXPECT_EQ(density.outside, 0u);  // the grid was made from the span's own ranges
+    for (std::size_t p = 0; p < counts.size(); ++p) {
+      if (z_counts[p] == 0) {
+        EXPECT_TRUE(std::isnan(density.z_mean[p]));
+      } else {
+        EXPECT_NEAR(density.z_mean[p], z_sum[p] / z_counts[p], 1e-3);
+      }
     }
   }
 }

@@ -165,5 +165,26 @@ TEST(MathChannels, LaterChannelsUseEarlierOnesAndNamesAreChecked) {
   EXPECT_FALSE(RefuseMathName("AFR lean %"));
 }
 
+TEST(MathChannels, EvaluatingAgainInKeptColumnsGivesWhatAFreshEvaluationGives) {
+  // Working columns left over from other expressions, on a log of another length, must leave no
+  // trace: every value is written again.
+  const DatalogLog longer = LogOf(Steps(7, 0.1), {{kChannelRpm, {7, 6, 5, 4, 3, 2, 1}}});
+  const std::vector<MathChannel> first = {{"A", "RPM[-3] * 2"}, {"B", "avg(A, 2)"}};
+  const std::vector<MathChannel> second = {
+      {"C", "Fuel@-0.1s + Air"}, {"D", "d(C) + 1"}, {"E", "MAP > 55"}};
+  MathWorkspace workspace;
+  std::vector<MathColumn> kept;
+  EvaluateMathChannels(longer, first, {}, workspace, kept);
+  EvaluateMathChannels(MathLog(), first, {}, workspace, kept);
+  EvaluateMathChannels(MathLog(), second, {}, workspace, kept);
+  const std::vector<MathColumn> fresh = EvaluateMathChannels(MathLog(), second);
+  ASSERT_EQ(kept.size(), 3u);
+  for (std::size_t k = 0; k < kept.size(); ++k) {
+    EXPECT_EQ(kept[k].name, fresh[k].name);
+    ExpectColumn(kept[k].values,
+                 std::vector<double>(fresh[k].values.begin(), fresh[k].values.end()));
+  }
+}
+
 }  // namespace
 }  // namespace vela::review
