@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view kFunctionNames[] = {"min", "max", "abs", "d", "avg", "target"};
 
-std::string Number(double value) {
+std::string NumberText(double value) {
   char text[32];
   std::snprintf(text, sizeof text, "%.6g", value);
   return text;
@@ -33,7 +33,9 @@ std::optional<std::string> RefuseMathName(std::string_view name) {
   return std::nullopt;
 }
 
-std::string DutyExpression(double duty_base) { return "100 * Fuel * RPM / " + Number(duty_base); }
+std::string DutyExpression(double duty_base) {
+  return "100 * Fuel * RPM / " + NumberText(duty_base);
+}
 
 std::string AfrErrorExpression(bool load_is_map) {
   return std::string("AFR / 10 - target(RPM, ") + (load_is_map ? "MAP" : "TPS") + ")";

@@ -9,7 +9,7 @@ namespace vela::review {
 
 namespace {
 
-using Column = std::vector<double>;
+using EvalColumn = std::vector<double>;
 constexpr double kUndefined = std::numeric_limits<double>::quiet_NaN();
 // Times that differ by less than this are the same time (log times are sums of steps).
 constexpr double kSameTime = 1e-9;
@@ -18,7 +18,7 @@ constexpr std::size_t kSpareColumns = 6;
 
 // A node's value: one number for every record (a constant, kept without a column) or a column.
 struct Value {
-  Column column;
+  EvalColumn column;
   double number = 0.0;
   bool constant = false;
 };
@@ -26,7 +26,7 @@ struct Value {
 double Undefined(bool undefined, double value) { return undefined ? kUndefined : value; }
 
 template <typename L, typename R, typename F>
-void Loop(double* out, std::size_t n, L left, R right, F f) {
+void EachRecord(double* out, std::size_t n, L left, R right, F f) {
   for (std::size_t i = 0; i < n; ++i) out[i] = f(left(i), right(i));
 }
 
@@ -37,31 +37,38 @@ void Apply(MathOp op, double* out, std::size_t n, L l, R r) {
   const auto nan = [](double x, double y) { return std::isnan(x) || std::isnan(y); };
   switch (op) {
     case MathOp::kAdd:
-      return Loop(out, n, l, r, [](double x, double y) { return x + y; });
+      return EachRecord(out, n, l, r, [](double x, double y) { return x + y; });
     case MathOp::kSubtract:
-      return Loop(out, n, l, r, [](double x, double y) { return x - y; });
+      return EachRecord(out, n, l, r, [](double x, double y) { return x - y; });
     case MathOp::kMultiply:
-      return Loop(out, n, l, r, [](double x, double y) { return x * y; });
+      return EachRecord(out, n, l, r, [](double x, double y) { return x * y; });
     case MathOp::kDivide:
-      return Loop(out, n, l, r, [](double x, double y) { return Undefined(y == 0.0, x / y); });
+      return EachRecord(out, n, l, r,
+                        [](double x, double y) { return Undefined(y == 0.0, x / y); });
     case MathOp::kMin:
-      return Loop(out, n, l, r,
-                  [&](double x, double y) { return Undefined(nan(x, y), std::min(x, y)); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), std::min(x, y)); });
     case MathOp::kMax:
-      return Loop(out, n, l, r,
-                  [&](double x, double y) { return Undefined(nan(x, y), std::max(x, y)); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), std::max(x, y)); });
     case MathOp::kLess:
-      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x < y); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), x < y); });
     case MathOp::kLessEqual:
-      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x <= y); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), x <= y); });
     case MathOp::kGreater:
-      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x > y); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), x > y); });
     case MathOp::kGreaterEqual:
-      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x >= y); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), x >= y); });
     case MathOp::kEqual:
-      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x == y); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), x == y); });
     default:
-      return Loop(out, n, l, r, [&](double x, double y) { return Undefined(nan(x, y), x != y); });
+      return EachRecord(out, n, l, r,
+                        [&](double x, double y) { return Undefined(nan(x, y), x != y); });
   }
 }
 
@@ -74,8 +81,8 @@ class Evaluator {
         n_(input.times.size()),
         spare_(workspace.spare) {}
 
-  Column Result(int node) { return Materialize(Run(node)); }
-  void Release(Column&& column) {
+  EvalColumn Result(int node) { return Materialize(Run(node)); }
+  void Release(EvalColumn&& column) {
     if (column.size() == n_ && spare_.size() < kSpareColumns) spare_.push_back(std::move(column));
   }
 
@@ -92,18 +99,20 @@ class Evaluator {
       case MathOp::kAbs:
         return Each(Run(at.a), [](double v) { return std::fabs(v); });
       case MathOp::kShiftRecords:
-        return Through(at.a,
-                       [&](const Column& x, Column& out) { ShiftRecords(x, at.records, out); });
+        return Through(
+            at.a, [&](const EvalColumn& x, EvalColumn& out) { ShiftRecords(x, at.records, out); });
       case MathOp::kShiftSeconds:
-        return Through(at.a, [&](const Column& x, Column& out) { ShiftSeconds(x, at.value, out); });
+        return Through(
+            at.a, [&](const EvalColumn& x, EvalColumn& out) { ShiftSeconds(x, at.value, out); });
       case MathOp::kDerivative:
-        return Through(at.a, [&](const Column& x, Column& out) { Derivative(x, out); });
+        return Through(at.a, [&](const EvalColumn& x, EvalColumn& out) { Derivative(x, out); });
       case MathOp::kAverageSeconds:
-        return Through(at.a,
-                       [&](const Column& x, Column& out) { AverageSeconds(x, at.value, out); });
+        return Through(
+            at.a, [&](const EvalColumn& x, EvalColumn& out) { AverageSeconds(x, at.value, out); });
       case MathOp::kAverageRecords:
-        return Through(at.a,
-                       [&](const Column& x, Column& out) { AverageRecords(x, at.records, out); });
+        return Through(at.a, [&](const EvalColumn& x, EvalColumn& out) {
+          AverageRecords(x, at.records, out);
+        });
       case MathOp::kTarget:
         return {Target(Materialize(Run(at.a)), Materialize(Run(at.b)))};
       default:
@@ -120,17 +129,17 @@ class Evaluator {
 
   // A column for the results of a node: a spare one when there is one (its values are
   // overwritten), so that a long expression reuses a few columns instead of making one per node.
-  Column Acquire() {
+  EvalColumn Acquire() {
     while (!spare_.empty()) {
-      Column column = std::move(spare_.back());
+      EvalColumn column = std::move(spare_.back());
       spare_.pop_back();
       if (column.size() == n_) return column;  // a workspace used for a log of another length
     }
-    return Column(n_);
+    return EvalColumn(n_);
   }
-  Column Materialize(Value value) {
+  EvalColumn Materialize(Value value) {
     if (!value.constant) return std::move(value.column);
-    Column column = Acquire();
+    EvalColumn column = Acquire();
     std::fill(column.begin(), column.end(), value.number);
     return column;
   }
@@ -145,8 +154,8 @@ class Evaluator {
   // A node that reads its operand's column around each record into a column of its own.
   template <typename F>
   Value Through(int operand, F f) {
-    Column x = Materialize(Run(operand));
-    Column out = Acquire();
+    EvalColumn x = Materialize(Run(operand));
+    EvalColumn out = Acquire();
     std::fill(out.begin(), out.end(), kUndefined);
     f(x, out);
     Release(std::move(x));
@@ -180,8 +189,8 @@ class Evaluator {
     return x;
   }
 
-  Column Read(int column) {
-    Column x = Acquire();
+  EvalColumn Read(int column) {
+    EvalColumn x = Acquire();
     std::size_t have = 0;
     if (column >= 0 && static_cast<std::size_t>(column) < input_.columns.size()) {
       const std::span<const float> values = input_.columns[column];
@@ -192,7 +201,7 @@ class Evaluator {
     return x;
   }
 
-  void ShiftRecords(const Column& x, long records, Column& out) const {
+  void ShiftRecords(const EvalColumn& x, long records, EvalColumn& out) const {
     for (std::size_t i = 0; i < n_; ++i) {
       const long long from = static_cast<long long>(i) + records;
       if (from >= 0 && from < static_cast<long long>(n_)) out[i] = x[from];
@@ -200,7 +209,7 @@ class Evaluator {
   }
 
   // The value of the last record at or before each record's time plus `seconds`.
-  void ShiftSeconds(const Column& x, double seconds, Column& out) const {
+  void ShiftSeconds(const EvalColumn& x, double seconds, EvalColumn& out) const {
     const std::span<const double> t = input_.times;
     std::size_t j = 0;
     for (std::size_t i = 0; i < n_; ++i) {
@@ -212,7 +221,7 @@ class Evaluator {
     }
   }
 
-  void Derivative(const Column& x, Column& out) const {
+  void Derivative(const EvalColumn& x, EvalColumn& out) const {
     const std::span<const double> t = input_.times;
     for (std::size_t i = 1; i < n_; ++i) {
       const double dt = t[i] - t[i - 1];
@@ -222,7 +231,7 @@ class Evaluator {
 
   // The mean of the values (NaN left out) of the records whose time lies within `seconds`
   // before each record, the record itself included.
-  void AverageSeconds(const Column& x, double seconds, Column& out) const {
+  void AverageSeconds(const EvalColumn& x, double seconds, EvalColumn& out) const {
     const std::span<const double> t = input_.times;
     double sum = 0.0;
     std::size_t count = 0;
@@ -236,7 +245,7 @@ class Evaluator {
     }
   }
 
-  void AverageRecords(const Column& x, long records, Column& out) const {
+  void AverageRecords(const EvalColumn& x, long records, EvalColumn& out) const {
     double sum = 0.0;
     std::size_t count = 0;
     for (std::size_t i = 0; i < n_; ++i) {
@@ -248,7 +257,7 @@ class Evaluator {
     }
   }
 
-  Column Target(Column rpm, Column load) {
+  EvalColumn Target(EvalColumn rpm, EvalColumn load) {
     for (std::size_t i = 0; i < n_; ++i) {
       const bool known = input_.target && !std::isnan(rpm[i]) && !std::isnan(load[i]);
       rpm[i] = known ? input_.target(rpm[i], load[i]) : kUndefined;
@@ -260,7 +269,7 @@ class Evaluator {
   const std::vector<MathNode>& nodes_;
   const EvaluationInput& input_;
   std::size_t n_;
-  std::vector<Column>& spare_;
+  std::vector<EvalColumn>& spare_;
 };
 
 }  // namespace
@@ -280,7 +289,7 @@ void Evaluate(const MathExpression& expression, const EvaluationInput& input,
   }
   MathWorkspace own;
   Evaluator evaluator(expression, input, input.workspace ? *input.workspace : own);
-  Column column = evaluator.Result(expression.Root());
+  EvalColumn column = evaluator.Result(expression.Root());
   for (std::size_t i = 0; i < column.size(); ++i) {
     out[i] = std::isfinite(column[i]) ? static_cast<float>(column[i])
                                       : std::numeric_limits<float>::quiet_NaN();
