@@ -54,6 +54,7 @@ bench: build build-bench
 	$(BUILD)/bench/vela-proposal-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 20
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 --record 20
+	$(BUILD)/bench/vela-review-bench
 
 check-format:
 	bash scripts/install-deps.sh --format

@@ -90,6 +90,13 @@ void DatalogLog::AddMarkerAt(double time, std::string text) {
   Touch();
 }
 
+bool DatalogLog::SetMarkerText(std::size_t index, std::string text) {
+  if (index >= markers_.size()) return false;
+  markers_[index].text = std::move(text);
+  Touch();
+  return true;
+}
+
 bool DatalogLog::HasPoints() const {
   return std::any_of(series_.begin(), series_.end(), [](const LogSeries& s) { return s.points; });
 }

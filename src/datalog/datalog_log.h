@@ -70,6 +70,8 @@ class DatalogLog {
   // A marker at the time of the newest record (0 before any), or at `time`.
   void AddMarker(std::string text);
   void AddMarkerAt(double time, std::string text);
+  // The text of marker `index` (in time order) replaced; false for no such marker.
+  bool SetMarkerText(std::size_t index, std::string text);
 
   std::size_t RecordCount() const { return times_.size(); }
   const std::vector<double>& Times() const { return times_; }

@@ -1,0 +1,89 @@
+#include "datalog/review/review_file.h"
+
+#include <algorithm>
+
+#include "datalog/review/log_span.h"
+
+namespace vela::review {
+
+namespace {
+
+// A "math" line's name and expression.
+std::optional<std::string> ReadMathLine(std::string_view line, MathChannel& channel) {
+  std::string_view rest = line.substr(5);
+  std::size_t name_end = 0;
+  if (rest.starts_with('"')) {
+    name_end = rest.find('"', 1);
+    if (name_end == std::string_view::npos) return "a quoted name is not closed";
+    channel.name = std::string(rest.substr(1, name_end - 1));
+    ++name_end;
+  } else {
+    name_end = std::min(rest.find(' '), rest.size());
+    channel.name = std::string(rest.substr(0, name_end));
+  }
+  rest.remove_prefix(name_end);
+  if (!rest.starts_with(" = ")) return "\" = \" expected after the name";
+  channel.expression = std::string(rest.substr(3));
+  if (auto refused = RefuseMathName(channel.name)) return refused;
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string ReviewFileText(const ReviewState& state) {
+  std::string text = std::string(kReviewFileHeader) + "\n";
+  for (const MathChannel& channel : state.math) {
+    text += "math " + QuotedName(channel.name) + " = " + channel.expression + "\n";
+  }
+  return text + LayoutText(state.layout);
+}
+
+ReviewRead ReadReviewFile(std::string_view text) {
+  ReviewRead read;
+  if (text.size() > kMaxReviewFileBytes) return read;
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  LayoutReader layout;
+  int number = 0;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    ++number;
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    if (!read.recognised) {
+      if (line != kReviewFileHeader) return read;
+      read.recognised = true;
+      continue;
+    }
+    if (line.empty() || line.starts_with('#')) continue;
+    std::optional<std::string> problem;
+    if (line.starts_with("math ")) {
+      MathChannel channel;
+      problem = ReadMathLine(line, channel);
+      const bool repeated =
+          std::any_of(read.state.math.begin(), read.state.math.end(),
+                      [&](const MathChannel& m) { return SameName(m.name, channel.name); });
+      if (!problem && repeated) problem = "a math channel of that name is already read";
+      if (!problem && read.state.math.size() >= kMaxMathChannels)
+        problem = "more than 32 math channels";
+      if (!problem) read.state.math.push_back(std::move(channel));
+    } else {
+      problem = layout.Line(line);
+    }
+    if (problem) read.problems.push_back("line " + std::to_string(number) + ": " + *problem);
+  }
+  read.state.layout = layout.Finish();
+  return read;
+}
+
+std::string ReviewPathFor(const std::string& log_path) {
+  constexpr std::string_view kLogEnding = ".sl1";
+  std::string path = log_path;
+  if (path.size() >= kLogEnding.size() &&
+      SameName(std::string_view(path).substr(path.size() - kLogEnding.size()), kLogEnding)) {
+    path.resize(path.size() - kLogEnding.size());
+  }
+  return path + ".review";
+}
+
+}  // namespace vela::review
