@@ -1,6 +1,7 @@
 // What a grid and its graph show over a map's own values: per value cell a text in place of the
 // value, a value for the graph, a ground colour, and a mark (a frame on the grid, a dot on the
-// graph). A comparison fills one; an empty overlay leaves the grid as it is.
+// graph), and a description for screen readers. A comparison fills one, a log another; an empty
+// overlay leaves the grid as it is.
 #pragma once
 
 #include <optional>
@@ -13,10 +14,11 @@
 namespace vela {
 
 struct CellOverlay {
-  std::optional<std::string> text;  // shown in place of the cell's value
-  std::optional<double> value;      // the value the graph draws and the cell is coloured by
-  std::optional<Rgb> ground;        // the cell's colour, in place of its value's colour
-  std::optional<Rgb> mark;          // a frame round the cell, a dot on the graph
+  std::optional<std::string> text;         // shown in place of the cell's value
+  std::optional<double> value;             // the value the graph draws and the cell is coloured by
+  std::optional<Rgb> ground;               // the cell's colour, in place of its value's colour
+  std::optional<Rgb> mark;                 // a frame round the cell, a dot on the graph
+  std::optional<std::string> description;  // what a screen reader says about the cell
   bool operator==(const CellOverlay&) const = default;
 };
 
