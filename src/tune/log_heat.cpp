@@ -27,6 +27,7 @@ void LogHeat::Reset() {
   evidence_ = Evidence{CellGrid(axes_), {}};
   samples_.clear();
   verdicts_.clear();
+  base_ = 0;
   gaps_taken_ = 0;
   lost_time_ = 0.0;
   gap_count_ = 0;
@@ -36,7 +37,7 @@ void LogHeat::Reset() {
 
 // The records taken so far are still the log's, with the same gaps among them.
 bool LogHeat::SameLog(const DatalogLog& log) const {
-  const std::size_t taken = samples_.size();
+  const std::size_t taken = RecordsTaken();
   if (taken == 0) return true;
   if (log.RecordCount() < taken) return false;
   const std::vector<double>& times = log.Times();
@@ -57,21 +58,41 @@ void LogHeat::Follow(const DatalogLog& log, bool open) {
     end = static_cast<std::size_t>(std::upper_bound(times.begin(), times.end(), settled) -
                                    times.begin());
   }
-  const std::size_t begin = samples_.size();
-  if (end > begin) {
-    Take(log, end);
+  // In slices, forgetting what no later sample looks back at: a long log never needs all its
+  // samples at once.
+  while (RecordsTaken() < end) {
+    const std::size_t begin = samples_.size();
+    Take(log, std::min(end, RecordsTaken() + kHeatSlice));
     Judge(begin);
+    Pair(open || RecordsTaken() < log.RecordCount());
+    Forget();
   }
   Pair(open);
+}
+
+void LogHeat::Forget() {
+  if (samples_.empty()) return;
+  const double reach = settings_.filters.rate_window_s + settings_.filters.settle_s + 0.1;
+  const double from_time = samples_.back().time - reach;
+  std::size_t keep = next_pair_;
+  while (keep > 0 && samples_[keep - 1].time >= from_time) --keep;
+  keep = std::min(keep, next_pair_);
+  if (keep < kHeatSlice) return;
+  samples_.erase(samples_.begin(), samples_.begin() + static_cast<std::ptrdiff_t>(keep));
+  verdicts_.erase(verdicts_.begin(), verdicts_.begin() + static_cast<std::ptrdiff_t>(keep));
+  base_ += keep;
+  next_pair_ -= keep;
+  cursor_ = cursor_ > keep ? cursor_ - keep : 0;
 }
 
 // Records [taken, end) as samples, each moved on by the frames lost before it.
 void LogHeat::Take(const DatalogLog& log, std::size_t end) {
   const double step = StepOf(log.Times());
   const std::vector<LogGap>& gaps = log.Gaps();
-  samples_.reserve(end);
-  if (samples_.empty()) first_time_ = log.Times().front();
-  for (std::size_t i = samples_.size(); i < end; ++i) {
+  if (RecordsTaken() == 0) first_time_ = log.Times().front();
+  // A slice and what is kept back from the last one fit without growing.
+  samples_.reserve(2 * kHeatSlice);
+  for (std::size_t i = RecordsTaken(); i < end; ++i) {
     while (gaps_taken_ < gaps.size() && gaps[gaps_taken_].record <= i) {
       lost_time_ += step * gaps[gaps_taken_].missing_frames;
       ++gap_count_;
@@ -96,8 +117,9 @@ void LogHeat::Judge(std::size_t begin) {
       samples_.begin(), samples_.begin() + static_cast<std::ptrdiff_t>(begin), from_time,
       [](const TuneSample& sample, double time) { return sample.time < time; });
   const std::size_t context = static_cast<std::size_t>(first - samples_.begin());
-  const std::vector<TuneSample> window(first, samples_.end());
-  const std::vector<SampleVerdict> judged = PointVerdicts(window, filters);
+  const std::vector<SampleVerdict> judged =
+      context == 0 ? PointVerdicts(samples_, filters)
+                   : PointVerdicts(std::vector<TuneSample>(first, samples_.end()), filters);
   verdicts_.insert(verdicts_.end(), judged.begin() + static_cast<std::ptrdiff_t>(begin - context),
                    judged.end());
   for (std::size_t i = begin; i < samples_.size(); ++i) {

@@ -13,6 +13,8 @@ namespace vela {
 // While a log is open, records this recent are left for the next call: the link's gaps are
 // decided about a second after they happen, and a gap moves the time of every record after it.
 inline constexpr double kHeatSettleSeconds = 1.5;
+// Records are taken this many at a time.
+inline constexpr std::size_t kHeatSlice = 8192;
 
 struct HeatSettings {
   LoadBasis basis = LoadBasis::kMap;
@@ -35,19 +37,23 @@ class LogHeat {
   const Evidence& Figures() const { return evidence_; }
   const CellGrid& Cells() const { return evidence_.cells; }
   const TargetTable& Targets() const { return targets_; }
-  std::size_t RecordsTaken() const { return samples_.size(); }
+  std::size_t RecordsTaken() const { return base_ + samples_.size(); }
 
  private:
   bool SameLog(const DatalogLog& log) const;
   void Take(const DatalogLog& log, std::size_t end);
   void Judge(std::size_t begin);
   void Pair(bool open);
+  // Drops the samples no later one looks back at.
+  void Forget();
 
   TuneAxes axes_;
   TargetTable targets_;
   HeatSettings settings_;
   Evidence evidence_;
+  // The samples from record base_ on; the earlier ones are done with.
   std::vector<TuneSample> samples_;
+  std::size_t base_ = 0;
   std::vector<SampleVerdict> verdicts_;
   std::size_t gaps_taken_ = 0;
   double lost_time_ = 0.0;
