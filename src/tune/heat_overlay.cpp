@@ -134,7 +134,7 @@ GridOverlay HeatOverlay(const CellGrid& cells, const TargetTable& targets, HeatL
       const double target = SiteTarget(cells, targets, row, column);
       CellOverlay look;
       if (layer != HeatLayer::kOff) {
-        look.ground = GroundOf(cell, target, layer, busiest);
+        look.ground = GroundOf(cell, target, layer, busiest).value_or(kNoFiguresGround);
         look.description = CellFigures(cell, target);
       }
       if (outlined == MapCell{row, column}) look.mark = kChartCellMark;

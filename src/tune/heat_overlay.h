@@ -29,7 +29,9 @@ Rgb TimeColour(double share);
 Rgb MeanAfrColour(double afr);
 Rgb SpreadColour(double spread);
 Rgb ErrorColour(double error);
-inline constexpr Rgb kChartCellMark{20, 20, 20};  // the outline of the chart cursor's cell
+inline constexpr Rgb kChartCellMark{20, 20, 20};
+// The ground of a cell the log says nothing about while a layer is on (no value colour either).
+inline constexpr Rgb kNoFiguresGround{248, 248, 248};  // the outline of the chart cursor's cell
 inline constexpr double kFullErrorAfr = 1.5;
 inline constexpr double kFullSpreadAfr = 1.0;
 
@@ -38,8 +40,8 @@ inline constexpr double kFullSpreadAfr = 1.0;
 std::string CellFigures(const CellEvidence& cell, double target);
 
 // The grid's overlay for `layer`: cells coloured by their figures (a cell without samples, or
-// without time on the time layer, stays uncoloured; the values stay the map's), each cell's
-// figures as its description, and `outlined` framed (row 0: none).
+// without time on the time layer, stays uncoloured: kNoFiguresGround; the values stay the
+// map's), each cell's figures as its description, and `outlined` framed (row 0: none).
 GridOverlay HeatOverlay(const CellGrid& cells, const TargetTable& targets, HeatLayer layer,
                         MapCell outlined);
 

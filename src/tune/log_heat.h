@@ -34,6 +34,9 @@ class LogHeat {
   // Forgets every record: the next Follow starts from the first.
   void Reset();
 
+  // True when the records taken so far are `log`'s (and there are some).
+  bool Follows(const DatalogLog& log) const { return RecordsTaken() > 0 && SameLog(log); }
+
   const Evidence& Figures() const { return evidence_; }
   const CellGrid& Cells() const { return evidence_.cells; }
   const TargetTable& Targets() const { return targets_; }

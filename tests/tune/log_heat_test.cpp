@@ -215,14 +215,14 @@ TEST(HeatOverlayTest, CellsAreColouredOnlyWhereTheLogSaysSomething) {
   ShareAfr(cells, {0.0, axes.RowRpm(7), axes.ColumnLoad(2)}, 13.7, 14.7);  // a rich cell
 
   const GridOverlay time = HeatOverlay(cells, targets, HeatLayer::kTime, {6, 2});
-  EXPECT_TRUE(time.At(5, 2)->ground.has_value());
-  EXPECT_FALSE(time.At(1, 1)->ground.has_value());
+  EXPECT_NE(time.At(5, 2)->ground, kNoFiguresGround);
+  EXPECT_EQ(time.At(1, 1)->ground, kNoFiguresGround);
   EXPECT_EQ(time.At(6, 2)->mark, kChartCellMark);
   EXPECT_FALSE(time.At(5, 2)->mark.has_value());
   EXPECT_FALSE(time.At(5, 2)->text.has_value());  // the values stay the map's
 
   const GridOverlay error = HeatOverlay(cells, targets, HeatLayer::kError, {0, 0});
-  EXPECT_FALSE(error.At(5, 2)->ground.has_value());  // time alone says nothing of the mixture
+  EXPECT_EQ(error.At(5, 2)->ground, kNoFiguresGround);  // time says nothing of the mixture
   const Rgb lean_colour = *error.At(6, 2)->ground;
   const Rgb rich_colour = *error.At(7, 2)->ground;
   EXPECT_GT(lean_colour.red, lean_colour.blue);

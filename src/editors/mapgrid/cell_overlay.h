@@ -54,4 +54,28 @@ class GridOverlay {
   std::vector<CellOverlay> cells_;
 };
 
+// `top` over `under`, cell by cell: each of a cell's parts (text, value, ground, mark,
+// description) from `top` where it has one, else from `under`; a cell whose colour `top` sets
+// by a value takes no ground from `under`. An empty overlay adds nothing.
+inline GridOverlay Layered(const GridOverlay& top, const GridOverlay& under) {
+  if (top.Empty()) return under;
+  if (under.Empty()) return top;
+  GridOverlay both(top.Rows(), top.Columns());
+  for (int row = 1; row <= top.Rows(); ++row) {
+    for (int column = 1; column <= top.Columns(); ++column) {
+      CellOverlay look = *top.At(row, column);
+      if (const CellOverlay* below = under.At(row, column)) {
+        // A cell coloured by the top's value keeps that colour.
+        if (!look.ground && !look.value) look.ground = below->ground;
+        if (!look.text) look.text = below->text;
+        if (!look.value) look.value = below->value;
+        if (!look.mark) look.mark = below->mark;
+        if (!look.description) look.description = below->description;
+      }
+      both.Set({row, column}, std::move(look));
+    }
+  }
+  return both;
+}
+
 }  // namespace vela

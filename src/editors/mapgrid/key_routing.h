@@ -45,6 +45,8 @@ enum class KeyAction {
   kCompareView,    // Ctrl-Q: the map page's compared view cycles (current, other, difference)
   kCompareChoose,  // Ctrl-Shift-Q: choose what the editors' image is compared with
   kShowHistory,    // Ctrl-J: the history panel (changes and restore points)
+  kLogOverlay,     // Ctrl-H on a map page: the log overlay's next layer
+  kMarkCellTimes,  // Ctrl-M on a map page: the selected cells' times shaded on the datalog chart
 };
 
 struct KeyRoute {
