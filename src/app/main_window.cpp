@@ -32,6 +32,7 @@
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
+#include "app/workbench/map_log_overlay.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
@@ -105,6 +106,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   BuildLayout();
   ConnectParts();
   BuildCompare();
+  BuildLogOverlay();
   qApp->installEventFilter(this);
 }
 
@@ -187,6 +189,11 @@ void MainWindow::BuildCompare() {
   connect(compare_pages_, &ComparePages::Note, status_strip_, &StatusStrip::ShowEditNote);
   // "Compare" on a restore point in the history panel.
   connect(history_panel_, &HistoryPanel::CompareRequested, compare_, &CompareSession::CompareWith);
+}
+
+void MainWindow::BuildLogOverlay() {
+  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, this);
+  connect(log_overlay_, &MapLogOverlay::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
 MainWindow::~MainWindow() {
@@ -539,6 +546,7 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;
   const int tab = tabs_->currentIndex();
   if (compare_pages_->HandleKey(route.action, *event, tab)) return true;
+  if (log_overlay_->HandleKey(route.action, tab)) return true;
   switch (route.action) {
     case KeyAction::kPassToGrid:
       return false;
@@ -583,6 +591,9 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
       return true;
     case KeyAction::kShowHistory:
       ShowHistory();
+      return true;
+    case KeyAction::kLogOverlay:  // the log overlay's (above)
+    case KeyAction::kMarkCellTimes:
       return true;
   }
   return false;

@@ -32,6 +32,7 @@ class HelpPage;
 class HistoryPanel;
 class LinkSession;
 class LiveView;
+class MapLogOverlay;
 class MapPages;
 class QtSerialPort;
 class SettingsControls;
@@ -77,6 +78,7 @@ class MainWindow : public QMainWindow {
   CompareSession& compare() { return *compare_; }
   ComparePages& compare_pages() { return *compare_pages_; }
   HistoryPanel& history_panel() { return *history_panel_; }
+  MapLogOverlay& log_overlay() { return *log_overlay_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -87,6 +89,8 @@ class MainWindow : public QMainWindow {
   void ConnectParts();
   // The comparison of the editors' image with another, on the pages.
   void BuildCompare();
+  // The log on the map pages (Ctrl-H, Ctrl-M, the chart cursor's cell).
+  void BuildLogOverlay();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();
@@ -132,6 +136,7 @@ class MainWindow : public QMainWindow {
   SetupPages* setup_pages_ = nullptr;
   CompareSession* compare_ = nullptr;
   ComparePages* compare_pages_ = nullptr;
+  MapLogOverlay* log_overlay_ = nullptr;
   SetupErrorList* setup_errors_ = nullptr;
   HelpPage* help_page_ = nullptr;
   FileOptionsPage* file_options_page_ = nullptr;
