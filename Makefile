@@ -52,6 +52,7 @@ bench: build build-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-history-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-datalog-bench
 	$(BUILD)/bench/vela-proposal-bench
+	$(BUILD)/bench/vela-heat-bench
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 20
 	bash scripts/run.sh $(BUILD)/bench/vela-link-cpu --window --tab 11 --record 20
 	$(BUILD)/bench/vela-review-bench

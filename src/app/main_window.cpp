@@ -33,6 +33,7 @@
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
 #include "app/workbench/proposal_pages.h"
+#include "app/workbench/map_log_overlay.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
@@ -107,6 +108,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   ConnectParts();
   BuildCompare();
   BuildProposal();
+  BuildLogOverlay();
   qApp->installEventFilter(this);
 }
 
@@ -199,6 +201,9 @@ void MainWindow::BuildProposal() {
   proposal_->LoadSettings();
   proposal_pages_ = new ProposalPages(*proposal_, *map_pages_, this);
   connect(proposal_pages_, &ProposalPages::Note, status_strip_, &StatusStrip::ShowEditNote);
+void MainWindow::BuildLogOverlay() {
+  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, this);
+  connect(log_overlay_, &MapLogOverlay::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
 MainWindow::~MainWindow() {
@@ -552,6 +557,7 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;
   const int tab = tabs_->currentIndex();
   if (compare_pages_->HandleKey(route.action, *event, tab)) return true;
+  if (log_overlay_->HandleKey(route.action, tab)) return true;
   switch (route.action) {
     case KeyAction::kPassToGrid:
       return false;
@@ -599,6 +605,9 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
       return true;
     case KeyAction::kProposeFuel:
       proposal_pages_->Propose(tab);
+      return true;
+    case KeyAction::kLogOverlay:  // the log overlay's (above)
+    case KeyAction::kMarkCellTimes:
       return true;
   }
   return false;

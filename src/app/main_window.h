@@ -32,6 +32,7 @@ class HelpPage;
 class HistoryPanel;
 class LinkSession;
 class LiveView;
+class MapLogOverlay;
 class MapPages;
 class ProposalPages;
 class ProposalSession;
@@ -81,6 +82,7 @@ class MainWindow : public QMainWindow {
   HistoryPanel& history_panel() { return *history_panel_; }
   ProposalSession& proposal() { return *proposal_; }
   ProposalPages& proposal_pages() { return *proposal_pages_; }
+  MapLogOverlay& log_overlay() { return *log_overlay_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -93,6 +95,8 @@ class MainWindow : public QMainWindow {
   void BuildCompare();
   // The fuel correction proposal on the fuel map pages (Ctrl-P).
   void BuildProposal();
+  // The log on the map pages (Ctrl-H, Ctrl-M, the chart cursor's cell).
+  void BuildLogOverlay();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();
@@ -140,6 +144,7 @@ class MainWindow : public QMainWindow {
   ComparePages* compare_pages_ = nullptr;
   ProposalSession* proposal_ = nullptr;
   ProposalPages* proposal_pages_ = nullptr;
+  MapLogOverlay* log_overlay_ = nullptr;
   SetupErrorList* setup_errors_ = nullptr;
   HelpPage* help_page_ = nullptr;
   FileOptionsPage* file_options_page_ = nullptr;

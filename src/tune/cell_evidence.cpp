@@ -8,6 +8,8 @@ bool Placed(const TuneSample& sample) {
   return std::isfinite(sample.rpm) && std::isfinite(sample.load) && sample.rpm > 0.0;
 }
 
+}  // namespace
+
 void ShareTime(CellGrid& cells, const TuneSample& sample, double step) {
   for (const CellShare& share : SharesAt(cells.Axes(), sample.rpm, sample.load)) {
     cells.At(share.row, share.column).time_s += share.weight * step;
@@ -33,8 +35,6 @@ void ShareAfr(CellGrid& cells, const TuneSample& sample, double afr, double targ
     }
   }
 }
-
-}  // namespace
 
 double CellEvidence::AfrSpread() const {
   if (!(samples > 0.0)) return std::nan("");

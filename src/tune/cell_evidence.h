@@ -61,6 +61,11 @@ struct Evidence {
   VerdictCounts verdicts{};  // samples by verdict
 };
 
+// One sample's part of the figures: `step` seconds of time, or a kept AFR reading against the
+// target at its operating point, shared out over the four cells around it.
+void ShareTime(CellGrid& cells, const TuneSample& sample, double step);
+void ShareAfr(CellGrid& cells, const TuneSample& sample, double afr, double target);
+
 // Only the time spent per cell (the heat map): no filters, no pairing.
 void AddTime(const SampleLog& log, CellGrid& cells);
 

@@ -19,6 +19,18 @@ double ChannelAt(const DatalogLog& log, int channel, std::size_t record) {
 
 }  // namespace
 
+TuneSample SampleAt(const DatalogLog& log, LoadBasis basis, std::size_t record) {
+  TuneSample sample;
+  sample.rpm = ChannelAt(log, kChannelRpm, record);
+  sample.tps = ChannelAt(log, kChannelTps, record);
+  sample.load = basis == LoadBasis::kMap ? ChannelAt(log, kChannelMap, record) : sample.tps;
+  sample.fuel_ms = ChannelAt(log, kChannelFuel, record);
+  sample.water_c = ChannelAt(log, kChannelWater, record);
+  sample.pump = ChannelAt(log, kChannelPump, record);
+  sample.afr = ChannelAt(log, kChannelAfr, record) / kAfrScale;
+  return sample;
+}
+
 SampleLog SamplesOf(const DatalogLog& log, LoadBasis basis) {
   SampleLog out;
   const std::vector<double>& times = log.Times();
@@ -35,15 +47,9 @@ SampleLog SamplesOf(const DatalogLog& log, LoadBasis basis) {
       ++next_gap;
     }
     TuneSample& sample = out.samples[i];
+    sample = SampleAt(log, basis, i);
     sample.time = times[i] + lost_time;
     sample.lost_before = gaps;
-    sample.rpm = ChannelAt(log, kChannelRpm, i);
-    sample.tps = ChannelAt(log, kChannelTps, i);
-    sample.load = basis == LoadBasis::kMap ? ChannelAt(log, kChannelMap, i) : sample.tps;
-    sample.fuel_ms = ChannelAt(log, kChannelFuel, i);
-    sample.water_c = ChannelAt(log, kChannelWater, i);
-    sample.pump = ChannelAt(log, kChannelPump, i);
-    sample.afr = ChannelAt(log, kChannelAfr, i) / kAfrScale;
   }
   return out;
 }

@@ -28,6 +28,9 @@ struct SampleLog {
   double step = 0.0;  // seconds between two frames of the log (0 with fewer than two records)
 };
 
+// Record `record` of `log` without its time (time and lost_before are left 0).
+TuneSample SampleAt(const DatalogLog& log, LoadBasis basis, std::size_t record);
+
 // The records of `log`, in order. A frame lost by the link moves every later record on by one
 // frame step, so that times stay true across a gap.
 SampleLog SamplesOf(const DatalogLog& log, LoadBasis basis);

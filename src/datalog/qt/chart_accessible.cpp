@@ -15,6 +15,9 @@ QString CursorLabels(const DatalogChart& chart) {
   QStringList labels;
   if (chart.CursorA()) labels << CursorLabel('A', *chart.CursorA());
   if (chart.CursorB()) labels << CursorLabel('B', *chart.CursorB());
+  if (!chart.ShadedSpans().empty()) {
+    labels << QStringLiteral("%1 stretches shaded").arg(chart.ShadedSpans().size());
+  }
   return labels.join(QStringLiteral(", "));
 }
 

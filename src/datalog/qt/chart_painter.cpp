@@ -160,6 +160,20 @@ void PaintGaps(QPainter& painter, const Frame& frame, const DatalogLog& log,
   painter.drawLines(ticks.constData(), ticks.size());
 }
 
+// Stretches of time shaded over the plot's whole height, under the lines.
+void PaintSpans(QPainter& painter, const Frame& frame, const ChartScene& scene,
+                const ChartLook& look) {
+  if (scene.spans == nullptr) return;
+  const QRect& plot = frame.plot;
+  for (const auto& [from, to] : *scene.spans) {
+    if (to < frame.axis.min || from > frame.axis.max) continue;
+    const double left = std::max(frame.XOf(from), static_cast<double>(plot.left()));
+    const double right = std::min(frame.XOf(to), static_cast<double>(plot.right()));
+    painter.fillRect(QRectF(left, plot.top(), std::max(right - left, 1.0), plot.height()),
+                     look.span);
+  }
+}
+
 void PaintMarkersAndCursors(QPainter& painter, const Frame& frame, const ChartScene& scene,
                             const ChartLook& look) {
   const QRect& plot = frame.plot;
@@ -212,6 +226,7 @@ void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,
   const Columns columns{
       static_cast<std::size_t>(std::clamp(dirty.left() - scene.plot.left() - 1, 0, width)),
       static_cast<std::size_t>(std::clamp(dirty.right() - scene.plot.left() + 2, 0, width))};
+  PaintSpans(painter, frame, scene, look);
   for (int n = 0; n < kChannelCount; ++n) {
     const LogSeries& series = scene.log.Series(n);
     if (series.active && series.points > 0 && columns.first < columns.end) {

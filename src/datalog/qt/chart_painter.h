@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QRect>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "datalog/datalog_log.h"
 
@@ -19,6 +21,7 @@ struct ChartLook {
   QColor cursor_a{255, 255, 255};
   QColor cursor_b{160, 200, 255};
   QColor gap{255, 60, 60};
+  QColor span{70, 130, 255, 70};  // the shaded stretches (times spent in chosen map cells)
 };
 
 struct ChartScene {
@@ -28,6 +31,7 @@ struct ChartScene {
   std::optional<double> cursor_a;
   std::optional<double> cursor_b;
   QRect dirty;  // only the lines crossing it are drawn (the painter clips the rest anyway)
+  const std::vector<std::pair<double, double>>* spans = nullptr;  // shaded, from and to
 };
 
 void PaintChart(QPainter& painter, const QRect& whole, const ChartScene& scene,

@@ -48,6 +48,11 @@ void DatalogChart::ShowWholeLog() {
   update();
 }
 
+void DatalogChart::SetShadedSpans(std::vector<std::pair<double, double>> spans) {
+  spans_ = std::move(spans);
+  update();
+}
+
 void DatalogChart::SetCursors(std::optional<double> a, std::optional<double> b) {
   cursor_a_ = a;
   cursor_b_ = b;
@@ -113,8 +118,9 @@ void DatalogChart::paintEvent(QPaintEvent* event) {
   painted_markers_ = log_.Markers().size();
   painted_gaps_ = log_.Gaps().size();
   painted_scales_ = Scales(log_);
-  PaintChart(painter, rect(),
-             ChartScene{log_, PlotRect(), axis_channel_, cursor_a_, cursor_b_, event->rect()});
+  PaintChart(
+      painter, rect(),
+      ChartScene{log_, PlotRect(), axis_channel_, cursor_a_, cursor_b_, event->rect(), &spans_});
 }
 
 void DatalogChart::wheelEvent(QWheelEvent* event) {

@@ -44,6 +44,11 @@ class DatalogChart : public QWidget {
   // The time axis and the cursors as they are now.
   ChartView View() const { return {log_.axis, cursor_a_, cursor_b_}; }
 
+  // Stretches of time shaded on the chart (the times the engine spent in chosen map cells);
+  // empty: none.
+  void SetShadedSpans(std::vector<std::pair<double, double>> spans);
+  const std::vector<std::pair<double, double>>& ShadedSpans() const { return spans_; }
+
   // Repaints when the log changed since the last paint: only the strip of the new records while
   // the axis, the channels' scales and the markers stay as they were drawn, otherwise the whole.
   void RefreshIfChanged();
@@ -80,6 +85,7 @@ class DatalogChart : public QWidget {
   bool axis_in_hand_ = false;
   std::optional<double> cursor_a_;
   std::optional<double> cursor_b_;
+  std::vector<std::pair<double, double>> spans_;
   // What the last paint showed.
   std::uint64_t painted_revision_ = 0;
   TimeAxis painted_axis_;

@@ -1,6 +1,7 @@
 // What a grid and its graph show over a map's own values: per value cell a text in place of the
 // value, a value for the graph, a ground colour, and a mark (a frame on the grid, a dot on the
-// graph). A comparison fills one; an empty overlay leaves the grid as it is.
+// graph), and a description for screen readers. A comparison fills one, a log another; an empty
+// overlay leaves the grid as it is.
 #pragma once
 
 #include <optional>
@@ -13,10 +14,11 @@
 namespace vela {
 
 struct CellOverlay {
-  std::optional<std::string> text;  // shown in place of the cell's value
-  std::optional<double> value;      // the value the graph draws and the cell is coloured by
-  std::optional<Rgb> ground;        // the cell's colour, in place of its value's colour
-  std::optional<Rgb> mark;          // a frame round the cell, a dot on the graph
+  std::optional<std::string> text;         // shown in place of the cell's value
+  std::optional<double> value;             // the value the graph draws and the cell is coloured by
+  std::optional<Rgb> ground;               // the cell's colour, in place of its value's colour
+  std::optional<Rgb> mark;                 // a frame round the cell, a dot on the graph
+  std::optional<std::string> description;  // what a screen reader says about the cell
   bool operator==(const CellOverlay&) const = default;
 };
 
@@ -51,5 +53,29 @@ class GridOverlay {
   int columns_ = 0;
   std::vector<CellOverlay> cells_;
 };
+
+// `top` over `under`, cell by cell: each of a cell's parts (text, value, ground, mark,
+// description) from `top` where it has one, else from `under`; a cell whose colour `top` sets
+// by a value takes no ground from `under`. An empty overlay adds nothing.
+inline GridOverlay Layered(const GridOverlay& top, const GridOverlay& under) {
+  if (top.Empty()) return under;
+  if (under.Empty()) return top;
+  GridOverlay both(top.Rows(), top.Columns());
+  for (int row = 1; row <= top.Rows(); ++row) {
+    for (int column = 1; column <= top.Columns(); ++column) {
+      CellOverlay look = *top.At(row, column);
+      if (const CellOverlay* below = under.At(row, column)) {
+        // A cell coloured by the top's value keeps that colour.
+        if (!look.ground && !look.value) look.ground = below->ground;
+        if (!look.text) look.text = below->text;
+        if (!look.value) look.value = below->value;
+        if (!look.mark) look.mark = below->mark;
+        if (!look.description) look.description = below->description;
+      }
+      both.Set({row, column}, std::move(look));
+    }
+  }
+  return both;
+}
 
 }  // namespace vela

@@ -8,6 +8,16 @@ char Upper(char letter) { return (letter >= 'a' && letter <= 'z') ? letter - 'a'
 
 KeyRoute Route(KeyAction action) { return KeyRoute{action, -1}; }
 
+constexpr KeyAction kPass = KeyAction::kPassToGrid;
+
+// The log's chords, on the map pages only.
+KeyRoute RouteLogKey(char letter, bool shift, const KeyContext& context) {
+  if (shift || !IsMapPage(context.current_page)) return Route(kPass);
+  if (letter == 'H') return Route(KeyAction::kLogOverlay);
+  if (letter == 'M') return Route(KeyAction::kMarkCellTimes);
+  return Route(kPass);
+}
+
 }  // namespace
 
 bool IsMapPage(int page) {
@@ -59,6 +69,9 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
       return Route(press.shift ? KeyAction::kCompareChoose : KeyAction::kCompareView);
     if (letter == 'J' && !press.shift) return Route(KeyAction::kShowHistory);
     if (letter == 'P' && !press.shift) return Route(KeyAction::kProposeFuel);
+    if (const KeyRoute log = RouteLogKey(letter, press.shift, context); log.action != kPass) {
+      return log;
+    }
     return Route(KeyAction::kPassToGrid);
   }
   if (press.alt) {

@@ -46,6 +46,8 @@ enum class KeyAction {
   kCompareChoose,  // Ctrl-Shift-Q: choose what the editors' image is compared with
   kShowHistory,    // Ctrl-J: the history panel (changes and restore points)
   kProposeFuel,    // Ctrl-P: the fuel correction proposal for the fuel map page in front
+  kLogOverlay,     // Ctrl-H on a map page: the log overlay's next layer
+  kMarkCellTimes,  // Ctrl-M on a map page: the selected cells' times shaded on the datalog chart
 };
 
 struct KeyRoute {

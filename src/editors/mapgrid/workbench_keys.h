@@ -18,7 +18,7 @@ struct WorkbenchKeyRow {
 
 inline constexpr WorkbenchKeyRow kWorkbenchKeyHeadings = {" Workbench Key", " Function"};
 
-inline constexpr std::array<WorkbenchKeyRow, 21> kWorkbenchKeyRows = {{
+inline constexpr std::array<WorkbenchKeyRow, 23> kWorkbenchKeyRows = {{
     {"Ctrl-Shift-Arrows", "Extend the selection"},
     {"Ctrl-A", "Select the whole map or table"},
     {"= or a digit", "Set the selection to a typed value (12.5, =-5)"},
@@ -40,6 +40,8 @@ inline constexpr std::array<WorkbenchKeyRow, 21> kWorkbenchKeyRows = {{
     {"Ctrl-Q", "Compared view: current, other side, difference"},
     {"Ctrl-Shift-Q", "Choose the two sides to compare"},
     {"Ctrl-P", "Fuel correction proposal from the log (fuel maps)"},
+    {"Ctrl-H", "Log overlay: off, time, mean AFR, spread, AFR error"},
+    {"Ctrl-M", "Mark the selected cells' times on the datalog chart"},
 }};
 
 // What a key pressed on a map grid asks of the workbench.

@@ -104,9 +104,28 @@ TEST(MainWindowKeys, HistoryChordsUndoAndRedoOnEveryPage) {
     shifted.shift = true;
     EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kRedo));
     EXPECT_EQ(RouteMainWindowKey(Letter('Y', false, true), context), Action(KeyAction::kRedo));
-    EXPECT_EQ(RouteMainWindowKey(Letter('h', false, true), context),
+    EXPECT_EQ(RouteMainWindowKey(Letter('d', false, true), context),
               Action(KeyAction::kPassToGrid));
     EXPECT_EQ(RouteMainWindowKey(Letter('z', true, true), context), Action(KeyAction::kPassToGrid));
+  }
+}
+
+// The log's chords belong to the map pages; elsewhere, shifted or with Alt they stay the grid's.
+TEST(MainWindowKeys, LogChordsOnTheMapPagesOnly) {
+  for (int page : {kPageFuelMap1, kPageFuelMap2, kPageIgnition}) {
+    const KeyContext context{page, false};
+    EXPECT_EQ(RouteMainWindowKey(Letter('h', false, true), context),
+              Action(KeyAction::kLogOverlay));
+    EXPECT_EQ(RouteMainWindowKey(Letter('M', false, true), context),
+              Action(KeyAction::kMarkCellTimes));
+    MapKeyPress shifted = Letter('H', false, true);
+    shifted.shift = true;
+    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('m', true, true), context), Action(KeyAction::kPassToGrid));
+  }
+  for (int page : {kPageHelp, kPageDataLogging}) {
+    EXPECT_EQ(RouteMainWindowKey(Letter('h', false, true), {page, false}),
+              Action(KeyAction::kPassToGrid));
   }
 }
 

@@ -169,6 +169,10 @@ void MapGrid::SetOverlay(GridOverlay overlay) { table_->SetOverlay(std::move(ove
 
 const GridOverlay& MapGrid::Overlay() const { return table_->Overlay(); }
 
+void MapGrid::SetLogOverlay(GridOverlay overlay) { table_->SetLogOverlay(std::move(overlay)); }
+
+const GridOverlay& MapGrid::LogOverlay() const { return table_->LogOverlay(); }
+
 void MapGrid::SetUp(const QString& title, int load_sites) {
   SetUpMapGrid(model_, title.toStdString(), load_sites);
   Refresh();

@@ -46,6 +46,10 @@ class MapGrid : public QTableView {
   // hold, and the keys still change, the map's own values. An empty overlay shows them alone.
   void SetOverlay(GridOverlay overlay);
   const GridOverlay& Overlay() const;
+  // What a log shows on the cells (colours, the chart cursor's cell, descriptions), under the
+  // overlay above: where both colour or mark a cell, the comparison's wins.
+  void SetLogOverlay(GridOverlay overlay);
+  const GridOverlay& LogOverlay() const;
 
   QString CellText(int row, int column) const;
   bool SetCellText(int row, int column, const QString& text);

@@ -127,6 +127,8 @@ QVariant MapGridTable::data(const QModelIndex& index, int role) const {
       return ToolTip(row, column);
     case kCellMarkRole:
       return MarkAt(row, column);
+    case Qt::AccessibleDescriptionRole:
+      return DescriptionAt(row, column);
     case Qt::TextAlignmentRole:
       return Qt::AlignCenter;
     case Qt::FontRole:
@@ -170,9 +172,23 @@ void MapGridTable::SetPointSize(int points) {
 }
 
 void MapGridTable::SetOverlay(GridOverlay overlay) {
-  if (overlay == overlay_) return;
-  overlay_ = std::move(overlay);
+  if (overlay == compare_overlay_) return;
+  compare_overlay_ = std::move(overlay);
+  overlay_ = Layered(compare_overlay_, log_overlay_);
   Refresh();
+}
+
+void MapGridTable::SetLogOverlay(GridOverlay overlay) {
+  if (overlay == log_overlay_) return;
+  log_overlay_ = std::move(overlay);
+  overlay_ = Layered(compare_overlay_, log_overlay_);
+  Refresh();
+}
+
+QVariant MapGridTable::DescriptionAt(int row, int column) const {
+  const CellOverlay* look = grid_.IsValueCell(row, column) ? overlay_.At(row, column) : nullptr;
+  if (!look || !look->description) return {};
+  return QString::fromStdString(*look->description);
 }
 
 QString MapGridTable::TextAt(int row, int column) const {

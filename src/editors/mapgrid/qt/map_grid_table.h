@@ -50,13 +50,17 @@ class MapGridTable : public QAbstractTableModel {
 
   // What the cells show over their own values (a comparison); an empty overlay shows the values.
   void SetOverlay(GridOverlay overlay);
-  const GridOverlay& Overlay() const { return overlay_; }
+  const GridOverlay& Overlay() const { return compare_overlay_; }
+  // A log's overlay, shown under the one above (cell_overlay.h, Layered).
+  void SetLogOverlay(GridOverlay overlay);
+  const GridOverlay& LogOverlay() const { return log_overlay_; }
 
  private:
   // A cell's text, ground and mark as the overlay has them, or as the grid has them.
   QString TextAt(int row, int column) const;
   std::optional<QColor> OverlayGround(int row, int column, const UnitsRange& range) const;
   QVariant MarkAt(int row, int column) const;
+  QVariant DescriptionAt(int row, int column) const;
   QColor Background(int row, int column, const UnitsRange& range) const;
   QVariant ToolTip(int row, int column) const;
   int MarkerIndex(int column) const;  // 0..2 for a header marker cell, else -1
@@ -73,7 +77,9 @@ class MapGridTable : public QAbstractTableModel {
   QVector<QColor> backgrounds_;
   QFont value_font_;
   QFont label_font_;
-  GridOverlay overlay_;
+  GridOverlay compare_overlay_;
+  GridOverlay log_overlay_;
+  GridOverlay overlay_;  // the two layered: what the cells show
 };
 
 }  // namespace vela

@@ -1,0 +1,236 @@
+// The log on the map pages, on the whole program against the simulated ECU: a drive of the
+// simulated engine loaded as a chart file, the overlay's layers stepped through with Ctrl-H and
+// read through the grid's accessible interface, the chart cursor's cell outlined on the map, the
+// selected cells' times shaded on the chart with Ctrl-M, and a log being recorded followed. Set
+// VELA_SHOTS to a folder to keep pictures of the heat map at 1280x720 and 1024x600.
+#include <QAccessible>
+#include <QAccessibleTableInterface>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include "app/pages/datalog_page.h"
+#include "app/workbench/map_log_overlay.h"
+#include "editors/mapgrid/qt/map_grid.h"
+#include "running_program.h"
+#include "sim/engine/drive_log.h"
+#include "support/gui_test_main.h"
+
+using namespace vela;
+
+namespace log_overlay_test {
+
+class LogOverlayTest : public QObject {
+  Q_OBJECT
+
+  std::unique_ptr<testing::RunningProgram> p_;
+
+  MapGrid* Grid(int page = 0) { return p_->window().map_pages().page(page)->grid(); }
+  MapLogOverlay& Overlay() { return p_->window().log_overlay(); }
+
+  bool Chord(Qt::Key key) {
+    if (!p_->Activate()) return false;
+    QTest::keyClick(&p_->window(), key, Qt::ControlModifier);
+    return true;
+  }
+
+  // A drive of the simulated engine on the ECU's own calibration, loaded as the tuner loads one.
+  bool LoadDrive(double seconds) {
+    const std::string path = (p_->dir.path() + "/drive.sl1").toStdString();
+    std::string error;
+    // The engine needs 12 % more fuel than the map gives at high speed and load, 8 % less at a
+    // light cruise.
+    sim::SimOptions engine;
+    engine.fuel_errors = {{12.0, 4000.0, 9000.0, 60.0, 100.0}, {-8.0, 1500.0, 3500.0, 20.0, 50.0}};
+    if (!sim::WriteDriveLog(engine, p_->editors().image(), seconds, path, &error)) return false;
+    p_->program->dialogs.paths.push_back(path);
+    p_->Find<QPushButton>("Command6_1")->click();
+    return p_->window().datalog_page().log().RecordCount() > 0;
+  }
+
+  // The cell with the most time on the time layer.
+  MapCell BusiestCell() {
+    MapCell best{1, 1};
+    double most = -1.0;
+    const GridOverlay& overlay = Grid()->LogOverlay();
+    for (int row = 1; row <= overlay.Rows(); ++row) {
+      for (int column = 1; column <= overlay.Columns(); ++column) {
+        const std::optional<std::string>& text = overlay.At(row, column)->description;
+        const double seconds = text ? std::stod(*text) : 0.0;
+        if (seconds > most) most = seconds, best = {row, column};
+      }
+    }
+    return best;
+  }
+
+  // The mean of the errors of the cells of `rect` with 20 kept samples or more, as the cells'
+  // descriptions give them.
+  double MeanError(MapCellRect rect) {
+    const QRegularExpression figures(R"(([\d.]+) samples.*error ([-+][\d.]+))");
+    double sum = 0.0;
+    int cells = 0;
+    for (int row = rect.top; row <= rect.bottom; ++row) {
+      for (int column = rect.left; column <= rect.right; ++column) {
+        const QString text = CellDescription(Grid(), {row, column});
+        const QRegularExpressionMatch match = figures.match(text);
+        if (!match.hasMatch() || match.captured(1).toDouble() < 20.0) continue;
+        sum += match.captured(2).toDouble();
+        ++cells;
+      }
+    }
+    return cells > 0 ? sum / cells : std::nan("");
+  }
+
+  QString Description(QWidget* widget) {
+    QAccessibleInterface* face = QAccessible::queryAccessibleInterface(widget);
+    return face ? face->text(QAccessible::Description) : QString();
+  }
+
+  QString CellDescription(MapGrid* grid, MapCell cell) {
+    QAccessibleInterface* face = QAccessible::queryAccessibleInterface(grid);
+    QAccessibleTableInterface* table = face ? face->tableInterface() : nullptr;
+    QAccessibleInterface* item = table ? table->cellAt(cell.row, cell.column) : nullptr;
+    return item ? item->text(QAccessible::Description) : QString();
+  }
+
+  // The cell the datalog page names for cursor A ("... (row 4, column 7)").
+  MapCell NamedCell() {
+    const QString text = p_->Text("DatalogFuelCell");
+    const QRegularExpressionMatch match =
+        QRegularExpression(R"(\(row (\d+), column (\d+)\))").match(text);
+    return match.hasMatch() ? MapCell{match.captured(1).toInt(), match.captured(2).toInt()}
+                            : MapCell{0, 0};
+  }
+
+  std::optional<MapCell> Outlined(MapGrid* grid) {
+    const GridOverlay& overlay = grid->LogOverlay();
+    for (int row = 1; row <= overlay.Rows(); ++row) {
+      for (int column = 1; column <= overlay.Columns(); ++column) {
+        if (overlay.At(row, column)->mark) return MapCell{row, column};
+      }
+    }
+    return std::nullopt;
+  }
+
+  void KeepShot(const QString& name, QSize size) {
+    p_->window().resize(size);
+    QTest::qWait(200);
+    const QString folder = qEnvironmentVariable("VELA_SHOTS");
+    if (!folder.isEmpty()) {
+      p_->window().grab().save(
+          QString("%1/%2-%3x%4.png").arg(folder, name).arg(size.width()).arg(size.height()));
+    }
+  }
+
+ private slots:
+  void init() {
+    p_ = std::make_unique<testing::RunningProgram>(
+        testing::RunningOptions::Paced({}, QSize(1280, 720)));
+    QVERIFY2(p_->started, p_->error.c_str());
+    QVERIFY(p_->Run());
+    QVERIFY(QTest::qWaitFor([&] { return p_->Live(); }, 5000));
+  }
+  void cleanup() { p_.reset(); }
+
+  void ctrlHStepsThroughTheLayersAndTheGridTellsTheCursorCellsFigures() {
+    QVERIFY(LoadDrive(400.0));
+    p_->window().tabs()->setCurrentIndex(kPageFuelMap1);
+    QVERIFY(Chord(Qt::Key_H));
+    QCOMPARE(Overlay().Layer(), HeatLayer::kTime);
+    QLabel* line = Overlay().line(0);
+    QVERIFY(line->isVisible());
+
+    const MapCell busiest = BusiestCell();
+    Grid()->SetCurrentCell(busiest.row, busiest.column);
+    const std::string figures = *Grid()->LogOverlay().At(busiest.row, busiest.column)->description;
+    QVERIFY2(QString::fromStdString(figures).contains("samples, mean AFR"), figures.c_str());
+    QVERIFY(line->text().startsWith("Log overlay: time spent. cell "));
+    QVERIFY(line->text().contains(QString::fromStdString(figures)));
+    QVERIFY2(line->text().contains(QRegularExpression(" records, delay (fitted|default): ")),
+             qPrintable(line->text()));
+    QCOMPARE(Description(Grid()), line->text());
+    QCOMPARE(CellDescription(Grid(), busiest), QString::fromStdString(figures));
+    // The cells keep the map's values; the busiest is coloured, a cell never reached is not.
+    QCOMPARE(Grid()->CellText(busiest.row, busiest.column),
+             QString::fromStdString(Grid()->Model().Text(busiest.row, busiest.column)));
+    QVERIFY(Grid()->LogOverlay().At(busiest.row, busiest.column)->ground != kNoFiguresGround);
+    QCOMPARE(*Grid()->LogOverlay().At(11, 1)->ground, kNoFiguresGround);
+    QVERIFY(Grid(2)->LogOverlay().At(busiest.row, 1) != nullptr);  // the ignition grid too
+    KeepShot("heat-time", {1280, 720});
+    KeepShot("heat-time", {1024, 600});
+
+    const char* names[] = {"mean AFR", "AFR spread", "AFR error against target"};
+    for (const char* name : names) {
+      QVERIFY(Chord(Qt::Key_H));
+      QVERIFY2(line->text().startsWith(QString("Log overlay: %1. ").arg(name)), name);
+    }
+    QCOMPARE(Overlay().Layer(), HeatLayer::kError);
+    // Lean where the engine needs more fuel (red), rich where it needs less (blue).
+    QVERIFY(MeanError({1, 13, 3, 17}) > 0.6);
+    QVERIFY(MeanError({6, 5, 8, 7}) < -0.4);
+    KeepShot("heat-error", {1280, 720});
+    KeepShot("heat-error", {1024, 600});
+    QVERIFY(Chord(Qt::Key_H));
+    QCOMPARE(Overlay().Layer(), HeatLayer::kOff);
+    QVERIFY(!line->isVisible());
+    QVERIFY(Description(Grid()).isEmpty());
+    QVERIFY(Grid()->LogOverlay().Empty());
+  }
+
+  void theChartCursorsCellIsOutlinedAndCtrlMShadesTheSelectedCellsTimes() {
+    QVERIFY(LoadDrive(180.0));
+    DatalogChart* chart = p_->window().datalog_page().chart();
+    const DatalogLog& log = p_->window().datalog_page().log();
+    for (const double t : {40.0, 95.5, 150.25}) {
+      chart->SetCursors(t, std::nullopt);
+      const MapCell named = NamedCell();
+      QVERIFY(named.row > 0);
+      QCOMPARE(Outlined(Grid(0)), std::optional<MapCell>(named));
+      QCOMPARE(Outlined(Grid(1)), std::optional<MapCell>(named));
+      QVERIFY(Outlined(Grid(2)).has_value());
+    }
+
+    p_->window().tabs()->setCurrentIndex(kPageFuelMap1);
+    const MapCell at = NamedCell();
+    const MapCellRect rect{std::max(at.row - 1, 1), std::max(at.column - 1, 1), at.row, at.column};
+    Grid()->Model().Select(rect, at);
+    Grid()->ShowSelection();
+    QVERIFY(Chord(Qt::Key_M));
+    const std::vector<std::pair<double, double>> spans = chart->ShadedSpans();
+    QVERIFY(!spans.empty());
+    // Each stretch starts in a selected cell, as the datalog page names it, and the record just
+    // before it ran elsewhere.
+    for (std::size_t i = 0; i < spans.size(); i += std::max<std::size_t>(1, spans.size() / 7)) {
+      chart->SetCursors(spans[i].first, std::nullopt);
+      QVERIFY(rect.Contains(NamedCell()));
+      const std::optional<std::size_t> start = log.IndexAtOrBefore(spans[i].first);
+      if (*start == 0) continue;
+      chart->SetCursors(log.Times()[*start - 1], std::nullopt);
+      QVERIFY(!rect.Contains(NamedCell()));
+    }
+    QVERIFY(Chord(Qt::Key_M));
+    QVERIFY(chart->ShadedSpans().empty());
+  }
+
+  void aLogBeingRecordedIsFollowed() {
+    p_->window().tabs()->setCurrentIndex(kPageFuelMap1);
+    QVERIFY(p_->Press(Qt::Key_L));
+    QVERIFY(p_->window().datalog_page().Logging());
+    p_->window().tabs()->setCurrentIndex(kPageFuelMap1);
+    QVERIFY(Chord(Qt::Key_H));
+    QLabel* line = Overlay().line(0);
+    QTRY_VERIFY_WITH_TIMEOUT(line->text().contains(" records, delay default"), 6000);
+    const auto records = [&] {
+      return line->text().section(". ", 2, 2).section(' ', 0, 0).toInt();
+    };
+    const int first = records();
+    QTRY_VERIFY_WITH_TIMEOUT(records() > first, 3000);
+    QVERIFY(records() < static_cast<int>(p_->window().datalog_page().log().RecordCount()));
+  }
+};
+
+VELA_GUI_TEST(LogOverlayTest)
+
+}  // namespace log_overlay_test
+
+#include "log_overlay_test.moc"

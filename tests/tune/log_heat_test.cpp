@@ -1,0 +1,245 @@
+#include "tune/log_heat.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "synthetic_drive.h"
+#include "tune/heat_overlay.h"
+
+namespace vela {
+namespace {
+
+using tune_testing::AppendDrive;
+using tune_testing::DriveRecords;
+using tune_testing::DriveShape;
+using tune_testing::FillDrive;
+
+TuneAxes TestAxes() {
+  TuneAxes axes;
+  for (int i = 0; i < 11; ++i) axes.rpm.push_back(500.0 + 600.0 * i);
+  for (int i = 0; i < 9; ++i) axes.loads.push_back(20.0 + 10.0 * i);
+  return axes;
+}
+
+// The share of a site by its distance: 1 on it, falling straight to 0 at its neighbours, and
+// the edge sites take everything beyond them.
+double Tent(const std::vector<double>& sites, std::size_t i, double value) {
+  value = std::clamp(value, sites.front(), sites.back());
+  if (i > 0 && value >= sites[i - 1] && value <= sites[i]) {
+    return (value - sites[i - 1]) / (sites[i] - sites[i - 1]);
+  }
+  if (i + 1 < sites.size() && value >= sites[i] && value <= sites[i + 1]) {
+    return (sites[i + 1] - value) / (sites[i + 1] - sites[i]);
+  }
+  return 0.0;
+}
+
+HeatSettings Lenient() {
+  HeatSettings settings;
+  FilterSettings& f = settings.filters;
+  f.min_water_c = -100.0;
+  f.cut_tps_percent = -1.0;
+  f.max_pump = 100.0;
+  f.max_rpm_rate = 1e9;
+  f.max_tps_rate = 1e9;
+  f.settle_s = 0.0;
+  settings.delay = {0.0, 0.0};
+  return settings;
+}
+
+void ExpectSameFigures(const CellGrid& a, const CellGrid& b) {
+  for (int row = 1; row <= a.Axes().Rows(); ++row) {
+    for (int column = 1; column <= a.Axes().Columns(); ++column) {
+      SCOPED_TRACE(testing::Message() << "cell " << row << "," << column);
+      EXPECT_NEAR(a.At(row, column).time_s, b.At(row, column).time_s, 1e-9);
+      EXPECT_NEAR(a.At(row, column).samples, b.At(row, column).samples, 1e-9);
+      EXPECT_NEAR(a.At(row, column).afr_sum, b.At(row, column).afr_sum, 1e-7);
+      EXPECT_NEAR(a.At(row, column).afr_squares, b.At(row, column).afr_squares, 1e-5);
+      EXPECT_NEAR(a.At(row, column).error_sum, b.At(row, column).error_sum, 1e-7);
+    }
+  }
+}
+
+TEST(LogHeatTest, FiguresMatchABruteForceCountOverEveryCell) {
+  DatalogLog log;
+  const DriveShape shape{90.0, 60.0};
+  FillDrive(log, shape);
+  const TuneAxes axes = TestAxes();
+  const HeatSettings settings = Lenient();
+  LogHeat heat(axes, TargetTable(axes), settings);
+  heat.Follow(log, false);
+
+  const double step = 1.0 / shape.rate;
+  const int rows = axes.Rows();
+  std::vector<double> time(static_cast<std::size_t>(rows * axes.Columns()));
+  std::vector<double> weight(time.size()), afr_sum(time.size());
+  double running = 0.0;
+  for (std::size_t i = 0; i < log.RecordCount(); ++i) {
+    const TuneSample s = SampleAt(log, LoadBasis::kMap, i);
+    if (s.rpm < 300.0) continue;
+    running += step;
+    const bool valid = s.afr >= 9.0 && s.afr <= 19.0;
+    for (std::size_t r = 0; r < axes.rpm.size(); ++r) {
+      for (std::size_t c = 0; c < axes.loads.size(); ++c) {
+        const double w = Tent(axes.rpm, r, s.rpm) * Tent(axes.loads, c, s.load);
+        const std::size_t at = (rows - 1 - r) * axes.loads.size() + c;
+        time[at] += w * step;
+        if (valid) weight[at] += w, afr_sum[at] += w * s.afr;
+      }
+    }
+  }
+  double total = 0.0;
+  for (int row = 1; row <= rows; ++row) {
+    for (int column = 1; column <= axes.Columns(); ++column) {
+      const std::size_t at = static_cast<std::size_t>((row - 1) * axes.Columns() + column - 1);
+      const CellEvidence& cell = heat.Cells().At(row, column);
+      EXPECT_NEAR(cell.time_s, time[at], 1e-6) << row << "," << column;
+      EXPECT_NEAR(cell.samples, weight[at], 1e-6) << row << "," << column;
+      if (weight[at] > 0.0) EXPECT_NEAR(cell.MeanAfr(), afr_sum[at] / weight[at], 1e-9);
+      total += cell.time_s;
+    }
+  }
+  // Every running record's time lands somewhere, and nothing else's.
+  EXPECT_NEAR(total, running, 1e-6);
+  EXPECT_LT(running, shape.seconds - 1.0);
+  EXPECT_GT(heat.Figures().verdicts[static_cast<int>(SampleVerdict::kAfrInvalid)], 0u);
+}
+
+// The log grows in uneven steps, with a lost stretch the gap finder decides late; the figures
+// followed along come out as those of the finished log and as the evidence of the whole.
+TEST(LogHeatTest, FollowingAGrowingLogEqualsTheWholeLogAtOnce) {
+  const DriveShape shape{150.0, 60.0, 70.0, 9};
+  const TuneAxes axes = TestAxes();
+  HeatSettings settings;
+  settings.delay = {0.05, 3000.0};
+  LogHeat followed(axes, TargetTable(axes), settings);
+  DatalogLog growing;
+  std::size_t done = 0;
+  const std::size_t records = DriveRecords(shape);
+  for (std::size_t chunk = 1; done < records; chunk = chunk * 3 % 97 + 5) {
+    const std::size_t to = std::min(records, done + chunk);
+    AppendDrive(growing, shape, done, to);
+    done = to;
+    followed.Follow(growing, true);
+    ASSERT_LE(followed.RecordsTaken(), growing.RecordCount());
+  }
+  EXPECT_LT(followed.RecordsTaken(), growing.RecordCount());  // the newest records wait
+  growing.CloseGaps();
+  followed.Follow(growing, false);
+  ASSERT_EQ(growing.Gaps().size(), 1u);
+  EXPECT_EQ(followed.RecordsTaken(), growing.RecordCount());
+
+  DatalogLog whole;
+  FillDrive(whole, shape);
+  LogHeat at_once(axes, TargetTable(axes), settings);
+  at_once.Follow(whole, false);
+  Evidence evidence{CellGrid(axes), {}};
+  AddEvidence(SamplesOf(whole, LoadBasis::kMap), TargetTable(axes), settings.filters,
+              settings.delay, evidence);
+
+  ExpectSameFigures(followed.Cells(), at_once.Cells());
+  ExpectSameFigures(followed.Cells(), evidence.cells);
+  EXPECT_EQ(followed.Figures().verdicts, evidence.verdicts);
+  EXPECT_GT(evidence.verdicts[static_cast<int>(SampleVerdict::kKept)], 1000u);
+  EXPECT_GT(evidence.verdicts[static_cast<int>(SampleVerdict::kDecelCut)], 0u);
+  EXPECT_GT(evidence.verdicts[static_cast<int>(SampleVerdict::kCold)], 0u);
+}
+
+TEST(LogHeatTest, AnotherLogStartsOver) {
+  const TuneAxes axes = TestAxes();
+  LogHeat heat(axes, TargetTable(axes), HeatSettings{});
+  DatalogLog log;
+  FillDrive(log, {60.0, 60.0});
+  heat.Follow(log, false);
+  const double first_total = heat.Cells().At(6, 4).time_s;
+
+  // Cleared and recorded again: shorter than what was taken.
+  log.Clear();
+  AppendDrive(log, {60.0, 60.0}, 0, 600);
+  log.CloseGaps();
+  heat.Follow(log, false);
+  EXPECT_EQ(heat.RecordsTaken(), 600u);
+
+  // Replaced by a log of another rate with more records.
+  DatalogLog other;
+  FillDrive(other, {70.0, 50.0});
+  LogHeat fresh(axes, TargetTable(axes), HeatSettings{});
+  fresh.Follow(other, false);
+  heat.Follow(other, false);
+  ExpectSameFigures(heat.Cells(), fresh.Cells());
+  EXPECT_NE(first_total, 0.0);
+}
+
+TEST(HeatOverlayTest, SpansOfASelectionFollowTheNearestCell) {
+  const TuneAxes axes = TestAxes();  // RPM sites 500, 1100, ..., loads 20, 30, ...
+  DatalogLog log;
+  const auto add = [&log](double t, double rpm, double map) {
+    ChannelValues values{};
+    values[0] = rpm;
+    values[1] = map;
+    log.Append(t, t, values, 0b11);
+  };
+  add(0.0, 200.0, 40.0);   // not running: in no cell
+  add(0.1, 1100.0, 40.0);  // row 10 (1100), column 3 (40)
+  add(0.2, 1390.0, 44.0);  // still nearest 1100 and 40
+  add(0.3, 1410.0, 40.0);  // 1700 is nearer: row 9
+  add(0.4, 1100.0, 46.0);  // column 4
+  add(0.5, 1000.0, 38.0);  // back in
+  add(0.6, 100.0, 38.0);   // stopped
+  log.CloseGaps();
+  const MapCellRect one{10, 3, 10, 3};
+  const std::vector<TimeSpan> spans = CellSpans(log, LoadBasis::kMap, axes, one);
+  ASSERT_EQ(spans.size(), 2u);
+  EXPECT_DOUBLE_EQ(spans[0].first, 0.1);
+  EXPECT_DOUBLE_EQ(spans[0].second, 0.3);
+  EXPECT_DOUBLE_EQ(spans[1].first, 0.5);
+  EXPECT_DOUBLE_EQ(spans[1].second, 0.6);
+  // A rectangle of four cells joins the first three stretches into one.
+  const std::vector<TimeSpan> wide = CellSpans(log, LoadBasis::kMap, axes, {9, 3, 10, 4});
+  ASSERT_EQ(wide.size(), 1u);
+  EXPECT_DOUBLE_EQ(wide[0].second, 0.6);
+  EXPECT_TRUE(CellSpans(log, LoadBasis::kMap, axes, {1, 1, 1, 1}).empty());
+  // Beyond the axes a point is held at the edge cell.
+  EXPECT_EQ(NearestCell(axes, 9000.0, 5.0), (MapCell{1, 1}));
+}
+
+TEST(HeatOverlayTest, CellsAreColouredOnlyWhereTheLogSaysSomething) {
+  const TuneAxes axes = TestAxes();
+  CellGrid cells(axes);
+  const TargetTable targets(axes);  // 14.7 at 40 kPa and below
+  cells.At(5, 2).time_s = 3.0;      // time, no kept samples
+  CellEvidence& lean = cells.At(6, 2);
+  lean.time_s = 1.0;
+  ShareAfr(cells, {0.0, axes.RowRpm(6), axes.ColumnLoad(2)}, 15.7, 14.7);
+  ShareAfr(cells, {0.0, axes.RowRpm(7), axes.ColumnLoad(2)}, 13.7, 14.7);  // a rich cell
+
+  const GridOverlay time = HeatOverlay(cells, targets, HeatLayer::kTime, {6, 2});
+  EXPECT_NE(time.At(5, 2)->ground, kNoFiguresGround);
+  EXPECT_EQ(time.At(1, 1)->ground, kNoFiguresGround);
+  EXPECT_EQ(time.At(6, 2)->mark, kChartCellMark);
+  EXPECT_FALSE(time.At(5, 2)->mark.has_value());
+  EXPECT_FALSE(time.At(5, 2)->text.has_value());  // the values stay the map's
+
+  const GridOverlay error = HeatOverlay(cells, targets, HeatLayer::kError, {0, 0});
+  EXPECT_EQ(error.At(5, 2)->ground, kNoFiguresGround);  // time says nothing of the mixture
+  const Rgb lean_colour = *error.At(6, 2)->ground;
+  const Rgb rich_colour = *error.At(7, 2)->ground;
+  EXPECT_GT(lean_colour.red, lean_colour.blue);
+  EXPECT_GT(rich_colour.blue, rich_colour.red);
+  EXPECT_EQ(*error.At(6, 2)->description,
+            "1.0 s, 1 samples, mean AFR 15.70, spread 0.00, target 14.70, error +1.00");
+  EXPECT_EQ(*error.At(5, 2)->description, "3.0 s, no kept samples, target 14.70");
+
+  const GridOverlay off = HeatOverlay(cells, targets, HeatLayer::kOff, {6, 2});
+  EXPECT_FALSE(off.At(6, 2)->ground.has_value());
+  EXPECT_FALSE(off.At(6, 2)->description.has_value());
+  EXPECT_TRUE(off.At(6, 2)->mark.has_value());  // the chart's cell is outlined without a layer
+
+  HeatLayer layer = HeatLayer::kOff;
+  for (int i = 0; i < 5; ++i) layer = NextLayer(layer);
+  EXPECT_EQ(layer, HeatLayer::kOff);
+}
+
+}  // namespace
+}  // namespace vela
