@@ -39,6 +39,8 @@ class SetupErrorList;
 class SetupPages;
 class StatusLabelAdapter;
 class StatusStrip;
+class TargetPanel;
+class TargetSession;
 
 struct MainWindowParts {
   ProgramSetup& setup;
@@ -77,6 +79,8 @@ class MainWindow : public QMainWindow {
   CompareSession& compare() { return *compare_; }
   ComparePages& compare_pages() { return *compare_pages_; }
   HistoryPanel& history_panel() { return *history_panel_; }
+  TargetSession& targets() { return *targets_; }
+  TargetPanel& target_panel() { return *target_panel_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -87,6 +91,8 @@ class MainWindow : public QMainWindow {
   void ConnectParts();
   // The comparison of the editors' image with another, on the pages.
   void BuildCompare();
+  // The target AFR table: its session and its window (Ctrl-T).
+  void BuildTargets();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();
@@ -150,6 +156,8 @@ class MainWindow : public QMainWindow {
   DataPage* data_page_ = nullptr;
   DatalogPage* datalog_page_ = nullptr;
   HistoryPanel* history_panel_ = nullptr;
+  TargetSession* targets_ = nullptr;
+  TargetPanel* target_panel_ = nullptr;
   std::unique_ptr<StatusLabelAdapter> status_adapter_;
   std::string last_orange_block_;
   QList<QWidget*> hidden_until_started_;

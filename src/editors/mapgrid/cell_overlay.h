@@ -13,10 +13,11 @@
 namespace vela {
 
 struct CellOverlay {
-  std::optional<std::string> text;  // shown in place of the cell's value
-  std::optional<double> value;      // the value the graph draws and the cell is coloured by
-  std::optional<Rgb> ground;        // the cell's colour, in place of its value's colour
-  std::optional<Rgb> mark;          // a frame round the cell, a dot on the graph
+  std::optional<std::string> text;         // shown in place of the cell's value
+  std::optional<double> value;             // the value the graph draws and the cell is coloured by
+  std::optional<Rgb> ground;               // the cell's colour, in place of its value's colour
+  std::optional<Rgb> mark;                 // a frame round the cell, a dot on the graph
+  std::optional<std::string> description;  // what a screen reader says the colour means
   bool operator==(const CellOverlay&) const = default;
 };
 

@@ -58,6 +58,9 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
     if (letter == 'Q')
       return Route(press.shift ? KeyAction::kCompareChoose : KeyAction::kCompareView);
     if (letter == 'J' && !press.shift) return Route(KeyAction::kShowHistory);
+    if (letter == 'T' && !press.shift && IsMapPage(context.current_page)) {
+      return Route(KeyAction::kShowTargets);
+    }
     return Route(KeyAction::kPassToGrid);
   }
   if (press.alt) {

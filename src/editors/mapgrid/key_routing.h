@@ -45,6 +45,7 @@ enum class KeyAction {
   kCompareView,    // Ctrl-Q: the map page's compared view cycles (current, other, difference)
   kCompareChoose,  // Ctrl-Shift-Q: choose what the editors' image is compared with
   kShowHistory,    // Ctrl-J: the history panel (changes and restore points)
+  kShowTargets,    // Ctrl-T on a map page: the target AFR table
 };
 
 struct KeyRoute {

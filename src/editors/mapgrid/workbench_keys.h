@@ -18,7 +18,7 @@ struct WorkbenchKeyRow {
 
 inline constexpr WorkbenchKeyRow kWorkbenchKeyHeadings = {" Workbench Key", " Function"};
 
-inline constexpr std::array<WorkbenchKeyRow, 20> kWorkbenchKeyRows = {{
+inline constexpr std::array<WorkbenchKeyRow, 21> kWorkbenchKeyRows = {{
     {"Ctrl-Shift-Arrows", "Extend the selection"},
     {"Ctrl-A", "Select the whole map or table"},
     {"= or a digit", "Set the selection to a typed value (12.5, =-5)"},
@@ -39,6 +39,7 @@ inline constexpr std::array<WorkbenchKeyRow, 20> kWorkbenchKeyRows = {{
     {"Ctrl-J", "History of changes and restore points"},
     {"Ctrl-Q", "Compared view: current, other side, difference"},
     {"Ctrl-Shift-Q", "Choose the two sides to compare"},
+    {"Ctrl-T", "Target AFR table, edited with these keys"},
 }};
 
 // What a key pressed on a map grid asks of the workbench.

@@ -127,6 +127,8 @@ QVariant MapGridTable::data(const QModelIndex& index, int role) const {
       return ToolTip(row, column);
     case kCellMarkRole:
       return MarkAt(row, column);
+    case Qt::AccessibleDescriptionRole:
+      return DescriptionAt(row, column);
     case Qt::TextAlignmentRole:
       return Qt::AlignCenter;
     case Qt::FontRole:
@@ -195,6 +197,12 @@ QVariant MapGridTable::MarkAt(int row, int column) const {
   const CellOverlay* look = grid_.IsValueCell(row, column) ? overlay_.At(row, column) : nullptr;
   if (!look || !look->mark) return {};
   return QColor(look->mark->red, look->mark->green, look->mark->blue);
+}
+
+QVariant MapGridTable::DescriptionAt(int row, int column) const {
+  const CellOverlay* look = grid_.IsValueCell(row, column) ? overlay_.At(row, column) : nullptr;
+  if (!look || !look->description) return {};
+  return QString::fromStdString(*look->description);
 }
 
 void MapGridTable::Refresh() {
