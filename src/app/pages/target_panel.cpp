@@ -16,7 +16,7 @@ namespace vela {
 
 namespace {
 
-constexpr const char* kTargetTitle = "Target AFR";
+constexpr const char* kTargetTitle = "AFR";
 
 QPushButton* TargetButton(const QString& text, const char* name, QWidget* parent) {
   auto* button = new QPushButton(text, parent);
@@ -138,7 +138,12 @@ void TargetPanel::ShowTable() {
     grid_->SetUp(kTargetTitle, axes.Columns());
   }
   grid_->SetSettings(settings);
-  grid_->Model().SetRpmSites(fuel_grid_().RpmSitesOfAxis());
+  MapGridModel& model = grid_->Model();
+  model.SetRpmSites(fuel_grid_().RpmSitesOfAxis());
+  // The header's last cells carry their loads: the fuel grid's colour legend means nothing here.
+  for (int column = 1; column <= model.LoadSites(); ++column) {
+    static_cast<void>(model.SetText(0, column, model.LoadLabel(column)));
+  }
   grid_->LoadValues(TargetValues(table));
   grid_->SetOverlay(TargetOverlay(table));
   grid_->Refresh();
