@@ -44,17 +44,6 @@ TEST(TargetEdits, UndoAndRedoStepThroughWholeTables) {
   EXPECT_FALSE(edits.CanRedo());
 }
 
-TEST(TargetEdits, HistoryKeepsTheNewestSteps) {
-  TargetEdits edits{TargetTable(EditedAxes())};
-  for (std::size_t n = 0; n < TargetEdits::kMaxSteps + 5; ++n) {
-    ASSERT_TRUE(edits.Change(WithTarget(10.0 + 0.01 * static_cast<double>(n + 1))));
-  }
-  int undone = 0;
-  while (edits.Undo()) ++undone;
-  EXPECT_EQ(undone, static_cast<int>(TargetEdits::kMaxSteps));
-  EXPECT_NEAR(edits.Table().At(2, 3), 10.05, 1e-9);
-}
-
 TEST(TargetEdits, OtherAxesKeepTheTargetsWhereTheEngineRuns) {
   const TuneAxes axes = EditedAxes();
   TargetTable table(axes);
