@@ -24,11 +24,13 @@
 #include "app/pages/map_pages.h"
 #include "app/pages/setup/setup_error_list.h"
 #include "app/pages/setup/setup_pages.h"
+#include "app/pages/target_panel.h"
 #include "app/sessions/compare_session.h"
 #include "app/sessions/editor_session.h"
 #include "app/sessions/fault_monitor.h"
 #include "app/sessions/link_session.h"
 #include "app/sessions/live_view.h"
+#include "app/sessions/target_session.h"
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
@@ -109,6 +111,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   BuildCompare();
   BuildProposal();
   BuildLogOverlay();
+  BuildTargets();
   qApp->installEventFilter(this);
 }
 
@@ -201,9 +204,21 @@ void MainWindow::BuildProposal() {
   proposal_->LoadSettings();
   proposal_pages_ = new ProposalPages(*proposal_, *map_pages_, this);
   connect(proposal_pages_, &ProposalPages::Note, status_strip_, &StatusStrip::ShowEditNote);
+}
+
 void MainWindow::BuildLogOverlay() {
   log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, this);
   connect(log_overlay_, &MapLogOverlay::Note, status_strip_, &StatusStrip::ShowEditNote);
+}
+
+void MainWindow::BuildTargets() {
+  targets_ = new TargetSession(*editors_, parts_.files, parts_.messages,
+                               parts_.setup.folders().program, this);
+  target_panel_ = new TargetPanel(
+      *targets_, map_pages_->operations(),
+      [this]() -> const MapGridModel& { return map_pages_->page(kFuelMap1)->grid()->Model(); },
+      this);
+  connect(targets_, &TargetSession::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
 MainWindow::~MainWindow() {
@@ -603,6 +618,9 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kShowHistory:
       ShowHistory();
       return true;
+    case KeyAction::kShowTargets:
+      target_panel_->Toggle();
+      return true;
     case KeyAction::kProposeFuel:
       proposal_pages_->Propose(tab);
       return true;
@@ -615,11 +633,12 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
 
 void MainWindow::ShowHistory() { history_panel_->Open(); }
 
-// The history panel is a window of its own: its keys are never the main window's, even in the
-// moment before the window system has made it the active window.
+// The history panel and the target table are windows of their own: their keys are never the main
+// window's, even in the moment before the window system has made it the active window.
 bool MainWindow::InHistoryPanel(QObject* watched) const {
   auto* widget = qobject_cast<QWidget*>(watched);
-  return widget != nullptr && widget->window() == history_panel_;
+  return widget != nullptr &&
+         (widget->window() == history_panel_ || widget->window() == target_panel_);
 }
 
 }  // namespace vela

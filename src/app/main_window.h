@@ -42,6 +42,8 @@ class SetupErrorList;
 class SetupPages;
 class StatusLabelAdapter;
 class StatusStrip;
+class TargetPanel;
+class TargetSession;
 
 struct MainWindowParts {
   ProgramSetup& setup;
@@ -83,6 +85,8 @@ class MainWindow : public QMainWindow {
   ProposalSession& proposal() { return *proposal_; }
   ProposalPages& proposal_pages() { return *proposal_pages_; }
   MapLogOverlay& log_overlay() { return *log_overlay_; }
+  TargetSession& targets() { return *targets_; }
+  TargetPanel& target_panel() { return *target_panel_; }
 
  private:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -97,6 +101,8 @@ class MainWindow : public QMainWindow {
   void BuildProposal();
   // The log on the map pages (Ctrl-H, Ctrl-M, the chart cursor's cell).
   void BuildLogOverlay();
+  // The target AFR table: its session and its window (Ctrl-T).
+  void BuildTargets();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();
@@ -163,6 +169,8 @@ class MainWindow : public QMainWindow {
   DataPage* data_page_ = nullptr;
   DatalogPage* datalog_page_ = nullptr;
   HistoryPanel* history_panel_ = nullptr;
+  TargetSession* targets_ = nullptr;
+  TargetPanel* target_panel_ = nullptr;
   std::unique_ptr<StatusLabelAdapter> status_adapter_;
   std::string last_orange_block_;
   QList<QWidget*> hidden_until_started_;

@@ -487,6 +487,7 @@ void EditorSession::ShowMapInUse() {
 
 void EditorSession::SaveMap() {
   if (map_files_.SaveMap(state_) == MapFileResult::kDone) {
+    emit MapFileSaved(QString::fromStdString(map_files_.last_path()));
     SetMapInUse(map_files_.last_path(), false);
   }
 }

@@ -108,6 +108,8 @@ class EditorSession : public QObject {
   EditorState& state() { return state_; }
   const CalibrationImage& image() const { return image_; }
   bool has_calibration() const { return has_calibration_; }
+  // The map file the calibration was loaded from or saved to; empty when none.
+  const std::string& map_path() const { return map_path_; }
   Download& download() { return download_; }
   // The folder the program's file dialogs last showed (maps and datalogs share it).
   FileDialogMemory& dialog_memory() { return dialog_memory_; }
@@ -189,6 +191,8 @@ class EditorSession : public QObject {
   // A short note for the status strip: what an undo, a redo, a restore point or an operation on
   // a compensation table did.
   void HistoryNote(const QString& text);
+  // The calibration was saved as this map file (before MapInUseChanged names it).
+  void MapFileSaved(const QString& path);
 
  private:
   ApplyEnvironment Environment();

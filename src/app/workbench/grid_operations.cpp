@@ -57,9 +57,18 @@ GridOperations::GridOperations(Parts parts, QObject* parent)
 
 void GridOperations::Attach(int index, MapPage* page, EditedMap map) {
   if (index < 0 || index >= kGrids) return;
-  slots_[index] = {page, map, std::nullopt};
-  page->grid()->SetKeyHandler([this, index](QKeyEvent& event) { return HandleKey(index, event); });
-  OperationLine* line = page->operation_line();
+  slots_[index] = {page, map, std::nullopt, page->grid(), page->operation_line(), nullptr};
+  ConnectLine(index, page->grid(), page->operation_line());
+}
+
+void GridOperations::AttachOwn(int index, MapGrid* grid, OperationLine* line, Finisher finish) {
+  if (index < 0 || index >= kGrids) return;
+  slots_[index] = {nullptr, EditedMap::kFuel1, std::nullopt, grid, line, std::move(finish)};
+  ConnectLine(index, grid, line);
+}
+
+void GridOperations::ConnectLine(int index, MapGrid* grid, OperationLine* line) {
+  grid->SetKeyHandler([this, index](QKeyEvent& event) { return HandleKey(index, event); });
   connect(line, &OperationLine::TextChanged, this,
           [this, index](const QString& text) { Preview(index, text); });
   connect(line, &OperationLine::Entered, this,
@@ -67,7 +76,7 @@ void GridOperations::Attach(int index, MapPage* page, EditedMap map) {
   connect(line, &OperationLine::Left, this, [this, index] { LeaveLine(index); });
 }
 
-MapGrid* GridOperations::GridOf(int index) const { return slots_[index].page->grid(); }
+MapGrid* GridOperations::GridOf(int index) const { return slots_[index].grid; }
 
 DutyContext GridOperations::Duty() const {
   const auto& setup = parts_.editors.state().setup;
@@ -80,7 +89,7 @@ bool GridOperations::HandleKey(int index, const QKeyEvent& event) {
 }
 
 bool GridOperations::Carry(int index, GridChord chord, char typed) {
-  if (index < 0 || index >= kGrids || slots_[index].page == nullptr) return false;
+  if (index < 0 || index >= kGrids || slots_[index].grid == nullptr) return false;
   switch (chord) {
     case GridChord::kNone:
       return false;
@@ -100,7 +109,7 @@ bool GridOperations::Carry(int index, GridChord chord, char typed) {
       Extend(index, 0, 0, true);
       break;
     case GridChord::kOpenLine:
-      slots_[index].page->operation_line()->Open(QString(QLatin1Char(typed)));
+      LineOf(index)->Open(QString(QLatin1Char(typed)));
       break;
     case GridChord::kInterpolateBoth:
       Shape(index, ShapeKind::kInterpolateBoth);
@@ -146,6 +155,10 @@ void GridOperations::Shape(int index, ShapeKind kind) {
   MapGridModel& model = GridOf(index)->Model();
   double fill_value = 0.0;
   std::string source;
+  if (kind == ShapeKind::kFill && slots_[index].finish) {
+    emit Note("The live operating point fills map cells only: nothing was filled");
+    return;
+  }
   if (kind == ShapeKind::kFill) {
     const std::optional<OperatingPoint> point = parts_.live_point();
     if (!point) {
@@ -203,7 +216,7 @@ void GridOperations::Paste(int index) {
 }
 
 void GridOperations::Preview(int index, const QString& text) {
-  OperationLine* line = slots_[index].page->operation_line();
+  OperationLine* line = LineOf(index);
   const MapGridModel& model = GridOf(index)->Model();
   const char mark = SystemDecimalSeparator();
   const OperationParse parse = ParseCellOperation(text.toStdString(), mark, ValueBoundsOf(model));
@@ -232,7 +245,7 @@ void GridOperations::Enter(int index, const QString& text) {
 }
 
 void GridOperations::LeaveLine(int index) {
-  slots_[index].page->operation_line()->Close();
+  LineOf(index)->Close();
   GridOf(index)->setFocus(Qt::OtherFocusReason);
 }
 
@@ -241,6 +254,11 @@ void GridOperations::Finish(int index, const BulkChange& change, EditKind kind,
   MapGrid* grid = GridOf(index);
   if (change.changed.empty()) {
     emit Note("No cell changed");
+    return;
+  }
+  if (slots_[index].finish) {
+    slots_[index].finish(change, kind, source);
+    grid->Refresh();
     return;
   }
   parts_.editors.CellsBulkEdited(slots_[index].map, grid->Model(), change.changed, kind, source);

@@ -23,12 +23,15 @@ namespace vela {
 
 class MapGrid;
 class MapPage;
+class OperationLine;
 
 class GridOperations : public QObject {
   Q_OBJECT
 
  public:
-  static constexpr int kGrids = 3;
+  // The three map grids, then grids of the program's own tables (the target AFR table).
+  static constexpr int kGrids = 4;
+  static constexpr int kTargetGrid = 3;
 
   struct Parts {
     EditorSession& editors;
@@ -43,6 +46,11 @@ class GridOperations : public QObject {
 
   // Takes the keys that the page's grid does not own; `map` is what the grid edits.
   void Attach(int index, MapPage* page, EditedMap map);
+  // A grid of a table that is not the ECU's: a change is handed to `finish` (with its kind and
+  // source, as a journal would name it) instead of the editors, and nothing goes to the ECU.
+  using Finisher =
+      std::function<void(const BulkChange& change, EditKind kind, const std::string& source)>;
+  void AttachOwn(int index, MapGrid* grid, OperationLine* line, Finisher finish);
   // Carries out the workbench chord of `event` on grid `index`; false when the key is none.
   bool HandleKey(int index, const QKeyEvent& event);
   bool Carry(int index, GridChord chord, char typed = 0);
@@ -56,8 +64,13 @@ class GridOperations : public QObject {
     MapPage* page = nullptr;
     EditedMap map = EditedMap::kFuel1;
     std::optional<CellSelection> selection;
+    MapGrid* grid = nullptr;
+    OperationLine* line = nullptr;
+    Finisher finish;  // set for a table of the program's own
   };
 
+  void ConnectLine(int index, MapGrid* grid, OperationLine* line);
+  OperationLine* LineOf(int index) const { return slots_[index].line; }
   MapGrid* GridOf(int index) const;
   DutyContext Duty() const;
   void Extend(int index, int rows, int columns, bool whole_map = false);

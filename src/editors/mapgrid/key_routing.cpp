@@ -68,6 +68,9 @@ KeyRoute RouteMainWindowKey(const MapKeyPress& press, const KeyContext& context)
     if (letter == 'Q')
       return Route(press.shift ? KeyAction::kCompareChoose : KeyAction::kCompareView);
     if (letter == 'J' && !press.shift) return Route(KeyAction::kShowHistory);
+    if (letter == 'T' && !press.shift && IsMapPage(context.current_page)) {
+      return Route(KeyAction::kShowTargets);
+    }
     if (letter == 'P' && !press.shift) return Route(KeyAction::kProposeFuel);
     if (const KeyRoute log = RouteLogKey(letter, press.shift, context); log.action != kPass) {
       return log;

@@ -48,6 +48,7 @@ enum class KeyAction {
   kProposeFuel,    // Ctrl-P: the fuel correction proposal for the fuel map page in front
   kLogOverlay,     // Ctrl-H on a map page: the log overlay's next layer
   kMarkCellTimes,  // Ctrl-M on a map page: the selected cells' times shaded on the datalog chart
+  kShowTargets,    // Ctrl-T on a map page: the target AFR table
 };
 
 struct KeyRoute {

@@ -12,6 +12,25 @@ namespace {
 constexpr int kMaxFuelUnits = 65535;
 constexpr int kMinIgnUnits = -57;  // -28.5 degrees, raw 255
 constexpr int kMaxIgnUnits = 198;  // 99 degrees, raw 0
+constexpr int kMinAfrUnits = 600;  // 6.00 AFR
+constexpr int kMaxAfrUnits = 2500;
+
+// AFR steps: 0.1 standard, 0.01 fine and super fine (nothing finer is kept), 0.5 large.
+int AfrStepUnits(ValueKey key) {
+  switch (key) {
+    case ValueKey::kStandard:
+      return 10;
+    case ValueKey::kFine:
+    case ValueKey::kSuperFine:
+      return 1;
+    case ValueKey::kLarge:
+      return 50;
+    case ValueKey::kOneMs:
+    case ValueKey::kTwoMs:
+      return 0;
+  }
+  return 0;
+}
 
 }  // namespace
 
@@ -31,9 +50,13 @@ std::optional<ValueStep> ValueStepOf(const MapKeyPress& press) {
   return ValueStep{ValueKey::kLarge, direction};
 }
 
-int UnitsPerDisplayUnit(MapKind kind) { return kind == MapKind::kFuel ? 1000 : 2; }
+int UnitsPerDisplayUnit(MapKind kind) {
+  if (kind == MapKind::kAfr) return 100;
+  return kind == MapKind::kFuel ? 1000 : 2;
+}
 
 int StepUnits(MapKind kind, ValueKey key) {
+  if (kind == MapKind::kAfr) return AfrStepUnits(key);
   if (kind == MapKind::kFuel) {
     switch (key) {
       case ValueKey::kStandard:
@@ -67,12 +90,19 @@ int StepUnits(MapKind kind, ValueKey key) {
   return 0;
 }
 
-int CellDecimals(MapKind kind) { return kind == MapKind::kFuel ? 3 : 1; }
+int CellDecimals(MapKind kind) {
+  if (kind == MapKind::kAfr) return 2;
+  return kind == MapKind::kFuel ? 3 : 1;
+}
 
-int MinUnits(MapKind kind) { return kind == MapKind::kFuel ? 0 : kMinIgnUnits; }
+int MinUnits(MapKind kind) {
+  if (kind == MapKind::kAfr) return kMinAfrUnits;
+  return kind == MapKind::kFuel ? 0 : kMinIgnUnits;
+}
 
 int MaxUnits(MapKind kind, double max_ms) {
   if (kind == MapKind::kIgnition) return kMaxIgnUnits;
+  if (kind == MapKind::kAfr) return kMaxAfrUnits;
   if (!(max_ms > 0.0)) return kMaxFuelUnits;
   const double units = RoundHalfEven(std::min(max_ms, 65.535) * 1000.0);
   return static_cast<int>(units);

@@ -1,13 +1,14 @@
 // Keys as the map editors see them, free of any toolkit, and the value keys' steps. A map cell is
 // held in whole units: microseconds for a fuel cell (the ECU's raw value) and half degrees for an
-// ignition cell (the ignition raw step), so that every step lands exactly and never drifts.
+// ignition cell (the ignition raw step), so that every step lands exactly and never drifts. A
+// target AFR cell (the program's own table, never sent) is held in hundredths of an AFR.
 #pragma once
 
 #include <optional>
 
 namespace vela {
 
-enum class MapKind { kFuel, kIgnition };
+enum class MapKind { kFuel, kIgnition, kAfr };
 
 enum class MapKey {
   kUp,
@@ -42,14 +43,15 @@ struct ValueStep {
 // Control, or Shift and Alt together, make no value key.
 std::optional<ValueStep> ValueStepOf(const MapKeyPress& press);
 
-// Units per displayed unit: 1000 microseconds per millisecond, 2 half degrees per degree.
+// Units per displayed unit: 1000 microseconds per millisecond, 2 half degrees per degree, 100
+// hundredths per AFR.
 int UnitsPerDisplayUnit(MapKind kind);
 
 // The step of a value key in cell units; 0 when the key does nothing on that kind of map (the
-// 1 ms and 2 ms keys on the ignition map).
+// 1 ms and 2 ms keys on the ignition map and the target AFR table).
 int StepUnits(MapKind kind, ValueKey key);
 
-// Decimals of a cell's text: 3 for fuel (milliseconds), 1 for ignition (degrees).
+// Decimals of a cell's text: 3 for fuel (milliseconds), 1 for ignition (degrees), 2 for AFR.
 int CellDecimals(MapKind kind);
 
 // The valid range of a cell in units: fuel 0 to 65535 us (0 to 65.535 ms), lowered to `max_ms`

@@ -18,7 +18,7 @@ struct WorkbenchKeyRow {
 
 inline constexpr WorkbenchKeyRow kWorkbenchKeyHeadings = {" Workbench Key", " Function"};
 
-inline constexpr std::array<WorkbenchKeyRow, 23> kWorkbenchKeyRows = {{
+inline constexpr std::array<WorkbenchKeyRow, 24> kWorkbenchKeyRows = {{
     {"Ctrl-Shift-Arrows", "Extend the selection"},
     {"Ctrl-A", "Select the whole map or table"},
     {"= or a digit", "Set the selection to a typed value (12.5, =-5)"},
@@ -42,6 +42,7 @@ inline constexpr std::array<WorkbenchKeyRow, 23> kWorkbenchKeyRows = {{
     {"Ctrl-P", "Fuel correction proposal from the log (fuel maps)"},
     {"Ctrl-H", "Log overlay: off, time, mean AFR, spread, AFR error"},
     {"Ctrl-M", "Mark the selected cells' times on the datalog chart"},
+    {"Ctrl-T", "Target AFR table, edited with these keys"},
 }};
 
 // What a key pressed on a map grid asks of the workbench.

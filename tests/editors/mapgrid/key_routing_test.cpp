@@ -161,6 +161,25 @@ TEST(MainWindowKeys, CtrlJShowsTheHistoryOnEveryPage) {
   }
 }
 
+// Ctrl-T opens the target AFR table from a map page only; elsewhere, with Shift or with Alt it
+// is no key of the window, and a bare T still picks the Outputs page.
+TEST(MainWindowKeys, CtrlTShowsTheTargetsFromAMapPage) {
+  for (int page : {kPageFuelMap1, kPageFuelMap2, kPageIgnition}) {
+    const KeyContext context{page, false};
+    EXPECT_EQ(RouteMainWindowKey(Letter('t', false, true), context),
+              Action(KeyAction::kShowTargets));
+    MapKeyPress shifted = Letter('T', false, true);
+    shifted.shift = true;
+    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('t', true, true), context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(Letter('t'), context).action, KeyAction::kSelectPage);
+  }
+  for (int page : {kPageMainSetup, kPageDataLogging}) {
+    EXPECT_EQ(RouteMainWindowKey(Letter('t', false, true), KeyContext{page, false}),
+              Action(KeyAction::kPassToGrid));
+  }
+}
+
 TEST(KeystrokeTable, HoldsTheEnglishAndGermanRowsInOrder) {
   EXPECT_EQ(kKeystrokeHeadings.keystroke, " Keystroke");
   EXPECT_EQ(kKeystrokeHeadings.function, " Function");

@@ -60,6 +60,7 @@ class MapGridTable : public QAbstractTableModel {
   QString TextAt(int row, int column) const;
   std::optional<QColor> OverlayGround(int row, int column, const UnitsRange& range) const;
   QVariant MarkAt(int row, int column) const;
+  // The overlay's words for a cell (its colour's meaning), for a screen reader.
   QVariant DescriptionAt(int row, int column) const;
   QColor Background(int row, int column, const UnitsRange& range) const;
   QVariant ToolTip(int row, int column) const;
