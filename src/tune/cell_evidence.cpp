@@ -8,6 +8,19 @@ bool Placed(const TuneSample& sample) {
   return std::isfinite(sample.rpm) && std::isfinite(sample.load) && sample.rpm > 0.0;
 }
 
+bool OffTheFit(const FitCheck& check, const TuneAxes& axes, const TuneSample& sample,
+               double ratio) {
+  double before = 0.0;
+  double fitted = 0.0;
+  for (const CellShare& share : SharesAt(axes, sample.rpm, sample.load)) {
+    const auto cell = static_cast<std::size_t>((share.row - 1) * axes.Columns() + share.column - 1);
+    before += share.weight * check.before[cell];
+    fitted += share.weight * check.fitted[cell];
+  }
+  if (!(before > 0.0) || !(fitted > 0.0)) return false;
+  return std::abs(ratio / (fitted / before) - 1.0) > check.limit;
+}
+
 }  // namespace
 
 void ShareTime(CellGrid& cells, const TuneSample& sample, double step) {
@@ -52,7 +65,7 @@ void AddTime(const SampleLog& log, CellGrid& cells) {
 }
 
 void AddEvidence(const SampleLog& log, const TargetTable& targets, const FilterSettings& filters,
-                 const DelayModel& delay, Evidence& evidence) {
+                 const DelayModel& delay, Evidence& evidence, const FitCheck* check) {
   const std::vector<TuneSample>& samples = log.samples;
   const std::vector<SampleVerdict> verdicts = PointVerdicts(samples, filters);
   std::size_t cursor = 0;
@@ -63,15 +76,20 @@ void AddEvidence(const SampleLog& log, const TargetTable& targets, const FilterS
       ShareTime(evidence.cells, sample, log.step);
     }
     if (verdict == SampleVerdict::kKept) {
-      const PairedAfr paired = AfrAt(samples, i, sample.time + delay.At(sample.rpm, sample.load),
-                                     filters.min_afr, filters.max_afr, cursor);
+      const PairedAfr paired = AfrAt(samples, i, ArrivalTime(samples, i, delay), filters.min_afr,
+                                     filters.max_afr, cursor);
       const double afr = paired.afr;
       if (paired.beyond) {
         verdict = SampleVerdict::kNoPairedAfr;
       } else if (!AfrValid(afr, filters)) {
         verdict = SampleVerdict::kAfrInvalid;
       } else {
-        ShareAfr(evidence.cells, sample, afr, targets.AtPoint(sample.rpm, sample.load));
+        const double target = targets.AtPoint(sample.rpm, sample.load);
+        if (check && OffTheFit(*check, evidence.cells.Axes(), sample, afr / target)) {
+          verdict = SampleVerdict::kOffTheFit;
+        } else {
+          ShareAfr(evidence.cells, sample, afr, target);
+        }
       }
     }
     ++evidence.verdicts[static_cast<std::size_t>(verdict)];

@@ -69,9 +69,18 @@ void ShareAfr(CellGrid& cells, const TuneSample& sample, double afr, double targ
 // Only the time spent per cell (the heat map): no filters, no pairing.
 void AddTime(const SampleLog& log, CellGrid& cells);
 
+// A first fit of the cells to check samples against: a sample's measured / target AFR should be
+// what the fitted values' blend at its point asks of the present values' blend.
+struct FitCheck {
+  std::vector<double> before;  // per cell, rows top to bottom: the present values
+  std::vector<double> fitted;  // the values the fit gives (the present ones where none)
+  double limit = 0.0;          // the share a sample may lie off it (FilterSettings::max_off_fit)
+};
+
 // Time per cell and, for the samples the filters keep, the AFR their exhaust gave `delay`
-// later against the target at their operating point.
+// later against the target at their operating point; with a `check`, without the samples too
+// far off it.
 void AddEvidence(const SampleLog& log, const TargetTable& targets, const FilterSettings& filters,
-                 const DelayModel& delay, Evidence& evidence);
+                 const DelayModel& delay, Evidence& evidence, const FitCheck* check = nullptr);
 
 }  // namespace vela

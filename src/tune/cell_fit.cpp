@@ -1,5 +1,6 @@
 #include "tune/cell_fit.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -12,6 +13,7 @@ struct System {
   std::vector<int> cell_of;     // per unknown: its cell
   std::vector<double> matrix;   // unknowns x unknowns, row-major
   std::vector<double> right;
+  std::vector<bool> pins;  // per unknown: its samples take part (else it gets its mean factor)
 };
 
 // Cell index of the neighbour `slot` (0..8, row offset -1..1 then column offset -1..1) of
@@ -36,6 +38,7 @@ void AddRow(const CellGrid& evidence, const std::vector<double>& values, int cel
   if (!(own > 0.0) || !(value > 0.0)) {
     s.matrix[i * n + i] = 1.0;
     s.right[i] = value * e.Factor();
+    s.pins[i] = false;
     return;
   }
   for (int slot = 0; slot < 9; ++slot) {
@@ -55,9 +58,11 @@ void AddRow(const CellGrid& evidence, const std::vector<double>& values, int cel
   s.right[i] += kFitPrior * own * value * e.Factor();
 }
 
-// Gaussian elimination with partial pivoting; false when the system is singular.
-bool Solve(std::vector<double>& a, std::vector<double>& b) {
-  const std::size_t n = b.size();
+// Gauss-Jordan elimination with partial pivoting: `a` (n x n, row-major) becomes its inverse;
+// false when it is singular.
+bool Invert(std::vector<double>& a, std::size_t n) {
+  std::vector<double> inverse(n * n, 0.0);
+  for (std::size_t k = 0; k < n; ++k) inverse[k * n + k] = 1.0;
   for (std::size_t k = 0; k < n; ++k) {
     std::size_t pivot = k;
     for (std::size_t r = k + 1; r < n; ++r) {
@@ -65,27 +70,32 @@ bool Solve(std::vector<double>& a, std::vector<double>& b) {
     }
     if (!(std::abs(a[pivot * n + k]) > 1e-12)) return false;
     if (pivot != k) {
-      for (std::size_t c = 0; c < n; ++c) std::swap(a[k * n + c], a[pivot * n + c]);
-      std::swap(b[k], b[pivot]);
+      std::swap_ranges(a.begin() + k * n, a.begin() + (k + 1) * n, a.begin() + pivot * n);
+      std::swap_ranges(inverse.begin() + k * n, inverse.begin() + (k + 1) * n,
+                       inverse.begin() + pivot * n);
     }
-    for (std::size_t r = k + 1; r < n; ++r) {
-      const double f = a[r * n + k] / a[k * n + k];
-      if (f == 0.0) continue;
-      for (std::size_t c = k; c < n; ++c) a[r * n + c] -= f * a[k * n + c];
-      b[r] -= f * b[k];
+    const double scale = 1.0 / a[k * n + k];
+    for (std::size_t c = 0; c < n; ++c) {
+      a[k * n + c] *= scale;
+      inverse[k * n + c] *= scale;
+    }
+    for (std::size_t r = 0; r < n; ++r) {
+      const double f = a[r * n + k];
+      if (r == k || f == 0.0) continue;
+      for (std::size_t c = 0; c < n; ++c) {
+        a[r * n + c] -= f * a[k * n + c];
+        inverse[r * n + c] -= f * inverse[k * n + c];
+      }
     }
   }
-  for (std::size_t k = n; k-- > 0;) {
-    for (std::size_t c = k + 1; c < n; ++c) b[k] -= a[k * n + c] * b[c];
-    b[k] /= a[k * n + k];
-  }
+  a = std::move(inverse);
   return true;
 }
 
 }  // namespace
 
-std::vector<double> FitCellFactors(const CellGrid& evidence, const std::vector<double>& values,
-                                   const std::vector<bool>& free) {
+CellFit FitCells(const CellGrid& evidence, const std::vector<double>& values,
+                 const std::vector<bool>& free) {
   System s;
   s.unknown_of.assign(values.size(), -1);
   for (std::size_t cell = 0; cell < values.size(); ++cell) {
@@ -96,18 +106,23 @@ std::vector<double> FitCellFactors(const CellGrid& evidence, const std::vector<d
   const std::size_t n = s.cell_of.size();
   s.matrix.assign(n * n, 0.0);
   s.right.assign(n, 0.0);
+  s.pins.assign(n, true);
   for (int cell : s.cell_of) AddRow(evidence, values, cell, s);
-  std::vector<double> factors(values.size(), 1.0);
-  const bool solved = Solve(s.matrix, s.right);
+  CellFit fit{std::vector<double>(values.size(), 1.0), std::vector<double>(values.size(), 0.0)};
+  const bool solved = Invert(s.matrix, n);
   const int columns = evidence.Axes().Columns();
   for (std::size_t k = 0; k < n; ++k) {
     const auto cell = static_cast<std::size_t>(s.cell_of[k]);
     const double mean =
         evidence.At(s.cell_of[k] / columns + 1, s.cell_of[k] % columns + 1).Factor();
-    const double fitted = values[cell] > 0.0 ? s.right[k] / values[cell] : mean;
-    factors[cell] = solved && std::isfinite(fitted) ? fitted : mean;
+    double value = 0.0;
+    for (std::size_t j = 0; solved && j < n; ++j) value += s.matrix[k * n + j] * s.right[j];
+    const double fitted = values[cell] > 0.0 ? value / values[cell] : mean;
+    fit.factors[cell] = solved && std::isfinite(fitted) ? fitted : mean;
+    if (solved && s.pins[k] && s.matrix[k * n + k] > 0.0)
+      fit.pinned[cell] = 1.0 / s.matrix[k * n + k];
   }
-  return factors;
+  return fit;
 }
 
 }  // namespace vela

@@ -8,9 +8,17 @@
 //   sum over its four cells of share x new value = (blend of the present values) x measured /
 //   target AFR.
 //
-// Cells without enough evidence keep their values and take part only as known neighbours. A
-// light pull towards each cell's own mean factor (kFitPrior of its own evidence) settles what
-// the samples leave open, e.g. two cells only ever seen halfway between them.
+// Every cell with evidence is solved for, also one that will not be changed: held at its
+// present value it would push its error into the neighbours the samples between them share. A
+// cell without evidence keeps its value and takes part as a known neighbour. A light pull
+// towards each cell's own mean factor (kFitPrior of its own evidence) settles what the samples
+// leave open, e.g. two cells only ever seen halfway between them.
+//
+// How well the samples pin a cell is its "pinned samples": one over the cell's entry on the
+// diagonal of the inverse of the fit's normal matrix, i.e. how many samples on the cell's site
+// alone would fix its value as firmly. A sample on the site counts (about) one; a sample at the
+// far corner of the cell, or samples only ever seen halfway to a neighbour that is solved for
+// too, count for little, however many there are: they fix a blend, not the cell.
 #pragma once
 
 #include <vector>
@@ -19,12 +27,19 @@
 
 namespace vela {
 
-inline constexpr double kFitPrior = 0.1;
+inline constexpr double kFitPrior = 0.03;
 
-// Per cell (rows top to bottom, columns left to right): the factor the fit asks for on the
-// present value `values[i]`, for the cells marked `free`; 1 for every other cell. A free cell
-// whose value is 0 or whose evidence holds no share products gets its mean factor.
-std::vector<double> FitCellFactors(const CellGrid& evidence, const std::vector<double>& values,
-                                   const std::vector<bool>& free);
+struct CellFit {
+  // Per cell (rows top to bottom, columns left to right): the factor the fit asks for on the
+  // present value, 1 for a cell not solved for.
+  std::vector<double> factors;
+  // Per cell: its pinned samples, 0 for a cell not solved for.
+  std::vector<double> pinned;
+};
+
+// The fit over the cells marked `free` (`values[i]`: the present values). A free cell whose
+// value is 0 or whose evidence holds no share products gets its mean factor and pins nothing.
+CellFit FitCells(const CellGrid& evidence, const std::vector<double>& values,
+                 const std::vector<bool>& free);
 
 }  // namespace vela

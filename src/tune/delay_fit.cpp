@@ -142,6 +142,24 @@ double DelayModel::At(double rpm, double load) const {
   return std::clamp(delay, 0.0, kMaxDelaySeconds);
 }
 
+double ArrivalTime(const std::vector<TuneSample>& samples, std::size_t from,
+                   const DelayModel& delay) {
+  const TuneSample& sample = samples[from];
+  double before = 0.0;  // the record before's departure time less the sample's time
+  for (std::size_t j = from; j < samples.size(); ++j) {
+    const TuneSample& at = samples[j];
+    if (at.lost_before != sample.lost_before) break;
+    const double after = at.time - delay.At(at.rpm, at.load) - sample.time;
+    if (after >= 0.0) {
+      if (j == from) return at.time + delay.lag_s;
+      const TuneSample& previous = samples[j - 1];
+      return previous.time + (at.time - previous.time) * (-before / (after - before)) + delay.lag_s;
+    }
+    before = after;
+  }
+  return sample.time + delay.At(sample.rpm, sample.load) + delay.lag_s;
+}
+
 std::vector<DelayStep> FindDelaySteps(const std::vector<TuneSample>& samples,
                                       const StepSettings& settings) {
   std::vector<DelayStep> steps;
@@ -184,7 +202,10 @@ DelayFit FitDelay(std::span<const DelayStep> steps) {
   double squares = 0.0;
   for (const DelayStep& step : kept) squares += Residual(line, step) * Residual(line, step);
   fit.rms_residual_s = std::sqrt(squares / static_cast<double>(kept.size()));
-  fit.model = {line.floor, line.k};
+  std::vector<double> lags;
+  for (const DelayStep& step : kept) lags.push_back(step.lag);
+  std::nth_element(lags.begin(), lags.begin() + lags.size() / 2, lags.end());
+  fit.model = {line.floor, line.k, lags[lags.size() / 2]};
   fit.fitted = true;
   return fit;
 }

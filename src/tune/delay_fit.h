@@ -18,10 +18,22 @@ inline constexpr double kMaxDelaySeconds = 2.0;
 struct DelayModel {
   double floor_s = 0.08;
   double k = 4000.0;  // seconds x RPM x load unit
+  // The sensor's own first-order lag, seconds: a mixture that changes steadily (a pull across
+  // cells) shows this much later again. Fitted from the steps; 0 when the delay is set.
+  double lag_s = 0.0;
   // The delay at an operating point, within 0 to kMaxDelaySeconds.
   double At(double rpm, double load) const;
   bool operator==(const DelayModel&) const = default;
 };
+
+// When the sensor shows the exhaust of sample `from`: its arrival, the first moment T at which T
+// less the delay at T's flow has come to the sample's time, plus the sensor's lag. The sensor
+// reads at T what left the cylinders one delay earlier, carried by the flow of T, so while the
+// flow changes (a decel, a pull) the delay at the sample's own flow would pair it with another
+// sample's exhaust. Between two records the moment is interpolated. When the log or the samples
+// without a gap end first: the sample's time plus the delay at its own flow and the lag.
+double ArrivalTime(const std::vector<TuneSample>& samples, std::size_t from,
+                   const DelayModel& delay);
 
 struct StepSettings {
   double min_fuel_change = 0.2;  // a step changes injection time by at least this share
@@ -62,6 +74,7 @@ struct DelayFit {
 // The least-squares line delay = floor + k x (1 / flow) through the steps, fitted twice: the
 // second time without steps more than three times the median distance (and 20 ms) off the
 // first line. Needs three steps at two flows or more, and a floor and k that are not negative.
+// The lag is the median of the kept steps' lags.
 DelayFit FitDelay(std::span<const DelayStep> steps);
 
 }  // namespace vela

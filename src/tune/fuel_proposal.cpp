@@ -38,21 +38,28 @@ ProposedCell Judge(const CellEvidence& evidence, int row, int column, double bef
   return cell;
 }
 
-// The proposed cells' factors from the fit over all of them, held to the per-pass limit.
+// The factors of the fit over every cell with evidence, held to the per-pass limit; a cell the
+// samples do not pin firmly enough has too little evidence.
 void FitFactors(const CellGrid& evidence, const ProposalSettings& settings,
                 std::vector<ProposedCell>& cells) {
   std::vector<double> values;
   std::vector<bool> free;
   for (const ProposedCell& cell : cells) {
     values.push_back(cell.before_ms);
-    free.push_back(cell.state == CellProposalState::kProposed);
+    free.push_back(cell.state != CellProposalState::kNoEvidence);
   }
-  const std::vector<double> factors = FitCellFactors(evidence, values, free);
+  const CellFit fit = FitCells(evidence, values, free);
   const double limit = std::max(settings.max_change, 0.0);
   for (std::size_t i = 0; i < cells.size(); ++i) {
     ProposedCell& cell = cells[i];
-    if (!free[i]) continue;
-    cell.factor = factors[i];
+    cell.pinned = fit.pinned[i];
+    cell.fitted_ms = cell.before_ms * (free[i] ? fit.factors[i] : 1.0);
+    if (cell.state != CellProposalState::kProposed) continue;
+    if (cell.pinned < settings.min_pinned) {
+      cell.state = CellProposalState::kTooLittle;
+      continue;
+    }
+    cell.factor = fit.factors[i];
     cell.applied = std::clamp(cell.factor, 1.0 - limit, 1.0 + limit);
     cell.limited = cell.applied != cell.factor;
   }

@@ -17,12 +17,13 @@ struct ProposalSettings {
   int fuel_map = 1;           // 1 or 2
   double max_change = 0.15;   // no cell moves by more than this share in one pass
   double min_samples = 30.0;  // evidence a cell needs: kept samples, shared out...
-  double min_time_s = 0.5;    // ...and time spent there
+  double min_time_s = 0.5;    // ...and time spent there...
+  double min_pinned = 15.0;   // ...and samples that pin its value (cell_fit.h)
 };
 
 enum class CellProposalState {
   kNoEvidence,  // no kept sample
-  kTooLittle,   // some, below the settings' minimum: shown, never proposed
+  kTooLittle,   // some, below one of the settings' minimums: shown, never proposed
   kProposed,    // the map changes here
   kUnchanged,   // enough evidence, but the factor rounds to the value the cell has
 };
@@ -32,6 +33,8 @@ struct ProposedCell {
   int column = 1;  // 1 = the first load site
   CellEvidence evidence;
   double target_afr = 0.0;  // the cell's own target
+  double pinned = 0.0;      // the samples that pin its value in the fit (cell_fit.h)
+  double fitted_ms = 0.0;   // the value the fit gives it (before_ms where nothing was fitted)
   double factor = 1.0;      // what the evidence asks for (NaN without evidence)
   double applied = 1.0;     // after the per-pass limit
   bool limited = false;     // the limit held the factor back

@@ -57,7 +57,8 @@ std::string_view VerdictName(SampleVerdict verdict) {
                                                                     "throttle not steady",
                                                                     "settling",
                                                                     "AFR out of range",
-                                                                    "AFR beyond the log or a gap"};
+                                                                    "AFR beyond the log or a gap",
+                                                                    "far off the fit"};
   return kNames[static_cast<std::size_t>(verdict)];
 }
 

@@ -24,6 +24,10 @@ struct FilterSettings {
   double settle_s = 0.5;  // samples this soon after any of the above are dropped too
   double min_afr = 9.0;   // the wideband's valid range; a dead sensor reads 0
   double max_afr = 19.0;
+  // A kept sample whose measured / target AFR lies further than this share off what a first
+  // fit of the cells gives at its point is left out, and the cells are fitted again (0: no
+  // check). Its mixture is not the cells' (a transient the filters let through).
+  double max_off_fit = 0.03;
 };
 
 enum class SampleVerdict {
@@ -38,8 +42,9 @@ enum class SampleVerdict {
   kSettling,     // too soon after a cut, a pump addition, the limiter or a change
   kAfrInvalid,   // the AFR the exhaust gave is outside the sensor's range, or not recorded
   kNoPairedAfr,  // the exhaust's AFR lies beyond the log or across a gap
+  kOffTheFit,    // its AFR lies far off what the first fit of the cells gives there
 };
-inline constexpr int kSampleVerdicts = 11;
+inline constexpr int kSampleVerdicts = 12;
 std::string_view VerdictName(SampleVerdict verdict);
 
 // The verdict on each sample's operating point (every verdict but the two about the AFR).

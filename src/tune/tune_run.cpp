@@ -1,12 +1,24 @@
 #include "tune/tune_run.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "calibration/conversions.h"
+#include "calibration/setup_fields.h"
 
 namespace vela {
 
 double LimiterRpmOf(const CalibrationImage& image) {
   const std::uint32_t period = image.RevLimit1();
   return period == 0 ? 0.0 : RpmFromEnginePeriod(period);
+}
+
+double WarmFromC(const CalibrationImage& image) {
+  constexpr int kPoints = 8;
+  const int first = FieldPos("WaterComp");
+  int warm = kPoints;
+  while (warm > 0 && image.Byte(first + warm - 1) == 0) --warm;
+  return warm == kPoints ? 120.0 : -20.0 + 20.0 * warm;
 }
 
 DelayModel ChooseDelay(std::span<const SampleLog> logs, const TuneSettings& settings,
@@ -23,10 +35,21 @@ DelayModel ChooseDelay(std::span<const SampleLog> logs, const TuneSettings& sett
 
 Evidence GatherEvidence(std::span<const SampleLog> logs, const TuneAxes& axes,
                         const TargetTable& targets, const FilterSettings& filters,
-                        const DelayModel& delay) {
+                        const DelayModel& delay, const FitCheck* check) {
   Evidence evidence{CellGrid(axes), {}};
-  for (const SampleLog& log : logs) AddEvidence(log, targets, filters, delay, evidence);
+  for (const SampleLog& log : logs) AddEvidence(log, targets, filters, delay, evidence, check);
   return evidence;
+}
+
+FitCheck CheckOf(const FuelProposal& proposal, const FilterSettings& filters) {
+  FitCheck check;
+  check.limit = filters.max_off_fit;
+  for (const ProposedCell& cell : proposal.cells) {
+    check.before.push_back(cell.before_ms);
+    check.fitted.push_back(std::isfinite(cell.fitted_ms) && cell.fitted_ms > 0.0 ? cell.fitted_ms
+                                                                                 : cell.before_ms);
+  }
+  return check;
 }
 
 TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage& image,
@@ -36,10 +59,16 @@ TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage&
   for (const DatalogLog* log : logs) samples.push_back(SamplesOf(*log, axes.basis));
   FilterSettings filters = settings.filters;
   if (filters.limiter_rpm <= 0.0) filters.limiter_rpm = LimiterRpmOf(image);
+  filters.min_water_c = std::max(filters.min_water_c, WarmFromC(image));
   TuneRun run{{}, {}, settings.delay.has_value(), Evidence{CellGrid(axes), {}}, {}};
   run.delay = ChooseDelay(samples, settings, run.fit);
   run.evidence = GatherEvidence(samples, axes, targets, filters, run.delay);
   run.proposal = ProposeFuel(image, run.evidence.cells, targets, settings.proposal);
+  if (filters.max_off_fit > 0.0) {
+    const FitCheck check = CheckOf(run.proposal, filters);
+    run.evidence = GatherEvidence(samples, axes, targets, filters, run.delay, &check);
+    run.proposal = ProposeFuel(image, run.evidence.cells, targets, settings.proposal);
+  }
   return run;
 }
 

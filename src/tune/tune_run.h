@@ -31,6 +31,11 @@ struct TuneRun {
 // The rev limiter's speed of a map file (its first limiter), 0 when it holds none.
 double LimiterRpmOf(const CalibrationImage& image);
 
+// The water temperature from which the warm-up enrichment of a map file adds nothing (its
+// table's points lie 20 C apart from -20 C); -20 when it adds nothing anywhere. Below it a
+// sample's mixture tells of the warm-up table, not of the fuel map.
+double WarmFromC(const CalibrationImage& image);
+
 // The delay to use: the set one, else the fit of every log's steps when it succeeds, else the
 // default.
 DelayModel ChooseDelay(std::span<const SampleLog> logs, const TuneSettings& settings,
@@ -39,7 +44,10 @@ DelayModel ChooseDelay(std::span<const SampleLog> logs, const TuneSettings& sett
 // Evidence of `logs` on `axes` (the fuel or the ignition map's).
 Evidence GatherEvidence(std::span<const SampleLog> logs, const TuneAxes& axes,
                         const TargetTable& targets, const FilterSettings& filters,
-                        const DelayModel& delay);
+                        const DelayModel& delay, const FitCheck* check = nullptr);
+
+// The check of a first proposal's fit, with the filters' limit.
+FitCheck CheckOf(const FuelProposal& proposal, const FilterSettings& filters);
 
 TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage& image,
                 const TargetTable& targets, const TuneSettings& settings);
