@@ -51,10 +51,12 @@ void DriveCycle::NextPoint(const DriverView& engine) {
     next_ = 0;
   }
   wish_.phase = DrivePhase::kCruise;
-  wish_.rpm = point.rpm;
+  // A driver holds a speed and a load somewhere about the point, not the point itself.
+  wish_.rpm = point.rpm + rng_.Range(-kCruiseRpmStep / 2, kCruiseRpmStep / 2);
   wish_.rpm_rate = 1000;
   wish_.throttle_rate = 150;
-  cruise_load_kpa_ = point.load_pct;  // a 1-bar span: percent and kPa agree
+  // A 1-bar span: percent and kPa agree.
+  cruise_load_kpa_ = point.load_pct + rng_.Range(-kCruiseLoadStep / 2, kCruiseLoadStep / 2);
   wish_.throttle_pct = ThrottleForManifold(cruise_load_kpa_, engine.rpm);
   phase_left_s_ = rng_.Range(3.0, 5.0);
 }

@@ -2,13 +2,14 @@
 // engine from cold. After kOpeningIdleS of idling from cold it works through a lattice of
 // cruise points (engine speeds kCruiseRpmLow to kCruiseRpmHigh in steps of kCruiseRpmStep, loads
 // kCruiseLoadLow to kCruiseLoadHigh percent of a 1-bar span in steps of kCruiseLoadStep), in an
-// order shuffled by the seed and again after each round. It holds each point steadily for 3 to
-// 5 s, then, by the seed's draw: a tip-in (25 to 60 % more throttle, quickly, for 1 to 2 s;
-// 25 %), a steady pull (fixed throttle for 50 to 100 % load, the engine speed rising 500 to
-// 900 RPM a second to 6,000 to 6,900 RPM, which now and then meets the rev limiter; 20 %), a
-// lift-off to idle (decel, 25 %), or straight on to the next point. A pull always ends in a
-// lift-off; a lift-off idles 2 to 4 s. The engine speed follows the driver's wish at a limited
-// rate, as if the driver chose the gear.
+// order shuffled by the seed and again after each round. It holds somewhere about each point
+// (within half a step either way, drawn by the seed: no driver holds round numbers) steadily
+// for 3 to 5 s, then, by the seed's draw: a tip-in (25 to 60 % more throttle, quickly, for 1 to 2
+// s; 25 %), a steady pull (fixed throttle for 50 to 100 % load, the engine speed rising 500 to 900
+// RPM a second to 6,000 to 6,900 RPM, which now and then meets the rev limiter; 20 %), a lift-off
+// to idle (decel, 25 %), or straight on to the next point. A pull always ends in a lift-off; a
+// lift-off idles 2 to 4 s. The engine speed follows the driver's wish at a limited rate, as if the
+// driver chose the gear.
 #pragma once
 
 #include <cstddef>

@@ -40,20 +40,20 @@ ChannelInputs InputsOf(const live::Frame& frame, const CalibrationImage& image) 
 }  // namespace
 
 void RunDrive(const SimOptions& options, const CalibrationImage& image, double seconds,
-              DatalogLog& log) {
+              DatalogLog& log, int frames_per_second) {
   DatalogCapture capture(log);
   for (int n = 0; n < kChannelCount; ++n) capture.SetChannelEnabled(n, true);
-  capture.FramesPerSecond = kDriveLogFramesPerSecond;
+  capture.FramesPerSecond = static_cast<std::int16_t>(frames_per_second);
   capture.StartLogging(TimeAxis{}.max, 0.0);
   EngineModel engine(options.seed, options.fuel_errors);
-  constexpr std::int64_t kFrameUs = 1'000'000 / kDriveLogFramesPerSecond;
+  const std::int64_t frame_us = 1'000'000 / frames_per_second;
   const auto end_us = static_cast<std::int64_t>(std::llround(seconds * 1e6));
-  std::int64_t next_frame_us = kFrameUs;
+  std::int64_t next_frame_us = frame_us;
   for (std::int64_t now = EngineModel::kStepUs; now <= end_us; now += EngineModel::kStepUs) {
     engine.Step(image);
     if (now < next_frame_us) continue;
-    next_frame_us += kFrameUs;
-    const live::Frame frame = EncodeLiveFrame(engine.State(), image, kDriveLogFramesPerSecond);
+    next_frame_us += frame_us;
+    const live::Frame frame = EncodeLiveFrame(engine.State(), image, frames_per_second);
     capture.CaptureFrame(frame, InputsOf(frame, image), 1.0, false, static_cast<double>(now) / 1e6);
   }
   capture.StopLogging();

@@ -16,9 +16,10 @@ namespace vela::sim {
 // The program's default live-frame rate choice ("20 Samples/Second").
 inline constexpr int kDriveLogFramesPerSecond = 20;
 
-// Fills `log` (replaced) with `seconds` of driving from a cold start.
+// Fills `log` (replaced) with `seconds` of driving from a cold start, recorded at
+// `frames_per_second` (one of the program's live-frame rate choices).
 void RunDrive(const SimOptions& options, const CalibrationImage& image, double seconds,
-              DatalogLog& log);
+              DatalogLog& log, int frames_per_second = kDriveLogFramesPerSecond);
 
 // Runs the drive and writes it as a chart file at `path` (written whole to a temporary file and
 // renamed); false and a reason when the file cannot be written.
