@@ -82,7 +82,7 @@ void BM_SpansOfASelection(benchmark::State& state) {
   const vela::DatalogLog& log = HourLog();
   const vela::TuneAxes axes = FuelAxes();
   for (auto _ : state) {
-    const std::vector<vela::TimeSpan> spans =
+    const std::vector<vela::CellStretch> spans =
         vela::CellSpans(log, vela::LoadBasis::kMap, axes, {4, 3, 6, 8});
     benchmark::DoNotOptimize(spans.data());
   }

@@ -135,7 +135,9 @@ void MapLogOverlay::ShowPage(int page) {
     grid->SetLogOverlay(HeatOverlay(heat->Cells(), heat->Targets(), layer_, outlined));
   } else if (outlined.row > 0) {
     GridOverlay marks(MapGridModel::kRows - 1, grid->Model().LoadSites());
-    marks.Set(outlined, CellOverlay{.mark = kChartCellMark});
+    CellOverlay outline;
+    outline.mark = kChartCellMark;
+    marks.Set(outlined, std::move(outline));
     grid->SetLogOverlay(std::move(marks));
   } else {
     grid->SetLogOverlay({});
@@ -199,13 +201,13 @@ void MapLogOverlay::MarkCellTimes(int tab) {
   const MapGridModel& grid = maps_.page(tab)->grid()->Model();
   const TuneAxes axes =
       tab == kIgnitionPage ? IgnAxesOf(editors_.image()) : FuelAxesOf(editors_.image());
-  std::vector<TimeSpan> spans = CellSpans(datalog_.log(), axes.basis, axes, grid.Selection());
+  std::vector<CellStretch> spans = CellSpans(datalog_.log(), axes.basis, axes, grid.Selection());
   if (spans.empty()) {
     emit Note(QStringLiteral("The log spent no time in the selected cells"));
     return;
   }
   double seconds = 0.0;
-  for (const TimeSpan& span : spans) seconds += span.second - span.first;
+  for (const CellStretch& span : spans) seconds += span.second - span.first;
   const auto count = spans.size();
   chart->SetShadedSpans(std::move(spans));
   emit Note(QStringLiteral("Datalog chart: %1 stretches, %2 s in the selected cells")
