@@ -25,17 +25,19 @@
 #include "app/pages/setup/setup_error_list.h"
 #include "app/pages/setup/setup_pages.h"
 #include "app/pages/target_panel.h"
+#include "app/review/marker_list_panel.h"
 #include "app/sessions/compare_session.h"
 #include "app/sessions/editor_session.h"
 #include "app/sessions/fault_monitor.h"
 #include "app/sessions/link_session.h"
 #include "app/sessions/live_view.h"
+#include "app/sessions/review_session.h"
 #include "app/sessions/target_session.h"
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
-#include "app/workbench/proposal_pages.h"
 #include "app/workbench/map_log_overlay.h"
+#include "app/workbench/proposal_pages.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
@@ -112,6 +114,7 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   BuildProposal();
   BuildLogOverlay();
   BuildTargets();
+  WireReview();
   qApp->installEventFilter(this);
 }
 
@@ -219,6 +222,22 @@ void MainWindow::BuildTargets() {
       [this]() -> const MapGridModel& { return map_pages_->page(kFuelMap1)->grid()->Model(); },
       this);
   connect(targets_, &TargetSession::Note, status_strip_, &StatusStrip::ShowEditNote);
+}
+
+// The log review's defaults follow the engine set-up (the duty base, the load of the fuel maps)
+// and target() in its math channels reads the target table in force.
+void MainWindow::WireReview() {
+  ReviewSession& review = datalog_page_->review();
+  const auto follow = [this, &review] {
+    const bool load_is_map = targets_->table().Axes().basis == LoadBasis::kMap;
+    review.SetDefaultMath(
+        review::DefaultMathChannels(DutyLimitBase(editors_->state().setup), load_is_map));
+    review.SetTarget(
+        [this](double rpm, double load) { return targets_->table().AtPoint(rpm, load); });
+  };
+  connect(targets_, &TargetSession::Changed, this, follow);
+  connect(editors_, &EditorSession::EditorsFilled, this, follow);
+  follow();
 }
 
 MainWindow::~MainWindow() {
@@ -567,6 +586,9 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   QWidget* focus = QApplication::focusWidget();
   if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QAbstractSpinBox*>(focus)) return false;
+  // The datalog's marker list keeps its keys (Enter jumps, F2 edits, Esc leaves) while it has
+  // the keyboard.
+  if (qobject_cast<MarkerListPanel*>(focus)) return false;
   const KeyContext context{tabs_->currentIndex(), previous_key_was_space_};
   const KeyRoute route = RouteMainWindowKey(MapKeyPressOf(*event), context);
   previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;

@@ -103,6 +103,7 @@ class MainWindow : public QMainWindow {
   void BuildLogOverlay();
   // The target AFR table: its session and its window (Ctrl-T).
   void BuildTargets();
+  void WireReview();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();

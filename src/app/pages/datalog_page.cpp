@@ -9,7 +9,9 @@
 #include <cmath>
 
 #include "app/pages/data_page.h"
+#include "app/review/marker_list_panel.h"
 #include "app/sessions/link_session.h"
+#include "app/sessions/review_session.h"
 #include "app/widgets/steady_label.h"
 #include "app/widgets/text_of.h"
 #include "base/qt/qt_platform.h"
@@ -118,9 +120,10 @@ QWidget* DatalogPage::BuildButtons() {
   auto* csv = new QPushButton("Export CSV...", row_widget);
   csv->setObjectName("DatalogExportCsv");
   csv->setFocusPolicy(Qt::NoFocus);
-  connect(csv, &QPushButton::clicked, this, [this] { files_.ExportCsv(log_); });
+  connect(csv, &QPushButton::clicked, this, [this] { files_.ExportCsv(log_, MathCsvColumns()); });
   row->addWidget(csv);
   AddExportMenu(row);
+  BuildReview(row);
   auto* whole = new QPushButton("Show All", row_widget);
   whole->setObjectName("DatalogShowAll");
   whole->setFocusPolicy(Qt::NoFocus);
@@ -200,6 +203,7 @@ QWidget* DatalogPage::BuildReadout() {
     cursor_values_->setItem(n + 2, 0, name);
   }
   column->addWidget(cursor_values_, 1);
+  column->addWidget(BuildMarkerList(panel));
   gaps_ = new SteadyLabel({QString(kNoArrivalsText),
                            "Clock 88888.88 s, log 88888.88 s: 88888 gaps, 8888888 frames lost"},
                           panel, kReadoutWidth);
@@ -259,6 +263,7 @@ void DatalogPage::OfferRecovery() {
   log_.axis = WholeLogAxis(log_);
   journal_holds_log_ = true;
   ShowLoadedLog();
+  review_->LogReplaced({});
 }
 
 void DatalogPage::Command6(int index) {
@@ -287,6 +292,7 @@ void DatalogPage::StartLogging() {
   command6_[1]->setEnabled(false);
   capture_.FramesPerSecond = FramesPerSecondOfChoice(parts_.setup.settings.frames_per_second_index);
   capture_.StartLogging(TimeScale(), NowSeconds());
+  review_->LogReplaced({});  // a new log starts with the default math channels
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
   journal_holds_log_ = journal_.Begin(log_);
@@ -348,6 +354,10 @@ void DatalogPage::Refresh() {
   ShowTime(capture_.DatalogTime);
   ShowGaps();
   chart_->RefreshIfChanged();
+  review_->LogGrew(!Logging());
+  if (marker_list_->entries().size() != log_.Markers().size() + log_.Gaps().size()) {
+    marker_list_->Rebuild();
+  }
 }
 
 // The clock beside the log's time, and the gaps: a log that lost frames must say so.
@@ -383,16 +393,24 @@ void DatalogPage::DropMarker() {
   } else if (chart_->CursorA()) {
     log_.AddMarkerAt(*chart_->CursorA(), text);
     chart_->update();
+    marker_list_->Rebuild();
   }
 }
 
 void DatalogPage::AddMarker(const std::string& text) {
   log_.AddMarker(text);
   chart_->update();
+  marker_list_->Rebuild();
 }
 
 void DatalogPage::Save() {
   const DatalogFileResult result = files_.Save(log_);
+  if (result == DatalogFileResult::kDone && files_.DatalogFileKind == kDatalogKindChart &&
+      !review_->LogSaved(files_.saved_path)) {
+    parts_.messages.Show(MessageIcon::kExclamation, "Save DataLog",
+                         {"The math channels and the layout could not be saved beside the log.",
+                          review_->problems().empty() ? "" : review_->problems().front()});
+  }
   // The journal goes once its log is safe in a chart file and no longer growing.
   if (result == DatalogFileResult::kDone && files_.DatalogFileKind == kDatalogKindChart &&
       journal_holds_log_ && !Logging()) {
@@ -403,15 +421,18 @@ void DatalogPage::Save() {
 
 void DatalogPage::Load() {
   if (Logging()) return;
-  if (files_.LoadDatalog(log_).result != DatalogFileResult::kDone) return;
+  const DatalogLoadResult loaded = files_.LoadDatalog(log_);
+  if (loaded.result != DatalogFileResult::kDone) return;
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
   ShowLoadedLog();
+  review_->LogReplaced(loaded.path);
 }
 
 // The chart draws the log's channels as it was saved; ticking a box still shows or hides that
 // channel of it, and sets what the next recording takes.
 void DatalogPage::ShowLoadedLog() {
+  marker_list_->Rebuild();
   ShowTime(log_.EndTime());
   ShowGaps();
   chart_->update();
@@ -462,6 +483,7 @@ void DatalogPage::ShowCursorValues() {
     set(n + 2, 3, ValueText(difference(va, vb), decimals));
   }
   fuel_cell_->setText(a ? FuelCellText(*a) : QString());
+  ShowReviewValues(a, b);
 }
 
 // The fuel map cell the engine ran on at `time`: the nearest RPM row and load column of the

@@ -14,7 +14,9 @@
 #include <QTimer>
 #include <QWidget>
 #include <array>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "datalog/datalog_capture.h"
 #include "datalog/datalog_log.h"
@@ -28,8 +30,11 @@
 
 namespace vela {
 
+class DistributionView;
 class LinkSession;
 class MapGridModel;
+class MarkerListPanel;
+class ReviewSession;
 
 struct DatalogPageParts {
   ProgramSetup& setup;
@@ -78,6 +83,19 @@ class DatalogPage : public QWidget {
   DatalogChart* chart() const { return chart_; }
   bool Logging() const { return capture_.DatalogLive; }
 
+  // The log's review (datalog_review.cpp): its math channels, second log and layout, the marker
+  // list beside the chart, the scatter and histogram view, the dialogs.
+  ReviewSession& review() { return *review_; }
+  MarkerListPanel* marker_list() const { return marker_list_; }
+  // Opens (or brings up) the scatter and histogram view.
+  DistributionView* OpenDistribution();
+  void OpenMathChannels();
+  // "Load Second Log...": a chart file laid over this log from both starts, then aligned.
+  void LoadSecondLog();
+  void AlignSecondLog();
+  // Cursor A (and the view, when it is outside) to `time`.
+  void PutCursorA(double time);
+
  signals:
   // Stopping brings the DataLogging tab to the front.
   void ShowDataLoggingTab();
@@ -109,6 +127,13 @@ class DatalogPage : public QWidget {
   void ShowCursorValues();
   QString FuelCellText(double time) const;
   double TimeScale() const;
+  // The review's parts of the page (datalog_review.cpp).
+  void BuildReview(QHBoxLayout* row);
+  QWidget* BuildMarkerList(QWidget* parent);
+  void AddReviewKeys();
+  void ReviewChanged();
+  void ShowReviewValues(std::optional<double> a, std::optional<double> b);
+  std::vector<CsvColumn> MathCsvColumns() const;
 
   DatalogPageParts parts_;
   DatalogLog log_;
@@ -134,6 +159,9 @@ class DatalogPage : public QWidget {
   QTimer journal_check_;
   QElapsedTimer clock_;
   bool records_new_ = false;
+  ReviewSession* review_ = nullptr;
+  MarkerListPanel* marker_list_ = nullptr;
+  DistributionView* distribution_ = nullptr;
 };
 
 }  // namespace vela

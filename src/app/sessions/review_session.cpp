@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "base/file_system.h"
-#include "datalog/review/log_span.h"
 
 namespace vela {
 
@@ -17,6 +16,26 @@ const review::MathColumn* ReviewSession::MathColumnNamed(const std::string& name
     if (review::SameName(column.name, name)) return &column;
   }
   return nullptr;
+}
+
+std::vector<std::string> ReviewSession::ColumnNames() const {
+  std::vector<std::string> names;
+  for (int n = 0; n < kChannelCount; ++n) {
+    if (log_.Series(n).points > 0) names.emplace_back(kChannels[n].name);
+  }
+  for (const review::MathColumn& column : columns_) {
+    if (!column.error) names.push_back(column.name);
+  }
+  return names;
+}
+
+std::optional<review::ColumnView> ReviewSession::Column(const std::string& name) const {
+  if (const std::optional<int> n = review::RecordedChannelNamed(name)) {
+    return review::RecordedColumn(log_, *n);
+  }
+  const review::MathColumn* column = MathColumnNamed(name);
+  if (!column || column->error) return std::nullopt;
+  return review::ColumnView{column->values, &column->summaries};
 }
 
 void ReviewSession::SetMath(std::vector<review::MathChannel> channels) {

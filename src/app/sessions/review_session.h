@@ -17,6 +17,7 @@
 
 #include "datalog/datalog_log.h"
 #include "datalog/review/chart_layout.h"
+#include "datalog/review/log_span.h"
 #include "datalog/review/math_channels.h"
 #include "datalog/review/review_file.h"
 #include "datalog/review/two_logs.h"
@@ -48,6 +49,12 @@ class ReviewSession : public QObject {
   void SetTarget(review::TargetLookup target);
   // The channels a log without a review file starts with (the defaults of the engine set-up).
   void SetDefaultMath(std::vector<review::MathChannel> channels);
+  // The names of every channel with values in the log: the recorded ones by their export names,
+  // then the math channels that were evaluated.
+  std::vector<std::string> ColumnNames() const;
+  // A channel of ColumnNames() (or any name a recorded channel is known by) as a column; nullopt
+  // for an unknown name or a refused math channel.
+  std::optional<review::ColumnView> Column(const std::string& name) const;
   const std::vector<review::MathChannel>& default_math() const { return default_math_; }
 
   // --- The log's life --------------------------------------------------------------------
