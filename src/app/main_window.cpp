@@ -585,10 +585,11 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 // The main window sees every key first. Keys typed into a text or number field stay there.
 bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   QWidget* focus = QApplication::focusWidget();
-  if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QAbstractSpinBox*>(focus)) return false;
-  // The datalog's marker list keeps its keys (Enter jumps, F2 edits, Esc leaves) while it has
-  // the keyboard.
-  if (qobject_cast<MarkerListPanel*>(focus)) return false;
+  // The datalog's marker list keeps its keys too (Enter jumps, F2 edits, Esc leaves).
+  if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QAbstractSpinBox*>(focus) ||
+      qobject_cast<MarkerListPanel*>(focus)) {
+    return false;
+  }
   const KeyContext context{tabs_->currentIndex(), previous_key_was_space_};
   const KeyRoute route = RouteMainWindowKey(MapKeyPressOf(*event), context);
   previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;

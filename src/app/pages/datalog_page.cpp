@@ -56,6 +56,7 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
       journal_(journal_file_, parts.setup.folders().datalogs + std::string(kJournalFileName)) {
   setObjectName("DatalogPage");
   chart_ = new DatalogChart(log_, this);
+  BuildReview();
   chart_->setToolTip(
       "Click: cursor A.  Right click: cursor B.  Wheel: zoom.  Drag: pan.  Double click: the "
       "whole log.  K: a marker.  The keys of the Help page's chart table work here too.");
@@ -123,7 +124,6 @@ QWidget* DatalogPage::BuildButtons() {
   connect(csv, &QPushButton::clicked, this, [this] { files_.ExportCsv(log_, MathCsvColumns()); });
   row->addWidget(csv);
   AddExportMenu(row);
-  BuildReview(row);
   auto* whole = new QPushButton("Show All", row_widget);
   whole->setObjectName("DatalogShowAll");
   whole->setFocusPolicy(Qt::NoFocus);
@@ -203,6 +203,7 @@ QWidget* DatalogPage::BuildReadout() {
     cursor_values_->setItem(n + 2, 0, name);
   }
   column->addWidget(cursor_values_, 1);
+  column->addWidget(BuildReviewButtons(panel));
   column->addWidget(BuildMarkerList(panel));
   gaps_ = new SteadyLabel({QString(kNoArrivalsText),
                            "Clock 88888.88 s, log 88888.88 s: 88888 gaps, 8888888 frames lost"},

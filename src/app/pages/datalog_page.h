@@ -128,7 +128,8 @@ class DatalogPage : public QWidget {
   QString FuelCellText(double time) const;
   double TimeScale() const;
   // The review's parts of the page (datalog_review.cpp).
-  void BuildReview(QHBoxLayout* row);
+  void BuildReview();
+  QWidget* BuildReviewButtons(QWidget* parent);
   QWidget* BuildMarkerList(QWidget* parent);
   void AddReviewKeys();
   void ReviewChanged();

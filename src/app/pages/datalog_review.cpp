@@ -1,12 +1,15 @@
 // The DataLogging tab's review of its log: the math channels' rows and the second log's columns
 // in the cursor read-out, the marker list under it, the buttons and keys that open the scatter
 // and histogram view, the math channels' editor and the second log.
+#include <QGridLayout>
 #include <QHeaderView>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <tuple>
 
 #include "app/pages/datalog_page.h"
 #include "app/review/distribution_view.h"
@@ -45,31 +48,32 @@ std::optional<double> ColumnAt(const DatalogLog& log, std::span<const float> col
 
 }  // namespace
 
-void DatalogPage::BuildReview(QHBoxLayout* row) {
+void DatalogPage::BuildReview() {
   review_ = new ReviewSession(log_, parts_.files, this);
-  const std::pair<const char*, void (DatalogPage::*)()> buttons[] = {
-      {"Math Channels...", &DatalogPage::OpenMathChannels},
-      {"Scatter / Histogram...", nullptr},
-      {"Load Second Log...", &DatalogPage::LoadSecondLog},
-      {"Align Second Log...", &DatalogPage::AlignSecondLog}};
-  const char* names[] = {"DatalogMathChannels", "DatalogScatter", "DatalogLoadSecond",
-                         "DatalogAlignSecond"};
-  for (int i = 0; i < 4; ++i) {
-    auto* button = new QPushButton(buttons[i].first, row->parentWidget());
-    button->setObjectName(QString(names[i]) + "Button");
-    button->setFocusPolicy(Qt::NoFocus);
-    const auto action = buttons[i].second;
-    connect(button, &QPushButton::clicked, this, [this, action] {
-      if (action) {
-        (this->*action)();
-      } else {
-        OpenDistribution();
-      }
-    });
-    row->addWidget(button);
-  }
   connect(review_, &ReviewSession::Changed, this, &DatalogPage::ReviewChanged);
   AddReviewKeys();
+}
+
+QWidget* DatalogPage::BuildReviewButtons(QWidget* parent) {
+  auto* box = new QWidget(parent);
+  auto* grid = new QGridLayout(box);
+  grid->setContentsMargins(0, 0, 0, 0);
+  grid->setSpacing(2);
+  const std::tuple<const char*, const char*, std::function<void()>> buttons[] = {
+      {"Math Channels...", "DatalogMathChannelsButton", [this] { OpenMathChannels(); }},
+      {"Scatter / Histogram...", "DatalogScatterButton", [this] { OpenDistribution(); }},
+      {"Load Second Log...", "DatalogLoadSecondButton", [this] { LoadSecondLog(); }},
+      {"Align Second Log...", "DatalogAlignSecondButton", [this] { AlignSecondLog(); }}};
+  int i = 0;
+  for (const auto& [caption, name, action] : buttons) {
+    auto* button = new QPushButton(caption, box);
+    button->setObjectName(name);
+    button->setFocusPolicy(Qt::NoFocus);
+    connect(button, &QPushButton::clicked, this, action);
+    grid->addWidget(button, i / 2, i % 2);
+    ++i;
+  }
+  return box;
 }
 
 void DatalogPage::AddReviewKeys() {
@@ -88,7 +92,9 @@ void DatalogPage::AddReviewKeys() {
 
 QWidget* DatalogPage::BuildMarkerList(QWidget* parent) {
   marker_list_ = new MarkerListPanel(log_, parent);
-  marker_list_->setMaximumHeight(160);
+  marker_list_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);
+  marker_list_->setMinimumHeight(60);
+  marker_list_->setMaximumHeight(120);
   connect(marker_list_, &MarkerListPanel::JumpTo, this, &DatalogPage::PutCursorA);
   connect(marker_list_, &MarkerListPanel::TextEdited, chart_, [this] { chart_->update(); });
   connect(marker_list_, &MarkerListPanel::Leave, chart_, [this] { chart_->setFocus(); });
