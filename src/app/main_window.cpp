@@ -34,8 +34,8 @@
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
-#include "app/workbench/proposal_pages.h"
 #include "app/workbench/map_log_overlay.h"
+#include "app/workbench/proposal_pages.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
@@ -109,9 +109,9 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   BuildLayout();
   ConnectParts();
   BuildCompare();
+  BuildTargets();
   BuildProposal();
   BuildLogOverlay();
-  BuildTargets();
   qApp->installEventFilter(this);
 }
 
@@ -199,7 +199,7 @@ void MainWindow::BuildCompare() {
 void MainWindow::BuildProposal() {
   proposal_ = new ProposalSession(
       {*editors_, *compare_, *datalog_page_, parts_.dialogs ? *parts_.dialogs : dialogs_,
-       parts_.files, parts_.messages, parts_.setup.folders()},
+       parts_.files, parts_.messages, parts_.setup.folders(), *targets_},
       this);
   proposal_->LoadSettings();
   proposal_pages_ = new ProposalPages(*proposal_, *map_pages_, this);
@@ -207,7 +207,7 @@ void MainWindow::BuildProposal() {
 }
 
 void MainWindow::BuildLogOverlay() {
-  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, this);
+  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, *targets_, this);
   connect(log_overlay_, &MapLogOverlay::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
