@@ -573,6 +573,7 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   const int tab = tabs_->currentIndex();
   if (compare_pages_->HandleKey(route.action, *event, tab)) return true;
   if (log_overlay_->HandleKey(route.action, tab)) return true;
+  if (HandleWorkbenchKey(route.action, tab)) return true;
   switch (route.action) {
     case KeyAction::kPassToGrid:
       return false;
@@ -608,7 +609,21 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kDiscard:
     case KeyAction::kCompareView:  // the comparison's (above)
     case KeyAction::kCompareChoose:
+    case KeyAction::kLogOverlay:  // the log overlay's (above)
+    case KeyAction::kMarkCellTimes:
+    case KeyAction::kUndo:  // the workbench's (above)
+    case KeyAction::kRedo:
+    case KeyAction::kShowHistory:
+    case KeyAction::kShowTargets:
+    case KeyAction::kProposeFuel:
       return true;
+  }
+  return false;
+}
+
+// The edit history, the target table and the fuel proposal.
+bool MainWindow::HandleWorkbenchKey(KeyAction action, int tab) {
+  switch (action) {
     case KeyAction::kUndo:
       if (!editors_->Undo()) status_strip_->ShowEditNote("Nothing to undo");
       return true;
@@ -624,11 +639,9 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kProposeFuel:
       proposal_pages_->Propose(tab);
       return true;
-    case KeyAction::kLogOverlay:  // the log overlay's (above)
-    case KeyAction::kMarkCellTimes:
-      return true;
+    default:
+      return false;
   }
-  return false;
 }
 
 void MainWindow::ShowHistory() { history_panel_->Open(); }

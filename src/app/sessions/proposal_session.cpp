@@ -5,7 +5,7 @@
 #include "base/file_names.h"
 #include "datalog/files/datalog_files.h"
 #include "datalog/files/log_file.h"
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 namespace vela {
 

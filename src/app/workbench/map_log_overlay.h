@@ -14,8 +14,8 @@
 
 #include "app/pages/map_pages.h"
 #include "editors/mapgrid/key_routing.h"
-#include "tune/heat_overlay.h"
 #include "tune/log_heat.h"
+#include "tune/view/heat_overlay.h"
 
 namespace vela {
 
