@@ -19,7 +19,7 @@ struct PixelRect {
 };
 
 // Pixels left empty between two stacked panels.
-inline constexpr int kPanelGap = 8;
+inline constexpr int kPanelGap = 12;
 
 // The rects of `count` panels (1 to 4) stacked in `plot`, top first, all as wide as the plot,
 // the height shared evenly (the last one takes what does not divide) with kPanelGap between.

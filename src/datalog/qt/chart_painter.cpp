@@ -8,8 +8,8 @@
 
 #include "datalog/chart/chart_view.h"
 #include "datalog/chart/panel_geometry.h"
-#include "datalog/review/marker_list.h"
 #include "datalog/files/log_export.h"
+#include "datalog/review/marker_list.h"
 
 namespace vela {
 
@@ -148,7 +148,9 @@ void PaintLine(QPainter& painter, const PlannedLine& line, const LineDraw& draw)
   const double scale = draw.panel.height() / (line.range.high - line.range.low);
   const int bottom = draw.panel.bottom();
   const double low = line.range.low;
-  const auto y = [&](double v) { return static_cast<int>(std::lround(bottom - (v - low) * scale)); };
+  const auto y = [&](double v) {
+    return static_cast<int>(std::lround(bottom - (v - low) * scale));
+  };
   // A second log's line is lighter and dashed, so it never passes for the first log's.
   const QColor colour = line.second_log ? line.colour.lighter(150) : line.colour;
   painter.setPen(QPen(colour, 0, line.second_log ? Qt::DashLine : Qt::SolidLine));
@@ -200,8 +202,8 @@ void PaintAxes(QPainter& painter, const Frame& frame, const std::vector<QRect>& 
   for (std::size_t p = 0; p < panels.size(); ++p) {
     const int line = p < scene.plan.axis_line.size() ? scene.plan.axis_line[p] : -1;
     if (line >= 0) {
-      PaintValueTicks(painter, panels[p], scene.plan.lines[static_cast<std::size_t>(line)],
-                      stacked, look);
+      PaintValueTicks(painter, panels[p], scene.plan.lines[static_cast<std::size_t>(line)], stacked,
+                      look);
     }
     painter.setPen(look.axis_line);
     painter.drawLine(panels[p].bottomLeft(), panels[p].bottomRight());
@@ -266,7 +268,8 @@ void PaintMarkersAndCursors(QPainter& painter, const Frame& frame, const ChartSc
   // The tuner's markers dashed orange; a fault the ECU reported solid magenta, twice as wide.
   for (const LogMarker& marker : scene.log.Markers()) {
     const bool fault = review::IsFaultMarkerText(marker.text);
-    const QPen pen = fault ? QPen(look.fault, 2, Qt::SolidLine) : QPen(look.marker, 0, Qt::DashLine);
+    const QPen pen =
+        fault ? QPen(look.fault, 2, Qt::SolidLine) : QPen(look.marker, 0, Qt::DashLine);
     vertical(marker.time, pen, QString::fromStdString(marker.text), 0);
   }
   if (scene.cursor_a) {
@@ -305,8 +308,11 @@ void PaintLines(QPainter& painter, const Frame& frame, const std::vector<QRect>&
     const QRect& panel = panels[static_cast<std::size_t>(line.panel)];
     painter.setClipRect(panel.adjusted(0, 0, 1, 1));
     PaintLine(painter, line,
-              LineDraw{panel, {frame.axis.min - line.offset, frame.axis.max - line.offset},
-                       bounds, DrawRawPoints(bounds), columns});
+              LineDraw{panel,
+                       {frame.axis.min - line.offset, frame.axis.max - line.offset},
+                       bounds,
+                       DrawRawPoints(bounds),
+                       columns});
   }
 }
 

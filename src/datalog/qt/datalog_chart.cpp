@@ -142,7 +142,8 @@ void DatalogChart::paintEvent(QPaintEvent* event) {
   painted_gaps_ = log_.Gaps().size();
   const ChartPlan plan = Plan();
   painted_scales_ = Scales(plan);
-  ChartScene scene{log_, PlotRect(), plan, cursor_a_, cursor_b_, event->rect(), &spans_, std::nullopt};
+  ChartScene scene{log_,      PlotRect(),    plan,    cursor_a_,
+                   cursor_b_, event->rect(), &spans_, std::nullopt};
   if (band_from_) scene.rubber_band = QRect(*band_from_, band_to_).normalized();
   PaintChart(painter, rect(), scene);
 }
