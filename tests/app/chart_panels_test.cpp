@@ -11,6 +11,7 @@
 #include <QtTest>
 
 #include "app/pages/datalog_page.h"
+#include "app/sessions/review_session.h"
 #include "datalog/files/log_file.h"
 #include "datalog/qt/chart_painter.h"
 #include "program_fixture.h"
@@ -166,6 +167,63 @@ class ChartPanelsTest : public QObject {
     const review::ChartLayout layout = chart->Layout();
     QVERIFY(!chart->ZoomToRectangle(from, from + QPoint(1, 1)));
     QVERIFY(chart->Layout() == layout);
+  }
+
+  // The layout goes to the review file beside a saved log and comes back when the log is read;
+  // math channels and a second log are drawn from the session.
+  void theReviewSessionCarriesTheLayoutAndItsLines() {
+    QTemporaryDir dir;
+    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
+    Start(program);
+    LoadLog(program, dir.path());
+    DatalogPage& page = program.window->datalog_page();
+    DatalogChart* chart = page.chart();
+    chart->ShowWholeLog();
+    ReviewSession session(page.log(), program.files);
+    page.DrawReview(session);
+
+    session.SetMath({{"Twice", "RPM * 2"}, {"Broken", "RPM +"}});
+    const ChartPlan with_math = chart->Plan();
+    const PlannedLine* twice = LineNamed(with_math, "Twice");
+    QVERIFY(twice && !twice->second_log);
+    QVERIFY(twice->range.high >= 8000 && twice->range.low <= 2020);
+    QVERIFY(!LineNamed(with_math, "Broken"));  // refused: nothing to draw
+
+    DatalogLog second;
+    ChannelValues values{};
+    for (int i = 1; i <= 100; ++i) {
+      values[kChannelRpm] = 2000.0;
+      second.Append(i * 0.1, i * 0.1, values, 0b1);
+    }
+    session.SetSecond(std::move(second), "");
+    session.SetAlignment({5.0});
+    const ChartPlan with_second = chart->Plan();
+    const PlannedLine* rpm = LineNamed(with_second, "RPM");
+    const PlannedLine* rpm2 = LineNamed(with_second, "RPM (2)");
+    QVERIFY(rpm && rpm2 && rpm2->second_log);
+    QCOMPARE(rpm2->offset, 5.0);
+    QVERIFY(rpm2->range == rpm->range && rpm2->panel == rpm->panel);
+    QVERIFY(!LineNamed(with_second, "MAP (2)"));  // never recorded in the second log
+    Keep(&page, "review-lines-page.png");
+
+    review::ChartLayout layout = chart->Layout();
+    QVERIFY(layout.AddPanel());
+    QVERIFY(layout.Place("Twice", 1));
+    QVERIFY(layout.SetScale("MAP", {false, 0, 250}));
+    layout.Select("Twice");
+    chart->SetLayout(layout);
+    QVERIFY(session.layout() == layout);
+    const std::string path = (dir.path() + "/panels.SL1").toStdString();
+    QVERIFY(session.LogSaved(path));
+    QVERIFY(QFile::exists(dir.path() + "/panels.review"));
+
+    chart->SetLayout(review::ChartLayout());
+    session.LogReplaced(path);
+    QVERIFY(chart->Layout() == layout);
+    QVERIFY(ChartValue(chart).contains("2 panels, Twice in panel 2, scale auto"));
+    // A log without a review file gets the tuner's default.
+    session.LogReplaced((dir.path() + "/other.SL1").toStdString());
+    QVERIFY(chart->Layout() == page.DefaultLayout());
   }
 
   void theDefaultLayoutIsKeptAcrossARestart() {

@@ -11,6 +11,7 @@
 
 #include "app/pages/data_page.h"
 #include "app/sessions/link_session.h"
+#include "app/widgets/chart_review.h"
 #include "app/widgets/steady_label.h"
 #include "app/widgets/text_of.h"
 #include "base/qt/qt_platform.h"
@@ -229,6 +230,7 @@ void DatalogPage::SetupChart() {
   }
   log_.axis = TimeAxis{0.0, TimeScale()};
   ReadDefaultLayout();
+  if (drawn_review_ != nullptr) drawn_review_->SetDefaultLayout(default_layout_);
   chart_->SetLayout(default_layout_);
 }
 
@@ -527,7 +529,14 @@ bool DatalogPage::SaveDefaultLayout() {
     return false;
   }
   default_layout_ = chart_->Layout();
+  if (drawn_review_ != nullptr) drawn_review_->SetDefaultLayout(default_layout_);
   return true;
+}
+
+void DatalogPage::DrawReview(ReviewSession& session) {
+  drawn_review_ = &session;
+  session.SetDefaultLayout(default_layout_);
+  FollowReview(*chart_, session);
 }
 
 }  // namespace vela

@@ -32,6 +32,7 @@ namespace vela {
 class ChartLayoutBar;
 class LinkSession;
 class MapGridModel;
+class ReviewSession;
 
 // The tuner's default chart layout, in the program folder.
 inline constexpr std::string_view kChartLayoutFileName = "ChartLayout.txt";
@@ -85,6 +86,9 @@ class DatalogPage : public QWidget {
   const review::ChartLayout& DefaultLayout() const { return default_layout_; }
   // "Save as default": the chart's layout written to ChartLayout.txt; false when it failed.
   bool SaveDefaultLayout();
+  // The chart draws what `session` holds and keeps its layout there; the session's default
+  // layout is the tuner's.
+  void DrawReview(ReviewSession& session);
   bool Logging() const { return capture_.DatalogLive; }
 
  signals:
@@ -148,6 +152,7 @@ class DatalogPage : public QWidget {
   bool records_new_ = false;
   ChartLayoutBar* layout_bar_ = nullptr;
   review::ChartLayout default_layout_;
+  ReviewSession* drawn_review_ = nullptr;
 };
 
 }  // namespace vela

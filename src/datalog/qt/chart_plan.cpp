@@ -34,6 +34,24 @@ void AddLine(ChartPlan& plan, const review::ChartLayout& layout, PlannedLine lin
   plan.lines.push_back(std::move(line));
 }
 
+// A second log's line on the scale of its first-log counterpart when that is drawn.
+bool FollowLine(ChartPlan& plan, const ChartSeries& series) {
+  if (series.follows.empty()) return false;
+  for (const PlannedLine& other : plan.lines) {
+    if (other.second_log || !review::SameName(other.name, series.follows)) continue;
+    PlannedLine line = other;
+    line.name = series.name;
+    line.column = series.column;
+    line.times = series.times ? series.times : other.times;
+    line.offset = series.offset;
+    line.colour = series.colour;
+    line.second_log = series.second_log;
+    plan.lines.push_back(std::move(line));
+    return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::string LayoutNameOf(int channel) { return std::string(kChannels[channel].name); }
@@ -53,6 +71,7 @@ ChartPlan PlanChart(const DatalogLog& log, const review::ChartLayout& layout,
     AddLine(plan, layout, std::move(line), axis);
   }
   for (const ChartSeries& series : extra) {
+    if (FollowLine(plan, series)) continue;
     PlannedLine line;
     line.name = series.name;
     line.column = series.column;

@@ -23,6 +23,9 @@ struct ChartSeries {
   double offset = 0.0;
   QColor colour;
   bool second_log = false;
+  // A second log's line takes the panel and the scale of this line of the first log (its name),
+  // so both are read against one axis; its own name places it when that line is not drawn.
+  std::string follows;
 };
 
 struct PlannedLine {
