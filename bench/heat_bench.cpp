@@ -7,8 +7,8 @@
 #include <memory>
 
 #include "synthetic_drive.h"
-#include "tune/heat_overlay.h"
 #include "tune/log_heat.h"
+#include "tune/view/heat_overlay.h"
 
 namespace {
 

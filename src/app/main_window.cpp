@@ -111,9 +111,9 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   BuildLayout();
   ConnectParts();
   BuildCompare();
+  BuildTargets();
   BuildProposal();
   BuildLogOverlay();
-  BuildTargets();
   WireReview();
   qApp->installEventFilter(this);
 }
@@ -202,7 +202,7 @@ void MainWindow::BuildCompare() {
 void MainWindow::BuildProposal() {
   proposal_ = new ProposalSession(
       {*editors_, *compare_, *datalog_page_, parts_.dialogs ? *parts_.dialogs : dialogs_,
-       parts_.files, parts_.messages, parts_.setup.folders()},
+       parts_.files, parts_.messages, parts_.setup.folders(), *targets_},
       this);
   proposal_->LoadSettings();
   proposal_pages_ = new ProposalPages(*proposal_, *map_pages_, this);
@@ -210,7 +210,7 @@ void MainWindow::BuildProposal() {
 }
 
 void MainWindow::BuildLogOverlay() {
-  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, this);
+  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, *targets_, this);
   connect(log_overlay_, &MapLogOverlay::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
@@ -596,6 +596,7 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   const int tab = tabs_->currentIndex();
   if (compare_pages_->HandleKey(route.action, *event, tab)) return true;
   if (log_overlay_->HandleKey(route.action, tab)) return true;
+  if (HandleWorkbenchKey(route.action, tab)) return true;
   switch (route.action) {
     case KeyAction::kPassToGrid:
       return false;
@@ -631,7 +632,21 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kDiscard:
     case KeyAction::kCompareView:  // the comparison's (above)
     case KeyAction::kCompareChoose:
+    case KeyAction::kLogOverlay:  // the log overlay's (above)
+    case KeyAction::kMarkCellTimes:
+    case KeyAction::kUndo:  // the workbench's (above)
+    case KeyAction::kRedo:
+    case KeyAction::kShowHistory:
+    case KeyAction::kShowTargets:
+    case KeyAction::kProposeFuel:
       return true;
+  }
+  return false;
+}
+
+// The edit history, the target table and the fuel proposal.
+bool MainWindow::HandleWorkbenchKey(KeyAction action, int tab) {
+  switch (action) {
     case KeyAction::kUndo:
       if (!editors_->Undo()) status_strip_->ShowEditNote("Nothing to undo");
       return true;
@@ -647,11 +662,9 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kProposeFuel:
       proposal_pages_->Propose(tab);
       return true;
-    case KeyAction::kLogOverlay:  // the log overlay's (above)
-    case KeyAction::kMarkCellTimes:
-      return true;
+    default:
+      return false;
   }
-  return false;
 }
 
 void MainWindow::ShowHistory() { history_panel_->Open(); }

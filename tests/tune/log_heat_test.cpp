@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "synthetic_drive.h"
-#include "tune/heat_overlay.h"
+#include "tune/view/heat_overlay.h"
 
 namespace vela {
 namespace {

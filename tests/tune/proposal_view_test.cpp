@@ -1,6 +1,6 @@
 // The proposal as the map pages show it: the proposed image (values, never factors applied
 // twice), the amber marks, the words for a cell and the delay, and the settings file.
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 #include <gtest/gtest.h>
 

@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <cmath>
 
@@ -12,11 +13,13 @@
 #include "app/review/marker_list_panel.h"
 #include "app/sessions/link_session.h"
 #include "app/sessions/review_session.h"
+#include "app/widgets/chart_review.h"
 #include "app/widgets/steady_label.h"
 #include "app/widgets/text_of.h"
 #include "base/qt/qt_platform.h"
 #include "datalog/chart/chart_view.h"
 #include "datalog/files/log_export.h"
+#include "datalog/qt/chart_layout_bar.h"
 #include "editors/mapgrid/map_grid_model.h"
 
 namespace vela {
@@ -64,6 +67,7 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(BuildButtons());
   layout->addWidget(BuildChannels());
+  layout->addWidget(BuildLayoutBar());
   auto* middle = new QHBoxLayout;
   middle->addWidget(chart_, 1);
   middle->addWidget(BuildReadout());
@@ -230,7 +234,9 @@ void DatalogPage::SetupChart() {
     log_.SetActive(n, capture_.ChannelOn(n));
   }
   log_.axis = TimeAxis{0.0, TimeScale()};
-  chart_->update();
+  ReadDefaultLayout();
+  if (drawn_review_ != nullptr) drawn_review_->SetDefaultLayout(default_layout_);
+  chart_->SetLayout(default_layout_);
 }
 
 void DatalogPage::LoadDatalogSettings() {
@@ -517,6 +523,44 @@ QString DatalogPage::FuelCellText(double time) const {
 }
 
 double DatalogPage::TimeScale() const { return parts_.setup.settings.datalog_time_scale; }
+
+QWidget* DatalogPage::BuildLayoutBar() {
+  layout_bar_ = new ChartLayoutBar(*chart_, this);
+  connect(layout_bar_, &ChartLayoutBar::SaveDefaultAsked, this, [this] { SaveDefaultLayout(); });
+  // The axis box follows the channel selected on the bar or by the layout.
+  connect(chart_, &DatalogChart::LayoutChanged, this, [this] {
+    const QSignalBlocker block(axis_channel_);
+    if (axis_channel_ != nullptr) axis_channel_->setCurrentIndex(chart_->AxisChannel());
+  });
+  return layout_bar_;
+}
+
+// A default that cannot be read, or holds no usable panel, gives the built-in layout.
+void DatalogPage::ReadDefaultLayout() {
+  const std::string path = parts_.setup.ProgramInfoFolder() + std::string(kChartLayoutFileName);
+  const std::optional<std::string> text = parts_.files.ReadFile(path);
+  default_layout_ = text ? review::ReadLayout(*text).layout : review::ChartLayout();
+}
+
+bool DatalogPage::SaveDefaultLayout() {
+  const std::string path = parts_.setup.ProgramInfoFolder() + std::string(kChartLayoutFileName);
+  if (parts_.files.WriteFile(path, review::LayoutText(chart_->Layout())) != kFileErrorNone) {
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
+                         {"The default chart layout could not be saved in " + path + ".",
+                          parts_.files.LastWriteReason()},
+                         MessageButtons::kOk);
+    return false;
+  }
+  default_layout_ = chart_->Layout();
+  if (drawn_review_ != nullptr) drawn_review_->SetDefaultLayout(default_layout_);
+  return true;
+}
+
+void DatalogPage::DrawReview(ReviewSession& session) {
+  drawn_review_ = &session;
+  session.SetDefaultLayout(default_layout_);
+  FollowReview(*chart_, session);
+}
 
 }  // namespace vela
 

@@ -52,6 +52,7 @@ void DatalogPage::BuildReview() {
   review_ = new ReviewSession(log_, parts_.files, this);
   connect(review_, &ReviewSession::Changed, this, &DatalogPage::ReviewChanged);
   AddReviewKeys();
+  DrawReview(*review_);
 }
 
 QWidget* DatalogPage::BuildReviewButtons(QWidget* parent) {
@@ -92,9 +93,8 @@ void DatalogPage::AddReviewKeys() {
 
 QWidget* DatalogPage::BuildMarkerList(QWidget* parent) {
   marker_list_ = new MarkerListPanel(log_, parent);
-  marker_list_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);
-  marker_list_->setMinimumHeight(60);
-  marker_list_->setMaximumHeight(120);
+  // A few rows: the cursor read-out above keeps the room on a small screen.
+  marker_list_->setFixedHeight(96);
   connect(marker_list_, &MarkerListPanel::JumpTo, this, &DatalogPage::PutCursorA);
   connect(marker_list_, &MarkerListPanel::TextEdited, chart_, [this] { chart_->update(); });
   connect(marker_list_, &MarkerListPanel::Leave, chart_, [this] { chart_->setFocus(); });
@@ -161,6 +161,7 @@ void DatalogPage::AlignSecondLog() {
 }
 
 void DatalogPage::ReviewChanged() {
+  if (cursor_values_ == nullptr) return;  // the read-out is built after the session
   const int rows = kFirstMathRow + static_cast<int>(review_->math_columns().size());
   cursor_values_->setRowCount(rows);
   for (int row = kFirstMathRow; row < rows; ++row) {

@@ -1,4 +1,4 @@
-#include "tune/heat_overlay.h"
+#include "tune/view/heat_overlay.h"
 
 #include <algorithm>
 #include <cmath>
@@ -150,7 +150,7 @@ MapCell NearestCell(const TuneAxes& axes, double rpm, double load) {
 }
 
 std::vector<CellStretch> CellSpans(const DatalogLog& log, LoadBasis basis, const TuneAxes& axes,
-                                MapCellRect cells, double min_rpm) {
+                                   MapCellRect cells, double min_rpm) {
   std::vector<CellStretch> spans;
   const std::vector<double>& times = log.Times();
   bool inside = false;

@@ -56,6 +56,6 @@ MapCell NearestCell(const TuneAxes& axes, double rpm, double load);
 // Records without RPM or load, or below `min_rpm`, are in no cell.
 using CellStretch = std::pair<double, double>;
 std::vector<CellStretch> CellSpans(const DatalogLog& log, LoadBasis basis, const TuneAxes& axes,
-                                MapCellRect cells, double min_rpm = 300.0);
+                                   MapCellRect cells, double min_rpm = 300.0);
 
 }  // namespace vela
