@@ -132,6 +132,34 @@ void BM_ChartLiveRepaint(benchmark::State& state) {
 }
 BENCHMARK(BM_ChartLiveRepaint)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(100);
 
+// The four-hour log in 4 stacked panels (three channels each, every scale automatic from the
+// values in view) beside the same log in one panel: each panel plans its own scales and is
+// drawn over a quarter of the height.
+void BM_ChartStackedRepaint(benchmark::State& state) {
+  const int panels = static_cast<int>(state.range(0));
+  vela::DatalogLog& log = LogOf(4);
+  vela::DatalogChart chart(log);
+  vela::review::ChartLayout layout;
+  for (int p = 1; p < panels; ++p) layout.AddPanel();
+  for (int n = 0; n < vela::kChannelCount; ++n) {
+    layout.Place(vela::LayoutNameOf(n), n * panels / vela::kChannelCount);
+  }
+  chart.SetLayout(layout);
+  chart.resize(kWidth, kHeight);
+  chart.show();
+  QApplication::processEvents();
+  QImage image(kWidth, kHeight, QImage::Format_RGB32);
+  chart.render(&image);
+  const Mean ms = MeanMs(state, [&] { chart.render(&image); });
+  Note(state, panels == 1 ? "panels 1" : "panels 4", ms);
+}
+BENCHMARK(BM_ChartStackedRepaint)
+    ->Arg(1)
+    ->Arg(4)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(100);
+
 #if VELA_HAVE_QTCHARTS
 // QtCharts with every point: its repaint once the series hold the data.
 void BM_QtChartsFullViewRepaint(benchmark::State& state) {
@@ -264,6 +292,12 @@ void PrintSummary() {
   }
   line("full-view repaint, 4 h (10.4 M points):", "chart 4 h");
   line("repaint while logging (30 s, 950 x 500 px):", "live 30 s");
+  line("4 h in one panel, scales from the view:", "panels 1");
+  line("4 h in 4 stacked panels:", "panels 4");
+  if (ms("panels 1").wall_ms > 0) {
+    std::printf("  %-44s %7.2f x  (goal: 1.5 at most)\n",
+                "4 panels against one:", ms("panels 4").wall_ms / ms("panels 1").wall_ms);
+  }
   line("save the 1 h chart file:", "save 1 h");
   line("load the 1 h chart file:", "load 1 h");
 }

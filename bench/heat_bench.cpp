@@ -7,8 +7,8 @@
 #include <memory>
 
 #include "synthetic_drive.h"
-#include "tune/heat_overlay.h"
 #include "tune/log_heat.h"
+#include "tune/view/heat_overlay.h"
 
 namespace {
 
@@ -82,7 +82,7 @@ void BM_SpansOfASelection(benchmark::State& state) {
   const vela::DatalogLog& log = HourLog();
   const vela::TuneAxes axes = FuelAxes();
   for (auto _ : state) {
-    const std::vector<vela::TimeSpan> spans =
+    const std::vector<vela::CellStretch> spans =
         vela::CellSpans(log, vela::LoadBasis::kMap, axes, {4, 3, 6, 8});
     benchmark::DoNotOptimize(spans.data());
   }

@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "calibration/map_axes.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela::sim {
 

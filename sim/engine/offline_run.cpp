@@ -7,7 +7,7 @@
 #include "sim/core/base_calibration.h"
 #include "sim/engine/drive_log.h"
 #include "sim/engine/true_map.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela::sim {
 

@@ -5,14 +5,14 @@
 // nothing to it once the engine is warm, and the opening time the battery table adds is what the
 // injectors take, so a calibration holding these cells fuels the warm engine to the target at
 // every site and, reading between the four cells around a point, very nearly between them.
-// The target is the program's own table (tune/target_table.h) on the fuel map's axes.
+// The target is the program's own table (tune/target/target_table.h) on the fuel map's axes.
 #pragma once
 
 #include <span>
 
 #include "calibration/calibration_image.h"
 #include "sim/engine/engine_physics.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela::sim {
 

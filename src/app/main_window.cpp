@@ -25,17 +25,19 @@
 #include "app/pages/setup/setup_error_list.h"
 #include "app/pages/setup/setup_pages.h"
 #include "app/pages/target_panel.h"
+#include "app/review/marker_list_panel.h"
 #include "app/sessions/compare_session.h"
 #include "app/sessions/editor_session.h"
 #include "app/sessions/fault_monitor.h"
 #include "app/sessions/link_session.h"
 #include "app/sessions/live_view.h"
+#include "app/sessions/review_session.h"
 #include "app/sessions/target_session.h"
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
-#include "app/workbench/proposal_pages.h"
 #include "app/workbench/map_log_overlay.h"
+#include "app/workbench/proposal_pages.h"
 #include "datalog/qt/chart_accessible.h"
 #include "datalog/qt/datalog_chart.h"
 #include "editors/mapgrid/key_routing.h"
@@ -109,9 +111,10 @@ MainWindow::MainWindow(MainWindowParts parts, QWidget* parent)
   BuildLayout();
   ConnectParts();
   BuildCompare();
+  BuildTargets();
   BuildProposal();
   BuildLogOverlay();
-  BuildTargets();
+  WireReview();
   qApp->installEventFilter(this);
 }
 
@@ -199,7 +202,7 @@ void MainWindow::BuildCompare() {
 void MainWindow::BuildProposal() {
   proposal_ = new ProposalSession(
       {*editors_, *compare_, *datalog_page_, parts_.dialogs ? *parts_.dialogs : dialogs_,
-       parts_.files, parts_.messages, parts_.setup.folders()},
+       parts_.files, parts_.messages, parts_.setup.folders(), *targets_},
       this);
   proposal_->LoadSettings();
   proposal_pages_ = new ProposalPages(*proposal_, *map_pages_, this);
@@ -207,7 +210,7 @@ void MainWindow::BuildProposal() {
 }
 
 void MainWindow::BuildLogOverlay() {
-  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, this);
+  log_overlay_ = new MapLogOverlay(*editors_, *map_pages_, *datalog_page_, *targets_, this);
   connect(log_overlay_, &MapLogOverlay::Note, status_strip_, &StatusStrip::ShowEditNote);
 }
 
@@ -219,6 +222,22 @@ void MainWindow::BuildTargets() {
       [this]() -> const MapGridModel& { return map_pages_->page(kFuelMap1)->grid()->Model(); },
       this);
   connect(targets_, &TargetSession::Note, status_strip_, &StatusStrip::ShowEditNote);
+}
+
+// The log review's defaults follow the engine set-up (the duty base, the load of the fuel maps)
+// and target() in its math channels reads the target table in force.
+void MainWindow::WireReview() {
+  ReviewSession& review = datalog_page_->review();
+  const auto follow = [this, &review] {
+    const bool load_is_map = targets_->table().Axes().basis == LoadBasis::kMap;
+    review.SetDefaultMath(
+        review::DefaultMathChannels(DutyLimitBase(editors_->state().setup), load_is_map));
+    review.SetTarget(
+        [this](double rpm, double load) { return targets_->table().AtPoint(rpm, load); });
+  };
+  connect(targets_, &TargetSession::Changed, this, follow);
+  connect(editors_, &EditorSession::EditorsFilled, this, follow);
+  follow();
 }
 
 MainWindow::~MainWindow() {
@@ -566,13 +585,18 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 // The main window sees every key first. Keys typed into a text or number field stay there.
 bool MainWindow::HandleWindowKey(QKeyEvent* event) {
   QWidget* focus = QApplication::focusWidget();
-  if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QAbstractSpinBox*>(focus)) return false;
+  // The datalog's marker list keeps its keys too (Enter jumps, F2 edits, Esc leaves).
+  if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QAbstractSpinBox*>(focus) ||
+      qobject_cast<MarkerListPanel*>(focus)) {
+    return false;
+  }
   const KeyContext context{tabs_->currentIndex(), previous_key_was_space_};
   const KeyRoute route = RouteMainWindowKey(MapKeyPressOf(*event), context);
   previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;
   const int tab = tabs_->currentIndex();
   if (compare_pages_->HandleKey(route.action, *event, tab)) return true;
   if (log_overlay_->HandleKey(route.action, tab)) return true;
+  if (HandleWorkbenchKey(route.action, tab)) return true;
   switch (route.action) {
     case KeyAction::kPassToGrid:
       return false;
@@ -608,7 +632,21 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kDiscard:
     case KeyAction::kCompareView:  // the comparison's (above)
     case KeyAction::kCompareChoose:
+    case KeyAction::kLogOverlay:  // the log overlay's (above)
+    case KeyAction::kMarkCellTimes:
+    case KeyAction::kUndo:  // the workbench's (above)
+    case KeyAction::kRedo:
+    case KeyAction::kShowHistory:
+    case KeyAction::kShowTargets:
+    case KeyAction::kProposeFuel:
       return true;
+  }
+  return false;
+}
+
+// The edit history, the target table and the fuel proposal.
+bool MainWindow::HandleWorkbenchKey(KeyAction action, int tab) {
+  switch (action) {
     case KeyAction::kUndo:
       if (!editors_->Undo()) status_strip_->ShowEditNote("Nothing to undo");
       return true;
@@ -624,11 +662,9 @@ bool MainWindow::HandleWindowKey(QKeyEvent* event) {
     case KeyAction::kProposeFuel:
       proposal_pages_->Propose(tab);
       return true;
-    case KeyAction::kLogOverlay:  // the log overlay's (above)
-    case KeyAction::kMarkCellTimes:
-      return true;
+    default:
+      return false;
   }
-  return false;
 }
 
 void MainWindow::ShowHistory() { history_panel_->Open(); }

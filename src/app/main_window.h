@@ -14,6 +14,7 @@
 #include <memory>
 
 #include "base/qt/qt_platform.h"
+#include "editors/mapgrid/key_routing.h"
 #include "link/program_status.h"
 #include "program/program_setup.h"
 #include "program/startup_sequence.h"
@@ -103,6 +104,7 @@ class MainWindow : public QMainWindow {
   void BuildLogOverlay();
   // The target AFR table: its session and its window (Ctrl-T).
   void BuildTargets();
+  void WireReview();
   // The load's steps as this window does them (see program/startup_sequence.h).
   StartupActions LoadActions();
   void SizeWindow();
@@ -119,6 +121,7 @@ class MainWindow : public QMainWindow {
   void ShowSetupErrors();
   void ShowOffline(bool offline);
   bool HandleWindowKey(QKeyEvent* event);
+  bool HandleWorkbenchKey(KeyAction action, int tab);
   // Ctrl-J: the history panel in front (changes and restore points).
   void ShowHistory();
   bool InHistoryPanel(QObject* watched) const;

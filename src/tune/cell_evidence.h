@@ -11,7 +11,7 @@
 #include "tune/delay_fit.h"
 #include "tune/log_samples.h"
 #include "tune/sample_filter.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 #include "tune/tune_axes.h"
 
 namespace vela {

@@ -15,6 +15,7 @@
 #include <cmath>
 
 #include "app/pages/datalog_page.h"
+#include "app/sessions/review_session.h"
 #include "app/widgets/status_strip.h"
 #include "datalog/files/log_export.h"
 #include "datalog/files/log_file.h"
@@ -99,7 +100,14 @@ class DatalogKeysTest : public QObject {
     QFile csv_file(csv);
     QVERIFY(csv_file.open(QIODevice::ReadOnly));
     const QByteArray written = csv_file.readAll();
-    QCOMPARE(written.toStdString(), CsvText(program.window->datalog_page().log(), 10.0, 12.05));
+    // The recorded channels, then the log's math channels.
+    std::vector<CsvColumn> math;
+    for (const review::MathColumn& column :
+         program.window->datalog_page().review().math_columns()) {
+      if (!column.error) math.push_back({column.name, column.values, 3});
+    }
+    QCOMPARE(written.toStdString(),
+             CsvText(program.window->datalog_page().log(), 10.0, 12.05, math));
     auto* span_item = program.window->findChild<QAction*>("DatalogExportSpanCsv");
     QVERIFY(program.window->findChild<QToolButton*>("DatalogExportView")
                 ->menu()

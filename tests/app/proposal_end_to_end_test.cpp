@@ -13,6 +13,7 @@
 #include "app/pages/datalog_page.h"
 #include "app/pages/map_pages.h"
 #include "app/sessions/proposal_session.h"
+#include "app/sessions/target_session.h"
 #include "app/workbench/proposal_bar.h"
 #include "app/workbench/proposal_pages.h"
 #include "editors/mapgrid/qt/map_grid_table.h"
@@ -228,6 +229,21 @@ class ProposalEndToEndTest : public QObject {
     const std::optional<std::string> file =
         p_->program->files.ReadFile(p_->program->folders.program + std::string(kTuneSetupFileName));
     QVERIFY(file && file->find("max_change_percent = 5\n") != std::string::npos);
+  }
+
+  // The tuner's target table is what the proposal aims at, and a change of it is followed.
+  void theTunersTargetsAreThoseProposedTo() {
+    LoadDrive(120);
+    Key(Qt::Key_P, Qt::ControlModifier);
+    QVERIFY(Proposal());
+    TargetTable richer = p_->window().targets().table();
+    for (int row = 1; row <= richer.Axes().Rows(); ++row) {
+      for (int column = 1; column <= richer.Axes().Columns(); ++column)
+        richer.Set(row, column, 12.0);
+    }
+    QVERIFY(p_->window().targets().Change(richer, "all 12.0"));
+    QVERIFY(Proposal());
+    for (const ProposedCell& cell : Proposal()->cells) QCOMPARE(cell.target_afr, 12.0);
   }
 
   // While a log is being recorded the proposal follows it, keeping the tuner's cursor.

@@ -15,7 +15,7 @@
 #include "editors/mapgrid/qt/map_grid.h"
 #include "running_program.h"
 #include "support/gui_test_main.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 using namespace vela;
 

@@ -15,7 +15,7 @@
 #include "sim/engine/offline_run.h"
 #include "sim/engine/true_map.h"
 #include "sim_test_support.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela::sim {
 namespace {

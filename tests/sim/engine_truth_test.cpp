@@ -11,7 +11,7 @@
 #include "sim/core/base_calibration.h"
 #include "sim/core/engine_model.h"
 #include "sim/engine/true_map.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela::sim {
 namespace {

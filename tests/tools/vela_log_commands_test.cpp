@@ -6,7 +6,7 @@
 #include "datalog/files/log_file.h"
 #include "editors/editor_fakes.h"
 #include "tools/vela_log/log_commands.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela::logtool {
 namespace {

@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "synthetic_drive.h"
-#include "tune/heat_overlay.h"
+#include "tune/view/heat_overlay.h"
 
 namespace vela {
 namespace {
@@ -96,7 +96,9 @@ TEST(LogHeatTest, FiguresMatchABruteForceCountOverEveryCell) {
       const CellEvidence& cell = heat.Cells().At(row, column);
       EXPECT_NEAR(cell.time_s, time[at], 1e-6) << row << "," << column;
       EXPECT_NEAR(cell.samples, weight[at], 1e-6) << row << "," << column;
-      if (weight[at] > 0.0) EXPECT_NEAR(cell.MeanAfr(), afr_sum[at] / weight[at], 1e-9);
+      if (weight[at] > 0.0) {
+        EXPECT_NEAR(cell.MeanAfr(), afr_sum[at] / weight[at], 1e-9);
+      }
       total += cell.time_s;
     }
   }
@@ -189,14 +191,14 @@ TEST(HeatOverlayTest, SpansOfASelectionFollowTheNearestCell) {
   add(0.6, 100.0, 38.0);   // stopped
   log.CloseGaps();
   const MapCellRect one{10, 3, 10, 3};
-  const std::vector<TimeSpan> spans = CellSpans(log, LoadBasis::kMap, axes, one);
+  const std::vector<CellStretch> spans = CellSpans(log, LoadBasis::kMap, axes, one);
   ASSERT_EQ(spans.size(), 2u);
   EXPECT_DOUBLE_EQ(spans[0].first, 0.1);
   EXPECT_DOUBLE_EQ(spans[0].second, 0.3);
   EXPECT_DOUBLE_EQ(spans[1].first, 0.5);
   EXPECT_DOUBLE_EQ(spans[1].second, 0.6);
   // A rectangle of four cells joins the first three stretches into one.
-  const std::vector<TimeSpan> wide = CellSpans(log, LoadBasis::kMap, axes, {9, 3, 10, 4});
+  const std::vector<CellStretch> wide = CellSpans(log, LoadBasis::kMap, axes, {9, 3, 10, 4});
   ASSERT_EQ(wide.size(), 1u);
   EXPECT_DOUBLE_EQ(wide[0].second, 0.6);
   EXPECT_TRUE(CellSpans(log, LoadBasis::kMap, axes, {1, 1, 1, 1}).empty());

@@ -1,6 +1,6 @@
 // The proposal as the map pages show it: the proposed image (values, never factors applied
 // twice), the amber marks, the words for a cell and the delay, and the settings file.
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 #include <gtest/gtest.h>
 
@@ -64,7 +64,9 @@ TEST_F(ProposalViewTest, TooLittleEvidenceIsMarkedAmberWithoutHidingOtherMarks) 
   Evidence(5, 3, 120, 1.10);
   const FuelProposal proposal = Propose();
   GridOverlay overlay(kMapRows, 9);
-  overlay.Set({8, 4}, CellOverlay{std::nullopt, std::nullopt, std::nullopt, Rgb{1, 2, 3}});
+  CellOverlay framed;
+  framed.mark = Rgb{1, 2, 3};
+  overlay.Set({8, 4}, framed);
   MarkTooLittle(overlay, proposal);
   EXPECT_EQ(overlay.At(8, 3)->mark, kTooLittleMark);
   EXPECT_EQ(overlay.At(8, 4)->mark, (Rgb{1, 2, 3}));

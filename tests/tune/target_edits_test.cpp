@@ -1,13 +1,13 @@
 // The target table as the tuner edits it: undo and redo, other axes, the grid's values, the AFR
 // grid's keys and range, and the colours it is shown in.
-#include "tune/target_edits.h"
+#include "tune/target/target_edits.h"
 
 #include <gtest/gtest.h>
 
 #include "editors/compare/compare_overlay.h"
 #include "editors/editor_fakes.h"
 #include "editors/mapgrid/map_grid_model.h"
-#include "tune/target_colours.h"
+#include "tune/view/target_colours.h"
 
 namespace vela {
 namespace {

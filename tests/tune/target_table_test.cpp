@@ -1,5 +1,5 @@
 // The target table: its default, its CSV both ways, and what a CSV is refused for.
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -36,7 +36,7 @@ void DatalogPage::AddExportMenu(QHBoxLayout* row) {
 
 void DatalogPage::ExportShownCsv() {
   const TimeSpan span = ExportSpan(chart_->View());
-  files_.ExportCsvSpan(log_, span.from, span.to);
+  files_.ExportCsvSpan(log_, span.from, span.to, MathCsvColumns());
 }
 
 void DatalogPage::ExportPicture() {

@@ -5,16 +5,21 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <cmath>
 
 #include "app/pages/data_page.h"
+#include "app/review/marker_list_panel.h"
 #include "app/sessions/link_session.h"
+#include "app/sessions/review_session.h"
+#include "app/widgets/chart_review.h"
 #include "app/widgets/steady_label.h"
 #include "app/widgets/text_of.h"
 #include "base/qt/qt_platform.h"
 #include "datalog/chart/chart_view.h"
 #include "datalog/files/log_export.h"
+#include "datalog/qt/chart_layout_bar.h"
 #include "editors/mapgrid/map_grid_model.h"
 
 namespace vela {
@@ -54,6 +59,7 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
       journal_(journal_file_, parts.setup.folders().datalogs + std::string(kJournalFileName)) {
   setObjectName("DatalogPage");
   chart_ = new DatalogChart(log_, this);
+  BuildReview();
   chart_->setToolTip(
       "Click: cursor A.  Right click: cursor B.  Wheel: zoom.  Drag: pan.  Double click: the "
       "whole log.  K: a marker.  The keys of the Help page's chart table work here too.");
@@ -61,6 +67,7 @@ DatalogPage::DatalogPage(DatalogPageParts parts, QWidget* time_scale_box, QWidge
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(BuildButtons());
   layout->addWidget(BuildChannels());
+  layout->addWidget(BuildLayoutBar());
   auto* middle = new QHBoxLayout;
   middle->addWidget(chart_, 1);
   middle->addWidget(BuildReadout());
@@ -118,7 +125,7 @@ QWidget* DatalogPage::BuildButtons() {
   auto* csv = new QPushButton("Export CSV...", row_widget);
   csv->setObjectName("DatalogExportCsv");
   csv->setFocusPolicy(Qt::NoFocus);
-  connect(csv, &QPushButton::clicked, this, [this] { files_.ExportCsv(log_); });
+  connect(csv, &QPushButton::clicked, this, [this] { files_.ExportCsv(log_, MathCsvColumns()); });
   row->addWidget(csv);
   AddExportMenu(row);
   auto* whole = new QPushButton("Show All", row_widget);
@@ -200,6 +207,8 @@ QWidget* DatalogPage::BuildReadout() {
     cursor_values_->setItem(n + 2, 0, name);
   }
   column->addWidget(cursor_values_, 1);
+  column->addWidget(BuildReviewButtons(panel));
+  column->addWidget(BuildMarkerList(panel));
   gaps_ = new SteadyLabel({QString(kNoArrivalsText),
                            "Clock 88888.88 s, log 88888.88 s: 88888 gaps, 8888888 frames lost"},
                           panel, kReadoutWidth);
@@ -225,7 +234,9 @@ void DatalogPage::SetupChart() {
     log_.SetActive(n, capture_.ChannelOn(n));
   }
   log_.axis = TimeAxis{0.0, TimeScale()};
-  chart_->update();
+  ReadDefaultLayout();
+  if (drawn_review_ != nullptr) drawn_review_->SetDefaultLayout(default_layout_);
+  chart_->SetLayout(default_layout_);
 }
 
 void DatalogPage::LoadDatalogSettings() {
@@ -259,6 +270,7 @@ void DatalogPage::OfferRecovery() {
   log_.axis = WholeLogAxis(log_);
   journal_holds_log_ = true;
   ShowLoadedLog();
+  review_->LogReplaced({});
 }
 
 void DatalogPage::Command6(int index) {
@@ -287,6 +299,7 @@ void DatalogPage::StartLogging() {
   command6_[1]->setEnabled(false);
   capture_.FramesPerSecond = FramesPerSecondOfChoice(parts_.setup.settings.frames_per_second_index);
   capture_.StartLogging(TimeScale(), NowSeconds());
+  review_->LogReplaced({});  // a new log starts with the default math channels
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
   journal_holds_log_ = journal_.Begin(log_);
@@ -348,6 +361,10 @@ void DatalogPage::Refresh() {
   ShowTime(capture_.DatalogTime);
   ShowGaps();
   chart_->RefreshIfChanged();
+  review_->LogGrew(!Logging());
+  if (marker_list_->entries().size() != log_.Markers().size() + log_.Gaps().size()) {
+    marker_list_->Rebuild();
+  }
 }
 
 // The clock beside the log's time, and the gaps: a log that lost frames must say so.
@@ -383,16 +400,24 @@ void DatalogPage::DropMarker() {
   } else if (chart_->CursorA()) {
     log_.AddMarkerAt(*chart_->CursorA(), text);
     chart_->update();
+    marker_list_->Rebuild();
   }
 }
 
 void DatalogPage::AddMarker(const std::string& text) {
   log_.AddMarker(text);
   chart_->update();
+  marker_list_->Rebuild();
 }
 
 void DatalogPage::Save() {
   const DatalogFileResult result = files_.Save(log_);
+  if (result == DatalogFileResult::kDone && files_.DatalogFileKind == kDatalogKindChart &&
+      !review_->LogSaved(files_.saved_path)) {
+    parts_.messages.Show(MessageIcon::kExclamation, "Save DataLog",
+                         {"The math channels and the layout could not be saved beside the log.",
+                          review_->problems().empty() ? "" : review_->problems().front()});
+  }
   // The journal goes once its log is safe in a chart file and no longer growing.
   if (result == DatalogFileResult::kDone && files_.DatalogFileKind == kDatalogKindChart &&
       journal_holds_log_ && !Logging()) {
@@ -403,15 +428,18 @@ void DatalogPage::Save() {
 
 void DatalogPage::Load() {
   if (Logging()) return;
-  if (files_.LoadDatalog(log_).result != DatalogFileResult::kDone) return;
+  const DatalogLoadResult loaded = files_.LoadDatalog(log_);
+  if (loaded.result != DatalogFileResult::kDone) return;
   chart_->ReleaseAxis();
   chart_->SetCursors(std::nullopt, std::nullopt);
   ShowLoadedLog();
+  review_->LogReplaced(loaded.path);
 }
 
 // The chart draws the log's channels as it was saved; ticking a box still shows or hides that
 // channel of it, and sets what the next recording takes.
 void DatalogPage::ShowLoadedLog() {
+  marker_list_->Rebuild();
   ShowTime(log_.EndTime());
   ShowGaps();
   chart_->update();
@@ -462,6 +490,7 @@ void DatalogPage::ShowCursorValues() {
     set(n + 2, 3, ValueText(difference(va, vb), decimals));
   }
   fuel_cell_->setText(a ? FuelCellText(*a) : QString());
+  ShowReviewValues(a, b);
 }
 
 // The fuel map cell the engine ran on at `time`: the nearest RPM row and load column of the
@@ -494,6 +523,44 @@ QString DatalogPage::FuelCellText(double time) const {
 }
 
 double DatalogPage::TimeScale() const { return parts_.setup.settings.datalog_time_scale; }
+
+QWidget* DatalogPage::BuildLayoutBar() {
+  layout_bar_ = new ChartLayoutBar(*chart_, this);
+  connect(layout_bar_, &ChartLayoutBar::SaveDefaultAsked, this, [this] { SaveDefaultLayout(); });
+  // The axis box follows the channel selected on the bar or by the layout.
+  connect(chart_, &DatalogChart::LayoutChanged, this, [this] {
+    const QSignalBlocker block(axis_channel_);
+    if (axis_channel_ != nullptr) axis_channel_->setCurrentIndex(chart_->AxisChannel());
+  });
+  return layout_bar_;
+}
+
+// A default that cannot be read, or holds no usable panel, gives the built-in layout.
+void DatalogPage::ReadDefaultLayout() {
+  const std::string path = parts_.setup.ProgramInfoFolder() + std::string(kChartLayoutFileName);
+  const std::optional<std::string> text = parts_.files.ReadFile(path);
+  default_layout_ = text ? review::ReadLayout(*text).layout : review::ChartLayout();
+}
+
+bool DatalogPage::SaveDefaultLayout() {
+  const std::string path = parts_.setup.ProgramInfoFolder() + std::string(kChartLayoutFileName);
+  if (parts_.files.WriteFile(path, review::LayoutText(chart_->Layout())) != kFileErrorNone) {
+    parts_.messages.Show(MessageIcon::kExclamation, std::string(kWarningTitle),
+                         {"The default chart layout could not be saved in " + path + ".",
+                          parts_.files.LastWriteReason()},
+                         MessageButtons::kOk);
+    return false;
+  }
+  default_layout_ = chart_->Layout();
+  if (drawn_review_ != nullptr) drawn_review_->SetDefaultLayout(default_layout_);
+  return true;
+}
+
+void DatalogPage::DrawReview(ReviewSession& session) {
+  drawn_review_ = &session;
+  session.SetDefaultLayout(default_layout_);
+  FollowReview(*chart_, session);
+}
 
 }  // namespace vela
 

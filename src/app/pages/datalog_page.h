@@ -14,7 +14,9 @@
 #include <QTimer>
 #include <QWidget>
 #include <array>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "datalog/datalog_capture.h"
 #include "datalog/datalog_log.h"
@@ -23,13 +25,21 @@
 #include "datalog/files/journal.h"
 #include "datalog/qt/datalog_chart.h"
 #include "datalog/qt/journal_file.h"
+#include "datalog/review/chart_layout.h"
 #include "link/live/live_frame.h"
 #include "program/program_setup.h"
 
 namespace vela {
 
+class ChartLayoutBar;
+class DistributionView;
 class LinkSession;
 class MapGridModel;
+class MarkerListPanel;
+class ReviewSession;
+
+// The tuner's default chart layout, in the program folder.
+inline constexpr std::string_view kChartLayoutFileName = "ChartLayout.txt";
 
 struct DatalogPageParts {
   ProgramSetup& setup;
@@ -76,7 +86,27 @@ class DatalogPage : public QWidget {
   DatalogLog& log() { return log_; }
   DatalogCapture& capture() { return capture_; }
   DatalogChart* chart() const { return chart_; }
+  // The layout a log without one of its own is shown with (ChartLayout.txt, or the built-in).
+  const review::ChartLayout& DefaultLayout() const { return default_layout_; }
+  // "Save as default": the chart's layout written to ChartLayout.txt; false when it failed.
+  bool SaveDefaultLayout();
+  // The chart draws what `session` holds and keeps its layout there; the session's default
+  // layout is the tuner's.
+  void DrawReview(ReviewSession& session);
   bool Logging() const { return capture_.DatalogLive; }
+
+  // The log's review (datalog_review.cpp): its math channels, second log and layout, the marker
+  // list beside the chart, the scatter and histogram view, the dialogs.
+  ReviewSession& review() { return *review_; }
+  MarkerListPanel* marker_list() const { return marker_list_; }
+  // Opens (or brings up) the scatter and histogram view.
+  DistributionView* OpenDistribution();
+  void OpenMathChannels();
+  // "Load Second Log...": a chart file laid over this log from both starts, then aligned.
+  void LoadSecondLog();
+  void AlignSecondLog();
+  // Cursor A (and the view, when it is outside) to `time`.
+  void PutCursorA(double time);
 
  signals:
   // Stopping brings the DataLogging tab to the front.
@@ -109,6 +139,17 @@ class DatalogPage : public QWidget {
   void ShowCursorValues();
   QString FuelCellText(double time) const;
   double TimeScale() const;
+  // The layout bar above the chart and the default layout it saves.
+  QWidget* BuildLayoutBar();
+  void ReadDefaultLayout();
+  // The review's parts of the page (datalog_review.cpp).
+  void BuildReview();
+  QWidget* BuildReviewButtons(QWidget* parent);
+  QWidget* BuildMarkerList(QWidget* parent);
+  void AddReviewKeys();
+  void ReviewChanged();
+  void ShowReviewValues(std::optional<double> a, std::optional<double> b);
+  std::vector<CsvColumn> MathCsvColumns() const;
 
   DatalogPageParts parts_;
   DatalogLog log_;
@@ -134,6 +175,12 @@ class DatalogPage : public QWidget {
   QTimer journal_check_;
   QElapsedTimer clock_;
   bool records_new_ = false;
+  ChartLayoutBar* layout_bar_ = nullptr;
+  review::ChartLayout default_layout_;
+  ReviewSession* drawn_review_ = nullptr;
+  ReviewSession* review_ = nullptr;
+  MarkerListPanel* marker_list_ = nullptr;
+  DistributionView* distribution_ = nullptr;
 };
 
 }  // namespace vela

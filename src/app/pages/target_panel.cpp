@@ -9,8 +9,8 @@
 #include "app/workbench/operation_line.h"
 #include "editors/compare/compare_overlay.h"
 #include "editors/mapgrid/qt/map_grid.h"
-#include "tune/target_colours.h"
-#include "tune/target_edits.h"
+#include "tune/target/target_edits.h"
+#include "tune/view/target_colours.h"
 
 namespace vela {
 

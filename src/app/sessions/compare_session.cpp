@@ -7,7 +7,7 @@
 #include "editors/compensation/compensation_compare.h"
 #include "editors/map_file.h"
 #include "editors/workbench/bulk_change.h"
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 namespace vela {
 

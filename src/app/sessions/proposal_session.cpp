@@ -1,10 +1,11 @@
 #include "app/sessions/proposal_session.h"
 
 #include "app/pages/datalog_page.h"
+#include "app/sessions/target_session.h"
 #include "base/file_names.h"
 #include "datalog/files/datalog_files.h"
 #include "datalog/files/log_file.h"
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 namespace vela {
 
@@ -18,8 +19,10 @@ ProposalSession::ProposalSession(ProposalSessionParts parts, QObject* parent)
     : QObject(parent), parts_(parts) {
   live_.setInterval(kLiveIntervalMs);
   connect(&live_, &QTimer::timeout, this, &ProposalSession::LiveTick);
-  connect(&parts_.editors, &EditorSession::MapInUseChanged, this,
-          [this](const QString&, const QString& path) { map_path_ = path.toStdString(); });
+  // New targets change what every cell should get.
+  connect(&parts_.targets, &TargetSession::Changed, this, [this] {
+    if (Run()) Recompute();
+  });
   // Another comparison, or none, ends the proposal.
   connect(&parts_.compare, &CompareSession::Changed, this, [this] {
     if (run_ && !parts_.compare.Proposal()) {
@@ -34,13 +37,11 @@ const TuneRun* ProposalSession::Run() const {
   return run_ && parts_.compare.Proposal() ? &*run_ : nullptr;
 }
 
+// The tuner's target table when it stands on this calibration's fuel axes, else the default.
 TargetTable ProposalSession::Targets(const CalibrationImage& image) const {
   const TuneAxes axes = FuelAxesOf(image);
-  if (map_path_.empty()) return TargetTable(axes);
-  const std::optional<std::string> csv = parts_.files.ReadFile(TargetPathFor(map_path_));
-  if (!csv) return TargetTable(axes);
-  TargetRead read = ReadTargetCsv(*csv, axes);
-  return read.table ? std::move(*read.table) : TargetTable(axes);
+  const TargetTable& kept = parts_.targets.table();
+  return kept.Axes() == axes ? kept : TargetTable(axes);
 }
 
 void ProposalSession::Propose(int fuel_map) {

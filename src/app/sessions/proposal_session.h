@@ -18,6 +18,8 @@ namespace vela {
 
 class DatalogPage;
 
+class TargetSession;
+
 struct ProposalSessionParts {
   EditorSession& editors;
   CompareSession& compare;
@@ -26,6 +28,7 @@ struct ProposalSessionParts {
   FileSystem& files;
   MessageSink& messages;
   const ProgramFolders& folders;
+  const TargetSession& targets;
 };
 
 inline constexpr std::string_view kTuneSetupFileName = "TuneSetup.txt";
@@ -77,7 +80,6 @@ class ProposalSession : public QObject {
   int fuel_map_ = 1;
   std::uint64_t seen_revision_ = 0;
   std::size_t seen_records_ = 0;
-  std::string map_path_;  // the map file in use, for the targets kept beside it
   QTimer live_;
 };
 

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "tune/target_edits.h"
-#include "tune/target_table.h"
+#include "tune/target/target_edits.h"
+#include "tune/target/target_table.h"
 
 namespace vela {
 

@@ -6,7 +6,7 @@
 #include "editors/compare/compare_overlay.h"
 #include "editors/compensation/qt/small_map_grid.h"
 #include "editors/mapgrid/qt/map_key_press.h"
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 namespace vela {
 

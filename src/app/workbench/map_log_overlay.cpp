@@ -5,6 +5,7 @@
 
 #include "app/pages/datalog_page.h"
 #include "app/sessions/editor_session.h"
+#include "app/sessions/target_session.h"
 #include "tune/tune_run.h"
 
 namespace vela {
@@ -30,8 +31,8 @@ QString DelayText(const DelayModel& delay, const char* how) {
 }  // namespace
 
 MapLogOverlay::MapLogOverlay(EditorSession& editors, MapPages& maps, DatalogPage& datalog,
-                             QObject* parent)
-    : QObject(parent), editors_(editors), maps_(maps), datalog_(datalog) {
+                             const TargetSession& targets, QObject* parent)
+    : QObject(parent), editors_(editors), maps_(maps), datalog_(datalog), targets_(targets) {
   for (int page = 0; page < MapPages::kPages; ++page) {
     auto* line = new QLabel;
     line->setObjectName(QStringLiteral("LogOverlayLine%1").arg(page + 1));
@@ -45,6 +46,12 @@ MapLogOverlay::MapLogOverlay(EditorSession& editors, MapPages& maps, DatalogPage
     });
   }
   connect(datalog_.chart(), &DatalogChart::CursorsChanged, this, &MapLogOverlay::ChartCursorMoved);
+  // New targets: the errors are taken again from the whole log.
+  connect(&targets_, &TargetSession::Changed, this, [this] {
+    fuel_.reset();
+    ign_.reset();
+    if (layer_ != HeatLayer::kOff) Refresh();
+  });
   follow_.setInterval(kFollowMs);
   connect(&follow_, &QTimer::timeout, this, &MapLogOverlay::Refresh);
 }
@@ -111,7 +118,8 @@ void MapLogOverlay::Restart(bool open) {
     settings.delay = ChooseDelay(std::span<const SampleLog>(&samples, 1), tune, fit);
     delay_text_ = DelayText(settings.delay, fit.fitted ? "fitted" : "default");
   }
-  const TargetTable targets(fuel_axes_);
+  const TargetTable& kept = targets_.table();
+  const TargetTable targets = kept.Axes() == fuel_axes_ ? kept : TargetTable(fuel_axes_);
   fuel_ = std::make_unique<LogHeat>(fuel_axes_, targets, settings);
   ign_ = std::make_unique<LogHeat>(ign_axes_, targets, settings);
 }
@@ -135,7 +143,9 @@ void MapLogOverlay::ShowPage(int page) {
     grid->SetLogOverlay(HeatOverlay(heat->Cells(), heat->Targets(), layer_, outlined));
   } else if (outlined.row > 0) {
     GridOverlay marks(MapGridModel::kRows - 1, grid->Model().LoadSites());
-    marks.Set(outlined, CellOverlay{.mark = kChartCellMark});
+    CellOverlay outline;
+    outline.mark = kChartCellMark;
+    marks.Set(outlined, std::move(outline));
     grid->SetLogOverlay(std::move(marks));
   } else {
     grid->SetLogOverlay({});
@@ -199,13 +209,13 @@ void MapLogOverlay::MarkCellTimes(int tab) {
   const MapGridModel& grid = maps_.page(tab)->grid()->Model();
   const TuneAxes axes =
       tab == kIgnitionPage ? IgnAxesOf(editors_.image()) : FuelAxesOf(editors_.image());
-  std::vector<TimeSpan> spans = CellSpans(datalog_.log(), axes.basis, axes, grid.Selection());
+  std::vector<CellStretch> spans = CellSpans(datalog_.log(), axes.basis, axes, grid.Selection());
   if (spans.empty()) {
     emit Note(QStringLiteral("The log spent no time in the selected cells"));
     return;
   }
   double seconds = 0.0;
-  for (const TimeSpan& span : spans) seconds += span.second - span.first;
+  for (const CellStretch& span : spans) seconds += span.second - span.first;
   const auto count = spans.size();
   chart->SetShadedSpans(std::move(spans));
   emit Note(QStringLiteral("Datalog chart: %1 stretches, %2 s in the selected cells")

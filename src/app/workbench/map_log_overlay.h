@@ -14,12 +14,13 @@
 
 #include "app/pages/map_pages.h"
 #include "editors/mapgrid/key_routing.h"
-#include "tune/heat_overlay.h"
 #include "tune/log_heat.h"
+#include "tune/view/heat_overlay.h"
 
 namespace vela {
 
 class DatalogPage;
+class TargetSession;
 class EditorSession;
 
 class MapLogOverlay : public QObject {
@@ -29,7 +30,7 @@ class MapLogOverlay : public QObject {
   static constexpr int kFollowMs = 1000;
 
   MapLogOverlay(EditorSession& editors, MapPages& maps, DatalogPage& datalog,
-                QObject* parent = nullptr);
+                const TargetSession& targets, QObject* parent = nullptr);
 
   // The window's key routed as `action` with page `tab` in front: true when it was the log's.
   bool HandleKey(KeyAction action, int tab);
@@ -57,6 +58,7 @@ class MapLogOverlay : public QObject {
   EditorSession& editors_;
   MapPages& maps_;
   DatalogPage& datalog_;
+  const TargetSession& targets_;
   HeatLayer layer_ = HeatLayer::kOff;
   TuneAxes fuel_axes_;
   TuneAxes ign_axes_;

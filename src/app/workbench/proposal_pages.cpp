@@ -2,7 +2,7 @@
 
 #include "app/workbench/proposal_settings_dialog.h"
 #include "editors/mapgrid/key_routing.h"
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 namespace vela {
 

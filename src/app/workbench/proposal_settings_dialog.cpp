@@ -4,7 +4,7 @@
 #include <QFormLayout>
 #include <QPushButton>
 
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 namespace vela {
 

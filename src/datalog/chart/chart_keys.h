@@ -84,7 +84,7 @@ struct ChartKeyRow {
   std::string_view function;
 };
 inline constexpr ChartKeyRow kChartKeyHeadings = {" Chart Key", " Function (DataLogging)"};
-inline constexpr std::array<ChartKeyRow, 13> kChartKeyRows = {{
+inline constexpr std::array<ChartKeyRow, 18> kChartKeyRows = {{
     {"+ or =, -", "Zoom in around cursor A, zoom out"},
     {"Ctrl-Left, Ctrl-Right", "Pan by a tenth of the view"},
     {"Ctrl-PgUp, Ctrl-PgDown", "Pan by a whole view"},
@@ -98,6 +98,11 @@ inline constexpr std::array<ChartKeyRow, 13> kChartKeyRows = {{
     {"K", "Drop a marker (at cursor A between logs)"},
     {"Ctrl-X", "Export the cursors' span (or the view) as CSV"},
     {"Ctrl-I", "Export the chart as a PNG picture"},
+    {"Ctrl-Shift-L", "The marker list (Enter: cursor A there, F2: edit, Esc: back)"},
+    {"Ctrl-Shift-D", "Scatter and histogram of the log's channels"},
+    {"Ctrl-Shift-E", "The math channels: add, edit, remove"},
+    {"Ctrl-Shift-O", "Load a second log to compare"},
+    {"Ctrl-Shift-A", "Align the second log at a marker or a time"},
 }};
 
 }  // namespace vela

@@ -103,7 +103,9 @@ DatalogFileResult DatalogFiles::SaveDatalog3(const DatalogLog& log) {
                                                MessageButtons::kYesNo) != MessageAnswer::kYes) {
     return DatalogFileResult::kCancelled;
   }
-  return Write(*path, EncodeLogFile(log), kSaveDatalogTitle);
+  const DatalogFileResult result = Write(*path, EncodeLogFile(log), kSaveDatalogTitle);
+  if (result == DatalogFileResult::kDone) saved_path = *path;
+  return result;
 }
 
 DatalogFileResult DatalogFiles::SaveDatalog1(const DatalogLog& log) {
@@ -122,16 +124,17 @@ std::optional<std::string> DatalogFiles::AskCsvPath() {
   return HasDot(*chosen) ? *chosen : *chosen + std::string(kCsvExtension);
 }
 
-DatalogFileResult DatalogFiles::ExportCsv(const DatalogLog& log) {
+DatalogFileResult DatalogFiles::ExportCsv(const DatalogLog& log, std::span<const CsvColumn> extra) {
   const std::optional<std::string> path = AskCsvPath();
   if (!path) return DatalogFileResult::kCancelled;
-  return Write(*path, CsvText(log), kCsvTitle);
+  return Write(*path, CsvText(log, extra), kCsvTitle);
 }
 
-DatalogFileResult DatalogFiles::ExportCsvSpan(const DatalogLog& log, double from, double to) {
+DatalogFileResult DatalogFiles::ExportCsvSpan(const DatalogLog& log, double from, double to,
+                                              std::span<const CsvColumn> extra) {
   const std::optional<std::string> path = AskCsvPath();
   if (!path) return DatalogFileResult::kCancelled;
-  return Write(*path, CsvText(log, from, to), kCsvTitle);
+  return Write(*path, CsvText(log, from, to, extra), kCsvTitle);
 }
 
 DatalogFileResult DatalogFiles::ExportPicture(const std::function<std::string()>& png) {
@@ -160,6 +163,7 @@ DatalogLoadResult DatalogFiles::LoadDatalog(DatalogLog& log) {
                                   InitialFolder(kLoadFolderMissingLine), chart_files);
   if (!path) return outcome;
   Remember(*path);
+  outcome.path = *path;
   if (!DatalogNameAccepted(*path)) {
     messages_.Show(MessageIcon::kNone, std::string(kLoadDatalogTitle),
                    {std::string(kDatalogLoadRefused)});

@@ -13,6 +13,7 @@
 #include "base/platform.h"
 #include "base/program_folders.h"
 #include "datalog/datalog_log.h"
+#include "datalog/files/log_export.h"
 #include "datalog/files/log_file.h"
 
 namespace vela {
@@ -59,6 +60,7 @@ enum class DatalogFileResult { kDone, kCancelled, kRefused, kFailed };
 struct DatalogLoadResult {
   DatalogFileResult result = DatalogFileResult::kCancelled;
   LogFileReport report;
+  std::string path;  // the file chosen
 };
 
 class DatalogFiles {
@@ -76,9 +78,10 @@ class DatalogFiles {
   DatalogFileResult Save(const DatalogLog& log);
   DatalogFileResult SaveDatalog3(const DatalogLog& log);
   DatalogFileResult SaveDatalog1(const DatalogLog& log);
-  DatalogFileResult ExportCsv(const DatalogLog& log);
+  DatalogFileResult ExportCsv(const DatalogLog& log, std::span<const CsvColumn> extra = {});
   // The records from `from` to `to` of log time as CSV, through the same dialog.
-  DatalogFileResult ExportCsvSpan(const DatalogLog& log, double from, double to);
+  DatalogFileResult ExportCsvSpan(const DatalogLog& log, double from, double to,
+                                  std::span<const CsvColumn> extra = {});
   // A picture of the chart, already encoded as PNG: `png` is asked for only once a name is
   // chosen.
   DatalogFileResult ExportPicture(const std::function<std::string()>& png);
@@ -87,6 +90,8 @@ class DatalogFiles {
   DatalogLoadResult LoadDatalog(DatalogLog& log);
 
   std::uint8_t DatalogFileKind = kDatalogKindChart;
+  // The chart file the last Save wrote (empty: none yet).
+  std::string saved_path;
 
  private:
   std::string InitialFolder(std::string_view missing_line);

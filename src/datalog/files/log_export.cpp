@@ -109,19 +109,31 @@ std::string Dl1Text(const DatalogLog& log) {
 
 namespace {
 
-std::string CsvHeader(const DatalogLog& log, std::vector<int>& channels) {
+std::string CsvHeader(const DatalogLog& log, std::vector<int>& channels,
+                      std::span<const CsvColumn> extra) {
   std::string text = "Time (s),Arrival (s)";
   for (int n = 0; n < kChannelCount; ++n) {
     if (log.Series(n).points == 0) continue;
     channels.push_back(n);
     text += "," + std::string(kChannels[n].name) + " (" + std::string(kChannels[n].unit) + ")";
   }
+  for (const CsvColumn& column : extra) text += "," + CsvQuoted(column.name);
   return text + ",Missing frames,Marker\r\n";
 }
 
-std::string CsvRows(const DatalogLog& log, RecordRange range, double from, double to) {
+void AppendExtra(std::string& text, std::span<const CsvColumn> extra, std::size_t record) {
+  for (const CsvColumn& column : extra) {
+    text += ',';
+    if (record < column.values.size() && std::isfinite(column.values[record])) {
+      AppendFixed(text, column.values[record], column.decimals);
+    }
+  }
+}
+
+std::string CsvRows(const DatalogLog& log, RecordRange range, double from, double to,
+                    std::span<const CsvColumn> extra) {
   std::vector<int> channels;
-  std::string text = CsvHeader(log, channels);
+  std::string text = CsvHeader(log, channels, extra);
   const std::vector<std::string> markers = MarkerColumn(log, range, from, to);
   const std::vector<std::uint32_t> missing = GapColumn(log);
   text.reserve(text.size() + (range.end - range.begin) * (20 + 9 * channels.size()));
@@ -133,6 +145,7 @@ std::string CsvRows(const DatalogLog& log, RecordRange range, double from, doubl
       text += ',';
       AppendValue(text, log, n, i);
     }
+    AppendExtra(text, extra, i);
     text += ',';
     if (missing[i] > 0) text += std::to_string(missing[i]);
     text += ',';
@@ -144,18 +157,19 @@ std::string CsvRows(const DatalogLog& log, RecordRange range, double from, doubl
 
 }  // namespace
 
-std::string CsvText(const DatalogLog& log) {
+std::string CsvText(const DatalogLog& log, std::span<const CsvColumn> extra) {
   constexpr double kAll = std::numeric_limits<double>::infinity();
-  return CsvRows(log, {0, log.RecordCount()}, -kAll, kAll);
+  return CsvRows(log, {0, log.RecordCount()}, -kAll, kAll, extra);
 }
 
-std::string CsvText(const DatalogLog& log, double from, double to) {
+std::string CsvText(const DatalogLog& log, double from, double to,
+                    std::span<const CsvColumn> extra) {
   const std::vector<double>& times = log.Times();
   const auto begin = std::lower_bound(times.begin(), times.end(), from);
   const auto end = std::upper_bound(begin, times.end(), to);
   const RecordRange range{static_cast<std::size_t>(begin - times.begin()),
                           static_cast<std::size_t>(end - times.begin())};
-  return CsvRows(log, range, from, to);
+  return CsvRows(log, range, from, to, extra);
 }
 
 std::string LogInfoText(const DatalogLog& log, const LogFileReport& report) {

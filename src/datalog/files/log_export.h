@@ -2,6 +2,7 @@
 // the summary `vela-log info` prints.
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "datalog/datalog_log.h"
@@ -18,10 +19,18 @@ std::string Dl1Text(const DatalogLog& log);
 // "Missing frames" and "Marker"; one row per record, values with their decimals and '.' (empty
 // where there is no point or no known arrival), the frames lost just before the record (empty
 // for none), the markers' texts in the row of the record they fall on. Rows end with CR LF.
-std::string CsvText(const DatalogLog& log);
+// `extra` columns (channels computed from the recorded ones, one value per record) follow the
+// recorded channels, headed by their names.
+struct CsvColumn {
+  std::string name;
+  std::span<const float> values;  // NaN or missing: empty
+  int decimals = 3;
+};
+std::string CsvText(const DatalogLog& log, std::span<const CsvColumn> extra = {});
 // The same for the records from `from` to `to` (seconds of log time, both included): the columns
 // are those of the whole log, and a marker within the times is never left out.
-std::string CsvText(const DatalogLog& log, double from, double to);
+std::string CsvText(const DatalogLog& log, double from, double to,
+                    std::span<const CsvColumn> extra = {});
 
 // Record count, duration, clock, time axis, channels, markers, gaps, and any damage the reader
 // found.

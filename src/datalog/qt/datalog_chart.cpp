@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "datalog/chart/chart_view.h"
+#include "datalog/chart/panel_geometry.h"
 #include "datalog/qt/chart_painter.h"
 
 namespace vela {
@@ -38,8 +39,30 @@ double DatalogChart::TimeAt(int x) const {
 }
 
 void DatalogChart::SetAxisChannel(int channel) {
+  if (channel < 0 || channel >= kChannelCount) return;
   axis_channel_ = channel;
+  layout_.Select(LayoutNameOf(channel));
   update();
+  emit LayoutChanged();
+}
+
+void DatalogChart::SetLayout(review::ChartLayout layout) {
+  layout_ = std::move(layout);
+  const std::optional<int> recorded = review::RecordedChannelNamed(layout_.Selected());
+  if (recorded) axis_channel_ = *recorded;
+  update();
+  emit LayoutChanged();
+}
+
+void DatalogChart::SetExtraSeries(std::vector<ChartSeries> series) {
+  extra_ = std::move(series);
+  update();
+}
+
+ChartPlan DatalogChart::Plan() const { return PlanChart(log_, layout_, extra_, log_.axis); }
+
+std::vector<QRect> DatalogChart::PanelRects() const {
+  return vela::PanelRects(PlotRect(), static_cast<int>(layout_.Panels().size()));
 }
 
 void DatalogChart::ShowWholeLog() {
@@ -62,11 +85,11 @@ void DatalogChart::SetCursors(std::optional<double> a, std::optional<double> b) 
 
 namespace {
 
-std::vector<std::pair<double, double>> Scales(const DatalogLog& log) {
-  std::vector<std::pair<double, double>> scales;
-  for (int n = 0; n < kChannelCount; ++n) {
-    const ValueRange range = ChannelScale(log, n);
-    scales.emplace_back(range.low, range.high);
+// What decides where a line is drawn beside the axis: each line's panel and range.
+std::vector<double> Scales(const ChartPlan& plan) {
+  std::vector<double> scales;
+  for (const PlannedLine& line : plan.lines) {
+    scales.insert(scales.end(), {static_cast<double>(line.panel), line.range.low, line.range.high});
   }
   return scales;
 }
@@ -83,7 +106,7 @@ int DatalogChart::XOf(double time) const {
 bool DatalogChart::OnlyGrownSincePaint() const {
   return log_.axis == painted_axis_ && painted_records_ > 0 &&
          log_.RecordCount() >= painted_records_ && log_.Markers().size() == painted_markers_ &&
-         log_.Gaps().size() == painted_gaps_ && Scales(log_) == painted_scales_;
+         log_.Gaps().size() == painted_gaps_ && Scales(Plan()) == painted_scales_;
 }
 
 void DatalogChart::RefreshIfChanged() {
@@ -117,10 +140,12 @@ void DatalogChart::paintEvent(QPaintEvent* event) {
   painted_records_ = log_.RecordCount();
   painted_markers_ = log_.Markers().size();
   painted_gaps_ = log_.Gaps().size();
-  painted_scales_ = Scales(log_);
-  PaintChart(
-      painter, rect(),
-      ChartScene{log_, PlotRect(), axis_channel_, cursor_a_, cursor_b_, event->rect(), &spans_});
+  const ChartPlan plan = Plan();
+  painted_scales_ = Scales(plan);
+  ChartScene scene{log_,      PlotRect(),    plan,    cursor_a_,
+                   cursor_b_, event->rect(), &spans_, std::nullopt};
+  if (band_from_) scene.rubber_band = QRect(*band_from_, band_to_).normalized();
+  PaintChart(painter, rect(), scene);
 }
 
 void DatalogChart::wheelEvent(QWheelEvent* event) {
@@ -137,6 +162,13 @@ void DatalogChart::mousePressEvent(QMouseEvent* event) {
     SetCursors(cursor_a_, TimeAt(x));
     return;
   }
+  const bool band = event->button() == Qt::MiddleButton ||
+                    (event->button() == Qt::LeftButton && event->modifiers() & Qt::ShiftModifier);
+  if (band) {
+    band_from_ = event->position().toPoint();
+    band_to_ = *band_from_;
+    return;
+  }
   if (event->button() != Qt::LeftButton) return;
   press_x_ = x;
   press_axis_ = log_.axis;
@@ -144,6 +176,11 @@ void DatalogChart::mousePressEvent(QMouseEvent* event) {
 }
 
 void DatalogChart::mouseMoveEvent(QMouseEvent* event) {
+  if (band_from_) {
+    band_to_ = event->position().toPoint();
+    update();
+    return;
+  }
   if (!press_x_ || !(event->buttons() & Qt::LeftButton)) return;
   const int dx = static_cast<int>(event->position().x()) - *press_x_;
   if (!dragging_ && std::abs(dx) < kDragThreshold) return;
@@ -153,10 +190,44 @@ void DatalogChart::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void DatalogChart::mouseReleaseEvent(QMouseEvent* event) {
+  if (band_from_) {
+    const QPoint from = *band_from_;
+    band_from_.reset();
+    if (!ZoomToRectangle(from, event->position().toPoint())) update();
+    return;
+  }
   if (event->button() != Qt::LeftButton || !press_x_) return;
   if (!dragging_) SetCursors(TimeAt(*press_x_), cursor_b_);
   press_x_.reset();
   dragging_ = false;
+}
+
+bool DatalogChart::ZoomToRectangle(QPoint from, QPoint to) {
+  const std::vector<QRect> rects = PanelRects();
+  std::vector<PixelRect> panels;
+  for (const QRect& r : rects) panels.push_back({r.left(), r.top(), r.width(), r.height()});
+  const std::optional<int> panel = PanelAt(panels, from.y());
+  if (!panel) return false;
+  const ChartPlan plan = Plan();
+  std::vector<const PlannedLine*> lines;
+  std::vector<ValueSpan> spans;
+  for (const PlannedLine& line : plan.lines) {
+    if (line.panel != *panel) continue;
+    lines.push_back(&line);
+    spans.push_back({line.range.low, line.range.high});
+  }
+  const std::optional<RectZoom> zoom =
+      ZoomToRect(panels[static_cast<std::size_t>(*panel)], log_.axis, spans, from.x(), from.y(),
+                 to.x(), to.y());
+  if (!zoom) return false;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    // A line the layout does not place yet is drawn in the first panel: it is placed there now.
+    if (!layout_.PanelOf(lines[i]->name)) layout_.Place(lines[i]->name, *panel);
+    layout_.SetScale(lines[i]->name, {false, zoom->spans[i].low, zoom->spans[i].high});
+  }
+  emit LayoutChanged();
+  TakeAxisInHand(zoom->axis);
+  return true;
 }
 
 void DatalogChart::mouseDoubleClickEvent(QMouseEvent* event) {

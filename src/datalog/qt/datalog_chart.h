@@ -6,10 +6,14 @@
 //
 // A red tick at the plot's top and bottom marks each gap where the link lost frames.
 //
-// Each channel is drawn over the full height between its own lowest and highest value; the left
-// axis is labelled in the units of one chosen channel. The tuner zooms the time axis with the
-// mouse wheel, pans by dragging, shows the whole log with a double click, sets cursor A with a
-// click and cursor B with a right click; the keyboard does all of that and more (chart_keys.h).
+// The channels are stacked in 1 to 4 panels sharing the time axis and the cursors, as the layout
+// says (chart_layout.h); each channel is drawn over its own scale, automatic (its values in view)
+// or fixed, and each panel's left axis is labelled in the units of its selected or first
+// channel. Math channels and a second log's channels are drawn like the recorded ones (the
+// second log's dashed and lighter). The tuner zooms the time axis with the mouse wheel, pans by
+// dragging, zooms to a rectangle dragged with Shift or the middle button (time and the panel's
+// scales), shows the whole log with a double click, sets cursor A with a click and cursor B with
+// a right click; the keyboard does all of that and more (chart_keys.h).
 #pragma once
 
 #include <QWidget>
@@ -19,6 +23,8 @@
 
 #include "datalog/chart/chart_keys.h"
 #include "datalog/datalog_log.h"
+#include "datalog/qt/chart_plan.h"
+#include "datalog/review/chart_layout.h"
 
 namespace vela {
 
@@ -28,9 +34,24 @@ class DatalogChart : public QWidget {
  public:
   explicit DatalogChart(DatalogLog& log, QWidget* parent = nullptr);
 
-  // The channel whose values label the left axis.
+  // The recorded channel whose values label the left axis: the layout's selected channel.
   void SetAxisChannel(int channel);
   int AxisChannel() const { return axis_channel_; }
+
+  // The panels, the channels in each and their scales.
+  const review::ChartLayout& Layout() const { return layout_; }
+  void SetLayout(review::ChartLayout layout);
+  // Lines drawn beside the recorded channels (math channels, a second log's channels); the
+  // columns they point at must live until they are replaced.
+  void SetExtraSeries(std::vector<ChartSeries> series);
+  // What a paint now would draw where.
+  ChartPlan Plan() const;
+  // The rect of each panel, top first.
+  std::vector<QRect> PanelRects() const;
+  // Zooms to the rectangle between two points of the widget as a drag would: the time axis to
+  // its width, the channels of the panel it starts in to fixed scales of its height. False when
+  // it is too small or starts outside every panel.
+  bool ZoomToRectangle(QPoint from, QPoint to);
 
   // True once the tuner has zoomed or panned: the time axis then no longer follows the newest
   // point until the whole log is shown again.
@@ -59,6 +80,8 @@ class DatalogChart : public QWidget {
 
  signals:
   void CursorsChanged();
+  // The layout changed here (a rectangle zoom, the axis channel) or was set.
+  void LayoutChanged();
   void AxisChangedByHand();
   // The export keys: what is seen as CSV, the chart as a picture.
   void ExportCsvAsked();
@@ -92,11 +115,15 @@ class DatalogChart : public QWidget {
   std::size_t painted_records_ = 0;
   std::size_t painted_markers_ = 0;
   std::size_t painted_gaps_ = 0;
-  std::vector<std::pair<double, double>> painted_scales_;
-  // Dragging: where the press was and the axis then.
+  std::vector<double> painted_scales_;
+  review::ChartLayout layout_;
+  std::vector<ChartSeries> extra_;
+  // Dragging: where the press was and the axis then; a rectangle being dragged to zoom to.
   std::optional<int> press_x_;
   TimeAxis press_axis_;
   bool dragging_ = false;
+  std::optional<QPoint> band_from_;
+  QPoint band_to_;
 };
 
 }  // namespace vela

@@ -1,4 +1,4 @@
-#include "tune/heat_overlay.h"
+#include "tune/view/heat_overlay.h"
 
 #include <algorithm>
 #include <cmath>
@@ -149,9 +149,9 @@ MapCell NearestCell(const TuneAxes& axes, double rpm, double load) {
   return {axes.Rows() - Nearest(axes.rpm, rpm), Nearest(axes.loads, load) + 1};
 }
 
-std::vector<TimeSpan> CellSpans(const DatalogLog& log, LoadBasis basis, const TuneAxes& axes,
-                                MapCellRect cells, double min_rpm) {
-  std::vector<TimeSpan> spans;
+std::vector<CellStretch> CellSpans(const DatalogLog& log, LoadBasis basis, const TuneAxes& axes,
+                                   MapCellRect cells, double min_rpm) {
+  std::vector<CellStretch> spans;
   const std::vector<double>& times = log.Times();
   bool inside = false;
   for (std::size_t i = 0; i < times.size(); ++i) {

@@ -1,4 +1,4 @@
-#include "tune/proposal_view.h"
+#include "tune/view/proposal_view.h"
 
 #include <charconv>
 #include <cmath>

@@ -54,8 +54,8 @@ MapCell NearestCell(const TuneAxes& axes, double rpm, double load);
 // The stretches of the log's time (the chart's time base) the engine ran in a cell of the
 // rectangle `top`..`bottom`, `left`..`right`: each record from its time to the next record's.
 // Records without RPM or load, or below `min_rpm`, are in no cell.
-using TimeSpan = std::pair<double, double>;
-std::vector<TimeSpan> CellSpans(const DatalogLog& log, LoadBasis basis, const TuneAxes& axes,
-                                MapCellRect cells, double min_rpm = 300.0);
+using CellStretch = std::pair<double, double>;
+std::vector<CellStretch> CellSpans(const DatalogLog& log, LoadBasis basis, const TuneAxes& axes,
+                                   MapCellRect cells, double min_rpm = 300.0);
 
 }  // namespace vela

@@ -1,4 +1,4 @@
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 #include <algorithm>
 #include <charconv>

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "calibration/map_values.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "editors/mapgrid/cell_overlay.h"
-#include "tune/target_table.h"
+#include "tune/target/target_table.h"
 
 namespace vela {
 

@@ -1,4 +1,4 @@
-#include "tune/target_edits.h"
+#include "tune/target/target_edits.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "tune/target_colours.h"
+#include "tune/view/target_colours.h"
 
 #include <algorithm>
 #include <cmath>

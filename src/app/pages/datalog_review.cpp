@@ -1,0 +1,222 @@
+// The DataLogging tab's review of its log: the math channels' rows and the second log's columns
+// in the cursor read-out, the marker list under it, the buttons and keys that open the scatter
+// and histogram view, the math channels' editor and the second log.
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <tuple>
+
+#include "app/pages/datalog_page.h"
+#include "app/review/distribution_view.h"
+#include "app/review/marker_list_panel.h"
+#include "app/review/math_channel_dialog.h"
+#include "app/review/second_log_dialog.h"
+#include "app/sessions/review_session.h"
+#include "base/qt/qt_platform.h"
+#include "datalog/files/log_export.h"
+
+namespace vela {
+
+namespace {
+
+constexpr int kFirstMathRow = kChannelCount + 2;
+constexpr int kSecondColumn = 4;
+constexpr int kDeltaColumn = 5;
+constexpr int kSecondWidth = 120;
+constexpr int kPlainReadoutWidth = 300;  // the read-out's width without the second log
+
+QString Figure(std::optional<double> value, int decimals) {
+  if (!value || !std::isfinite(*value)) return "-";
+  return QString::fromStdString(FixedText(*value, decimals))
+      .replace(QLatin1Char('.'), QLatin1Char(SystemDecimalSeparator()));
+}
+
+// The value of `column` at the record shown at `time` (the last at or before it).
+std::optional<double> ColumnAt(const DatalogLog& log, std::span<const float> column, double time) {
+  const std::vector<double>& times = log.Times();
+  const auto after = std::upper_bound(times.begin(), times.end(), time + 1e-9);
+  if (after == times.begin()) return std::nullopt;
+  const auto record = static_cast<std::size_t>(after - times.begin() - 1);
+  if (record >= column.size() || std::isnan(column[record])) return std::nullopt;
+  return column[record];
+}
+
+}  // namespace
+
+void DatalogPage::BuildReview() {
+  review_ = new ReviewSession(log_, parts_.files, this);
+  connect(review_, &ReviewSession::Changed, this, &DatalogPage::ReviewChanged);
+  AddReviewKeys();
+  DrawReview(*review_);
+}
+
+QWidget* DatalogPage::BuildReviewButtons(QWidget* parent) {
+  auto* box = new QWidget(parent);
+  auto* grid = new QGridLayout(box);
+  grid->setContentsMargins(0, 0, 0, 0);
+  grid->setSpacing(2);
+  const std::tuple<const char*, const char*, std::function<void()>> buttons[] = {
+      {"Math Channels...", "DatalogMathChannelsButton", [this] { OpenMathChannels(); }},
+      {"Scatter / Histogram...", "DatalogScatterButton", [this] { OpenDistribution(); }},
+      {"Load Second Log...", "DatalogLoadSecondButton", [this] { LoadSecondLog(); }},
+      {"Align Second Log...", "DatalogAlignSecondButton", [this] { AlignSecondLog(); }}};
+  int i = 0;
+  for (const auto& [caption, name, action] : buttons) {
+    auto* button = new QPushButton(caption, box);
+    button->setObjectName(name);
+    button->setFocusPolicy(Qt::NoFocus);
+    connect(button, &QPushButton::clicked, this, action);
+    grid->addWidget(button, i / 2, i % 2);
+    ++i;
+  }
+  return box;
+}
+
+void DatalogPage::AddReviewKeys() {
+  const std::pair<QKeySequence, std::function<void()>> keys[] = {
+      {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L), [this] { marker_list_->setFocus(); }},
+      {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D), [this] { OpenDistribution(); }},
+      {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E), [this] { OpenMathChannels(); }},
+      {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O), [this] { LoadSecondLog(); }},
+      {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), [this] { AlignSecondLog(); }}};
+  for (const auto& [sequence, action] : keys) {
+    auto* shortcut = new QShortcut(sequence, this);
+    shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(shortcut, &QShortcut::activated, this, action);
+  }
+}
+
+QWidget* DatalogPage::BuildMarkerList(QWidget* parent) {
+  marker_list_ = new MarkerListPanel(log_, parent);
+  // A few rows: the cursor read-out above keeps the room on a small screen.
+  marker_list_->setFixedHeight(96);
+  connect(marker_list_, &MarkerListPanel::JumpTo, this, &DatalogPage::PutCursorA);
+  connect(marker_list_, &MarkerListPanel::TextEdited, chart_, [this] { chart_->update(); });
+  connect(marker_list_, &MarkerListPanel::Leave, chart_, [this] { chart_->setFocus(); });
+  return marker_list_;
+}
+
+void DatalogPage::PutCursorA(double time) {
+  const double width = log_.axis.max - log_.axis.min;
+  if (time < log_.axis.min || time > log_.axis.max) {
+    log_.axis.min = std::max(0.0, time - width / 2.0);
+    log_.axis.max = log_.axis.min + width;
+  }
+  chart_->SetCursors(time, chart_->CursorB());
+  chart_->update();
+  chart_->setFocus();
+}
+
+DistributionView* DatalogPage::OpenDistribution() {
+  if (!distribution_) {
+    distribution_ = new DistributionView(
+        *review_,
+        [this] {
+          return CursorSpan{chart_->CursorA(), chart_->CursorB()};
+        },
+        this);
+    distribution_->setWindowFlag(Qt::Window);
+    connect(distribution_, &DistributionView::CursorTo, this, [this](double time) {
+      chart_->SetCursors(time, chart_->CursorB());
+      chart_->update();
+    });
+    connect(review_, &ReviewSession::Changed, distribution_, &DistributionView::Refresh);
+    connect(chart_, &DatalogChart::CursorsChanged, distribution_, [this] {
+      if (distribution_->isVisible()) distribution_->Refresh();
+    });
+  }
+  distribution_->Refresh();
+  distribution_->show();
+  distribution_->raise();
+  distribution_->activateWindow();
+  return distribution_;
+}
+
+void DatalogPage::OpenMathChannels() {
+  MathChannelsDialog dialog(*review_, this);
+  dialog.exec();
+}
+
+void DatalogPage::LoadSecondLog() {
+  if (Logging()) return;
+  DatalogLog second;
+  const DatalogLoadResult loaded = files_.LoadDatalog(second);
+  if (loaded.result != DatalogFileResult::kDone) return;
+  review_->SetSecond(std::move(second), loaded.path);
+  AlignSecondLog();
+}
+
+void DatalogPage::AlignSecondLog() {
+  if (!review_->second()) return;
+  SecondLogDialog dialog(log_, *review_->second(), review_->alignment(), this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  if (const std::optional<review::LogAlignment> alignment = dialog.Alignment()) {
+    review_->SetAlignment(*alignment);
+  }
+}
+
+void DatalogPage::ReviewChanged() {
+  if (cursor_values_ == nullptr) return;  // the read-out is built after the session
+  const int rows = kFirstMathRow + static_cast<int>(review_->math_columns().size());
+  cursor_values_->setRowCount(rows);
+  for (int row = kFirstMathRow; row < rows; ++row) {
+    const review::MathColumn& column = review_->math_columns()[row - kFirstMathRow];
+    auto* name = new QTableWidgetItem(QString::fromStdString(column.name));
+    name->setForeground(QColor(230, 230, 140));
+    if (column.error) name->setToolTip(QString::fromStdString(column.error->reason));
+    cursor_values_->setItem(row, 0, name);
+  }
+  const bool second = review_->HasSecond();
+  cursor_values_->setColumnCount(second ? 6 : 4);
+  if (second) {
+    cursor_values_->setHorizontalHeaderItem(kSecondColumn, new QTableWidgetItem("2nd A"));
+    cursor_values_->setHorizontalHeaderItem(kDeltaColumn, new QTableWidgetItem("A - 2nd"));
+  }
+  cursor_values_->parentWidget()->setFixedWidth(kPlainReadoutWidth + (second ? kSecondWidth : 0));
+  chart_->update();
+  ShowCursorValues();
+}
+
+void DatalogPage::ShowReviewValues(std::optional<double> a, std::optional<double> b) {
+  const auto set = [this](int row, int column, const QString& text) {
+    if (QTableWidgetItem* item = cursor_values_->item(row, column)) {
+      item->setText(text);
+    } else {
+      cursor_values_->setItem(row, column, new QTableWidgetItem(text));
+    }
+  };
+  const std::vector<review::MathColumn>& math = review_->math_columns();
+  for (int i = 0; i < static_cast<int>(math.size()); ++i) {
+    const std::optional<double> va = a ? ColumnAt(log_, math[i].values, *a) : std::nullopt;
+    const std::optional<double> vb = b ? ColumnAt(log_, math[i].values, *b) : std::nullopt;
+    set(kFirstMathRow + i, 1, Figure(va, 3));
+    set(kFirstMathRow + i, 2, Figure(vb, 3));
+    set(kFirstMathRow + i, 3, Figure(va && vb ? std::optional(*vb - *va) : std::nullopt, 3));
+  }
+  const DatalogLog* second = review_->second();
+  if (!second) return;
+  for (int n = 0; n < kChannelCount; ++n) {
+    const std::optional<double> mine = a ? log_.ValueAt(n, *a) : std::nullopt;
+    const std::optional<double> theirs =
+        a ? review::SecondValueAt(*second, review_->alignment(), n, *a) : std::nullopt;
+    const int decimals = kChannels[n].decimals;
+    set(n + 2, kSecondColumn, Figure(theirs, decimals));
+    set(n + 2, kDeltaColumn,
+        Figure(mine && theirs ? std::optional(*mine - *theirs) : std::nullopt, decimals));
+  }
+}
+
+std::vector<CsvColumn> DatalogPage::MathCsvColumns() const {
+  std::vector<CsvColumn> columns;
+  for (const review::MathColumn& column : review_->math_columns()) {
+    if (!column.error) columns.push_back({column.name, column.values, 3});
+  }
+  return columns;
+}
+
+}  // namespace vela
