@@ -137,9 +137,12 @@ void LogHeat::Pair(bool open) {
     const TuneSample& sample = samples_[next_pair_];
     SampleVerdict verdict = verdicts_[next_pair_];
     if (verdict == SampleVerdict::kKept) {
-      const double time = sample.time + settings_.delay.At(sample.rpm, sample.load);
       const TuneSample& newest = samples_.back();
-      if (open && newest.time < time && newest.lost_before == sample.lost_before) return;
+      const bool same_run = newest.lost_before == sample.lost_before;
+      const double departed = newest.time - settings_.delay.At(newest.rpm, newest.load);
+      if (open && same_run && departed < sample.time) return;  // not arrived yet
+      const double time = ArrivalTime(samples_, next_pair_, settings_.delay);
+      if (open && newest.time < time && same_run) return;
       const PairedAfr paired =
           AfrAt(samples_, next_pair_, time, filters.min_afr, filters.max_afr, cursor_);
       if (paired.beyond) {

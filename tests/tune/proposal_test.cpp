@@ -62,6 +62,8 @@ class FuelProposalTest : public ::testing::Test {
     cell.samples = samples;
     cell.time_s = samples / 60.0;
     cell.ratio_sum = samples * factor;
+    cell.share_products[4] = samples;  // every sample on the site itself
+    cell.ratio_products[4] = samples * factor;
     cell.afr_sum = samples * factor * targets_.At(row, column);
   }
 
