@@ -113,5 +113,27 @@ TEST(DelayModel, FallsWithFlowAndStaysInBounds) {
   EXPECT_EQ(model.At(100, 1), kMaxDelaySeconds);
 }
 
+// The exhaust arrives when the delay at the flow of that moment has run out: with the flow
+// halving mid-way the pairing comes later than the sample's own flow says; the sensor's lag is
+// added; a gap or the log's end falls back to the sample's own delay.
+TEST(ArrivalTime, FollowsTheFlowOfTheArrivalAndStopsAtAGap) {
+  std::vector<TuneSample> samples;
+  for (int i = 0; i < 100; ++i) {
+    TuneSample s;
+    s.time = 0.01 * i;
+    s.rpm = i < 20 ? 4000.0 : 2000.0;
+    s.load = 50.0;
+    samples.push_back(s);
+  }
+  const DelayModel delay{0.05, 10000.0};  // 0.10 s at 4000 x 50, 0.15 s at 2000 x 50
+  EXPECT_NEAR(ArrivalTime(samples, 0, delay), 0.10, 1e-9);
+  EXPECT_NEAR(ArrivalTime(samples, 15, delay), 0.30, 1e-9);  // 0.15 + 0.15, not 0.25
+  DelayModel lagged = delay;
+  lagged.lag_s = 0.08;
+  EXPECT_NEAR(ArrivalTime(samples, 15, lagged), 0.38, 1e-9);
+  for (std::size_t i = 25; i < samples.size(); ++i) samples[i].lost_before = 1;
+  EXPECT_NEAR(ArrivalTime(samples, 20, delay), 0.35, 1e-9);
+}
+
 }  // namespace
 }  // namespace vela

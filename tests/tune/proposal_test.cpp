@@ -7,6 +7,7 @@
 #include "editors/editor_fakes.h"
 #include "editors/map_file.h"
 #include "editors/workbench/cell_selection.h"
+#include "tune/cell_fit.h"
 #include "tune/fuel_proposal.h"
 #include "tune/tune_test_support.h"
 
@@ -157,6 +158,35 @@ TEST_F(FuelProposalTest, AStepInTheNeedStaysBetweenTheCellsWhereItIs) {
   for (int column = 3; column <= 7; ++column) {
     EXPECT_NEAR(Ms(proposal.corrected, 5, column), need(column), 0.05) << column;  // 1 %
   }
+}
+
+// Samples only ever halfway between two cells fix their blend, not either cell: however many
+// there are, neither cell is pinned, and neither is proposed. Samples on a site pin it.
+TEST(CellFit, SamplesHalfwayPinNeitherCellAndSamplesOnASitePinIt) {
+  const TuneAxes axes = FuelAxesOf(editor_testing::SoundImage());
+  const TargetTable targets(axes);
+  CellGrid grid(axes);
+  TuneSample halfway;
+  halfway.rpm = (axes.RowRpm(5) + axes.RowRpm(6)) / 2;
+  halfway.load = axes.ColumnLoad(3);
+  TuneSample on_site = halfway;
+  on_site.rpm = axes.RowRpm(8);
+  for (int i = 0; i < 200; ++i) {
+    ShareAfr(grid, halfway, 14.0, 14.0);
+    ShareAfr(grid, on_site, 14.0, 14.0);
+  }
+  const std::vector<double> values(static_cast<std::size_t>(axes.Rows() * axes.Columns()), 5.0);
+  std::vector<bool> free(values.size(), false);
+  const auto index = [&](int row, int column) {
+    return static_cast<std::size_t>((row - 1) * axes.Columns() + column - 1);
+  };
+  for (int row : {5, 6, 8}) free[index(row, 3)] = true;
+  const CellFit fit = FitCells(grid, values, free);
+  EXPECT_LT(fit.pinned[index(5, 3)], 15.0);
+  EXPECT_LT(fit.pinned[index(6, 3)], 15.0);
+  EXPECT_GT(fit.pinned[index(8, 3)], 150.0);
+  EXPECT_NEAR(fit.factors[index(8, 3)], 1.0, 1e-9);
+  EXPECT_EQ(fit.pinned[index(7, 3)], 0.0);  // not solved for
 }
 
 }  // namespace
