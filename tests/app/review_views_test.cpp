@@ -193,7 +193,7 @@ class ReviewViewsTest : public QObject {
 
     // A click a quarter of the way in: cursor A lands on a record no farther from the click than
     // any other record of the span (in pixels, as drawn).
-    const review::ScatterGrid& grid = view->density().grid;
+    const review::ScatterGrid grid = view->density().grid;  // as drawn when clicked
     const QRect plot = view->plot()->PlotRect();
     const QPoint click(plot.left() + plot.width() / 4, plot.top() + plot.height() / 2);
     QTest::mouseClick(view->plot(), Qt::LeftButton, {}, click);
