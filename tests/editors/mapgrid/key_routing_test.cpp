@@ -94,90 +94,53 @@ TEST(MainWindowKeys, GridKeysAndControlCombinationsPassThrough) {
   EXPECT_EQ(RouteMainWindowKey(Letter('u', true), context), Action(KeyAction::kPassToGrid));
 }
 
-// The edit history's chords work on every page, whatever the case; Ctrl with a page letter or a
-// grid letter stays the grid's.
-TEST(MainWindowKeys, HistoryChordsUndoAndRedoOnEveryPage) {
-  for (int page : {kPageFuelMap1, kPageMainSetup, kPageHelp}) {
-    const KeyContext context{page, false};
-    EXPECT_EQ(RouteMainWindowKey(Letter('z', false, true), context), Action(KeyAction::kUndo));
-    MapKeyPress shifted = Letter('Z', false, true);
-    shifted.shift = true;
-    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kRedo));
-    EXPECT_EQ(RouteMainWindowKey(Letter('Y', false, true), context), Action(KeyAction::kRedo));
-    EXPECT_EQ(RouteMainWindowKey(Letter('d', false, true), context),
-              Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('z', true, true), context), Action(KeyAction::kPassToGrid));
+// Every Ctrl chord of the window, in either case of its letter: what it does on a map page and
+// what it does on the other pages. With Alt added every chord is the grid's.
+TEST(MainWindowKeys, CtrlChordsActWhereTheyBelong) {
+  const KeyAction pass = KeyAction::kPassToGrid;
+  struct Chord {
+    char letter;
+    bool shift;
+    KeyAction on_map_page;
+    KeyAction elsewhere;
+  };
+  const Chord chords[] = {
+      {'z', false, KeyAction::kUndo, KeyAction::kUndo},
+      {'z', true, KeyAction::kRedo, KeyAction::kRedo},
+      {'y', false, KeyAction::kRedo, KeyAction::kRedo},
+      {'q', false, KeyAction::kCompareView, KeyAction::kCompareView},
+      {'q', true, KeyAction::kCompareChoose, KeyAction::kCompareChoose},
+      {'j', false, KeyAction::kShowHistory, KeyAction::kShowHistory},
+      {'j', true, pass, pass},
+      {'t', false, KeyAction::kShowTargets, pass},
+      {'t', true, pass, pass},
+      {'p', false, KeyAction::kProposeFuel, KeyAction::kProposeFuel},
+      {'p', true, pass, pass},
+      {'h', false, KeyAction::kLogOverlay, pass},
+      {'h', true, pass, pass},
+      {'m', false, KeyAction::kMarkCellTimes, pass},
+      {'d', false, pass, pass},
+  };
+  for (const Chord& chord : chords) {
+    for (const int page : {kPageFuelMap1, kPageFuelMap2, kPageIgnition, kPageMainSetup,
+                           kPageCompensation, kPageHelp, kPageDataLogging}) {
+      const KeyAction expected = IsMapPage(page) ? chord.on_map_page : chord.elsewhere;
+      for (const char letter : {chord.letter, static_cast<char>(chord.letter - 'a' + 'A')}) {
+        SCOPED_TRACE(::testing::Message()
+                     << letter << " shift " << chord.shift << " page " << page);
+        MapKeyPress press = Letter(letter, false, true);
+        press.shift = chord.shift;
+        EXPECT_EQ(RouteMainWindowKey(press, {page, false}), Action(expected));
+        press.alt = true;
+        EXPECT_EQ(RouteMainWindowKey(press, {page, false}), Action(pass));
+      }
+    }
   }
-}
-
-// The log's chords belong to the map pages; elsewhere, shifted or with Alt they stay the grid's.
-TEST(MainWindowKeys, LogChordsOnTheMapPagesOnly) {
-  for (int page : {kPageFuelMap1, kPageFuelMap2, kPageIgnition}) {
-    const KeyContext context{page, false};
-    EXPECT_EQ(RouteMainWindowKey(Letter('h', false, true), context),
-              Action(KeyAction::kLogOverlay));
-    EXPECT_EQ(RouteMainWindowKey(Letter('M', false, true), context),
-              Action(KeyAction::kMarkCellTimes));
-    MapKeyPress shifted = Letter('H', false, true);
-    shifted.shift = true;
-    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('m', true, true), context), Action(KeyAction::kPassToGrid));
+  // Bare, the chords' letters are the grid's, or pick a page.
+  for (const char letter : {'q', 'j', 'p'}) {
+    EXPECT_EQ(RouteMainWindowKey(Letter(letter), {kPageFuelMap1, false}), Action(pass));
   }
-  for (int page : {kPageHelp, kPageDataLogging}) {
-    EXPECT_EQ(RouteMainWindowKey(Letter('h', false, true), {page, false}),
-              Action(KeyAction::kPassToGrid));
-  }
-}
-
-// Ctrl-Q cycles the compared view and Ctrl-Shift-Q chooses the other side, on every page (the
-// window says when there is nothing to do); bare Q and Alt-Ctrl-Q stay the grid's.
-TEST(MainWindowKeys, CompareChordsOnEveryPage) {
-  for (int page : {kPageFuelMap1, kPageIgnition, kPageCompensation}) {
-    const KeyContext context{page, false};
-    EXPECT_EQ(RouteMainWindowKey(Letter('q', false, true), context),
-              Action(KeyAction::kCompareView));
-    MapKeyPress shifted = Letter('Q', false, true);
-    shifted.shift = true;
-    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kCompareChoose));
-    EXPECT_EQ(RouteMainWindowKey(Letter('q'), context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('q', true, true), context), Action(KeyAction::kPassToGrid));
-  }
-}
-
-// Ctrl-J opens the history panel from any page; with Shift or Alt it stays the grid's, and a
-// bare J is no key of the window.
-TEST(MainWindowKeys, CtrlJShowsTheHistoryOnEveryPage) {
-  for (int page : {kPageFuelMap1, kPageIgnition, kPageMainSetup, kPageDataLogging}) {
-    const KeyContext context{page, false};
-    EXPECT_EQ(RouteMainWindowKey(Letter('j', false, true), context),
-              Action(KeyAction::kShowHistory));
-    EXPECT_EQ(RouteMainWindowKey(Letter('J', false, true), context),
-              Action(KeyAction::kShowHistory));
-    MapKeyPress shifted = Letter('J', false, true);
-    shifted.shift = true;
-    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('j', true, true), context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('j'), context), Action(KeyAction::kPassToGrid));
-  }
-}
-
-// Ctrl-T opens the target AFR table from a map page only; elsewhere, with Shift or with Alt it
-// is no key of the window, and a bare T still picks the Outputs page.
-TEST(MainWindowKeys, CtrlTShowsTheTargetsFromAMapPage) {
-  for (int page : {kPageFuelMap1, kPageFuelMap2, kPageIgnition}) {
-    const KeyContext context{page, false};
-    EXPECT_EQ(RouteMainWindowKey(Letter('t', false, true), context),
-              Action(KeyAction::kShowTargets));
-    MapKeyPress shifted = Letter('T', false, true);
-    shifted.shift = true;
-    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('t', true, true), context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('t'), context).action, KeyAction::kSelectPage);
-  }
-  for (int page : {kPageMainSetup, kPageDataLogging}) {
-    EXPECT_EQ(RouteMainWindowKey(Letter('t', false, true), KeyContext{page, false}),
-              Action(KeyAction::kPassToGrid));
-  }
+  EXPECT_EQ(RouteMainWindowKey(Letter('t'), {kPageFuelMap1, false}).action, KeyAction::kSelectPage);
 }
 
 TEST(KeystrokeTable, HoldsTheEnglishAndGermanRowsInOrder) {
@@ -266,21 +229,6 @@ TEST(MapDisplay, ValueAxisGetsRoundEndsAndSteps) {
   const AxisScale flat = NiceScale(5.0, 5.0, 5);
   EXPECT_LT(flat.min, 5.0);
   EXPECT_GT(flat.max, 5.0);
-}
-
-// Ctrl-P asks for the fuel proposal on every page (the window says so off the fuel maps); with
-// Shift or Alt it stays the grid's, and a bare P is the grid's value key.
-TEST(MainWindowKeys, CtrlPProposesFuelAndNothingElseDoes) {
-  for (int page : {kPageFuelMap1, kPageFuelMap2, kPageIgnition, kPageHelp}) {
-    const KeyContext context{page, false};
-    EXPECT_EQ(RouteMainWindowKey(Letter('p', false, true), context),
-              Action(KeyAction::kProposeFuel));
-    MapKeyPress shifted = Letter('P', false, true);
-    shifted.shift = true;
-    EXPECT_EQ(RouteMainWindowKey(shifted, context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('p', true, true), context), Action(KeyAction::kPassToGrid));
-    EXPECT_EQ(RouteMainWindowKey(Letter('p'), context), Action(KeyAction::kPassToGrid));
-  }
 }
 
 }  // namespace
