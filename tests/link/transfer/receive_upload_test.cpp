@@ -15,17 +15,22 @@ std::string Block() {
   return block;
 }
 
-struct UploadTest : ::testing::Test {
-  void SetUp() override {
-    rig.upload.SetCallbacks({[this](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
-    rig.upload.EnableTimer();
+// A rig whose upload hands each block it takes to `blocks`.
+struct UploadRig : ReceiveRig {
+  UploadRig() {
+    upload.SetCallbacks({[this](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
   }
+  std::vector<CalibrationImage> blocks;
+};
+
+struct UploadTest : ::testing::Test {
+  void SetUp() override { rig.upload.EnableTimer(); }
   void Reply(const std::string& text) {
     rig.Buffer() = text;
     rig.upload.UploadReplyHandler(rig.Buffer());
   }
-  ReceiveRig rig;
-  std::vector<CalibrationImage> blocks;
+  UploadRig rig;
+  std::vector<CalibrationImage>& blocks = rig.blocks;
 };
 
 TEST_F(UploadTest, PreparesTheLinkThenRequestsWithTheSelectedCodeUnlessASendAborted) {
@@ -111,11 +116,6 @@ TEST_F(UploadTest, ABlockedReplyIsPassedOverOnceWithItsMarkersRemoved) {
   EXPECT_EQ(blocks.size(), 1u);
 }
 
-TEST_F(UploadTest, TakesABlockWhoseOwnBytesSpellTheEndMarker) {
-  Reply("ALL" + Block().replace(100, 4, "DONE") + "DONE");
-  EXPECT_EQ(blocks.size(), 1u);
-}
-
 TEST_F(UploadTest, DecidesOnlyOnceAWholeReplyCouldBeThere) {
   Reply("ALL" + std::string(1022, 'a') + "DONE");  // 1029 characters: it may go on
   EXPECT_EQ(rig.Buffer().size(), 1029u);
@@ -158,9 +158,7 @@ TEST(UploadChunking, EveryChunkSizeTakesTheReplyEvenWithMarkersInsideTheBlock) {
     const std::string stream = Frames(2, 100) + "ALL" + block + "DONE" + Frames(3, 200);
     for (std::size_t size = 1; size <= 1030; ++size) {
       SCOPED_TRACE(size);
-      ReceiveRig rig;
-      std::vector<CalibrationImage> blocks;
-      rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+      UploadRig rig;
       for (std::size_t at = 0; at < stream.size(); at += size) {
         rig.Receive(stream.substr(at, size));
         rig.dispatcher.TimerCommProcess();
@@ -170,8 +168,8 @@ TEST(UploadChunking, EveryChunkSizeTakesTheReplyEvenWithMarkersInsideTheBlock) {
         }
       }
       for (int i = 0; i < 5; ++i) rig.dispatcher.TimerCommProcess();
-      ASSERT_EQ(blocks.size(), 1u);
-      const auto& bytes = blocks[0].Bytes();
+      ASSERT_EQ(rig.blocks.size(), 1u);
+      const auto& bytes = rig.blocks[0].Bytes();
       ASSERT_EQ(std::string(bytes.begin(), bytes.end()), block);
       ASSERT_FALSE(rig.periods.empty());
       EXPECT_EQ(rig.periods.back(), 202u);
@@ -221,9 +219,7 @@ int Requests(const ReceiveRig& rig) {
 // moment it is whole, even when it arrives in two pieces split inside the marker, the requests go
 // on at their pace, and a reply that follows such a frame is still taken.
 TEST(StrayMarkers, FramesWhoseDataSpellAllAreTakenAndTheUploadGoesOn) {
-  ReceiveRig rig;
-  std::vector<CalibrationImage> blocks;
-  rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+  UploadRig rig;
   rig.upload.UploadTimer();  // the link preparation
   for (std::uint16_t i = 0; i < 20; ++i) {
     const std::string frame = StandingFrame(i);
@@ -240,8 +236,8 @@ TEST(StrayMarkers, FramesWhoseDataSpellAllAreTakenAndTheUploadGoesOn) {
   EXPECT_EQ(Requests(rig), 4);
   rig.Receive(StandingFrame(20) + "ALL" + Block() + "DONE" + StandingFrame(21));
   for (int i = 0; i < 3; ++i) rig.dispatcher.TimerCommProcess();
-  ASSERT_EQ(blocks.size(), 1u);
-  EXPECT_EQ(std::string(blocks[0].Bytes().begin(), blocks[0].Bytes().end()), Block());
+  ASSERT_EQ(rig.blocks.size(), 1u);
+  EXPECT_EQ(std::string(rig.blocks[0].Bytes().begin(), rig.blocks[0].Bytes().end()), Block());
   EXPECT_EQ(rig.live.idle_target_rpm, 21);
 }
 
@@ -274,9 +270,7 @@ TEST(StrayMarkers, AStartNoReplyFollowsIsGivenUpInTheReplysTime) {
 
 // A whole reply takes 90 ms on the wire: arriving in pieces over that time, it is taken.
 TEST(StrayMarkers, AReplyArrivingAtTheLinesSpeedIsNeverGivenUp) {
-  ReceiveRig rig;
-  std::vector<CalibrationImage> blocks;
-  rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+  UploadRig rig;
   const std::string reply = "ALL" + Block() + "DONE";
   constexpr std::size_t kPiece = 64;  // 5.6 ms on the wire
   for (std::size_t at = 0; at < reply.size(); at += kPiece) {
@@ -285,7 +279,7 @@ TEST(StrayMarkers, AReplyArrivingAtTheLinesSpeedIsNeverGivenUp) {
     rig.clock.now += 9;
   }
   EXPECT_GT(rig.clock.now, CalibrationUpload::kReplyWireMs);
-  EXPECT_EQ(blocks.size(), 1u);
+  EXPECT_EQ(rig.blocks.size(), 1u);
 }
 
 // Inside the block: "DONE", a whole live frame saying the ECU holds fault 37, and a fault code
@@ -312,9 +306,7 @@ TEST(DamagedReply, GoesWholeSoItsBlockIsNeverReadAsFramesOrFaults) {
                                  "ALL" + block + "x" + "DONE", "ALL" + block.substr(0, 700)};
   for (const std::string& reply : replies) {
     SCOPED_TRACE(reply.size());
-    ReceiveRig rig;
-    std::vector<CalibrationImage> blocks;
-    rig.upload.SetCallbacks({[&](const CalibrationImage& i) { blocks.push_back(i); }, nullptr});
+    UploadRig rig;
     FaultCodeReader reader(rig.sender, rig.clock);
     int fault_replies = 0;
     reader.SetCallbacks({[&](const fault_reply::Reply&) { ++fault_replies; }, nullptr});
@@ -326,7 +318,7 @@ TEST(DamagedReply, GoesWholeSoItsBlockIsNeverReadAsFramesOrFaults) {
       rig.dispatcher.TimerCommProcess();
     }
     for (int i = 0; i < 20; ++i) rig.dispatcher.TimerCommProcess();
-    EXPECT_TRUE(blocks.empty());
+    EXPECT_TRUE(rig.blocks.empty());
     EXPECT_EQ(std::ranges::count(rig.periods, kPeriodInBlock), 0);
     ASSERT_FALSE(rig.periods.empty());
     EXPECT_EQ(rig.periods.back(), 511u);
