@@ -35,6 +35,14 @@ bool SameCell(const CalibrationImage& a, const CalibrationImage& b, int position
   return a.Read16(position) == b.Read16(position);
 }
 
+// A map file holding `image`, in the program's folder, which the next file dialog gives.
+bool OfferMapFile(RunningProgram& p, const std::string& name, const CalibrationImage& image) {
+  const std::string path = (p.dir.path() + "/").toStdString() + name;
+  const std::vector<std::uint8_t> bytes = image.ToVector();
+  p.program->dialogs.path = path;
+  return p.program->files.WriteFile(path, std::string(bytes.begin(), bytes.end())) == 0;
+}
+
 // A key as the tuner types it, to the control that has the keyboard.
 void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
   QTest::keyClick(QApplication::focusWidget(), key, modifiers);
@@ -178,10 +186,7 @@ class CompareEndToEndTest : public QObject {
 
     CalibrationImage file = read;
     file.Write16(FuelPosition(file, 3, 2), 4321);
-    const std::string good = (p.dir.path() + "/good.sm1").toStdString();
-    const std::vector<std::uint8_t> bytes = file.ToVector();
-    QCOMPARE(p.program->files.WriteFile(good, std::string(bytes.begin(), bytes.end())), 0);
-    p.program->dialogs.path = good;
+    QVERIFY(OfferMapFile(p, "good.sm1", file));
     QVERIFY(Choose(p, 1));
     QCOMPARE(p.Text("CompareCount"), "1 cell differs from map file good.sm1");
     QCOMPARE(p.Text("CompareCountCompensation"),
@@ -225,10 +230,7 @@ class CompareEndToEndTest : public QObject {
     QVERIFY(Shown(grid, a.row, a.column) != ecu_a);
     CalibrationImage file = read;
     file.Write16(FuelPosition(file, 3, 2), 4321);
-    const std::string path = (p.dir.path() + "/good.sm1").toStdString();
-    const std::vector<std::uint8_t> bytes = file.ToVector();
-    QCOMPARE(p.program->files.WriteFile(path, std::string(bytes.begin(), bytes.end())), 0);
-    p.program->dialogs.path = path;
+    QVERIFY(OfferMapFile(p, "good.sm1", file));
 
     QVERIFY(ChoosePair(p, 1, 1));  // ECU as last read, with a map file
     QCOMPARE(p.Text("CompareView"), "Current: ECU as last read, compared with map file good.sm1");
