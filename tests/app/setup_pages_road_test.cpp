@@ -116,12 +116,10 @@ class SetupPagesRoadTest : public QObject {
   void anUploadFillsEveryPage() {
     testing::RunningProgram& p = *program_;
     // Main setup: the base calibration's four-cylinder engine.
-    QVERIFY(p.Find<QRadioButton>("Cylinders3")->isChecked());
-    QVERIFY(p.Find<QRadioButton>("FuelMode1")->isChecked());
-    QVERIFY(p.Find<QRadioButton>("OptionImpedance2")->isChecked());
-    QVERIFY(p.Find<QRadioButton>("LimiterMode0")->isChecked());
-    QVERIFY(p.Find<QRadioButton>("LoadSensing1")->isChecked());
-    QVERIFY(p.Find<QRadioButton>("TriggerHallMagnetic1")->isChecked());
+    for (const char* button : {"Cylinders3", "FuelMode1", "OptionImpedance2", "LimiterMode0",
+                               "LoadSensing1", "TriggerHallMagnetic1"}) {
+      QVERIFY2(p.Find<QRadioButton>(button)->isChecked(), button);
+    }
     QCOMPARE(p.Find<QComboBox>("ComboTrigger")->currentText(), QString("Missing Tooth - 36-1"));
     QCOMPARE(p.Find<QComboBox>("ComboSpark")->currentText(), QString("Wasted Spark"));
     QCOMPARE(p.Find<QComboBox>("ComboSiteFuel")->currentIndex(), 2);
