@@ -27,10 +27,8 @@ TEST(PacingTest, RowsHaveExclusiveBoundsAndFrameTimeFollowsTheCode) {
   EXPECT_EQ(PacingRowFor(325'000.0f).steps, 5);
   EXPECT_EQ(PacingRowFor(379'999.0f).byte_delay, 35.0f);
   EXPECT_EQ(PacingRowFor(380'000.0f).byte_delay, 40.0f);
-  EXPECT_DOUBLE_EQ(FrameTimeMs(2, 4.0f), 8.9);
+  // Commands 2, 5 and 6 show their frame times as gaps on the wire (the comms sender's tests).
   EXPECT_DOUBLE_EQ(FrameTimeMs(12, 4.0f), 8.9);
-  EXPECT_DOUBLE_EQ(FrameTimeMs(5, 4.0f), 4.65);
-  EXPECT_DOUBLE_EQ(FrameTimeMs(6, 40.0f), 10.45);
 }
 
 }  // namespace
