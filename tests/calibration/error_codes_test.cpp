@@ -92,9 +92,6 @@ TEST(ErrorRows, TheNumberIsPaddedByItsSizeAndCarriesABlankForItsSign) {
   EXPECT_EQ(ErrorRowText(101), " 101  -  Unknown Code");
   EXPECT_EQ(ErrorRowText(139), " 139  -  Injector Duty Cycle too High");
   EXPECT_EQ(ErrorRowText(-5), "    -5  -  Unknown Code");
-}
-
-TEST(ErrorRows, EdgeCasesOfTheList) {
   // An empty title leaves the number and the dash alone.
   EXPECT_EQ(ErrorRowText(16), "   16  -");
   EXPECT_EQ(ErrorRowText(17), "   17  -");
