@@ -27,8 +27,8 @@ using namespace vela;
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace window_truth_test {
 
-// The whole program shown, with a simulated ECU of the given options on its line.
-// The whole program shown, its link paced as on a serial line.
+// The whole program shown, with a simulated ECU of the given options on its line, its link paced
+// as on a serial line.
 struct ShownProgram : testing::RunningProgram {
   explicit ShownProgram(const sim::SimCommandLine& options)
       : RunningProgram(testing::RunningOptions::Paced(options)) {

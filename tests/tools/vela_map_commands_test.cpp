@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "editors/editor_fakes.h"
 #include "tools/vela_map/map_commands.h"
 #include "tools/vela_map/map_csv.h"
@@ -84,26 +86,18 @@ TEST(VelaMapDiff, NamesEachChangedCellByGridRowWithItsAxesAndEachByteByItsField)
   b.SetByte(820, 1);                                   // no editor owns it
   const MapDiff diff = DiffImages(a, b);
   ASSERT_EQ(diff.cells.size(), 2u);
-  const CellDifference& fuel = diff.cells[0];
-  EXPECT_EQ(fuel.map, MapId::kFuel1);
-  EXPECT_EQ(fuel.row, 1);
-  EXPECT_EQ(fuel.column, 2);
-  EXPECT_EQ(fuel.rpm, 8200);
-  EXPECT_DOUBLE_EQ(fuel.load, 12.5);
-  EXPECT_EQ(fuel.b, 4321);
-  const CellDifference& ign = diff.cells[1];
-  EXPECT_EQ(ign.map, MapId::kIgnition);
-  EXPECT_EQ(ign.row, 11);
-  EXPECT_EQ(ign.column, 5);
-  EXPECT_EQ(ign.rpm, 0);
-  EXPECT_DOUBLE_EQ(ign.load, 100.0);
+  const auto cell = [](const CellDifference& c) {
+    return std::tuple(c.map, c.row, c.column, c.rpm, c.load, c.b);
+  };
+  EXPECT_EQ(cell(diff.cells[0]), std::tuple(MapId::kFuel1, 1, 2, 8200, 12.5, 4321));
+  EXPECT_EQ(cell(diff.cells[1]), std::tuple(MapId::kIgnition, 11, 5, 0, 100.0, 10));
   ASSERT_EQ(diff.bytes.size(), 3u);
-  EXPECT_EQ(diff.bytes[0].field, "unowned");
-  EXPECT_EQ(diff.bytes[1].position, 907);
-  EXPECT_EQ(diff.bytes[1].field, "InjectionMode");
-  EXPECT_EQ(diff.bytes[2].field, "RevLimit1");
-  EXPECT_EQ(diff.bytes[2].offset, 1);
-  EXPECT_EQ(diff.bytes[2].b, 9);
+  const auto byte = [](const ByteDifference& d) {
+    return std::tuple(d.position, d.field, d.offset, d.b);
+  };
+  EXPECT_EQ(byte(diff.bytes[0]), std::tuple(820, "unowned", 0, 1));
+  EXPECT_EQ(byte(diff.bytes[1]), std::tuple(907, "InjectionMode", 0, 66));
+  EXPECT_EQ(byte(diff.bytes[2]), std::tuple(950, "RevLimit1", 1, 9));
 }
 
 TEST(VelaMapDiff, AnyChangedByteIsADifferenceAndEqualFilesHaveNone) {
