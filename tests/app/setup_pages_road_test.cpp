@@ -48,6 +48,12 @@ void TypeInto(QAbstractSpinBox* spin, const QString& text) {
   QTest::keyClick(spin, Qt::Key_Return);
 }
 
+// A key on `widget`, given the keyboard first, as a tuner who tabbed or clicked to it.
+void KeyOn(QWidget* widget, Qt::Key key) {
+  widget->setFocus();
+  QTest::keyClick(widget, key);
+}
+
 // Types `text` key by key into whichever widget has the focus, as a keyboard does.
 void TypeKeys(const QString& text) {
   for (const QChar c : text) QTest::keyClick(QApplication::focusWidget(), c.toLatin1());
@@ -163,12 +169,7 @@ class SetupPagesRoadTest : public QObject {
                  {{4, 942, 193}});
     QCOMPARE(p.program->messages.shown.back().title, std::string("MORVANE Warning"));
     ExpectWrites("list by keyboard",
-                 [&] {
-                   QComboBox* trigger = p.Find<QComboBox>("ComboTrigger");
-                   trigger->setFocus();
-                   QTest::keyClick(trigger, Qt::Key_Down);
-                 },
-                 {{4, 902, 4}});
+                 [&] { KeyOn(p.Find<QComboBox>("ComboTrigger"), Qt::Key_Down); }, {{4, 902, 4}});
     // The wheel over a list the tuner has not clicked into changes nothing.
     ExpectWrites("wheel passing over a list",
                  [&] {
@@ -184,18 +185,11 @@ class SetupPagesRoadTest : public QObject {
     // 7200 RPM is 8333 us; the period shrinks, so the low byte goes first.
     ExpectWrites("rev limiter in RPM", [&] { TypeInto(p.Find<QSpinBox>("RevLimit1"), "7200"); },
                  {{4, 949, 0x8D}, {4, 950, 0x20}});
-    ExpectWrites("fuel load sites",
-                 [&] {
-                   QComboBox* sites = p.Find<QComboBox>("ComboSiteFuel");
-                   sites->setFocus();
-                   QTest::keyClick(sites, Qt::Key_Up);
-                 },
+    ExpectWrites("fuel load sites", [&] { KeyOn(p.Find<QComboBox>("ComboSiteFuel"), Qt::Key_Up); },
                  {{4, 995, 0x20 | 1}});
     QCOMPARE(p.window().map_pages().page(0)->grid()->Model().LoadSites(), 13);
     const std::size_t quiet = wire_.Mark();
-    QComboBox* afr = p.Find<QComboBox>("ComboAFRMode");
-    afr->setFocus();
-    QTest::keyClick(afr, Qt::Key_Down);
+    KeyOn(p.Find<QComboBox>("ComboAFRMode"), Qt::Key_Down);
     QCOMPARE(SetupLine(p, 4), QString("AFR Display Mode = 1 "));
     QTest::qWait(150);
     QVERIFY(wire_.WritesSince(quiet).empty());
@@ -232,12 +226,8 @@ class SetupPagesRoadTest : public QObject {
     QCOMPARE(water_map->Model().Text(0), std::string("80.1"));
 
     tabs->setCurrentIndex(7);
-    ExpectWrites("sensor list",
-                 [&] {
-                   QComboBox* list = p.Find<QComboBox>("Combop4");
-                   list->setFocus();
-                   QTest::keyClick(list, Qt::Key_Down);  // " Alfa 2L T Spark"
-                 },
+    ExpectWrites("sensor list",  // to " Alfa 2L T Spark"
+                 [&] { KeyOn(p.Find<QComboBox>("Combop4"), Qt::Key_Down); },
                  {{4, 987, 231},
                   {4, 988, 219},
                   {4, 989, 202},
@@ -275,24 +265,15 @@ class SetupPagesRoadTest : public QObject {
     QTest::keyClick(&p.window(), Qt::Key_M);
     QCOMPARE(tabs->currentIndex(), 6);
     auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
-    ExpectWrites("Space on a tick box",
-                 [&] {
-                   flag->setFocus();
-                   QTest::keyClick(flag, Qt::Key_Space);
-                 },
-                 {{4, 903, 0x81}});
+    ExpectWrites("Space on a tick box", [&] { KeyOn(flag, Qt::Key_Space); }, {{4, 903, 0x81}});
     QVERIFY(flag->isChecked());
     // Tab from the trigger pattern list lands on the sensor group's chosen button, "Magnetic".
     p.Find<QComboBox>("ComboTrigger")->setFocus();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     QCOMPARE(QApplication::focusWidget(), p.Find<QRadioButton>("TriggerHallMagnetic1"));
     // Space on an option button chooses it.
-    auto* cut_spark = p.Find<QRadioButton>("LimiterMode1");
     ExpectWrites("Space on an option button",
-                 [&] {
-                   cut_spark->setFocus();
-                   QTest::keyClick(cut_spark, Qt::Key_Space);
-                 },
+                 [&] { KeyOn(p.Find<QRadioButton>("LimiterMode1"), Qt::Key_Space); },
                  {{4, 942, 128}});
     // The next Tab leaves the group instead of walking through its other buttons.
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
