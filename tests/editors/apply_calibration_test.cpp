@@ -77,31 +77,28 @@ TEST_F(ApplyCalibration, ListsEveryFailedCheckInStepOrderAndStillAppliesEveryFie
   for (int i = 0; i < 8; ++i) image.SetByte(987 + i, static_cast<std::uint8_t>(i + 1));
   Apply(image);
 
-  std::vector<std::string> expected;
-  expected.insert(expected.end(), {"Cylinders Setup Invalid", "RPM Sites Setup is invalid",
-                                   "Fuel Load Sites Error", "Fuel Map Selection Error"});
-  expected.insert(expected.end(), {"Trigger Offset Error", "Ignition Load Sites Error",
-                                   "Ignition Timing Lock Active", "PC Software out of date"});
-  expected.insert(expected.end(), {"Rev Limiter 2 Invalid", "Trigger Pattern Invalid",
-                                   "Trigger Hall or Magnetic Invalid", "Trigger Voltage Invalid"});
-  expected.insert(expected.end(),
-                  {"Home Position Pattern Invalid", "Home Position Hall or Magnetic Invalid",
-                   "Home Position Voltage Invalid", "Ignition Spark Mode Invalid"});
-  expected.insert(expected.end(),
-                  {"Fuel Injection Mode and Injector Impedance", "GPO1 Function Invalid",
-                   "GPO2 Function Invalid", "GPO3 Function Invalid"});
-  expected.insert(expected.end(), {"Rev Limiter Type Invalid", "Tacho Output Setup Invalid",
-                                   "Trigger Edges Setup Invalid", "Rev Limiter 1 Invalid"});
-  expected.insert(expected.end(), {"TPS Setup Error", "Throttle Pump Setup Error",
-                                   "Map Sensor Setup Error", "Map Sensor Scaling Invalid"});
-  expected.insert(expected.end(), {"GPI1 Function Invalid", "GPI2 Function Invalid",
-                                   "Dwell Time Invalid", "Air Temp Sensor Calibration Error"});
-  expected.insert(expected.end(), 7, "Water Temp Sensor Calibration Error");
-  expected.insert(expected.end(),
-                  {"Injector Startup Prime Invalid", "Battery Voltage Compensation Invalid",
-                   "Idle Target RPM Invalid", "Idle Minimum Larger than Maximum Error",
-                   "Idle Cold Adjuster Invalid", "Idle PWM Frequency Invalid"});
-  EXPECT_EQ(state.SetupErrors, expected);
+  EXPECT_THAT(
+      state.SetupErrors,
+      ElementsAre("Cylinders Setup Invalid", "RPM Sites Setup is invalid", "Fuel Load Sites Error",
+                  "Fuel Map Selection Error", "Trigger Offset Error", "Ignition Load Sites Error",
+                  "Ignition Timing Lock Active", "PC Software out of date", "Rev Limiter 2 Invalid",
+                  "Trigger Pattern Invalid", "Trigger Hall or Magnetic Invalid",
+                  "Trigger Voltage Invalid", "Home Position Pattern Invalid",
+                  "Home Position Hall or Magnetic Invalid", "Home Position Voltage Invalid",
+                  "Ignition Spark Mode Invalid", "Fuel Injection Mode and Injector Impedance",
+                  "GPO1 Function Invalid", "GPO2 Function Invalid", "GPO3 Function Invalid",
+                  "Rev Limiter Type Invalid", "Tacho Output Setup Invalid",
+                  "Trigger Edges Setup Invalid", "Rev Limiter 1 Invalid", "TPS Setup Error",
+                  "Throttle Pump Setup Error", "Map Sensor Setup Error",
+                  "Map Sensor Scaling Invalid", "GPI1 Function Invalid", "GPI2 Function Invalid",
+                  "Dwell Time Invalid", "Air Temp Sensor Calibration Error",
+                  "Water Temp Sensor Calibration Error", "Water Temp Sensor Calibration Error",
+                  "Water Temp Sensor Calibration Error", "Water Temp Sensor Calibration Error",
+                  "Water Temp Sensor Calibration Error", "Water Temp Sensor Calibration Error",
+                  "Water Temp Sensor Calibration Error", "Injector Startup Prime Invalid",
+                  "Battery Voltage Compensation Invalid", "Idle Target RPM Invalid",
+                  "Idle Minimum Larger than Maximum Error", "Idle Cold Adjuster Invalid",
+                  "Idle PWM Frequency Invalid"));
 
   EXPECT_EQ(state.setup.cylinders_code, 9);
   EXPECT_EQ(state.setup.trigger_pattern, 6);
