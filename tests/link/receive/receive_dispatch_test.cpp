@@ -94,14 +94,9 @@ TEST(Dispatcher, IgnoresACallMadeWhileItRuns) {
 }
 
 TEST(TimerCommProcess, RunsOneToSixDispatchesByDispatchPerTickWhileDataArrives) {
-  for (auto [per_tick, dispatches] : {std::pair{1.0f, 1u},
-                                      {1.7f, 2u},
-                                      {2.49f, 2u},
-                                      {2.5f, 3u},
-                                      {3.5f, 4u},
-                                      {4.5f, 5u},
-                                      {5.5f, 6u},
-                                      {9.0f, 6u}}) {
+  const std::pair<float, std::size_t> cases[] = {{1.0f, 1}, {1.7f, 2}, {2.49f, 2}, {2.5f, 3},
+                                                 {3.5f, 4}, {4.5f, 5}, {5.5f, 6},  {9.0f, 6}};
+  for (auto [per_tick, dispatches] : cases) {
     ReceiveRig rig;
     rig.state.DispatchPerTick = per_tick;
     rig.Buffer() = Frames(8);
