@@ -265,12 +265,7 @@ TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
   ASSERT_EQ(messages.shown.size(), 2u);
   EXPECT_EQ(messages.shown[1].title, " Download Check");
   ASSERT_TRUE(download.running());
-  int ticks = 0;
-  while (download.running() && ticks < 1000) {
-    download.Tick();
-    ++ticks;
-  }
-  EXPECT_EQ(ticks, 513);  // the whole image, then the closing frame
+  download.Tick();  // the download's own frames are the download test's
   EXPECT_EQ(sender.frames.front(), (SentFrame{2, 1, 1500}));
 }
 
