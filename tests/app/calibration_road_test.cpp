@@ -134,8 +134,7 @@ class CalibrationRoadTest : public QObject {
     testing::RunningOptions options;
     options.log = [frames](const std::string&) { ++*frames; };
     testing::RunningProgram p(options);
-    QVERIFY2(p.started, p.error.c_str());
-    QVERIFY(p.Run());
+    QVERIFY2(p.started && p.Run(), p.error.c_str());
     testing::TestProgram& program = *p.program;
     sim::InProcessSimulator& ecu = *p.ecu;
     EditorSession& editors = p.editors();
@@ -168,8 +167,7 @@ class CalibrationRoadTest : public QObject {
   // back.
   void aDownloadCutShortIsReportedAndSentAgainWhenTheEcuReturns() {
     testing::RunningProgram p(Pluggable());
-    QVERIFY2(p.started, p.error.c_str());
-    QVERIFY(p.Show());
+    QVERIFY2(p.started && p.Show(), p.error.c_str());
     testing::TestProgram& program = *p.program;
     std::unique_ptr<sim::InProcessSimulator>& ecu = p.ecu;
     EditorSession& editors = p.editors();
@@ -289,8 +287,7 @@ class CalibrationRoadTest : public QObject {
     testing::RunningOptions options;
     options.ecu.sim.steady_after_us = 2'000'000;
     testing::RunningProgram p(options);
-    QVERIFY2(p.started, p.error.c_str());
-    QVERIFY(p.Show());
+    QVERIFY2(p.started && p.Show(), p.error.c_str());
     testing::TestProgram& program = *p.program;
     const QString dir = p.dir.path();
     QTRY_VERIFY_WITH_TIMEOUT(p.editors().has_calibration(), 10000);
@@ -321,8 +318,7 @@ class CalibrationRoadTest : public QObject {
 
   void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {
     testing::RunningProgram p(Pluggable());
-    QVERIFY2(p.started, p.error.c_str());
-    QVERIFY(p.Show());
+    QVERIFY2(p.started && p.Show(), p.error.c_str());
     testing::TestProgram& program = *p.program;
     std::unique_ptr<sim::InProcessSimulator>& ecu = p.ecu;
     EditorSession& editors = p.editors();

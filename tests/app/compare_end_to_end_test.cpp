@@ -93,8 +93,7 @@ class CompareEndToEndTest : public QObject {
  private slots:
   void comparesWithTheEcuTakesItsValuesAndSendsDifferences() {
     RunningProgram p;
-    QVERIFY2(p.started, p.error.c_str());
-    QVERIFY(p.Run());
+    QVERIFY2(p.started && p.Run(), p.error.c_str());
     MapGrid* grid = p.window().map_pages().page(0)->grid();
     QVERIFY(QTest::qWaitFor([&] { return grid->hasFocus(); }));
     const CalibrationImage read = *p.editors().ecu_image();
@@ -174,8 +173,7 @@ class CompareEndToEndTest : public QObject {
   // a restore point is compared through the session's slot.
   void comparesWithFilesRestorePointsAndFollowsTheEcu() {
     RunningProgram p;
-    QVERIFY2(p.started, p.error.c_str());
-    QVERIFY(p.Run());
+    QVERIFY2(p.started && p.Run(), p.error.c_str());
     const CalibrationImage read = *p.editors().ecu_image();
     const std::string short_file = (p.dir.path() + "/short.sm1").toStdString();
     QCOMPARE(p.program->files.WriteFile(short_file, std::string(100, '\0')), 0);
@@ -218,8 +216,7 @@ class CompareEndToEndTest : public QObject {
   // nothing the comparison would change is done.
   void comparesTwoSidesWithoutTheEditorsReadOnly() {
     RunningProgram p;
-    QVERIFY2(p.started, p.error.c_str());
-    QVERIFY(p.Run());
+    QVERIFY2(p.started && p.Run(), p.error.c_str());
     MapGrid* grid = p.window().map_pages().page(0)->grid();
     QVERIFY(QTest::qWaitFor([&] { return grid->hasFocus(); }));
     const CalibrationImage read = *p.editors().ecu_image();

@@ -52,8 +52,7 @@ class DatalogEndToEndTest : public QObject {
  private slots:
   void recordSaveReloadAndReadTheFramesBackWithVelaLog() {
     Program program;
-    QVERIFY2(program.started, program.error.c_str());
-    QVERIFY(program.Run());
+    QVERIFY2(program.started && program.Run(), program.error.c_str());
     std::vector<live::Frame> frames;  // what the ECU sent while the log ran
     QObject::connect(&program.link(), &LinkSession::FrameTaken, [&](const live::Frame& frame) {
       if (program.page().Logging()) frames.push_back(frame);
@@ -120,8 +119,7 @@ class DatalogEndToEndTest : public QObject {
   // The status strip tells a running log on every page, with its time and record count.
   void theStatusStripShowsARunningLogOnEveryPage() {
     Program program;
-    QVERIFY2(program.started, program.error.c_str());
-    QVERIFY(program.Run());
+    QVERIFY2(program.started && program.Run(), program.error.c_str());
     auto* state = program.window().findChild<QLabel*>("DatalogState");
     QVERIFY(state);
     QVERIFY(state->isHidden());
@@ -139,8 +137,7 @@ class DatalogEndToEndTest : public QObject {
 
   void aJournalLeftByAKilledProgramIsOfferedAtTheNextStart() {
     Program program;
-    QVERIFY2(program.started, program.error.c_str());
-    QVERIFY(program.Run());
+    QVERIFY2(program.started && program.Run(), program.error.c_str());
     const QString journal_path = program.Datalogs() + "Recording.journal";
     program.page().StartStopLogging();
     QTest::qWait(2500);

@@ -92,8 +92,7 @@ class SetupPagesRoadTest : public QObject {
     options.log = wire_.Hook();
     options.ecu.image_path = image_path;
     program_ = std::make_unique<testing::RunningProgram>(options);
-    QVERIFY2(program_->started, program_->error.c_str());
-    QVERIFY(program_->Run());
+    QVERIFY2(program_->started && program_->Run(), program_->error.c_str());
   }
 
   void cleanup() { program_.reset(); }
