@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace vela::sim {
@@ -32,17 +33,11 @@ TEST(SimCommandLineTest, ReadsEveryOptionInBothSpellings) {
   EXPECT_EQ(line->sim.seed, 9u);
   EXPECT_EQ(line->sim.byte_time_us, 0);
   const FaultOptions& f = line->sim.faults;
-  EXPECT_EQ(f.garbage_every, 3);
-  EXPECT_EQ(f.garbage_max_bytes, 4);
-  EXPECT_EQ(f.chunk_max_bytes, 2);
-  EXPECT_EQ(f.chunk_gap_us, 5000);
-  EXPECT_EQ(f.silence_after_us, 1'500'000);
-  EXPECT_EQ(f.silence_for_us, 2'000'000);
-  EXPECT_EQ(f.upload_cut_bytes, 100);
-  EXPECT_EQ(f.done_shift, -2);
-  EXPECT_EQ(f.faulty_uploads, 0);
-  EXPECT_EQ(f.burst_every_us, 3'000'000);
-  EXPECT_EQ(f.burst_bytes, 700);
+  EXPECT_EQ(std::tuple(f.garbage_every, f.garbage_max_bytes, f.chunk_max_bytes, f.chunk_gap_us),
+            std::tuple(3, 4, 2, 5000));
+  EXPECT_EQ(std::tuple(f.silence_after_us, f.silence_for_us, f.burst_every_us, f.burst_bytes),
+            std::tuple(1'500'000, 2'000'000, 3'000'000, 700));
+  EXPECT_EQ(std::tuple(f.upload_cut_bytes, f.done_shift, f.faulty_uploads), std::tuple(100, -2, 0));
   EXPECT_TRUE(line->verbose);
   EXPECT_EQ(line->sim.fault_codes,
             (std::vector<InjectedFault>{{66, 0}, {139, 20'000'000}, {3, 500'000}}));
