@@ -40,10 +40,8 @@ class EngineRunTest : public ::testing::Test {
           s.phase == DrivePhase::kIdle && s.throttle_pct < 0.5 && s.rpm < s.idle_target_rpm + 100;
       idle_steps = idling ? idle_steps + 1 : 0;
       if (idle_steps > 50) idle_map_.Add(s.map_kpa);
-      if (s.throttle_pump_us > 0) ++pump_steps_;
       if (s.decel_cut) ++cut_steps_;
       if (s.decel_cut) cut_injection_.Add(s.injection_us);
-      if (i == 0) first_water_ = s.water_c;
       water_.Add(s.water_c);
       // Warm, fuelled and cruising for 1.5 s (the sensor has seen the cruise's own exhaust).
       const bool steady = s.water_c > 80 && !s.decel_cut && !s.limiter &&
@@ -57,17 +55,13 @@ class EngineRunTest : public ::testing::Test {
       }
     }
     lambda_mean_ = lambda_sum / fuelled;
-    last_ = engine.State();
   }
 
   CalibrationImage image_ = EmbeddedBaseCalibration();
   Extremes rpm_, map_, battery_, lambda_, injection_, advance_, water_, idle_map_;
   double lambda_mean_ = 0;
   Extremes cut_injection_;
-  double first_water_ = 0;
-  int pump_steps_ = 0;
   int cut_steps_ = 0;
-  EngineState last_;
 };
 
 TEST_F(EngineRunTest, SpeedWandersBetweenIdleAndAFewThousand) {
@@ -96,17 +90,13 @@ TEST_F(EngineRunTest, ElectricsMixtureAndTimingStayInTheirBands) {
   EXPECT_LE(advance_.high, 35);
   EXPECT_GT(injection_.low, 1000);
   EXPECT_LT(injection_.high, 12'000);
-  EXPECT_GT(pump_steps_, 0);
   // Lifting off at speed cuts the fuel altogether.
   EXPECT_GT(cut_steps_, 0);
   EXPECT_EQ(cut_injection_.high, 0);
 }
 
-TEST_F(EngineRunTest, WaterWarmsUpAndHoldsAtTheThermostat) {
-  EXPECT_LT(first_water_, 25);
-  EXPECT_GT(last_.water_c, 80);
-  EXPECT_LT(water_.high, 95);
-}
+// The drive cycle test sees the water warm up from cold; here it holds at the thermostat.
+TEST_F(EngineRunTest, WaterHoldsAtTheThermostat) { EXPECT_LT(water_.high, 95); }
 
 TEST(EngineLookupTest, FuelAndIgnitionBlendNeighbouringSites) {
   const CalibrationImage image = EmbeddedBaseCalibration();
