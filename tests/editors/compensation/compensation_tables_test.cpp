@@ -15,13 +15,10 @@ using editor_testing::SentFrame;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST(CompensationConversions, EdgeValuesOfEachTable) {
-  EXPECT_EQ(AirCompStored(-12.8), 0);
-  EXPECT_EQ(AirCompStored(12.7), 255);
+// Every stored byte comes back through its text (below); these are the ends beyond a byte: the
+// water table's 100 % and the ten-bit throttle position of the pump's de-activation.
+TEST(CompensationConversions, EndsBeyondAByte) {
   EXPECT_EQ(WaterCompStored(100.0), 256);
-  EXPECT_EQ(WaterCompStored(99.6), 255);
-  EXPECT_EQ(BattCompStored(1.25), 125);
-  EXPECT_EQ(ThrottlePumpStored(50.0), 128);
   EXPECT_EQ(DeactivateStoredTps(100.0), 1023);
   EXPECT_EQ(DeactivateStoredTps(24.9), 255);
 }
