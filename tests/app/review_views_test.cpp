@@ -4,6 +4,8 @@
 // and a click on it; a second log aligned at a marker with its values and deltas in the cursor
 // read-out. Set VELA_SHOTS to a folder to keep pictures at 1280x720 and 1024x600.
 #include <QAccessible>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QPushButton>
@@ -220,6 +222,54 @@ class ReviewViewsTest : public QObject {
     view->ShowHistogram("RPM");
     QVERIFY(face->text(QAccessible::Name) == "Histogram of RPM");
     KeepShot(view, "histogram", {1024, 600});
+  }
+
+  void renamedMathChannelIsFollowedByItsUsersTheLayoutAndTheLists() {
+    QVERIFY(Load(WriteDrive("drive.sl1", 30.0, 10.0, 0.0)));
+    ReviewSession& review = Page().review();
+    std::vector<review::MathChannel> math = review.math();
+    math.push_back({"Duty x2", "\"Injector Duty\" * 2"});
+    review.SetMath(math);
+    review::ChartLayout layout = review.layout();
+    layout.AddPanel();
+    layout.Place("Injector Duty", 1);
+    review.SetLayout(layout);
+    QString refusal_of_taken;
+    MathChannelsDialog dialog(review, &p_->window());
+    WhenModal<MathChannelEditor>([&](MathChannelEditor* editor) {
+      auto* name = editor->findChild<QLineEdit*>("MathChannelName");
+      name->clear();
+      QTest::keyClicks(name, "duty X2");  // a later channel's name
+      refusal_of_taken = editor->Refusal();
+      name->clear();
+      QTest::keyClicks(name, "Duty Calc");
+      if (editor->Refusal().isEmpty()) editor->accept();
+    });
+    dialog.Edit(0);
+    QVERIFY2(refusal_of_taken.contains("another math channel"), qPrintable(refusal_of_taken));
+    QCOMPARE(review.math()[0].name, std::string("Duty Calc"));
+    QCOMPARE(review.math()[2].expression, std::string("\"Duty Calc\" * 2"));
+    QVERIFY(!review.math_columns()[2].error);
+    QCOMPARE(review.layout().PanelOf("Duty Calc"), 1);
+    QCOMPARE(Page().chart()->Layout(), review.layout());
+    QCOMPARE(p_->Find<QCheckBox>("DatalogMathCheck_0")->text(), QString("Duty Calc"));
+    auto* axis = p_->Find<QComboBox>("DatalogAxisChannel");
+    QCOMPARE(axis->itemText(kChannelCount), QString("Duty Calc"));
+    QCOMPARE(axis->count(), kChannelCount + 3);
+    // Unticked, it leaves the chart; removed, it leaves the layout and the lists.
+    p_->Find<QCheckBox>("DatalogMathCheck_0")->setChecked(false);
+    const auto drawn = [this](const std::string& name) {
+      for (const PlannedLine& line : Page().chart()->Plan().lines) {
+        if (line.name == name) return true;
+      }
+      return false;
+    };
+    QVERIFY(!drawn("Duty Calc") && drawn("Duty x2"));
+    dialog.list()->setCurrentRow(0);
+    dialog.findChild<QPushButton*>("MathChannelsRemove")->click();
+    QVERIFY(!review.layout().PanelOf("Duty Calc"));
+    QCOMPARE(axis->count(), kChannelCount + 1);  // Duty x2 now refused
+    QCOMPARE(p_->Find<QCheckBox>("DatalogMathCheck_0")->text(), QString("AFR Error"));
   }
 
   void secondLogAlignedAtAMarkerShowsItsValuesAndDeltas() {

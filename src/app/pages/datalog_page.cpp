@@ -169,6 +169,7 @@ QWidget* DatalogPage::BuildChannels() {
     connect(check2_[n], &QCheckBox::toggled, this, [this, n](bool on) { ChannelToggled(n, on); });
     grid->addWidget(check2_[n], n / 6, n % 6);
   }
+  channels_grid_ = grid;
   return box;
 }
 
@@ -183,7 +184,7 @@ QWidget* DatalogPage::BuildReadout() {
   axis_channel_->setObjectName("DatalogAxisChannel");
   for (const ChannelInfo& c : kChannels) axis_channel_->addItem(TextOf(c.caption));
   axis_channel_->setFocusPolicy(Qt::NoFocus);
-  connect(axis_channel_, &QComboBox::currentIndexChanged, chart_, &DatalogChart::SetAxisChannel);
+  connect(axis_channel_, &QComboBox::currentIndexChanged, this, &DatalogPage::AxisChosen);
   axis_row->addWidget(axis_channel_, 1);
   column->addLayout(axis_row);
   cursor_values_ = new QTableWidget(kChannelCount + 2, 4, panel);
@@ -528,10 +529,7 @@ QWidget* DatalogPage::BuildLayoutBar() {
   layout_bar_ = new ChartLayoutBar(*chart_, this);
   connect(layout_bar_, &ChartLayoutBar::SaveDefaultAsked, this, [this] { SaveDefaultLayout(); });
   // The axis box follows the channel selected on the bar or by the layout.
-  connect(chart_, &DatalogChart::LayoutChanged, this, [this] {
-    const QSignalBlocker block(axis_channel_);
-    if (axis_channel_ != nullptr) axis_channel_->setCurrentIndex(chart_->AxisChannel());
-  });
+  connect(chart_, &DatalogChart::LayoutChanged, this, &DatalogPage::ShowAxisChannel);
   return layout_bar_;
 }
 

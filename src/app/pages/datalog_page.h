@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -150,6 +151,12 @@ class DatalogPage : public QWidget {
   void ReviewChanged();
   void ShowReviewValues(std::optional<double> a, std::optional<double> b);
   std::vector<CsvColumn> MathCsvColumns() const;
+  // The math channels that evaluated get check boxes after the recorded channels' and entries
+  // in the Axis box after theirs.
+  void ShowMathChannels();
+  void AxisChosen(int index);
+  // The Axis box on the layout's selected channel.
+  void ShowAxisChannel();
 
   DatalogPageParts parts_;
   DatalogLog log_;
@@ -164,6 +171,8 @@ class DatalogPage : public QWidget {
   DatalogChart* chart_ = nullptr;
   std::array<QPushButton*, 3> command6_{};
   std::array<QCheckBox*, kChannelCount> check2_{};
+  QGridLayout* channels_grid_ = nullptr;
+  std::vector<QCheckBox*> math_checks_;
   QLabel* status_ = nullptr;
   QLabel* time_box_ = nullptr;
   QComboBox* file_kind_ = nullptr;

@@ -17,6 +17,7 @@
 #include "app/review/math_channel_dialog.h"
 #include "app/review/second_log_dialog.h"
 #include "app/sessions/review_session.h"
+#include "app/widgets/chart_review.h"
 #include "base/qt/qt_platform.h"
 #include "datalog/files/log_export.h"
 
@@ -178,8 +179,69 @@ void DatalogPage::ReviewChanged() {
     cursor_values_->setHorizontalHeaderItem(kDeltaColumn, new QTableWidgetItem("A - 2nd"));
   }
   cursor_values_->parentWidget()->setFixedWidth(kPlainReadoutWidth + (second ? kSecondWidth : 0));
+  ShowMathChannels();
   chart_->update();
   ShowCursorValues();
+}
+
+void DatalogPage::ShowMathChannels() {
+  std::vector<std::pair<std::string, std::size_t>> shown;  // name, place in the list
+  const std::vector<review::MathColumn>& columns = review_->math_columns();
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (!columns[i].error) shown.emplace_back(columns[i].name, i);
+  }
+  const bool same = shown.size() == math_checks_.size() &&
+                    std::equal(shown.begin(), shown.end(), math_checks_.begin(),
+                               [](const auto& math, const QCheckBox* check) {
+                                 return check->text().toStdString() == math.first;
+                               });
+  if (!same) {
+    for (QCheckBox* check : math_checks_) delete check;
+    math_checks_.clear();
+    for (const auto& [name, place] : shown) {
+      auto* check = new QCheckBox(QString::fromStdString(name), channels_grid_->parentWidget());
+      check->setObjectName(QString("DatalogMathCheck_%1").arg(math_checks_.size()));
+      check->setToolTip("Math channel " + check->text() + ": drawn on the chart while ticked");
+      QPalette palette = check->palette();
+      palette.setColor(QPalette::WindowText, MathColour(place));
+      check->setPalette(palette);
+      check->setFocusPolicy(Qt::NoFocus);
+      connect(check, &QCheckBox::toggled, this,
+              [this, name](bool on) { review_->ShowMath(name, on); });
+      const int at = kChannelCount + static_cast<int>(math_checks_.size());
+      channels_grid_->addWidget(check, at / 6, at % 6);
+      math_checks_.push_back(check);
+    }
+    const QSignalBlocker block(axis_channel_);
+    while (axis_channel_->count() > kChannelCount) axis_channel_->removeItem(kChannelCount);
+    for (const auto& math : shown) axis_channel_->addItem(QString::fromStdString(math.first));
+  }
+  for (QCheckBox* check : math_checks_) {
+    const QSignalBlocker block(check);
+    check->setChecked(review_->MathShown(check->text().toStdString()));
+  }
+  ShowAxisChannel();
+}
+
+void DatalogPage::AxisChosen(int index) {
+  if (index < kChannelCount) {
+    chart_->SetAxisChannel(index);
+  } else {
+    chart_->SelectChannel(axis_channel_->itemText(index).toStdString());
+  }
+}
+
+void DatalogPage::ShowAxisChannel() {
+  if (axis_channel_ == nullptr) return;
+  const std::string& selected = chart_->Layout().Selected();
+  int index = chart_->AxisChannel();
+  if (!review::RecordedChannelNamed(selected)) {
+    const int math =
+        axis_channel_->findText(QString::fromStdString(selected), Qt::MatchFixedString);
+    if (math >= kChannelCount) index = math;
+  }
+  const QSignalBlocker block(axis_channel_);
+  axis_channel_->setCurrentIndex(index);
 }
 
 void DatalogPage::ShowReviewValues(std::optional<double> a, std::optional<double> b) {
@@ -200,6 +262,20 @@ void DatalogPage::ShowReviewValues(std::optional<double> a, std::optional<double
   }
   const DatalogLog* second = review_->second();
   if (!second) return;
+  const std::vector<review::MathColumn>& theirs_math = review_->second_math_columns();
+  const std::optional<std::size_t> their_record =
+      a ? review::SecondRecordAt(*second, review_->alignment(), *a) : std::nullopt;
+  for (int i = 0; i < static_cast<int>(math.size()); ++i) {
+    std::optional<double> mine = a ? ColumnAt(log_, math[i].values, *a) : std::nullopt;
+    std::optional<double> theirs;
+    if (their_record && static_cast<std::size_t>(i) < theirs_math.size()) {
+      const float value = review::ValueOr(theirs_math[i].values, *their_record);
+      if (!std::isnan(value)) theirs = value;
+    }
+    set(kFirstMathRow + i, kSecondColumn, Figure(theirs, 3));
+    set(kFirstMathRow + i, kDeltaColumn,
+        Figure(mine && theirs ? std::optional(*mine - *theirs) : std::nullopt, 3));
+  }
   for (int n = 0; n < kChannelCount; ++n) {
     const std::optional<double> mine = a ? log_.ValueAt(n, *a) : std::nullopt;
     const std::optional<double> theirs =

@@ -64,6 +64,11 @@ review::MathChannel MathChannelEditor::Channel() const {
   return {name_->text().trimmed().toStdString(), expression_->text().toStdString()};
 }
 
+void MathChannelEditor::SetLaterNames(std::vector<std::string> names) {
+  later_names_ = std::move(names);
+  Check();
+}
+
 void MathChannelEditor::Check() {
   const review::MathChannel channel = Channel();
   refusal_.clear();
@@ -71,6 +76,11 @@ void MathChannelEditor::Check() {
   std::optional<std::string> name_refused = review::RefuseMathName(channel.name);
   for (const review::MathChannel& other : before_) {
     if (!name_refused && review::SameName(other.name, channel.name)) {
+      name_refused = "another math channel has that name";
+    }
+  }
+  for (const std::string& other : later_names_) {
+    if (!name_refused && review::SameName(other, channel.name)) {
       name_refused = "another math channel has that name";
     }
   }
@@ -149,22 +159,23 @@ void MathChannelsDialog::Edit(int row) {
   const std::size_t at = adding ? math.size() : static_cast<std::size_t>(row);
   const std::vector<review::MathChannel> before(math.begin(), math.begin() + at);
   MathChannelEditor editor(adding ? review::MathChannel{} : math[at], before, this);
+  std::vector<std::string> later;
+  for (std::size_t i = at + 1; i < math.size(); ++i) later.push_back(math[i].name);
+  editor.SetLaterNames(std::move(later));
   if (editor.exec() != QDialog::Accepted) return;
   if (adding) {
     math.push_back(editor.Channel());
+    review_.SetMath(std::move(math));
   } else {
-    math[at] = editor.Channel();
+    review_.EditMath(at, editor.Channel());
   }
-  review_.SetMath(std::move(math));
   list_->setCurrentRow(static_cast<int>(at));
 }
 
 void MathChannelsDialog::Remove() {
-  std::vector<review::MathChannel> math = review_.math();
   const int row = list_->currentRow();
-  if (row < 0 || row >= static_cast<int>(math.size())) return;
-  math.erase(math.begin() + row);
-  review_.SetMath(std::move(math));
+  if (row < 0 || row >= static_cast<int>(review_.math().size())) return;
+  review_.RemoveMath(static_cast<std::size_t>(row));
 }
 
 }  // namespace vela

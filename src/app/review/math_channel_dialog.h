@@ -16,7 +16,8 @@ namespace vela {
 
 class ReviewSession;
 
-// One channel: its name and expression, checked as they would compile after `before`.
+// One channel: its name and expression, checked as they would compile after `before`. A new name
+// for a channel that others use is taken: the session rewrites their expressions to follow it.
 class MathChannelEditor : public QDialog {
   Q_OBJECT
 
@@ -25,6 +26,8 @@ class MathChannelEditor : public QDialog {
                     QWidget* parent = nullptr);
 
   review::MathChannel Channel() const;
+  // The names of the channels after this one, which its name must not repeat either.
+  void SetLaterNames(std::vector<std::string> names);
   // The check's words: empty when the channel is accepted.
   QString Refusal() const { return refusal_; }
   // The character of the expression the refusal points at, or -1.
@@ -34,6 +37,7 @@ class MathChannelEditor : public QDialog {
   void Check();
 
   std::vector<review::MathChannel> before_;
+  std::vector<std::string> later_names_;
   QLineEdit* name_ = nullptr;
   QLineEdit* expression_ = nullptr;
   QLabel* check_ = nullptr;

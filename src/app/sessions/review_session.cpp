@@ -1,8 +1,10 @@
 #include "app/sessions/review_session.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/file_system.h"
+#include "datalog/review/math_rename.h"
 
 namespace vela {
 
@@ -44,6 +46,42 @@ void ReviewSession::SetMath(std::vector<review::MathChannel> channels) {
   emit Changed();
 }
 
+void ReviewSession::EditMath(std::size_t at, review::MathChannel channel) {
+  if (at >= math_.size()) return;
+  if (math_[at].name != channel.name) {
+    for (std::string& hidden : hidden_math_) {
+      if (review::SameName(hidden, math_[at].name)) hidden = channel.name;
+    }
+    review::RenameMathChannel(math_, layout_, at, channel.name);
+  }
+  math_[at].expression = std::move(channel.expression);
+  Evaluate();
+  emit Changed();
+}
+
+void ReviewSession::RemoveMath(std::size_t at) {
+  if (at >= math_.size()) return;
+  layout_.Remove(math_[at].name);
+  math_.erase(math_.begin() + static_cast<std::ptrdiff_t>(at));
+  Evaluate();
+  emit Changed();
+}
+
+bool ReviewSession::MathShown(const std::string& name) const {
+  return std::none_of(hidden_math_.begin(), hidden_math_.end(),
+                      [&](const std::string& hidden) { return review::SameName(hidden, name); });
+}
+
+void ReviewSession::ShowMath(const std::string& name, bool shown) {
+  if (MathShown(name) == shown) return;
+  if (shown) {
+    std::erase_if(hidden_math_, [&](const std::string& h) { return review::SameName(h, name); });
+  } else {
+    hidden_math_.push_back(name);
+  }
+  emit Changed();
+}
+
 void ReviewSession::SetTarget(review::TargetLookup target) {
   target_ = std::move(target);
   Evaluate();
@@ -72,6 +110,7 @@ void ReviewSession::LogReplaced(const std::string& path) {
   }
   math_ = std::move(state.math);
   layout_ = std::move(state.layout);
+  hidden_math_.clear();
   Evaluate();
   emit Changed();
 }
@@ -79,7 +118,7 @@ void ReviewSession::LogReplaced(const std::string& path) {
 void ReviewSession::LogGrew(bool now) {
   if (math_.empty()) return;
   if (!now && since_evaluation_.elapsed() < kGrowthEvaluationMs) return;
-  Evaluate();
+  Evaluate(false);
   emit Changed();
 }
 
@@ -96,6 +135,7 @@ void ReviewSession::SetSecond(DatalogLog log, std::string path) {
   second_ = std::move(log);
   second_path_ = std::move(path);
   alignment_ = {};
+  EvaluateSecond();
   emit Changed();
 }
 
@@ -108,6 +148,7 @@ void ReviewSession::ClearSecond() {
   second_.reset();
   second_path_.clear();
   alignment_ = {};
+  second_columns_.clear();
   emit Changed();
 }
 
@@ -116,9 +157,16 @@ void ReviewSession::SetLayout(const review::ChartLayout& layout) {
   emit Changed();
 }
 
-void ReviewSession::Evaluate() {
+void ReviewSession::Evaluate(bool second_too) {
   review::EvaluateMathChannels(log_, math_, target_, workspace_, columns_);
   since_evaluation_.restart();
+  if (second_too) EvaluateSecond();
+}
+
+// The second log does not grow; its columns follow the channels and the target table.
+void ReviewSession::EvaluateSecond() {
+  if (!second_) return;
+  review::EvaluateMathChannels(*second_, math_, target_, second_workspace_, second_columns_);
 }
 
 }  // namespace vela

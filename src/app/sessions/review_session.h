@@ -45,6 +45,14 @@ class ReviewSession : public QObject {
   // The column of the math channel `name` (letters in any case), or nullptr.
   const review::MathColumn* MathColumnNamed(const std::string& name) const;
   void SetMath(std::vector<review::MathChannel> channels);
+  // Math channel `at` becomes `channel`. A new name is followed by the channels after it (their
+  // expressions name it anew) and by the layout, so nothing that used it is left behind.
+  void EditMath(std::size_t at, review::MathChannel channel);
+  // Math channel `at` removed, and from the layout's panels.
+  void RemoveMath(std::size_t at);
+  // Whether a math channel is drawn (its check box); every one is until it is turned off.
+  bool MathShown(const std::string& name) const;
+  void ShowMath(const std::string& name, bool shown);
   // What target() in an expression reads (empty: NaN). Evaluates again.
   void SetTarget(review::TargetLookup target);
   // The channels a log without a review file starts with (the defaults of the engine set-up).
@@ -79,6 +87,8 @@ class ReviewSession : public QObject {
   void SetSecond(DatalogLog log, std::string path);
   void SetAlignment(const review::LogAlignment& alignment);
   void ClearSecond();
+  // The math channels evaluated over the second log, as math_columns() (empty without one).
+  const std::vector<review::MathColumn>& second_math_columns() const { return second_columns_; }
 
   // --- The layout ------------------------------------------------------------------------
   const review::ChartLayout& layout() const { return layout_; }
@@ -96,7 +106,9 @@ class ReviewSession : public QObject {
   void Changed();
 
  private:
-  void Evaluate();
+  // The second log's columns too unless `second_too` is false (the first log only grew).
+  void Evaluate(bool second_too = true);
+  void EvaluateSecond();
 
   const DatalogLog& log_;
   FileSystem& files_;
@@ -104,6 +116,9 @@ class ReviewSession : public QObject {
   std::vector<review::MathChannel> default_math_;
   std::vector<review::MathColumn> columns_;
   review::MathWorkspace workspace_;
+  std::vector<review::MathColumn> second_columns_;
+  review::MathWorkspace second_workspace_;
+  std::vector<std::string> hidden_math_;
   review::TargetLookup target_;
   std::optional<DatalogLog> second_;
   std::string second_path_;

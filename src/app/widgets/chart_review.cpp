@@ -14,16 +14,42 @@ constexpr std::array<QRgb, 6> kMathColours = {0xffff8c00, 0xff00e5ee, 0xffee82ee
 
 }  // namespace
 
+QColor MathColour(std::size_t place) {
+  return QColor::fromRgb(kMathColours[place % kMathColours.size()]);
+}
+
+namespace {
+
+// The second log's math channels, each beside the first log's line of the same channel.
+void AddSecondMath(const ReviewSession& session, std::vector<ChartSeries>& series) {
+  const std::vector<review::MathColumn>& columns = session.second_math_columns();
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const review::MathColumn& column = columns[i];
+    if (column.error || column.values.empty() || !session.MathShown(column.name)) continue;
+    ChartSeries line;
+    line.name = column.name + " (2)";
+    line.follows = column.name;
+    line.column = {column.values, &column.summaries};
+    line.times = &session.second()->Times();
+    line.offset = session.alignment().offset;
+    line.colour = MathColour(i);
+    line.second_log = true;
+    series.push_back(std::move(line));
+  }
+}
+
+}  // namespace
+
 std::vector<ChartSeries> ReviewSeries(const ReviewSession& session) {
   std::vector<ChartSeries> series;
   const std::vector<review::MathColumn>& columns = session.math_columns();
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const review::MathColumn& column = columns[i];
-    if (column.error || column.values.empty()) continue;
+    if (column.error || column.values.empty() || !session.MathShown(column.name)) continue;
     ChartSeries line;
     line.name = column.name;
     line.column = {column.values, &column.summaries};
-    line.colour = QColor::fromRgb(kMathColours[i % kMathColours.size()]);
+    line.colour = MathColour(i);
     series.push_back(std::move(line));
   }
   const DatalogLog* second = session.second();
@@ -41,6 +67,7 @@ std::vector<ChartSeries> ReviewSeries(const ReviewSession& session) {
     line.second_log = true;
     series.push_back(std::move(line));
   }
+  AddSecondMath(session, series);
   return series;
 }
 

@@ -11,10 +11,14 @@
 
 namespace vela {
 
-// The lines the session adds to the chart: each math channel that evaluated (in a colour of its
-// own by its place), then each channel of the second log whose first-log channel is on, named
-// "<channel> (2)", dashed, on the scale of the first log's channel.
+// The lines the session adds to the chart: each math channel that evaluated and is shown (in a
+// colour of its own by its place), then each channel of the second log whose first-log channel
+// is on, and each of the second log's math channels that is shown, named "<channel> (2)",
+// dashed, on the scale of the first log's channel.
 std::vector<ChartSeries> ReviewSeries(const ReviewSession& session);
+
+// The colour of the math channel at `place` in the log's list.
+QColor MathColour(std::size_t place);
 
 void FollowReview(DatalogChart& chart, ReviewSession& session);
 

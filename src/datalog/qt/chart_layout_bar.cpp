@@ -43,6 +43,7 @@ ChartLayoutBar::ChartLayoutBar(DatalogChart& chart, QWidget* parent)
     previous = next;
   }
   connect(&chart_, &DatalogChart::LayoutChanged, this, &ChartLayoutBar::ShowLayout);
+  connect(&chart_, &DatalogChart::LinesChanged, this, &ChartLayoutBar::ShowLayout);
   ShowLayout();
 }
 

@@ -46,6 +46,16 @@ void DatalogChart::SetAxisChannel(int channel) {
   emit LayoutChanged();
 }
 
+void DatalogChart::SelectChannel(const std::string& name) {
+  if (const std::optional<int> recorded = review::RecordedChannelNamed(name)) {
+    SetAxisChannel(*recorded);
+    return;
+  }
+  layout_.Select(name);
+  update();
+  emit LayoutChanged();
+}
+
 void DatalogChart::SetLayout(review::ChartLayout layout) {
   layout_ = std::move(layout);
   const std::optional<int> recorded = review::RecordedChannelNamed(layout_.Selected());
@@ -57,6 +67,7 @@ void DatalogChart::SetLayout(review::ChartLayout layout) {
 void DatalogChart::SetExtraSeries(std::vector<ChartSeries> series) {
   extra_ = std::move(series);
   update();
+  emit LinesChanged();
 }
 
 ChartPlan DatalogChart::Plan() const { return PlanChart(log_, layout_, extra_, log_.axis); }

@@ -36,6 +36,8 @@ class DatalogChart : public QWidget {
 
   // The recorded channel whose values label the left axis: the layout's selected channel.
   void SetAxisChannel(int channel);
+  // Any line by name (a math channel's too) as the selected channel.
+  void SelectChannel(const std::string& name);
   int AxisChannel() const { return axis_channel_; }
 
   // The panels, the channels in each and their scales.
@@ -83,6 +85,8 @@ class DatalogChart : public QWidget {
   // The layout changed here (a rectangle zoom, the axis channel) or was set.
   void LayoutChanged();
   void AxisChangedByHand();
+  // The extra lines were replaced (a math channel or the second log came, went or was renamed).
+  void LinesChanged();
   // The export keys: what is seen as CSV, the chart as a picture.
   void ExportCsvAsked();
   void ExportPictureAsked();

@@ -14,6 +14,17 @@ namespace {
 
 bool BareNameCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 
+// A recorded channel is kept by its export name, however it was named ("Duty %" is Duty).
+std::string ChannelName(std::string_view name) {
+  const std::optional<int> recorded = RecordedChannelNamed(name);
+  return recorded ? std::string(kChannels[*recorded].name) : std::string(name);
+}
+
+bool SameChannel(std::string_view a, std::string_view b) {
+  const std::optional<int> recorded = RecordedChannelNamed(a);
+  return recorded ? recorded == RecordedChannelNamed(b) : SameName(a, b);
+}
+
 std::string ScaleNumber(double value) {
   char text[32];
   std::snprintf(text, sizeof text, "%.10g", value);
@@ -25,7 +36,7 @@ std::optional<std::string> ReadItem(std::string_view line, std::size_t& at, Pane
   if (line[at] == '"') {
     const std::size_t end = line.find('"', at + 1);
     if (end == std::string_view::npos || end == at + 1) return "a quoted name is not closed";
-    item.name = std::string(line.substr(at + 1, end - at - 1));
+    item.name = ChannelName(line.substr(at + 1, end - at - 1));
     at = end + 1;
   } else {
     const std::size_t start = at;
@@ -33,6 +44,7 @@ std::optional<std::string> ReadItem(std::string_view line, std::size_t& at, Pane
     if (at == start) return std::string("unexpected character '") + line[at] + "'";
     item.name = std::string(line.substr(start, at - start));
   }
+  item.name = ChannelName(item.name);
   if (at >= line.size() || line[at] != '=') return std::nullopt;
   std::size_t end = line.find(' ', at);
   if (end == std::string_view::npos) end = line.size();
@@ -64,7 +76,7 @@ ChartLayout::ChartLayout() {
 std::optional<int> ChartLayout::PanelOf(std::string_view name) const {
   for (std::size_t p = 0; p < panels_.size(); ++p) {
     for (const PanelChannel& channel : panels_[p].channels) {
-      if (SameName(channel.name, name)) return static_cast<int>(p);
+      if (SameChannel(channel.name, name)) return static_cast<int>(p);
     }
   }
   return std::nullopt;
@@ -73,7 +85,7 @@ std::optional<int> ChartLayout::PanelOf(std::string_view name) const {
 const PanelChannel* ChartLayout::Find(std::string_view name) const {
   for (const ChartPanel& panel : panels_) {
     for (const PanelChannel& channel : panel.channels) {
-      if (SameName(channel.name, name)) return &channel;
+      if (SameChannel(channel.name, name)) return &channel;
     }
   }
   return nullptr;
@@ -95,23 +107,34 @@ bool ChartLayout::RemovePanel(int panel) {
 
 bool ChartLayout::Place(std::string_view name, int panel) {
   if (panel < 0 || panel >= static_cast<int>(panels_.size())) return false;
-  PanelChannel moved{std::string(name), {}};
+  PanelChannel moved{ChannelName(name), {}};
   if (const PanelChannel* found = Find(name)) moved = *found;
   Remove(name);
   panels_[panel].channels.push_back(std::move(moved));
   return true;
 }
 
+void ChartLayout::Select(std::string_view name) { selected_ = ChannelName(name); }
+
+void ChartLayout::Rename(std::string_view from, std::string_view to) {
+  for (ChartPanel& panel : panels_) {
+    for (PanelChannel& channel : panel.channels) {
+      if (SameChannel(channel.name, from)) channel.name = ChannelName(to);
+    }
+  }
+  if (SameChannel(selected_, from)) selected_ = ChannelName(to);
+}
+
 void ChartLayout::Remove(std::string_view name) {
   for (ChartPanel& panel : panels_) {
-    std::erase_if(panel.channels, [&](const PanelChannel& c) { return SameName(c.name, name); });
+    std::erase_if(panel.channels, [&](const PanelChannel& c) { return SameChannel(c.name, name); });
   }
 }
 
 bool ChartLayout::SetScale(std::string_view name, const ChannelScale& scale) {
   for (ChartPanel& panel : panels_) {
     for (PanelChannel& channel : panel.channels) {
-      if (!SameName(channel.name, name)) continue;
+      if (!SameChannel(channel.name, name)) continue;
       channel.scale = scale;
       return true;
     }
@@ -165,7 +188,7 @@ std::optional<std::string> LayoutReader::Line(std::string_view line) {
     if (!problem && at < line.size() && line[at] != ' ') problem = "a blank expected";
     const bool in_line =
         std::any_of(panel.channels.begin(), panel.channels.end(),
-                    [&](const PanelChannel& c) { return SameName(c.name, item.name); });
+                    [&](const PanelChannel& c) { return SameChannel(c.name, item.name); });
     if (!problem && (layout.PanelOf(item.name) || in_line)) problem = item.name + " is shown twice";
     if (!problem) panel.channels.push_back(std::move(item));
   }

@@ -1,5 +1,6 @@
 // The chart's layout as plain data: 1 to 4 panels stacked over one time axis, the channels each
-// panel shows (by name: a recorded channel's export name or a math channel's name) with each
+// panel shows (by name: a recorded channel's export name, to which its check box's caption is
+// turned when read or placed, or a math channel's name) with each
 // channel's vertical scale, and the channel whose axis labels are shown. Its text form is saved
 // with a log and as the tuner's default:
 //
@@ -53,11 +54,13 @@ class ChartLayout {
   // `name` shown in `panel` (moved there if another shows it; added at the end); false for no
   // such panel.
   bool Place(std::string_view name, int panel);
+  // The channel `from` called `to` where it is shown and when it is the selected one.
+  void Rename(std::string_view from, std::string_view to);
   // `name` shown in no panel.
   void Remove(std::string_view name);
   // false when no panel shows `name`.
   bool SetScale(std::string_view name, const ChannelScale& scale);
-  void Select(std::string_view name) { selected_ = std::string(name); }
+  void Select(std::string_view name);
 
   bool operator==(const ChartLayout&) const = default;
 

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "datalog/review/math_channels.h"
+#include "datalog/review/math_rename.h"
 #include "datalog/review/review_test_support.h"
 
 namespace vela::review {
@@ -184,6 +185,37 @@ TEST(MathChannels, EvaluatingAgainInKeptColumnsGivesWhatAFreshEvaluationGives) {
     ExpectColumn(kept[k].values,
                  std::vector<double>(fresh[k].values.begin(), fresh[k].values.end()));
   }
+}
+
+TEST(MathChannels, ARenamedChannelsUsersAndLayoutFollow) {
+  std::vector<MathChannel> channels = {{"Load", "MAP * 2"},
+                                       {"Loaded", "load+\"LOAD\"[-1] - avg(Load, 200ms)"},
+                                       {"Load x", "Load@-0.1s + 2.5 * \"Loaded\""},
+                                       {"Unclosed", "Load + \"Load"}};
+  ChartLayout layout;
+  layout.AddPanel();
+  layout.Place("Load", 1);
+  layout.SetScale("Load", {false, 0, 200});
+  layout.Select("load");
+  const std::vector<MathColumn> before = EvaluateMathChannels(MathLog(), channels);
+  RenameMathChannel(channels, layout, 0, "Boost kPa");
+  EXPECT_EQ(channels[0].name, "Boost kPa");
+  EXPECT_EQ(channels[1].expression, "\"Boost kPa\"+\"Boost kPa\"[-1] - avg(\"Boost kPa\", 200ms)");
+  EXPECT_EQ(channels[2].expression, "\"Boost kPa\"@-0.1s + 2.5 * \"Loaded\"");
+  EXPECT_EQ(channels[3].expression, "\"Boost kPa\" + \"Load");
+  const std::vector<MathColumn> after = EvaluateMathChannels(MathLog(), channels);
+  for (std::size_t k = 0; k < 3; ++k) {
+    ASSERT_FALSE(after[k].error) << k;
+    ExpectColumn(after[k].values,
+                 std::vector<double>(before[k].values.begin(), before[k].values.end()));
+  }
+  EXPECT_EQ(layout.PanelOf("Boost kPa"), 1);
+  EXPECT_FALSE(layout.Find("Boost kPa")->scale.automatic);
+  EXPECT_FALSE(layout.PanelOf("Load"));
+  EXPECT_EQ(layout.Selected(), "Boost kPa");
+  // A channel after the renamed one is named in bare letters when it can be.
+  RenameMathChannel(channels, layout, 0, "Boost");
+  EXPECT_EQ(channels[2].expression, "Boost@-0.1s + 2.5 * \"Loaded\"");
 }
 
 }  // namespace

@@ -81,8 +81,28 @@ TEST(ChartLayout, BadLinesAreSkippedWithTheirReasons) {
   ASSERT_EQ(read.layout.Panels().size(), 4u);
   EXPECT_EQ(read.layout.Panels()[0].channels.size(), 2u);
   EXPECT_TRUE(read.layout.Panels()[1].channels.empty());
-  EXPECT_EQ(read.layout.Selected(), "Duty %");
+  EXPECT_EQ(read.layout.Selected(), "Duty");
   EXPECT_EQ(ReadLayout("nothing usable").layout.Panels(), ChartLayout().Panels());
+}
+
+TEST(ChartLayout, CheckBoxCaptionsPlaceTheRecordedChannels) {
+  const LayoutRead read =
+      ReadLayout("panel RPM \"duty %\"=0:100\npanel \"AFR Ratio (x10)\"\nselect \"Idle %\"\n");
+  ASSERT_TRUE(read.problems.empty());
+  EXPECT_EQ(read.layout.PanelOf("Duty"), 0);
+  EXPECT_EQ(read.layout.PanelOf("AFR"), 1);
+  ASSERT_NE(read.layout.Find("Duty %"), nullptr);
+  EXPECT_FALSE(read.layout.Find("DUTY")->scale.automatic);
+  EXPECT_EQ(read.layout.Selected(), "Idle");
+  EXPECT_EQ(LayoutText(read.layout), "panel RPM Duty=0:100\npanel AFR\nselect Idle\n");
+  // Either name of one channel is that channel once: the second is refused.
+  EXPECT_EQ(ReadLayout("panel AFR \"afr ratio (x10)\"\n").problems,
+            (std::vector<std::string>{"line 1: AFR is shown twice"}));
+  ChartLayout layout;
+  layout.AddPanel();
+  EXPECT_TRUE(layout.Place("Duty %", 1));
+  EXPECT_EQ(layout.PanelOf("Duty"), 1);
+  EXPECT_EQ(layout.Panels()[0].channels.size(), 11u);
 }
 
 TEST(MarkerList, TunersFaultsAndGapsInTimeOrder) {
