@@ -93,17 +93,30 @@ std::optional<DelayStep> StepAt(const std::vector<TuneSample>& samples, std::siz
   // mean.
   step.time = (samples[i - 1].time + t0) / 2.0;
   if (extreme < settings.min_afr || extreme > settings.max_afr) {
-    // An answer that runs off the scale is a jump between two records: it began half-way.
+    // An answer that runs off the scale: when the first record that shows it is still on the
+    // scale, where it crossed a tenth of its way, straight between the records around it (taking
+    // half-way between them made every delay whole frames, and the floor fitted through a few
+    // of them missed by up to 40 %); when it is off the scale already, a jump within the
+    // record: half-way.
     const std::size_t moved = SampleAtOrAfter(samples, *t10, i);
-    step.delay = (samples[moved - 1].time + samples[moved].time) / 2.0 - step.time;
+    const double seen = samples[moved].afr;
+    step.delay = (seen >= settings.min_afr && seen <= settings.max_afr
+                      ? *t10
+                      : (samples[moved - 1].time + samples[moved].time) / 2.0) -
+                 step.time;
   } else {
     step.lag = std::max((*t63 - *t10) / kLagsBetweenMarks, 0.0);
     step.delay = *t10 - kTenPercentLags * step.lag - step.time;
   }
   if (step.delay <= 0.0) return std::nullopt;
-  // The gas reaching the sensor is carried by the flow of that moment.
-  const std::size_t answer = SampleAtOrAfter(samples, step.time + step.delay, i);
-  step.flow = samples[answer].rpm * samples[answer].load;
+  // The gas reaching the sensor is carried by the flow of that moment (in a decel it falls fast:
+  // straight between the records around it).
+  const double arrival = step.time + step.delay;
+  const std::size_t answer = std::max(SampleAtOrAfter(samples, arrival, i), i);
+  const TuneSample& after = samples[answer];
+  const TuneSample& prior = samples[answer - 1];
+  const double share = std::clamp((arrival - prior.time) / (after.time - prior.time), 0.0, 1.0);
+  step.flow = prior.rpm * prior.load + share * (after.rpm * after.load - prior.rpm * prior.load);
   if (!(step.flow > 0.0)) return std::nullopt;
   return step;
 }
