@@ -52,11 +52,11 @@ FitCheck CheckOf(const FuelProposal& proposal, const FilterSettings& filters) {
   return check;
 }
 
-TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage& image,
-                const TargetTable& targets, const TuneSettings& settings) {
+namespace {
+
+TuneRun RunTuneOn(const std::vector<SampleLog>& samples, const CalibrationImage& image,
+                  const TargetTable& targets, const TuneSettings& settings) {
   const TuneAxes axes = FuelAxesOf(image);
-  std::vector<SampleLog> samples;
-  for (const DatalogLog* log : logs) samples.push_back(SamplesOf(*log, axes.basis));
   FilterSettings filters = settings.filters;
   if (filters.limiter_rpm <= 0.0) filters.limiter_rpm = LimiterRpmOf(image);
   filters.min_water_c = std::max(filters.min_water_c, WarmFromC(image));
@@ -70,6 +70,24 @@ TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage&
     run.proposal = ProposeFuel(image, run.evidence.cells, targets, settings.proposal);
   }
   return run;
+}
+
+}  // namespace
+
+TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage& image,
+                const TargetTable& targets, const TuneSettings& settings) {
+  const LoadBasis basis = FuelAxesOf(image).basis;
+  std::vector<SampleLog> samples;
+  for (const DatalogLog* log : logs) samples.push_back(SamplesOf(*log, basis));
+  return RunTuneOn(samples, image, targets, settings);
+}
+
+TuneRun RunTune(std::span<const LogColumns* const> logs, const CalibrationImage& image,
+                const TargetTable& targets, const TuneSettings& settings) {
+  const LoadBasis basis = FuelAxesOf(image).basis;
+  std::vector<SampleLog> samples;
+  for (const LogColumns* log : logs) samples.push_back(SamplesOf(*log, basis));
+  return RunTuneOn(samples, image, targets, settings);
 }
 
 }  // namespace vela

@@ -51,5 +51,8 @@ FitCheck CheckOf(const FuelProposal& proposal, const FilterSettings& filters);
 
 TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage& image,
                 const TargetTable& targets, const TuneSettings& settings);
+// The same from copies of logs' columns (a computation apart from the logs).
+TuneRun RunTune(std::span<const LogColumns* const> logs, const CalibrationImage& image,
+                const TargetTable& targets, const TuneSettings& settings);
 
 }  // namespace vela

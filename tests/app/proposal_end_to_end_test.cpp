@@ -9,6 +9,9 @@
 #include <QDoubleSpinBox>
 #include <QtTest>
 #include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
 
 #include "app/pages/datalog_page.h"
 #include "app/pages/map_pages.h"
@@ -91,6 +94,46 @@ class ProposalEndToEndTest : public QObject {
     DatalogLog log;
     sim::RunDrive(options, p_->editors().image(), seconds, log);
     p_->window().datalog_page().log().ReplaceWith(std::move(log));
+  }
+
+  // The largest change the proposal shown makes to a cell.
+  double LargestChange() {
+    double largest = 0.0;
+    for (const ProposedCell& cell : Proposal()->cells) {
+      if (cell.state == CellProposalState::kProposed)
+        largest = std::max(largest, std::abs(cell.applied - 1.0));
+    }
+    return largest;
+  }
+
+  // Holds every later working-out of the proposal until the test opens the gate once for it,
+  // or the session says the result is no longer wanted.
+  struct Gate {
+    std::mutex mutex;
+    std::condition_variable changed;
+    int opened = 0;
+    std::atomic<int> started{0};
+    std::atomic<int> dropped{0};
+    void Open() {
+      {
+        std::lock_guard lock(mutex);
+        ++opened;
+      }
+      changed.notify_all();
+    }
+  };
+  std::shared_ptr<Gate> HoldComputations(ProposalSession& session) {
+    auto gate = std::make_shared<Gate>();
+    session.SetCompute([gate](const ProposalInputs& inputs, const std::atomic<bool>& closing) {
+      const int mine = ++gate->started;
+      std::unique_lock lock(gate->mutex);
+      while (gate->opened < mine && !closing) {
+        gate->changed.wait_for(lock, std::chrono::milliseconds(5));
+      }
+      if (closing) ++gate->dropped;
+      return ComputeProposal(inputs, closing);
+    });
+    return gate;
   }
 
   void KeepShot(const QString& name, QSize size) {
@@ -219,6 +262,7 @@ class ProposalEndToEndTest : public QObject {
     qobject_cast<QDialog*>(dialog)->accept();
     QVERIFY(QTest::qWaitFor([] { return qApp->activeModalWidget() == nullptr; }));
     QCOMPARE(p_->window().proposal().Settings().proposal.max_change, 0.05);
+    QVERIFY(QTest::qWaitFor([&] { return !p_->window().proposal().Computing(); }));
     bool limited = false;
     for (const ProposedCell& cell : Proposal()->cells) {
       if (cell.state != CellProposalState::kProposed) continue;
@@ -242,8 +286,69 @@ class ProposalEndToEndTest : public QObject {
         richer.Set(row, column, 12.0);
     }
     QVERIFY(p_->window().targets().Change(richer, "all 12.0"));
+    QVERIFY(QTest::qWaitFor([&] { return !p_->window().proposal().Computing(); }));
     QVERIFY(Proposal());
     for (const ProposedCell& cell : Proposal()->cells) QCOMPARE(cell.target_afr, 12.0);
+  }
+
+  // Working the proposal out again runs beside the tuner: the call returns before the result,
+  // a result whose settings changed meanwhile is never shown, and the newest settings win.
+  void aRecomputeRunsApartAndAStaleResultIsDropped() {
+    LoadDrive(600);
+    Key(Qt::Key_P, Qt::ControlModifier);
+    QVERIFY(Proposal());
+    QVERIFY(LargestChange() > 0.05);  // the default limit lets more than 5 % through
+    ProposalSession& session = p_->window().proposal();
+    auto gate = HoldComputations(session);
+
+    TuneSettings settings = session.Settings();
+    settings.proposal.max_change = 0.02;
+    session.SetSettings(settings);
+    QVERIFY(session.Computing());
+    QVERIFY(LargestChange() > 0.05);
+    settings.proposal.max_change = 0.05;
+    session.SetSettings(settings);  // the one under way (2 %) is stale now
+    gate->Open();
+    QVERIFY(QTest::qWaitFor([&] { return gate->started == 2; }));
+    QVERIFY(LargestChange() > 0.05);  // the stale result was not shown
+    gate->Open();
+    QVERIFY(QTest::qWaitFor([&] { return !session.Computing(); }));
+    QVERIFY(LargestChange() > 0.02 && LargestChange() <= 0.05 + 1e-12);
+    QCOMPARE(gate->started.load(), 2);
+  }
+
+  // A log replaced while its proposal is worked out: that result is dropped, the new log's shown.
+  void aResultForAReplacedLogIsDropped() {
+    LoadDrive(600);
+    Key(Qt::Key_P, Qt::ControlModifier);
+    ProposalSession& session = p_->window().proposal();
+    auto gate = HoldComputations(session);
+    TuneSettings settings = session.Settings();
+    settings.proposal.max_change = 0.02;
+    session.SetSettings(settings);
+    QVERIFY(session.Computing());
+    LoadDrive(60);  // another log, loaded while the first one is worked out
+    gate->Open();
+    QVERIFY(QTest::qWaitFor([&] { return gate->started == 2; }));
+    QVERIFY(LargestChange() > 0.05);  // neither the stale result nor the new one yet
+    gate->Open();
+    QVERIFY(QTest::qWaitFor([&] { return !session.Computing(); }));
+    QVERIFY(LargestChange() <= 0.02 + 1e-12);
+    double seconds = 0.0;
+    for (const ProposedCell& cell : Proposal()->cells) seconds += cell.evidence.time_s;
+    QVERIFY2(seconds > 40.0 && seconds < 61.0, qPrintable(QString::number(seconds)));
+  }
+
+  // Closing the program while a proposal is worked out waits for nothing it cannot end.
+  void theProgramClosesWhileAProposalIsWorkedOut() {
+    LoadDrive(120);
+    Key(Qt::Key_P, Qt::ControlModifier);
+    ProposalSession& session = p_->window().proposal();
+    auto gate = HoldComputations(session);
+    session.SetSettings(session.Settings());
+    QVERIFY(QTest::qWaitFor([&] { return gate->started == 1; }));
+    p_.reset();
+    QCOMPARE(gate->dropped.load(), 1);
   }
 
   // While a log is being recorded the proposal follows it, keeping the tuner's cursor.

@@ -105,6 +105,29 @@ TEST(DelayFit, OnlyFuelStepsReadOnTheScaleAreTimed) {
   EXPECT_NEAR(steps[0].delay, delay, tune_testing::kFrameStep / 2 + 1e-9);
 }
 
+// A cut whose answer the sensor is seen rising towards (a first-order lag onto a lean mixture,
+// pegged at 20 once past it): timed from that rise, not in whole frames, wherever the answer
+// falls between two records; and the flow is the one at the answer, also while it falls.
+TEST(DelayFit, ACutSeenRisingIsTimedWithinAFractionOfAFrame) {
+  for (const double phase : {0.05, 0.3, 0.55, 0.8}) {
+    SCOPED_TRACE(testing::Message() << "phase " << phase);
+    SampleLog cut = StepLog({{2000, 50}});
+    const double delay = 0.2 + phase * tune_testing::kFrameStep;
+    const double arrival = 1.5 - tune_testing::kFrameStep / 2 + delay;
+    During(cut, 1.5, 4.5, [&](TuneSample& s) {
+      s.fuel_ms = 0.0;
+      s.load = s.time < arrival ? 50.0 : 30.0;  // the flow the answer arrives with
+      const double risen = 14.7 * (1 - std::exp((arrival - s.time) / 0.08));
+      s.afr = s.time < arrival ? 14.7 : std::min(20.0, 14.7 + risen);
+    });
+    const std::vector<DelayStep> steps = FindDelaySteps(cut.samples, StepSettings());
+    ASSERT_EQ(steps.size(), 1u);
+    EXPECT_NEAR(steps[0].delay, delay, 0.3 * tune_testing::kFrameStep);
+    EXPECT_GT(steps[0].flow, 2000.0 * 30.0 - 1.0);
+    EXPECT_LT(steps[0].flow, 2000.0 * 50.0 + 1.0);
+  }
+}
+
 TEST(DelayModel, FallsWithFlowAndStaysInBounds) {
   const DelayModel model{0.05, 5000.0};
   EXPECT_NEAR(model.At(1000, 50), 0.15, 1e-12);

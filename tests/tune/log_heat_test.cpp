@@ -245,3 +245,58 @@ TEST(HeatOverlayTest, CellsAreColouredOnlyWhereTheLogSaysSomething) {
 
 }  // namespace
 }  // namespace vela
+
+namespace vela {
+namespace {
+
+void ExpectSameSamples(const SampleLog& a, const SampleLog& b) {
+  ASSERT_EQ(a.samples.size(), b.samples.size());
+  EXPECT_EQ(a.step, b.step);
+  const auto same = [](double x, double y) { return x == y || (std::isnan(x) && std::isnan(y)); };
+  for (std::size_t i = 0; i < a.samples.size(); ++i) {
+    const TuneSample& x = a.samples[i];
+    const TuneSample& y = b.samples[i];
+    ASSERT_TRUE(same(x.time, y.time) && same(x.rpm, y.rpm) && same(x.load, y.load) &&
+                same(x.fuel_ms, y.fuel_ms) && same(x.tps, y.tps) && same(x.water_c, y.water_c) &&
+                same(x.pump, y.pump) && same(x.afr, y.afr) && x.lost_before == y.lost_before)
+        << "record " << i;
+  }
+}
+
+// A copy of a log's columns, brought up to date as the log grows (a lost stretch, a channel
+// switched on late among it), reads as the log itself; another log is copied from its start.
+TEST(LogColumnsTest, ACopyKeptUpToDateReadsAsTheLog) {
+  const tune_testing::DriveShape shape{90.0, 60.0, 40.0, 7};
+  DatalogLog log;
+  ChannelValues values = tune_testing::DriveValuesAt(0.5);
+  for (int i = 0; i < 30; ++i) log.Append(i / 60.0, i / 60.0, values, 1u << 0);  // RPM only
+  LogColumns columns;
+  EXPECT_FALSE(TakeColumns(log, columns));
+  std::size_t done = 30;
+  for (std::size_t chunk = 7; done < DriveRecords(shape); chunk = chunk * 5 % 1013 + 11) {
+    const std::size_t to = std::min(DriveRecords(shape), done + chunk);
+    AppendDrive(log, shape, done, to);
+    done = to;
+    EXPECT_TRUE(TakeColumns(log, columns));
+    EXPECT_TRUE(HoldsStartOf(columns, log));
+  }
+  log.CloseGaps();
+  TakeColumns(log, columns);
+  ASSERT_EQ(log.Gaps().size(), 1u);
+  ExpectSameSamples(SamplesOf(columns, LoadBasis::kMap), SamplesOf(log, LoadBasis::kMap));
+  ExpectSameSamples(SamplesOf(columns, LoadBasis::kThrottle), SamplesOf(log, LoadBasis::kThrottle));
+
+  // Cleared and recorded again, or replaced by a longer log: copied from the start.
+  log.Clear();
+  AppendDrive(log, shape, 0, 500);
+  EXPECT_FALSE(HoldsStartOf(columns, log));
+  EXPECT_FALSE(TakeColumns(log, columns));
+  ExpectSameSamples(SamplesOf(columns, LoadBasis::kMap), SamplesOf(log, LoadBasis::kMap));
+  DatalogLog longer;
+  FillDrive(longer, {100.0, 50.0});
+  EXPECT_FALSE(TakeColumns(longer, columns));
+  ExpectSameSamples(SamplesOf(columns, LoadBasis::kMap), SamplesOf(longer, LoadBasis::kMap));
+}
+
+}  // namespace
+}  // namespace vela

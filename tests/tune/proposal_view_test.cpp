@@ -119,23 +119,31 @@ TEST(TuneSettingsFile, RoundTripsAndIgnoresWhatItCannotUse) {
   settings.filters.min_water_c = 60.0;
   settings.proposal.max_change = 0.1;
   settings.proposal.min_samples = 45.0;
+  settings.proposal.min_pinned = 7.5;
+  settings.filters.max_off_fit = 0.0;  // the check against the fit off
   const TuneSettings read = ReadTuneSettingsText(TuneSettingsText(settings));
   EXPECT_EQ(read.delay, settings.delay);
   EXPECT_EQ(read.filters.min_water_c, 60.0);
   EXPECT_DOUBLE_EQ(read.proposal.max_change, 0.1);
   EXPECT_EQ(read.proposal.min_samples, 45.0);
+  EXPECT_EQ(read.proposal.min_pinned, 7.5);
+  EXPECT_EQ(read.filters.max_off_fit, 0.0);
   EXPECT_NE(TuneSettingsText(settings).find("max_change_percent = 10\n"), std::string::npos);
+  EXPECT_NE(TuneSettingsText(TuneSettings{}).find("min_pinned = 15\nmax_off_fit_percent = 3\n"),
+            std::string::npos);
 
   // Defaults stay where a line is unknown, no number, out of range or without "=".
   const TuneSettings odd = ReadTuneSettingsText(
       "delay = soon\r\nmin_water_c = 1e9\nmax_change_percent = 12abc\nnonsense = 4\n"
-      "min_samples\n  min_time_s\t=  2.5 \r\n");
+      "min_samples\n  min_time_s\t=  2.5 \r\nmax_off_fit_percent = 60\nmin_pinned = -1\n");
   const TuneSettings defaults;
   EXPECT_FALSE(odd.delay.has_value());
   EXPECT_EQ(odd.filters.min_water_c, defaults.filters.min_water_c);
   EXPECT_EQ(odd.proposal.max_change, defaults.proposal.max_change);
   EXPECT_EQ(odd.proposal.min_samples, defaults.proposal.min_samples);
   EXPECT_EQ(odd.proposal.min_time_s, 2.5);
+  EXPECT_EQ(odd.filters.max_off_fit, defaults.filters.max_off_fit);
+  EXPECT_EQ(odd.proposal.min_pinned, defaults.proposal.min_pinned);
   EXPECT_FALSE(ReadTuneSettingsText("delay = 0.2\ndelay = fit\n").delay.has_value());
   EXPECT_FALSE(ReadTuneSettingsText("delay = 3\n").delay.has_value());  // beyond 2 s
 }

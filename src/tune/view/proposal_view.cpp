@@ -63,6 +63,10 @@ const TuneSettingField kFields[] = {
      [](TuneSettings& s) -> double& { return s.proposal.min_samples; }, 1, 1e6, 1, 0},
     {"min_time_s", "Evidence: time at least (s)",
      [](TuneSettings& s) -> double& { return s.proposal.min_time_s; }, 0, 3600, 1, 1},
+    {"min_pinned", "Evidence: pinned samples at least",
+     [](TuneSettings& s) -> double& { return s.proposal.min_pinned; }, 0, 1e6, 1, 1},
+    {"max_off_fit_percent", "Drop samples off the fit by more than (%)",
+     [](TuneSettings& s) -> double& { return s.filters.max_off_fit; }, 0, 50, 100.0, 1},
 };
 
 std::optional<double> NumberOf(const std::string& text) {
