@@ -207,9 +207,9 @@ QWidget* DatalogPage::BuildReadout() {
     name->setForeground(ChannelQColor(kChannels[n].colour));
     cursor_values_->setItem(n + 2, 0, name);
   }
-  column->addWidget(cursor_values_, 1);
+  column->addWidget(cursor_values_, 3);
   column->addWidget(BuildReviewButtons(panel));
-  column->addWidget(BuildMarkerList(panel));
+  column->addWidget(BuildMarkerList(panel), 1);
   gaps_ = new SteadyLabel({QString(kNoArrivalsText),
                            "Clock 88888.88 s, log 88888.88 s: 88888 gaps, 8888888 frames lost"},
                           panel, kReadoutWidth);

@@ -94,8 +94,9 @@ void DatalogPage::AddReviewKeys() {
 
 QWidget* DatalogPage::BuildMarkerList(QWidget* parent) {
   marker_list_ = new MarkerListPanel(log_, parent);
-  // A few rows: the cursor read-out above keeps the room on a small screen.
-  marker_list_->setFixedHeight(96);
+  // A few rows, fewer on a small screen: the cursor read-out above keeps the room.
+  marker_list_->setMinimumHeight(58);
+  marker_list_->setMaximumHeight(96);
   connect(marker_list_, &MarkerListPanel::JumpTo, this, &DatalogPage::PutCursorA);
   connect(marker_list_, &MarkerListPanel::TextEdited, chart_, [this] { chart_->update(); });
   connect(marker_list_, &MarkerListPanel::Leave, chart_, [this] { chart_->setFocus(); });
