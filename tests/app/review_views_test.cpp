@@ -270,6 +270,11 @@ class ReviewViewsTest : public QObject {
     QVERIFY(!review.layout().PanelOf("Duty Calc"));
     QCOMPARE(axis->count(), kChannelCount + 1);  // Duty x2 now refused
     QCOMPARE(p_->Find<QCheckBox>("DatalogMathCheck_0")->text(), QString("AFR Error"));
+    // A new channel under the removed one's name is a new channel: shown.
+    math = review.math();
+    math.push_back({"duty calc", "RPM / 2"});
+    review.SetMath(math);
+    QVERIFY(review.MathShown("duty calc") && drawn("duty calc"));
   }
 
   void secondLogAlignedAtAMarkerShowsItsValuesAndDeltas() {

@@ -62,6 +62,9 @@ void ReviewSession::EditMath(std::size_t at, review::MathChannel channel) {
 void ReviewSession::RemoveMath(std::size_t at) {
   if (at >= math_.size()) return;
   layout_.Remove(math_[at].name);
+  // A channel later given this name starts shown, as any new channel does.
+  std::erase_if(hidden_math_,
+                [&](const std::string& h) { return review::SameName(h, math_[at].name); });
   math_.erase(math_.begin() + static_cast<std::ptrdiff_t>(at));
   Evaluate();
   emit Changed();
