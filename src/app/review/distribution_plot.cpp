@@ -6,12 +6,13 @@
 #include <cmath>
 
 #include "base/qt/accessible_text.h"
+#include "datalog/chart/chart_view.h"
 
 namespace vela {
 
 namespace {
 
-constexpr int kLeftMargin = 56;
+constexpr int kLeftMargin = 72;
 constexpr int kBottomMargin = 34;
 constexpr int kEdge = 8;
 
@@ -144,19 +145,41 @@ void DistributionPlot::PaintHistogram(QPainter& painter, QRect plot) {
 
 void DistributionPlot::PaintAxes(QPainter& painter, QRect plot, double x0, double x1, double y0,
                                  double y1) {
-  painter.setPen(Qt::lightGray);
   const QFontMetrics metrics(font());
   const int h = metrics.height();
-  painter.drawText(QRect(plot.left(), plot.bottom() + 2, 120, h), Qt::AlignLeft, Number(x0));
-  painter.drawText(QRect(plot.right() - 120, plot.bottom() + 2, 120, h), Qt::AlignRight,
-                   Number(x1));
+  const QColor grid(255, 255, 255, 28);
+  // Round values along each axis, with faint lines across the plot to read points against.
+  if (x1 > x0) {
+    for (double x : AxisTicks(x0, x1, std::max(2, plot.width() / 90))) {
+      const int px =
+          plot.left() + static_cast<int>(std::lround((x - x0) / (x1 - x0) * plot.width()));
+      painter.setPen(grid);
+      painter.drawLine(px, plot.top(), px, plot.bottom());
+      painter.setPen(Qt::lightGray);
+      painter.drawText(QRect(px - 50, plot.bottom() + 2, 100, h), Qt::AlignHCenter, Number(x));
+    }
+  }
+  if (y1 > y0) {
+    for (double y : AxisTicks(y0, y1, std::max(2, plot.height() / 40))) {
+      const int py =
+          plot.bottom() - static_cast<int>(std::lround((y - y0) / (y1 - y0) * plot.height()));
+      painter.setPen(grid);
+      painter.drawLine(plot.left(), py, plot.right(), py);
+      painter.setPen(Qt::lightGray);
+      painter.drawText(QRect(h, py - h / 2, kLeftMargin - h - 4, h), Qt::AlignRight, Number(y));
+    }
+  }
+  painter.setPen(Qt::lightGray);
   painter.drawText(QRect(plot.left(), plot.bottom() + 2 + h, plot.width(), h), Qt::AlignHCenter,
                    x_name_);
-  painter.drawText(QRect(0, plot.top(), kLeftMargin - 4, h), Qt::AlignRight, Number(y1));
-  painter.drawText(QRect(0, plot.bottom() - h, kLeftMargin - 4, h), Qt::AlignRight, Number(y0));
+  // The Y axis's name reads upwards along the left edge.
   const QString y_name = shown_ == Shown::kHistogram ? QString("records") : y_name_;
-  painter.drawText(QRect(0, plot.center().y() - h / 2, kLeftMargin - 4, h), Qt::AlignRight,
-                   metrics.elidedText(y_name, Qt::ElideRight, kLeftMargin - 4));
+  painter.save();
+  painter.translate(0, plot.center().y());
+  painter.rotate(-90);
+  painter.drawText(QRect(-plot.height() / 2, 0, plot.height(), h), Qt::AlignHCenter,
+                   metrics.elidedText(y_name, Qt::ElideRight, plot.height()));
+  painter.restore();
 }
 
 void DistributionPlot::mousePressEvent(QMouseEvent* event) {
