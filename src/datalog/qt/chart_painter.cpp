@@ -261,7 +261,10 @@ void PaintMarkersAndCursors(QPainter& painter, const Frame& frame, const ChartSc
     painter.setPen(pen);
     painter.drawLine(x, plot.top(), x, plot.bottom());
     const int top = plot.top() + 1 + text_line * line_height;
-    const QRect box(x + 2, top, painter.fontMetrics().horizontalAdvance(text) + 4, line_height);
+    const int width = painter.fontMetrics().horizontalAdvance(text) + 4;
+    // Near the right edge the label goes to the line's left, so that it is read whole.
+    const int left = x + 2 + width > plot.right() ? x - 2 - width : x + 2;
+    const QRect box(left, top, width, line_height);
     painter.fillRect(box, look.background);
     painter.drawText(box.left() + 2, top + ascent, text);
   };
