@@ -41,6 +41,10 @@ MarkerListPanel::MarkerListPanel(DatalogLog& log, QWidget* parent)
   verticalHeader()->hide();
   verticalHeader()->setDefaultSectionSize(18);
   horizontalHeader()->setStretchLastSection(true);
+  // The text column takes what is left; a long text is cut short rather than scrolled to.
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  resizeColumnToContents(kTimeColumn);
+  resizeColumnToContents(kKindColumn);
   setSelectionBehavior(QAbstractItemView::SelectRows);
   setSelectionMode(QAbstractItemView::SingleSelection);
   setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
