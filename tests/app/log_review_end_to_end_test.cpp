@@ -24,6 +24,7 @@
 #include "running_program.h"
 #include "sim/engine/drive_log.h"
 #include "support/gui_test_main.h"
+#include "support/when_modal.h"
 
 using namespace vela;
 
@@ -65,19 +66,9 @@ class LogReviewEndToEndTest : public QObject {
     return log;
   }
 
-  // Runs `act` on the next modal dialog of class T once it is up.
   template <class T>
   void WhenModal(std::function<void(T*)> act) {
-    auto* timer = new QTimer(this);
-    timer->setInterval(20);
-    connect(timer, &QTimer::timeout, this, [timer, act] {
-      if (auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget())) {
-        timer->stop();
-        timer->deleteLater();
-        act(dialog);
-      }
-    });
-    timer->start();
+    gui_test::WhenModal<T>(this, std::move(act));
   }
 
   // Where keys typed into `window` go.

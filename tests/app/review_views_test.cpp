@@ -25,6 +25,7 @@
 #include "running_program.h"
 #include "sim/engine/drive_log.h"
 #include "support/gui_test_main.h"
+#include "support/when_modal.h"
 
 using namespace vela;
 
@@ -61,20 +62,9 @@ class ReviewViewsTest : public QObject {
     return Page().log().RecordCount() > 0;
   }
 
-  // Runs `act` on the next modal dialog of class T once it is up (the key that opens it waits
-  // in the dialog's own event loop).
   template <class T>
   void WhenModal(std::function<void(T*)> act) {
-    auto* timer = new QTimer(this);
-    timer->setInterval(20);
-    connect(timer, &QTimer::timeout, this, [timer, act] {
-      if (auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget())) {
-        timer->stop();
-        timer->deleteLater();
-        act(dialog);
-      }
-    });
-    timer->start();
+    gui_test::WhenModal<T>(this, std::move(act));
   }
 
   bool PageChord(Qt::Key key) {
