@@ -69,7 +69,18 @@ struct DelayFit {
   int dropped = 0;            // steps left out as far off the first line
   double rms_residual_s = 0;  // of the steps used
   std::string why_not;        // when not fitted
+  double record_step_s = 0;   // the longest time between two records of the logs fitted
 };
+
+// Below this many frames a second a step's answer is timed only to within one record, which is
+// as long as the exhaust's whole delay at high flow: a fit from such logs is coarse there.
+inline constexpr double kSureFitFramesPerSecond = 30.0;
+
+// Whether `fit` came from logs too slow for a sure delay at high flow.
+inline bool CoarseDelayFit(const DelayFit& fit) {
+  // Log time runs 1.002 / rate a frame: 30 frames a second itself counts as fast enough.
+  return fit.fitted && fit.record_step_s * kSureFitFramesPerSecond > 1.01;
+}
 
 // The least-squares line delay = floor + k x (1 / flow) through the steps, fitted twice: the
 // second time without steps more than three times the median distance (and 20 ms) off the

@@ -30,6 +30,7 @@ DelayModel ChooseDelay(std::span<const SampleLog> logs, const TuneSettings& sett
     steps.insert(steps.end(), found.begin(), found.end());
   }
   fit = FitDelay(steps);
+  for (const SampleLog& log : logs) fit.record_step_s = std::max(fit.record_step_s, log.step);
   return fit.fitted ? fit.model : kDefaultDelay;
 }
 

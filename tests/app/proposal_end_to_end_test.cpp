@@ -185,6 +185,10 @@ class ProposalEndToEndTest : public QObject {
     QVERIFY2(p_->Text("ProposalDelay").startsWith("Delay fitted"),
              qPrintable(p_->Text("ProposalDelay")));
     QVERIFY(p_->Text("ProposalSummary").startsWith("Fuel proposal: "));
+    // The drive was logged at 20 frames a second: the bar says the delay is coarse at that rate.
+    QVERIFY(p_->Find<QLabel>("ProposalDelayNote")->isVisible());
+    QVERIFY2(p_->Text("ProposalDelayNote").startsWith("Logged at 20 frames/s"),
+             qPrintable(p_->Text("ProposalDelayNote")));
 
     // The cursor's cell tells its evidence, on the screen and to a screen reader.
     const MapCellRect rect = RectOfBoth(*proposal);

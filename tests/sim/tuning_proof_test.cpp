@@ -144,6 +144,8 @@ TEST(TuningProofTest, TwoDrivesBringTheBaseCalibrationToTheEnginesTrueMap) {
   for (const Pass* pass : {&first, &second}) {
     const DelayFit& fit = pass->fit;
     ASSERT_TRUE(fit.fitted) << fit.why_not;
+    EXPECT_NEAR(fit.record_step_s, 1.002 / kFramesPerSecond, 1e-3);
+    EXPECT_FALSE(CoarseDelayFit(fit));  // fast enough for a sure fit: no warning shown
     // The fit's load is the load axis's unit (kPa here); the engine's is percent of the axis's
     // span, which on this 0 to 100 kPa axis is the same number.
     const TuneAxes axes = FuelAxesOf(base);

@@ -103,14 +103,23 @@ TEST(ProposalTexts, DelaySaysSetFittedOrDefaultAndWhy) {
   TuneRun run{{}, {0.1, 0.0}, true, Evidence{CellGrid(TuneAxes{}), {}}, {}};
   EXPECT_EQ(DelayText(run), "Delay set: 0.100 s");
   run.delay_set = false;
-  run.fit = DelayFit{true, {0.05, 12000.0}, 14, 2, 0.0123, ""};
+  run.fit = DelayFit{true, {0.05, 12000.0}, 14, 2, 0.0123, "", 1.0 / 60.0};
   run.delay = run.fit.model;
   EXPECT_EQ(DelayText(run),
             "Delay fitted: 0.050 s + 12000 / (RPM x load); 14 steps used, 2 left out, RMS 12.3 "
             "ms");
-  run.fit = DelayFit{false, {}, 0, 0, 0.0, "only 2 steps"};
+  // From logs slower than 30 frames a second each step is timed only to a record.
+  EXPECT_EQ(CoarseFitText(run.fit), "");
+  run.fit.record_step_s = 1.002 / 30.0;
+  EXPECT_EQ(CoarseFitText(run.fit), "");
+  run.fit.record_step_s = 1.002 / 20.0;
+  EXPECT_EQ(CoarseFitText(run.fit),
+            "Logged at 20 frames/s: each step is timed only to a frame (50 ms); log at 60 for a "
+            "surer delay");
+  run.fit = DelayFit{false, {}, 0, 0, 0.0, "only 2 steps", 0.05};
   run.delay = kDefaultDelay;
   EXPECT_EQ(DelayText(run), "Delay default: 0.080 s + 4000 / (RPM x load) (only 2 steps)");
+  EXPECT_EQ(CoarseFitText(run.fit), "");  // nothing fitted, nothing to warn of
 }
 
 TEST(TuneSettingsFile, RoundTripsAndIgnoresWhatItCannotUse) {

@@ -127,6 +127,14 @@ std::string Fixed(double value, int decimals) {
   return text;
 }
 
+std::string CoarseFitNote(const DelayFit& fit) {
+  if (!CoarseDelayFit(fit)) return "";
+  return "Note: the logs run at " + Fixed(1.0 / fit.record_step_s, 0) +
+         " frames a second, so each step is timed only to a record (" +
+         Fixed(fit.record_step_s * 1000.0, 0) +
+         " ms); log at 60 Samples/Second for a surer delay at high flow\n";
+}
+
 std::string DelayText(const DelayModel& delay, bool set, const DelayFit& fit,
                       std::string_view unit) {
   const std::string model = Fixed(delay.floor_s, 3) + " s + " + Fixed(delay.k, 0) + " / (RPM x " +
@@ -135,7 +143,7 @@ std::string DelayText(const DelayModel& delay, bool set, const DelayFit& fit,
   if (fit.fitted) {
     return "Delay: fitted, " + model + " from " + std::to_string(fit.steps) + " steps (" +
            std::to_string(fit.dropped) + " left out), rms residual " +
-           Fixed(fit.rms_residual_s, 3) + " s\n";
+           Fixed(fit.rms_residual_s, 3) + " s\n" + CoarseFitNote(fit);
   }
   return "Delay: default, " + model + " (no fit: " + fit.why_not + ")\n";
 }

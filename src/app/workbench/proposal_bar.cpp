@@ -12,13 +12,17 @@ ProposalBar::ProposalBar(const QString& suffix, QWidget* parent)
     : QFrame(parent),
       delay_(new QLabel(this)),
       summary_(new QLabel(this)),
-      evidence_(new QLabel(this)) {
+      evidence_(new QLabel(this)),
+      note_(new QLabel(this)) {
   setObjectName("ProposalBar" + suffix);
   setFrameShape(QFrame::StyledPanel);
   delay_->setObjectName("ProposalDelay" + suffix);
   summary_->setObjectName("ProposalSummary" + suffix);
   evidence_->setObjectName("ProposalEvidence" + suffix);
-  for (QLabel* label : {delay_, summary_, evidence_}) {
+  note_->setObjectName("ProposalDelayNote" + suffix);
+  note_->setStyleSheet("color: rgb(170, 90, 0);");
+  note_->hide();
+  for (QLabel* label : {delay_, summary_, evidence_, note_}) {
     label->setTextInteractionFlags(Qt::NoTextInteraction);
     label->setMinimumWidth(0);
   }
@@ -44,6 +48,7 @@ ProposalBar::ProposalBar(const QString& suffix, QWidget* parent)
           &ProposalBar::OpenSettings);
   for (QPushButton* button : findChildren<QPushButton*>()) middle->addWidget(button);
   column->addLayout(middle);
+  column->addWidget(note_);
   column->addWidget(evidence_);
   hide();
 }
@@ -55,9 +60,12 @@ QPushButton* ProposalBar::Button(const QString& text, const QString& name) {
   return button;
 }
 
-void ProposalBar::Show(const QString& delay, const QString& summary) {
+void ProposalBar::Show(const QString& delay, const QString& summary, const QString& note) {
   delay_->setText(delay);
   delay_->setToolTip(delay);
+  note_->setText(note);
+  note_->setToolTip(note);
+  note_->setVisible(!note.isEmpty());
   summary_->setText("Fuel proposal: " + summary);
   summary_->setToolTip(summary_->text());
   setAccessibleName("Fuel proposal");

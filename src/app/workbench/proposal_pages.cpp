@@ -39,7 +39,8 @@ void ProposalPages::Show() {
       continue;
     }
     bar->Show(QString::fromStdString(DelayText(*run)),
-              QString::fromStdString(SummaryText(run->proposal)));
+              QString::fromStdString(SummaryText(run->proposal)),
+              QString::fromStdString(CoarseFitText(run->fit)));
     ShowEvidence(page);
   }
 }

@@ -167,6 +167,13 @@ std::string EvidenceText(const ProposedCell& cell, const TuneAxes& axes) {
   return text;
 }
 
+std::string CoarseFitText(const DelayFit& fit) {
+  if (!CoarseDelayFit(fit)) return "";
+  return "Logged at " + Fixed(1.0 / fit.record_step_s, 0) +
+         " frames/s: each step is timed only to a frame (" + Fixed(fit.record_step_s * 1000.0, 0) +
+         " ms); log at 60 for a surer delay";
+}
+
 std::string DelayText(const TuneRun& run) {
   const std::string model =
       Fixed(run.delay.floor_s, 3) + " s + " + Fixed(run.delay.k, 0) + " / (RPM x load)";

@@ -33,6 +33,8 @@ std::string EvidenceText(const ProposedCell& cell, const TuneAxes& axes);
 
 // The delay used: set, fitted with its quality, or the default and why.
 std::string DelayText(const TuneRun& run);
+// A warning when the delay was fitted from logs too slow for a sure fit; empty otherwise.
+std::string CoarseFitText(const DelayFit& fit);
 
 // The cells by state: "31 cells proposed (4 limited), 12 with too little evidence, 144 without".
 std::string SummaryText(const FuelProposal& proposal);
