@@ -1,5 +1,5 @@
 // The Help page: the notice line, the help options, the keystroke table (English or German, as
-// the language option says) and, beside it, the workbench keys.
+// the language option says) and, beside it, the workbench keys over the datalog chart's keys.
 #pragma once
 
 #include <QLabel>
