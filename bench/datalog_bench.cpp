@@ -21,6 +21,7 @@
 #include <memory>
 
 #include "base/file_system.h"
+#include "bench_timing.h"
 #include "datalog/datalog_capture.h"
 #include "datalog/files/datalog_files.h"
 #include "datalog/files/log_file.h"
@@ -66,10 +67,9 @@ vela::DatalogLog& LogOf(double hours) {
 
 // The mean of each case, for the summary: the time on the clock, and the processor time of the
 // thread that did the work (what the case costs the program whatever else runs on the machine).
-struct Mean {
-  double wall_ms = NAN;
-  double cpu_ms = NAN;
-};
+using vela::bench::Mean;
+using vela::bench::MeanMs;
+
 std::map<std::string, Mean> g_ms;
 
 void Note(benchmark::State& state, const std::string& name, Mean mean) {
@@ -78,40 +78,21 @@ void Note(benchmark::State& state, const std::string& name, Mean mean) {
   state.counters["cpu_ms"] = mean.cpu_ms;
 }
 
-double ThreadCpuMs() {
-  timespec now{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) * 1000.0 + static_cast<double>(now.tv_nsec) / 1e6;
-}
-
-template <typename Body>
-Mean MeanMs(benchmark::State& state, Body body) {
-  double wall = 0;
-  double cpu = 0;
-  for (auto _ : state) {
-    const auto start = std::chrono::steady_clock::now();
-    const double cpu_start = ThreadCpuMs();
-    body();
-    cpu += ThreadCpuMs() - cpu_start;
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(took.count());
-    wall += took.count() * 1000.0;
-  }
-  const auto n = static_cast<double>(state.iterations());
-  return {wall / n, cpu / n};
+// The chart shown at `width` x `height`, drawn once to settle, then timed drawing it again.
+Mean RepaintMs(benchmark::State& state, vela::DatalogChart& chart, int width, int height) {
+  chart.resize(width, height);
+  chart.show();
+  QApplication::processEvents();
+  QImage image(width, height, QImage::Format_RGB32);
+  chart.render(&image);
+  return MeanMs(state, [&] { chart.render(&image); });
 }
 
 void BM_ChartFullViewRepaint(benchmark::State& state) {
   const double hours = static_cast<double>(state.range(0));
   vela::DatalogLog& log = LogOf(hours);
   vela::DatalogChart chart(log);
-  chart.resize(kWidth, kHeight);
-  chart.show();
-  QApplication::processEvents();
-  QImage image(kWidth, kHeight, QImage::Format_RGB32);
-  chart.render(&image);
-  const Mean ms = MeanMs(state, [&] { chart.render(&image); });
-  Note(state, hours == 1 ? "chart 1 h" : "chart 4 h", ms);
+  Note(state, hours == 1 ? "chart 1 h" : "chart 4 h", RepaintMs(state, chart, kWidth, kHeight));
 }
 BENCHMARK(BM_ChartFullViewRepaint)
     ->Arg(1)
@@ -124,11 +105,7 @@ BENCHMARK(BM_ChartFullViewRepaint)
 void BM_ChartLiveRepaint(benchmark::State& state) {
   vela::DatalogLog& log = LogOf(30.0 / 3600);
   vela::DatalogChart chart(log);
-  chart.resize(950, 500);
-  chart.show();
-  QApplication::processEvents();
-  QImage image(950, 500, QImage::Format_RGB32);
-  Note(state, "live 30 s", MeanMs(state, [&] { chart.render(&image); }));
+  Note(state, "live 30 s", RepaintMs(state, chart, 950, 500));
 }
 BENCHMARK(BM_ChartLiveRepaint)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(100);
 
@@ -145,13 +122,7 @@ void BM_ChartStackedRepaint(benchmark::State& state) {
     layout.Place(vela::LayoutNameOf(n), n * panels / vela::kChannelCount);
   }
   chart.SetLayout(layout);
-  chart.resize(kWidth, kHeight);
-  chart.show();
-  QApplication::processEvents();
-  QImage image(kWidth, kHeight, QImage::Format_RGB32);
-  chart.render(&image);
-  const Mean ms = MeanMs(state, [&] { chart.render(&image); });
-  Note(state, panels == 1 ? "panels 1" : "panels 4", ms);
+  Note(state, panels == 1 ? "panels 1" : "panels 4", RepaintMs(state, chart, kWidth, kHeight));
 }
 BENCHMARK(BM_ChartStackedRepaint)
     ->Arg(1)

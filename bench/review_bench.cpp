@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "bench_timing.h"
 #include "datalog/review/autoscale.h"
 #include "datalog/review/distribution.h"
 #include "datalog/review/math_channels.h"
@@ -45,35 +46,16 @@ const vela::DatalogLog& FourHourLog() {
   return *log;
 }
 
-struct Mean {
-  double wall_ms = NAN;
-  double cpu_ms = NAN;
-};
-std::map<std::string, Mean> g_ms;
+using vela::bench::Mean;
 
-double ThreadCpuMs() {
-  timespec now{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) * 1000.0 + static_cast<double>(now.tv_nsec) / 1e6;
-}
+std::map<std::string, Mean> g_ms;
 
 template <typename Body>
 void Measure(benchmark::State& state, const std::string& name, Body body) {
-  double wall = 0;
-  double cpu = 0;
-  for (auto _ : state) {
-    const auto start = std::chrono::steady_clock::now();
-    const double cpu_start = ThreadCpuMs();
-    body();
-    cpu += ThreadCpuMs() - cpu_start;
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(took.count());
-    wall += took.count() * 1000.0;
-  }
-  const auto n = static_cast<double>(state.iterations());
-  g_ms[name] = {wall / n, cpu / n};
-  state.counters["ms"] = wall / n;
-  state.counters["cpu_ms"] = cpu / n;
+  const Mean mean = vela::bench::MeanMs(state, body);
+  g_ms[name] = mean;
+  state.counters["ms"] = mean.wall_ms;
+  state.counters["cpu_ms"] = mean.cpu_ms;
 }
 
 using vela::review::RecordedColumn;
