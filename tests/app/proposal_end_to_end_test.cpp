@@ -25,6 +25,7 @@
 #include "sim/engine/drive_log.h"
 #include "support/gui_test_main.h"
 #include "support/wire_log.h"
+#include "workbench_rig.h"
 
 using namespace vela;
 using vela::testing::SentFrame;
@@ -32,26 +33,8 @@ using vela::testing::SentFrame;
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace proposal_end_to_end_test {
 
-std::vector<SentFrame> Sorted(std::vector<SentFrame> frames) {
-  std::sort(frames.begin(), frames.end(), [](const SentFrame& a, const SentFrame& b) {
-    return a.address != b.address ? a.address < b.address : a.value < b.value;
-  });
-  return frames;
-}
-
-// The single-value writes that carry the cells changed between two images.
-std::vector<SentFrame> FramesOfChange(const CalibrationImage& before,
-                                      const CalibrationImage& after) {
-  std::vector<ByteWrite> writes;
-  for (const ByteChange& change : DiffImages(before, after)) {
-    writes.push_back({change.position, change.after});
-  }
-  std::vector<SentFrame> frames;
-  for (const CellWrite& cell : CellsToSend(writes, after)) {
-    frames.push_back({kSingleValueWrite, cell.position, static_cast<std::int32_t>(cell.value)});
-  }
-  return frames;
-}
+using vela::testing::FramesOfChange;
+using vela::testing::Sorted;
 
 // The smallest rectangle holding a proposed cell and a cell with too little evidence.
 MapCellRect RectOfBoth(const FuelProposal& proposal) {
