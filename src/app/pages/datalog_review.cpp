@@ -128,12 +128,10 @@ DistributionView* DatalogPage::OpenDistribution() {
       chart_->update();
     });
     connect(review_, &ReviewSession::Changed, distribution_, &DistributionView::Refresh);
-    connect(chart_, &DatalogChart::CursorsChanged, distribution_, [this] {
-      if (distribution_->isVisible()) distribution_->Refresh();
-    });
+    connect(chart_, &DatalogChart::CursorsChanged, distribution_, &DistributionView::CursorsMoved);
   }
-  distribution_->Refresh();
   distribution_->show();
+  distribution_->Refresh();
   distribution_->raise();
   distribution_->activateWindow();
   return distribution_;

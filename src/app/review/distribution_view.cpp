@@ -65,8 +65,11 @@ DistributionView::DistributionView(ReviewSession& review, std::function<CursorSp
   connect(plot_, &DistributionPlot::Clicked, this, &DistributionView::Clicked);
   connect(plot_, &DistributionPlot::Resized, this, &DistributionView::Redraw);
   resize(800, 560);
+  // AFR against RPM coloured by MAP to begin with, drawn when the view is shown.
   FillChannels();
-  ShowScatter("RPM", "AFR", "MAP");
+  filling_ = true;
+  ChooseText(x_, "RPM"), ChooseText(y_, "AFR"), ChooseText(colour_, "MAP");
+  filling_ = false;
 }
 
 void DistributionView::FillChannels() {
@@ -102,8 +105,13 @@ void DistributionView::ShowHistogram(const QString& channel) {
 void DistributionView::SetBetweenCursors(bool between) { span_->setCurrentIndex(between ? 1 : 0); }
 
 void DistributionView::Refresh() {
+  if (!isVisible()) return;
   FillChannels();
   Redraw();
+}
+
+void DistributionView::CursorsMoved() {
+  if (isVisible() && span_->currentIndex() == 1) Redraw();
 }
 
 review::RecordRange DistributionView::Records() const {

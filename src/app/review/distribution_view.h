@@ -46,8 +46,11 @@ class DistributionView : public QDialog {
   void CursorTo(double time);
 
  public slots:
-  // The log, its math channels or the cursors changed.
+  // The log or its math channels changed: the channel lists and the plot again, while shown
+  // (showing the view refreshes it).
   void Refresh();
+  // The cursors moved: only a plot of the span between them is drawn again.
+  void CursorsMoved();
 
  private:
   void FillChannels();
