@@ -21,6 +21,12 @@ double WarmFromC(const CalibrationImage& image) {
   return warm == kPoints ? 120.0 : -20.0 + 20.0 * warm;
 }
 
+FilterSettings FiltersFor(const CalibrationImage& image, FilterSettings filters) {
+  if (filters.limiter_rpm <= 0.0) filters.limiter_rpm = LimiterRpmOf(image);
+  filters.min_water_c = std::max(filters.min_water_c, WarmFromC(image));
+  return filters;
+}
+
 DelayModel ChooseDelay(std::span<const SampleLog> logs, const TuneSettings& settings,
                        DelayFit& fit) {
   if (settings.delay) return *settings.delay;
@@ -58,9 +64,7 @@ namespace {
 TuneRun RunTuneOn(const std::vector<SampleLog>& samples, const CalibrationImage& image,
                   const TargetTable& targets, const TuneSettings& settings) {
   const TuneAxes axes = FuelAxesOf(image);
-  FilterSettings filters = settings.filters;
-  if (filters.limiter_rpm <= 0.0) filters.limiter_rpm = LimiterRpmOf(image);
-  filters.min_water_c = std::max(filters.min_water_c, WarmFromC(image));
+  const FilterSettings filters = FiltersFor(image, settings.filters);
   TuneRun run{{}, {}, settings.delay.has_value(), Evidence{CellGrid(axes), {}}, {}};
   run.delay = ChooseDelay(samples, settings, run.fit);
   run.evidence = GatherEvidence(samples, axes, targets, filters, run.delay);

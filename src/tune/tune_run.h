@@ -36,6 +36,10 @@ double LimiterRpmOf(const CalibrationImage& image);
 // sample's mixture tells of the warm-up table, not of the fuel map.
 double WarmFromC(const CalibrationImage& image);
 
+// `filters` as they apply to the logs of `image`: its first rev limiter when none is set, and a
+// cold engine up to where its warm-up enrichment adds nothing.
+FilterSettings FiltersFor(const CalibrationImage& image, FilterSettings filters);
+
 // The delay to use: the set one, else the fit of every log's steps when it succeeds, else the
 // default.
 DelayModel ChooseDelay(std::span<const SampleLog> logs, const TuneSettings& settings,

@@ -9,6 +9,7 @@
 #include "editors/map_file.h"
 #include "tools/vela_log/log_commands.h"
 #include "tune/tune_run.h"
+#include "tune/view/proposal_view.h"
 
 namespace vela::logtool {
 
@@ -127,14 +128,6 @@ std::string Fixed(double value, int decimals) {
   return text;
 }
 
-std::string CoarseFitNote(const DelayFit& fit) {
-  if (!CoarseDelayFit(fit)) return "";
-  return "Note: the logs run at " + Fixed(1.0 / fit.record_step_s, 0) +
-         " frames a second, so each step is timed only to a record (" +
-         Fixed(fit.record_step_s * 1000.0, 0) +
-         " ms); log at 60 Samples/Second for a surer delay at high flow\n";
-}
-
 std::string DelayText(const DelayModel& delay, bool set, const DelayFit& fit,
                       std::string_view unit) {
   const std::string model = Fixed(delay.floor_s, 3) + " s + " + Fixed(delay.k, 0) + " / (RPM x " +
@@ -143,7 +136,8 @@ std::string DelayText(const DelayModel& delay, bool set, const DelayFit& fit,
   if (fit.fitted) {
     return "Delay: fitted, " + model + " from " + std::to_string(fit.steps) + " steps (" +
            std::to_string(fit.dropped) + " left out), rms residual " +
-           Fixed(fit.rms_residual_s, 3) + " s\n" + CoarseFitNote(fit);
+           Fixed(fit.rms_residual_s, 3) + " s\n" +
+           (CoarseDelayFit(fit) ? "Note: " + CoarseFitText(fit) + "\n" : "");
   }
   return "Delay: default, " + model + " (no fit: " + fit.why_not + ")\n";
 }
@@ -248,7 +242,7 @@ int RunCellsCommand(const std::vector<std::string>& list, FileSystem& files, std
   std::vector<SampleLog> samples;
   for (const DatalogLog& log : in.logs) samples.push_back(SamplesOf(log, axes.basis));
   TuneSettings settings = SettingsOf(*args);
-  settings.filters.limiter_rpm = LimiterRpmOf(in.image);
+  settings.filters = FiltersFor(in.image, settings.filters);
   DelayFit fit;
   const DelayModel delay = ChooseDelay(samples, settings, fit);
   err += "vela-log: " + DelayText(delay, settings.delay.has_value(), fit, axes.LoadUnit());

@@ -7,6 +7,7 @@
 #include "app/sessions/target_session.h"
 #include "app/workbench/grid_operations.h"
 #include "app/workbench/operation_line.h"
+#include "base/file_names.h"
 #include "editors/compare/compare_overlay.h"
 #include "editors/mapgrid/qt/map_grid.h"
 #include "tune/target/target_edits.h"
@@ -46,8 +47,7 @@ QLabel* BuildLegend(QWidget* parent) {
 }
 
 QString FileNameOf(const std::string& path) {
-  const std::size_t slash = path.find_last_of("/\\");
-  return QString::fromStdString(slash == std::string::npos ? path : path.substr(slash + 1));
+  return QString::fromStdString(path.substr(NameStart(path)));
 }
 
 }  // namespace

@@ -47,11 +47,9 @@ const TuneRun* ProposalSession::Run() const {
   return run_ && parts_.compare.Proposal() ? &*run_ : nullptr;
 }
 
-// The tuner's target table when it stands on this calibration's fuel axes, else the default.
+// The tuner's target table on this calibration's fuel axes.
 TargetTable ProposalSession::Targets(const CalibrationImage& image) const {
-  const TuneAxes axes = FuelAxesOf(image);
-  const TargetTable& kept = parts_.targets.table();
-  return kept.Axes() == axes ? kept : TargetTable(axes);
+  return parts_.targets.TableOn(FuelAxesOf(image));
 }
 
 void ProposalSession::Propose(int fuel_map) {
@@ -161,11 +159,6 @@ void ProposalSession::AddLog() {
   added_.push_back(std::move(columns));
   emit Note(QString("Fuel proposal: %1 added")
                 .arg(QString::fromStdString(path->substr(NameStart(*path)))));
-  InputsChanged();
-}
-
-void ProposalSession::ClearAddedLogs() {
-  added_.clear();
   InputsChanged();
 }
 

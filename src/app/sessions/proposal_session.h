@@ -72,9 +72,6 @@ class ProposalSession : public QObject {
   void Propose(int fuel_map);
   // Asks for a log file and adds it to the evidence; the proposal is worked out again.
   void AddLog();
-  // Forgets the logs added from files.
-  void ClearAddedLogs();
-  int AddedLogs() const { return static_cast<int>(added_.size()); }
   // True while a proposal is being worked out on the session's thread.
   bool Computing() const { return computing_; }
   // What works a proposal out (ComputeProposal unless a test holds it back).

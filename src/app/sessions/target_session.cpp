@@ -38,6 +38,10 @@ TargetSession::TargetSession(EditorSession& editors, FileSystem& files, MessageS
           [this](const QString& path) { SavedAs(path.toStdString()); });
 }
 
+TargetTable TargetSession::TableOn(const TuneAxes& axes) const {
+  return table().Axes() == axes ? table() : TargetOnAxes(table(), axes);
+}
+
 void TargetSession::Follow() {
   const TuneAxes axes = FuelAxesOf(editors_.image());
   const std::string map_path = editors_.map_path();

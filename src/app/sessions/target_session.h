@@ -36,6 +36,9 @@ class TargetSession : public QObject {
   // The targets in force, on the fuel maps' axes of the editors' calibration (rows from the
   // highest RPM, as the fuel grids show them).
   const TargetTable& table() const { return edits_.Table(); }
+  // The table on `axes`: itself when it stands on them, else moved onto them as Follow() moves
+  // it (a reader may ask between the editors' change and the session's following it).
+  TargetTable TableOn(const TuneAxes& axes) const;
   // The file the targets are kept in, and the map file it belongs to (empty: the default file).
   const std::string& path() const { return path_; }
   const std::string& map_path() const { return map_path_; }

@@ -106,7 +106,7 @@ void MapLogOverlay::Restart(bool open) {
   const CalibrationImage& image = editors_.image();
   HeatSettings settings;
   settings.basis = fuel_axes_.basis;
-  settings.filters.limiter_rpm = LimiterRpmOf(image);
+  settings.filters = FiltersFor(image, settings.filters);
   settings.delay = kDefaultDelay;
   delay_text_ = DelayText(kDefaultDelay, "default");
   const DatalogLog& log = datalog_.log();
@@ -118,18 +118,13 @@ void MapLogOverlay::Restart(bool open) {
     settings.delay = ChooseDelay(std::span<const SampleLog>(&samples, 1), tune, fit);
     delay_text_ = DelayText(settings.delay, fit.fitted ? "fitted" : "default");
   }
-  const TargetTable& kept = targets_.table();
-  const TargetTable targets = kept.Axes() == fuel_axes_ ? kept : TargetTable(fuel_axes_);
+  const TargetTable targets = targets_.TableOn(fuel_axes_);
   fuel_ = std::make_unique<LogHeat>(fuel_axes_, targets, settings);
   ign_ = std::make_unique<LogHeat>(ign_axes_, targets, settings);
 }
 
 const LogHeat* MapLogOverlay::HeatOf(int page) const {
   return page == kIgnitionPage ? ign_.get() : fuel_.get();
-}
-
-const TuneAxes& MapLogOverlay::AxesOf(int page) const {
-  return page == kIgnitionPage ? ign_axes_ : fuel_axes_;
 }
 
 void MapLogOverlay::ShowPage(int page) {

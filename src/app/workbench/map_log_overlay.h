@@ -53,7 +53,6 @@ class MapLogOverlay : public QObject {
   void ShowPage(int page);
   QString LineText(int page) const;
   const LogHeat* HeatOf(int page) const;
-  const TuneAxes& AxesOf(int page) const;
 
   EditorSession& editors_;
   MapPages& maps_;
