@@ -11,13 +11,6 @@ namespace vela {
 
 namespace {
 
-DutyContext DutyOfImage(const CalibrationImage& image) {
-  EngineSetup setup;
-  setup.fuel_mode = image.Byte(FieldPos("InjectionMode")) & 0x03;
-  SetupIgnitionDivide(setup);
-  return {setup.ignition_divide, setup.fuel_mode == kFuelModeSequential};
-}
-
 ProposedCell Judge(const CellEvidence& evidence, int row, int column, double before_ms,
                    double target_afr, const ProposalSettings& settings) {
   ProposedCell cell;
@@ -103,6 +96,13 @@ FuelProposal ProposeFuel(const CalibrationImage& image, const CellGrid& evidence
     }
   }
   return proposal;
+}
+
+DutyContext DutyOfImage(const CalibrationImage& image) {
+  EngineSetup setup;
+  setup.fuel_mode = image.Byte(FieldPos("InjectionMode")) & 0x03;
+  SetupIgnitionDivide(setup);
+  return {setup.ignition_divide, setup.fuel_mode == kFuelModeSequential};
 }
 
 CellTarget ProposalTarget(const FuelProposal& proposal) {

@@ -59,6 +59,9 @@ FuelProposal ProposeFuel(const CalibrationImage& image, const CellGrid& evidence
 // (untouched) for every other, for ApplyTargets over the tuner's selection or the whole map.
 CellTarget ProposalTarget(const FuelProposal& proposal);
 
+// The duty cap's context under the image's own engine set-up.
+DutyContext DutyOfImage(const CalibrationImage& image);
+
 // The fuel map of `image` as a grid the bulk change rules can work on (its RPM sites set).
 MapGridModel FuelGridOf(const CalibrationImage& image, int fuel_map);
 

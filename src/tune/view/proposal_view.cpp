@@ -94,14 +94,6 @@ void ReadSetting(const std::string& name, const std::string& value, TuneSettings
   }
 }
 
-// The duty cap's context under the image's own set-up.
-DutyContext ImageDuty(const CalibrationImage& image) {
-  EngineSetup setup;
-  setup.fuel_mode = image.Byte(FieldPos("InjectionMode")) & 0x03;
-  SetupIgnitionDivide(setup);
-  return {setup.ignition_divide, setup.fuel_mode == kFuelModeSequential};
-}
-
 }  // namespace
 
 std::span<const TuneSettingField> TuneSettingFields() { return kFields; }
@@ -113,7 +105,7 @@ CalibrationImage ProposedImage(const CalibrationImage& image, const FuelProposal
     if (!cell || cell->state != CellProposalState::kProposed) return std::nan("");
     return cell->after_ms;
   };
-  ApplyTargets(grid, WholeMap(grid), target, ImageDuty(image));
+  ApplyTargets(grid, WholeMap(grid), target, DutyOfImage(image));
   CalibrationImage proposed = image;
   proposed.WriteFuelMap(proposal.fuel_map, grid.ToMapValues());
   return proposed;
