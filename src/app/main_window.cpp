@@ -1,13 +1,11 @@
 #include "app/main_window.h"
 
-#include <QAbstractSpinBox>
 #include <QApplication>
 #include <QFrame>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
@@ -25,7 +23,6 @@
 #include "app/pages/setup/setup_error_list.h"
 #include "app/pages/setup/setup_pages.h"
 #include "app/pages/target_panel.h"
-#include "app/review/marker_list_panel.h"
 #include "app/sessions/compare_session.h"
 #include "app/sessions/editor_session.h"
 #include "app/sessions/fault_monitor.h"
@@ -33,6 +30,7 @@
 #include "app/sessions/live_view.h"
 #include "app/sessions/review_session.h"
 #include "app/sessions/target_session.h"
+#include "app/widgets/own_keys.h"
 #include "app/widgets/settings_controls.h"
 #include "app/widgets/status_strip.h"
 #include "app/workbench/compare_pages.h"
@@ -582,14 +580,10 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
   return QMainWindow::eventFilter(watched, event);
 }
 
-// The main window sees every key first. Keys typed into a text or number field stay there.
+// The main window sees every key first. Keys typed into a text or number field, or a widget
+// that keeps its own keys, stay there.
 bool MainWindow::HandleWindowKey(QKeyEvent* event) {
-  QWidget* focus = QApplication::focusWidget();
-  // The datalog's marker list keeps its keys too (Enter jumps, F2 edits, Esc leaves).
-  if (qobject_cast<QLineEdit*>(focus) || qobject_cast<QAbstractSpinBox*>(focus) ||
-      qobject_cast<MarkerListPanel*>(focus)) {
-    return false;
-  }
+  if (KeepsOwnKeys(QApplication::focusWidget())) return false;
   const KeyContext context{tabs_->currentIndex(), previous_key_was_space_};
   const KeyRoute route = RouteMainWindowKey(MapKeyPressOf(*event), context);
   previous_key_was_space_ = event->key() == Qt::Key_Space && !previous_key_was_space_;

@@ -3,6 +3,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 
+#include "app/widgets/own_keys.h"
 #include "datalog/files/log_export.h"
 
 namespace vela {
@@ -36,6 +37,7 @@ QTableWidgetItem* FixedItem(const QString& text) {
 MarkerListPanel::MarkerListPanel(DatalogLog& log, QWidget* parent)
     : QTableWidget(0, 3, parent), log_(log) {
   setObjectName("DatalogMarkerList");
+  KeepOwnKeys(this);  // Enter jumps, F2 edits, Esc leaves
   setAccessibleName("Markers of the log");
   setHorizontalHeaderLabels({"Time s", "Kind", "Text"});
   verticalHeader()->hide();
