@@ -10,6 +10,7 @@
 #include <QtTest>
 
 #include "app/pages/datalog_page.h"
+#include "app/sessions/target_session.h"
 #include "app/workbench/map_log_overlay.h"
 #include "editors/mapgrid/qt/map_grid.h"
 #include "running_program.h"
@@ -170,6 +171,19 @@ class LogOverlayTest : public QObject {
     QVERIFY(MeanError({6, 5, 8, 7}) < -0.4);
     KeepShot("heat-error", {1280, 720});
     KeepShot("heat-error", {1024, 600});
+    // Targets half a ratio richer everywhere: every error grows by that half, on the same
+    // samples and the same delay.
+    const double lean_before = MeanError({1, 13, 3, 17});
+    const QString delay_before = line->text().section(", delay ", 1);
+    TargetTable richer = p_->window().targets().table();
+    for (int row = 1; row <= richer.Axes().Rows(); ++row) {
+      for (int column = 1; column <= richer.Axes().Columns(); ++column) {
+        richer.Set(row, column, richer.At(row, column) - 0.5);
+      }
+    }
+    QVERIFY(p_->window().targets().Change(richer, "richer"));
+    QVERIFY(std::abs(MeanError({1, 13, 3, 17}) - lean_before - 0.5) < 0.02);
+    QCOMPARE(line->text().section(", delay ", 1), delay_before);
     QVERIFY(Chord(Qt::Key_H));
     QCOMPARE(Overlay().Layer(), HeatLayer::kOff);
     QVERIFY(!line->isVisible());

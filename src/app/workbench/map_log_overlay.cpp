@@ -46,11 +46,19 @@ MapLogOverlay::MapLogOverlay(EditorSession& editors, MapPages& maps, DatalogPage
     });
   }
   connect(datalog_.chart(), &DatalogChart::CursorsChanged, this, &MapLogOverlay::ChartCursorMoved);
-  // New targets: the errors are taken again from the whole log.
+  // New targets: the errors are taken again from the whole log, with the delay already chosen
+  // (the targets do not move the exhaust).
   connect(&targets_, &TargetSession::Changed, this, [this] {
-    fuel_.reset();
-    ign_.reset();
-    if (layer_ != HeatLayer::kOff) Refresh();
+    if (layer_ == HeatLayer::kOff || !fuel_ || !fuel_->Follows(datalog_.log())) {
+      fuel_.reset();  // all again when next shown
+      ign_.reset();
+      if (layer_ != HeatLayer::kOff) Refresh();
+      return;
+    }
+    BuildHeats();
+    fuel_->Follow(datalog_.log(), datalog_.Logging());
+    ign_->Follow(datalog_.log(), datalog_.Logging());
+    for (int page = 0; page < MapPages::kPages; ++page) ShowPage(page);
   });
   follow_.setInterval(kFollowMs);
   connect(&follow_, &QTimer::timeout, this, &MapLogOverlay::Refresh);
@@ -104,23 +112,28 @@ void MapLogOverlay::Follow() {
 // the default delay throughout (a fit that moved would change every figure taken so far).
 void MapLogOverlay::Restart(bool open) {
   const CalibrationImage& image = editors_.image();
-  HeatSettings settings;
-  settings.basis = fuel_axes_.basis;
-  settings.filters = FiltersFor(image, settings.filters);
-  settings.delay = kDefaultDelay;
+  settings_ = HeatSettings{};
+  settings_.basis = fuel_axes_.basis;
+  settings_.filters = FiltersFor(image, settings_.filters);
+  settings_.delay = kDefaultDelay;
   delay_text_ = DelayText(kDefaultDelay, "default");
   const DatalogLog& log = datalog_.log();
   if (!open && log.RecordCount() > 0) {
     const SampleLog samples = SamplesOf(log, fuel_axes_.basis);
     DelayFit fit;
     TuneSettings tune;
-    tune.filters = settings.filters;
-    settings.delay = ChooseDelay(std::span<const SampleLog>(&samples, 1), tune, fit);
-    delay_text_ = DelayText(settings.delay, fit.fitted ? "fitted" : "default");
+    tune.filters = settings_.filters;
+    settings_.delay = ChooseDelay(std::span<const SampleLog>(&samples, 1), tune, fit);
+    delay_text_ = DelayText(settings_.delay, fit.fitted ? "fitted" : "default");
   }
+  BuildHeats();
+}
+
+// Both maps' figures from nothing, taken again from the log by the next Follow().
+void MapLogOverlay::BuildHeats() {
   const TargetTable targets = targets_.TableOn(fuel_axes_);
-  fuel_ = std::make_unique<LogHeat>(fuel_axes_, targets, settings);
-  ign_ = std::make_unique<LogHeat>(ign_axes_, targets, settings);
+  fuel_ = std::make_unique<LogHeat>(fuel_axes_, targets, settings_);
+  ign_ = std::make_unique<LogHeat>(ign_axes_, targets, settings_);
 }
 
 const LogHeat* MapLogOverlay::HeatOf(int page) const {

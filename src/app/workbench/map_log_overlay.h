@@ -50,6 +50,7 @@ class MapLogOverlay : public QObject {
   // The figures made anew when the calibration's axes changed or the log is another one.
   void Follow();
   void Restart(bool open);
+  void BuildHeats();
   void ShowPage(int page);
   QString LineText(int page) const;
   const LogHeat* HeatOf(int page) const;
@@ -64,6 +65,7 @@ class MapLogOverlay : public QObject {
   std::unique_ptr<LogHeat> fuel_;
   std::unique_ptr<LogHeat> ign_;
   QString delay_text_;
+  HeatSettings settings_;  // the filters and the delay the figures are taken with
   std::array<MapCell, MapPages::kPages> chart_cells_{};  // {0, 0}: none
   std::array<QLabel*, MapPages::kPages> lines_{};
   QTimer follow_;
