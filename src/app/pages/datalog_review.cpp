@@ -104,13 +104,7 @@ QWidget* DatalogPage::BuildMarkerList(QWidget* parent) {
 }
 
 void DatalogPage::PutCursorA(double time) {
-  const double width = log_.axis.max - log_.axis.min;
-  if (time < log_.axis.min || time > log_.axis.max) {
-    log_.axis.min = std::max(0.0, time - width / 2.0);
-    log_.axis.max = log_.axis.min + width;
-  }
-  chart_->SetCursors(time, chart_->CursorB());
-  chart_->update();
+  chart_->PutCursorA(time);
   chart_->setFocus();
 }
 
@@ -123,10 +117,7 @@ DistributionView* DatalogPage::OpenDistribution() {
         },
         this);
     distribution_->setWindowFlag(Qt::Window);
-    connect(distribution_, &DistributionView::CursorTo, this, [this](double time) {
-      chart_->SetCursors(time, chart_->CursorB());
-      chart_->update();
-    });
+    connect(distribution_, &DistributionView::CursorTo, chart_, &DatalogChart::PutCursorA);
     connect(review_, &ReviewSession::Changed, distribution_, &DistributionView::Refresh);
     connect(chart_, &DatalogChart::CursorsChanged, distribution_, &DistributionView::CursorsMoved);
   }

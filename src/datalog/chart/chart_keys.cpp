@@ -278,4 +278,8 @@ TimeSpan ExportSpan(const ChartView& view) {
   return {view.axis.min, view.axis.max};
 }
 
+ChartView CursorAAt(const DatalogLog& log, const ChartView& view, double time) {
+  return {Follow(log, view.axis, time), time, view.b};
+}
+
 }  // namespace vela

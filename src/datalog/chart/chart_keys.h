@@ -70,6 +70,10 @@ inline constexpr double kCursorSpanRoomShare = 0.02;
 // nothing.
 ChartView ApplyChartKey(const DatalogLog& log, const ChartView& view, ChartKey key);
 
+// Cursor A put at `time` (a marker chosen in a list, a point clicked on a scatter), the view
+// moved just far enough to show it, as a cursor key moves it.
+ChartView CursorAAt(const DatalogLog& log, const ChartView& view, double time);
+
 // The times the exports take: between the cursors when both are set (in time order), otherwise
 // the view.
 struct TimeSpan {

@@ -63,6 +63,12 @@ void DatalogChart::keyPressEvent(QKeyEvent* event) {
 
 // A view the keys moved: the axis is then the tuner's (it stops following the newest point),
 // except for the whole log, which gives it back as a double click does.
+void DatalogChart::PutCursorA(double time) {
+  const ChartView view = CursorAAt(log_, {log_.axis, cursor_a_, cursor_b_}, time);
+  if (!(view.axis == log_.axis)) TakeAxisInHand(view.axis);
+  SetCursors(view.a, view.b);
+}
+
 void DatalogChart::ShowView(const ChartView& view, ChartKey key) {
   if (key == ChartKey::kFitAll) {
     ShowWholeLog();

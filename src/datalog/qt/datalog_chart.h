@@ -64,6 +64,8 @@ class DatalogChart : public QWidget {
   std::optional<double> CursorA() const { return cursor_a_; }
   std::optional<double> CursorB() const { return cursor_b_; }
   void SetCursors(std::optional<double> a, std::optional<double> b);
+  // Cursor A to `time`, the view moved by hand just far enough to show it.
+  void PutCursorA(double time);
   // The time axis and the cursors as they are now.
   ChartView View() const { return {log_.axis, cursor_a_, cursor_b_}; }
 

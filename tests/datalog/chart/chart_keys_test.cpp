@@ -137,6 +137,15 @@ TEST(ChartKeys, MarkerKeysJumpCursorAAndTheViewFollowsIt) {
   EXPECT_DOUBLE_EQ(*fresh.a, 12.0);
 }
 
+TEST(ChartKeys, CursorAPutAtATimeBringsItIntoViewAsAKeyWould) {
+  Log10Hz f;
+  // A marker chosen in the list, or a scatter point, past the view: moved just enough.
+  const ChartView moved = CursorAAt(f.log, {{0.0, 5.0}, 1.0, 2.0}, 12.0);
+  EXPECT_EQ(moved, (ChartView{{7.25, 12.25}, 12.0, 2.0}));
+  // Inside the view: only the cursor moves.
+  EXPECT_EQ(CursorAAt(f.log, moved, 9.0), (ChartView{{7.25, 12.25}, 9.0, 2.0}));
+}
+
 TEST(ChartKeys, ZoomToTheCursorsLeavesRoomForBothLines) {
   Log10Hz f;
   const TimeAxis span =
