@@ -84,18 +84,6 @@ Histogram ComputeHistogram(const ColumnView& column, RecordRange records, int ta
   return ComputeHistogram(column, records, bins);
 }
 
-int ScatterGrid::Column(double x) const {
-  if (!(x >= x_low && x <= x_high)) return -1;
-  if (!(x_high > x_low)) return 0;
-  return std::min(static_cast<int>((x - x_low) * (width / (x_high - x_low))), width - 1);
-}
-
-int ScatterGrid::Row(double y) const {
-  if (!(y >= y_low && y <= y_high)) return -1;
-  if (!(y_high > y_low)) return 0;
-  return std::min(static_cast<int>((y_high - y) * (height / (y_high - y_low))), height - 1);
-}
-
 ScatterDensity ComputeScatter(const ColumnView& x, const ColumnView& y, const ColumnView& z,
                               RecordRange records, ScatterGrid grid) {
   ScatterDensity density;

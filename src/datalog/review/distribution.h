@@ -61,9 +61,6 @@ struct ScatterGrid {
   double x_high = 1.0;
   double y_low = 0.0;
   double y_high = 1.0;
-  // The pixel a value falls into; -1 outside.
-  int Column(double x) const;
-  int Row(double y) const;
 };
 
 struct ScatterDensity {
