@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDoubleSpinBox>
+#include <QRegularExpression>
 #include <QtTest>
 #include <algorithm>
 #include <atomic>
@@ -168,6 +169,11 @@ class ProposalEndToEndTest : public QObject {
     QVERIFY2(p_->Text("ProposalDelay").startsWith("Delay fitted"),
              qPrintable(p_->Text("ProposalDelay")));
     QVERIFY(p_->Text("ProposalSummary").startsWith("Fuel proposal: "));
+    // What became of the samples, so that a thin proposal says why.
+    QVERIFY2(
+        p_->Text("ProposalSamples").contains(QRegularExpression("^Samples: \\d+; kept \\d+; ")),
+        qPrintable(p_->Text("ProposalSamples")));
+    QVERIFY(p_->Text("ProposalSamples").contains("; cold engine "));  // the drive starts cold
     // The drive was logged at 20 frames a second: the bar says the delay is coarse at that rate.
     QVERIFY(p_->Find<QLabel>("ProposalDelayNote")->isVisible());
     QVERIFY2(p_->Text("ProposalDelayNote").startsWith("Logged at 20 frames/s"),

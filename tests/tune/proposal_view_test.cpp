@@ -99,6 +99,16 @@ TEST_F(ProposalViewTest, EvidenceTextsSayTheStateAndTheFiguresItHas) {
             "2 cells proposed (1 limited), 1 with too little evidence, 96 without");
 }
 
+TEST(ProposalTexts, SamplesSayWhatBecameOfThemLeavingOutVerdictsWithNone) {
+  VerdictCounts counts{};
+  EXPECT_EQ(SamplesText(counts), "Samples: 0");
+  counts[static_cast<std::size_t>(SampleVerdict::kCold)] = 880;
+  counts[static_cast<std::size_t>(SampleVerdict::kDecelCut)] = 21;
+  EXPECT_EQ(SamplesText(counts), "Samples: 901; cold engine 880; decel cut 21");
+  counts[static_cast<std::size_t>(SampleVerdict::kKept)] = 99;
+  EXPECT_EQ(SamplesText(counts), "Samples: 1000; kept 99; cold engine 880; decel cut 21");
+}
+
 TEST(ProposalTexts, DelaySaysSetFittedOrDefaultAndWhy) {
   TuneRun run{{}, {0.1, 0.0}, true, Evidence{CellGrid(TuneAxes{}), {}}, {}};
   EXPECT_EQ(DelayText(run), "Delay set: 0.100 s");

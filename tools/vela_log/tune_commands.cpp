@@ -142,18 +142,6 @@ std::string DelayText(const DelayModel& delay, bool set, const DelayFit& fit,
   return "Delay: default, " + model + " (no fit: " + fit.why_not + ")\n";
 }
 
-std::string VerdictText(const VerdictCounts& counts) {
-  std::size_t total = 0;
-  for (std::size_t count : counts) total += count;
-  std::string out = "Samples: " + std::to_string(total);
-  for (int v = 0; v < kSampleVerdicts; ++v) {
-    if (counts[static_cast<std::size_t>(v)] == 0) continue;
-    out += "; " + std::string(VerdictName(static_cast<SampleVerdict>(v))) + " " +
-           std::to_string(counts[static_cast<std::size_t>(v)]);
-  }
-  return out + "\n";
-}
-
 struct LoadedInputs {
   std::vector<DatalogLog> logs;
   CalibrationImage image;
@@ -269,7 +257,7 @@ int RunTuneCommand(const std::vector<std::string>& list, FileSystem& files, std:
   const TuneRun run = RunTune(Pointers(in.logs), in.image, *in.targets, SettingsOf(*args));
   const TuneAxes& axes = run.evidence.cells.Axes();
   out += DelayText(run.delay, run.delay_set, run.fit, axes.LoadUnit()) +
-         VerdictText(run.evidence.verdicts) + "Targets: " + in.target_source + "\n" +
+         SamplesText(run.evidence.verdicts) + "\n" + "Targets: " + in.target_source + "\n" +
          ChangedCellsText(run.proposal, axes);
   const auto& bytes = run.proposal.corrected.Bytes();
   if (files.WriteFile(args->output, std::string(bytes.begin(), bytes.end())) != kFileErrorNone) {

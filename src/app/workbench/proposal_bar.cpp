@@ -13,16 +13,18 @@ ProposalBar::ProposalBar(const QString& suffix, QWidget* parent)
       delay_(new QLabel(this)),
       summary_(new QLabel(this)),
       evidence_(new QLabel(this)),
-      note_(new QLabel(this)) {
+      note_(new QLabel(this)),
+      samples_(new QLabel(this)) {
   setObjectName("ProposalBar" + suffix);
   setFrameShape(QFrame::StyledPanel);
   delay_->setObjectName("ProposalDelay" + suffix);
   summary_->setObjectName("ProposalSummary" + suffix);
   evidence_->setObjectName("ProposalEvidence" + suffix);
   note_->setObjectName("ProposalDelayNote" + suffix);
+  samples_->setObjectName("ProposalSamples" + suffix);
   note_->setStyleSheet("color: rgb(170, 90, 0);");
   note_->hide();
-  for (QLabel* label : {delay_, summary_, evidence_, note_}) {
+  for (QLabel* label : {delay_, summary_, evidence_, note_, samples_}) {
     label->setTextInteractionFlags(Qt::NoTextInteraction);
     label->setMinimumWidth(0);
   }
@@ -49,6 +51,7 @@ ProposalBar::ProposalBar(const QString& suffix, QWidget* parent)
   for (QPushButton* button : findChildren<QPushButton*>()) middle->addWidget(button);
   column->addLayout(middle);
   column->addWidget(note_);
+  column->addWidget(samples_);
   column->addWidget(evidence_);
   hide();
 }
@@ -60,7 +63,10 @@ QPushButton* ProposalBar::Button(const QString& text, const QString& name) {
   return button;
 }
 
-void ProposalBar::Show(const QString& delay, const QString& summary, const QString& note) {
+void ProposalBar::Show(const QString& delay, const QString& summary, const QString& samples,
+                       const QString& note) {
+  samples_->setText(samples);
+  samples_->setToolTip(samples);
   delay_->setText(delay);
   delay_->setToolTip(delay);
   note_->setText(note);

@@ -17,8 +17,10 @@ class ProposalBar : public QFrame {
   // `suffix` is added to the objectNames, as on the page's other labels ("", "Map2").
   explicit ProposalBar(const QString& suffix, QWidget* parent = nullptr);
 
-  // `note`: a warning on the delay's fit, on a line of its own; empty hides the line.
-  void Show(const QString& delay, const QString& summary, const QString& note = {});
+  // `samples`: what became of the logs' samples; `note`: a warning on the delay's fit, on a
+  // line of its own, empty hiding the line.
+  void Show(const QString& delay, const QString& summary, const QString& samples,
+            const QString& note = {});
   // The cursor's cell; its text is also the label's accessible name, so a screen reader reads
   // it whenever it changes.
   void ShowEvidence(const QString& evidence);
@@ -34,6 +36,7 @@ class ProposalBar : public QFrame {
   QLabel* summary_;
   QLabel* evidence_;
   QLabel* note_;
+  QLabel* samples_;
 };
 
 }  // namespace vela

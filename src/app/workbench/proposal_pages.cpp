@@ -40,6 +40,7 @@ void ProposalPages::Show() {
     }
     bar->Show(QString::fromStdString(DelayText(*run)),
               QString::fromStdString(SummaryText(run->proposal)),
+              QString::fromStdString(SamplesText(run->evidence.verdicts)),
               QString::fromStdString(CoarseFitText(run->fit)));
     ShowEvidence(page);
   }

@@ -159,6 +159,18 @@ std::string EvidenceText(const ProposedCell& cell, const TuneAxes& axes) {
   return text;
 }
 
+std::string SamplesText(const VerdictCounts& counts) {
+  std::size_t total = 0;
+  for (std::size_t count : counts) total += count;
+  std::string out = "Samples: " + std::to_string(total);
+  for (int v = 0; v < kSampleVerdicts; ++v) {
+    if (counts[static_cast<std::size_t>(v)] == 0) continue;
+    out += "; " + std::string(VerdictName(static_cast<SampleVerdict>(v))) + " " +
+           std::to_string(counts[static_cast<std::size_t>(v)]);
+  }
+  return out;
+}
+
 std::string CoarseFitText(const DelayFit& fit) {
   if (!CoarseDelayFit(fit)) return "";
   return "Logged at " + Fixed(1.0 / fit.record_step_s, 0) +

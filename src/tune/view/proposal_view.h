@@ -33,6 +33,9 @@ std::string EvidenceText(const ProposedCell& cell, const TuneAxes& axes);
 
 // The delay used: set, fitted with its quality, or the default and why.
 std::string DelayText(const TuneRun& run);
+// What became of the logs' samples: "Samples: 12000; kept 7293; cold engine 1881; ..." (the
+// verdicts with none left out), so that a proposal with little evidence says why.
+std::string SamplesText(const VerdictCounts& counts);
 // A warning when the delay was fitted from logs too slow for a sure fit; empty otherwise.
 std::string CoarseFitText(const DelayFit& fit);
 
