@@ -1,7 +1,7 @@
 // The log review's figures on a four-hour log at 60 frames a second with all twelve channels
 // (864,000 records): the scatter of two channels coloured by a third, a histogram, math channels
-// over the whole log, an autoscale in view and the delta column against a second log. Plain
-// core code: no display needed.
+// over the whole log and following a recording, an autoscale in view and the delta column against a
+// second log. Plain core code: no display needed.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -109,6 +109,23 @@ BENCHMARK(BM_MathChannel)
     ->UseManualTime()
     ->Iterations(10);
 
+// While recording, the math channels follow the log once a second: the default two and a heavy
+// one brought up to a four-hour log that grew by a second's records.
+void BM_MathFollowsRecording(benchmark::State& state) {
+  const vela::DatalogLog& log = FourHourLog();
+  std::vector<vela::review::MathChannel> channels = vela::review::DefaultMathChannels(120000, true);
+  channels.push_back({"Heavy", kExpressions.at("math heavy")});
+  const vela::review::TargetLookup target = [](double, double) { return 13.0; };
+  vela::review::MathWorkspace workspace;
+  std::vector<vela::review::MathColumn> columns;
+  vela::review::EvaluateMathChannels(log, channels, target, workspace, columns);
+  Measure(state, "math follows", [&] {
+    benchmark::DoNotOptimize(vela::review::ExtendMathChannels(
+        log, channels, target, workspace, columns, log.RecordCount() - kFramesPerSecond));
+  });
+}
+BENCHMARK(BM_MathFollowsRecording)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(200);
+
 void BM_AutoscaleInView(benchmark::State& state) {
   const vela::DatalogLog& log = FourHourLog();
   const auto column = RecordedColumn(log, vela::kChannelRpm);
@@ -140,6 +157,7 @@ void PrintSummary() {
   line("histogram of RPM, bins from its range:", "histogram", 10);
   line("math channel, injector duty:", "math duty", 100);
   line("math channel, look-backs, d() and avg():", "math heavy", 100);
+  line("3 math channels following a second's growth:", "math follows", 1);
   line("autoscale of RPM in view:", "autoscale", 0);
   line("delta column of RPM against a second log:", "delta", 0);
 }

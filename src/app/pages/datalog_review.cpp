@@ -52,6 +52,7 @@ std::optional<double> ColumnAt(const DatalogLog& log, std::span<const float> col
 void DatalogPage::BuildReview() {
   review_ = new ReviewSession(log_, parts_.files, this);
   connect(review_, &ReviewSession::Changed, this, &DatalogPage::ReviewChanged);
+  connect(review_, &ReviewSession::Grew, this, &DatalogPage::ShowCursorValues);
   AddReviewKeys();
   DrawReview(*review_);
 }
@@ -119,6 +120,7 @@ DistributionView* DatalogPage::OpenDistribution() {
     distribution_->setWindowFlag(Qt::Window);
     connect(distribution_, &DistributionView::CursorTo, chart_, &DatalogChart::PutCursorA);
     connect(review_, &ReviewSession::Changed, distribution_, &DistributionView::Refresh);
+    connect(review_, &ReviewSession::Grew, distribution_, &DistributionView::Refresh);
     connect(chart_, &DatalogChart::CursorsChanged, distribution_, &DistributionView::CursorsMoved);
   }
   distribution_->show();

@@ -119,10 +119,12 @@ void ReviewSession::LogReplaced(const std::string& path) {
 }
 
 void ReviewSession::LogGrew(bool now) {
-  if (math_.empty()) return;
   if (!now && since_evaluation_.elapsed() < kGrowthEvaluationMs) return;
-  Evaluate(false);
-  emit Changed();
+  const std::size_t from =
+      review::ExtendMathChannels(log_, math_, target_, workspace_, columns_, evaluated_records_);
+  evaluated_records_ = log_.RecordCount();
+  since_evaluation_.restart();
+  emit Grew(from);
 }
 
 bool ReviewSession::LogSaved(const std::string& path) {
@@ -160,10 +162,11 @@ void ReviewSession::SetLayout(const review::ChartLayout& layout) {
   emit Changed();
 }
 
-void ReviewSession::Evaluate(bool second_too) {
+void ReviewSession::Evaluate() {
   review::EvaluateMathChannels(log_, math_, target_, workspace_, columns_);
+  evaluated_records_ = log_.RecordCount();
   since_evaluation_.restart();
-  if (second_too) EvaluateSecond();
+  EvaluateSecond();
 }
 
 // The second log does not grow; its columns follow the channels and the target table.

@@ -2,10 +2,11 @@
 // columns, a second log laid over it with its alignment, and the chart's layout. The chart, the
 // cursor read-out, the exports and the review views read it and follow Changed().
 //
-// The math channels are evaluated again whenever they change, the log is replaced, or the log
-// grows (at a calm pace while recording: at most once per kGrowthEvaluationMs). The math
-// channels and the layout are kept in the ".review" file beside the log: read when a log is
-// loaded, written when it is saved.
+// The math channels are evaluated again whenever they change or the log is replaced; while the
+// log grows (recording) they follow it at a calm pace, at most once per kGrowthEvaluationMs,
+// evaluating only the records that may have changed (Grew()). The math channels and the
+// layout are kept in the ".review" file beside the log: read when a log is loaded, written when
+// it is saved.
 #pragma once
 
 #include <QElapsedTimer>
@@ -69,8 +70,9 @@ class ReviewSession : public QObject {
   // The log was replaced by one read from `path` (empty: a recording, a recovered journal):
   // the review file beside it is read, or the defaults are taken.
   void LogReplaced(const std::string& path);
-  // Records were added (recording): evaluated again when kGrowthEvaluationMs have passed since
-  // the last time, or when `now` is true (recording stopped).
+  // Records were added (recording): the math channels follow when kGrowthEvaluationMs have
+  // passed since the last time, or when `now` is true (recording stopped). Only the records that
+  // may have changed are evaluated, and Grew() says from where.
   void LogGrew(bool now = false);
   // The log was saved as `path`: the review file is written beside it. False (with the reason
   // in problems()) when it could not be written.
@@ -104,10 +106,13 @@ class ReviewSession : public QObject {
   // Anything above changed: math channels or their columns, the second log or its alignment,
   // the layout.
   void Changed();
+  // The log grew and the math channels followed it: their columns changed from record `from`
+  // on (the log's size: not at all); nothing else changed.
+  void Grew(std::size_t from);
 
  private:
-  // The second log's columns too unless `second_too` is false (the first log only grew).
-  void Evaluate(bool second_too = true);
+  // Both logs' columns afresh.
+  void Evaluate();
   void EvaluateSecond();
 
   const DatalogLog& log_;
@@ -116,6 +121,7 @@ class ReviewSession : public QObject {
   std::vector<review::MathChannel> default_math_;
   std::vector<review::MathColumn> columns_;
   review::MathWorkspace workspace_;
+  std::size_t evaluated_records_ = 0;  // the log's records when columns_ was evaluated
   std::vector<review::MathColumn> second_columns_;
   review::MathWorkspace second_workspace_;
   std::vector<std::string> hidden_math_;

@@ -76,6 +76,10 @@ void FollowReview(DatalogChart& chart, ReviewSession& session) {
     chart.SetExtraSeries(ReviewSeries(session));
     if (!(chart.Layout() == session.layout())) chart.SetLayout(session.layout());
   });
+  QObject::connect(&session, &ReviewSession::Grew, &chart, [&chart, &session](std::size_t from) {
+    const std::vector<double>& times = session.log().Times();
+    if (from < times.size()) chart.ExtraSeriesGrew(ReviewSeries(session), times[from]);
+  });
   QObject::connect(&chart, &DatalogChart::LayoutChanged, &session, [&chart, &session] {
     if (!(chart.Layout() == session.layout())) session.SetLayout(chart.Layout());
   });

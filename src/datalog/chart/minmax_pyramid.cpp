@@ -62,6 +62,17 @@ void MinMaxPyramid::Build(std::span<const float> values) {
   }
 }
 
+std::size_t MinMaxPyramid::KeepFirst(std::size_t samples) {
+  const std::size_t leaves = std::min(samples / kLeafSize, leaf_first_.size());
+  leaf_first_.resize(leaves);
+  leaf_last_.resize(leaves);
+  for (std::size_t level = 0; level < levels_.size(); ++level) {
+    levels_[level].min.resize(std::min(levels_[level].min.size(), leaves >> level));
+    levels_[level].max.resize(levels_[level].min.size());
+  }
+  return leaves * kLeafSize;
+}
+
 ColumnSummary MinMaxPyramid::Summarize(std::span<const float> values, std::size_t begin,
                                        std::size_t end) const {
   end = std::min(end, values.size());

@@ -36,6 +36,10 @@ class MinMaxPyramid {
   void Extended(std::span<const float> values, std::size_t old_size);
   // All blocks made afresh from `values`.
   void Build(std::span<const float> values);
+  // Keeps only the blocks that lie wholly within the first `samples` samples, as if built from
+  // them rounded down to whole leaves; returns that many samples. For values that changed from
+  // `samples` on: Extended(values, KeepFirst(samples)) brings the blocks up to date again.
+  std::size_t KeepFirst(std::size_t samples);
 
   // The summary of samples [begin, end) of `values` (the array this pyramid was built from).
   // Ranges that begin and end on whole blocks of kLeafSize are summed up from the blocks alone,

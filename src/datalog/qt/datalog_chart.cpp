@@ -131,6 +131,17 @@ void DatalogChart::RefreshIfChanged() {
   update(QRect(from, 0, to - from + 1, height()));
 }
 
+void DatalogChart::ExtraSeriesGrew(std::vector<ChartSeries> series, double from_time) {
+  extra_ = std::move(series);
+  if (painted_records_ == 0 || !(log_.axis == painted_axis_) || Scales(Plan()) != painted_scales_) {
+    update();
+    return;
+  }
+  const int from = std::max(XOf(from_time) - 2, 0);
+  const int to = XOf(log_.EndTime()) + 2;
+  if (to >= from) update(QRect(from, 0, to - from + 1, height()));
+}
+
 void DatalogChart::TakeAxisInHand(const TimeAxis& axis) {
   log_.axis = axis;
   axis_in_hand_ = true;

@@ -46,6 +46,9 @@ class DatalogChart : public QWidget {
   // Lines drawn beside the recorded channels (math channels, a second log's channels); the
   // columns they point at must live until they are replaced.
   void SetExtraSeries(std::vector<ChartSeries> series);
+  // The same lines, whose columns changed only from `from_time` on (the log grew): repainted as
+  // the strip from there to the end while nothing else moved since the last paint.
+  void ExtraSeriesGrew(std::vector<ChartSeries> series, double from_time);
   // What a paint now would draw where.
   ChartPlan Plan() const;
   // The rect of each panel, top first.

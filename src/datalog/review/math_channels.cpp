@@ -1,5 +1,6 @@
 #include "datalog/review/math_channels.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "datalog/review/log_span.h"
@@ -77,30 +78,52 @@ std::optional<std::string> RefusedName(const std::vector<MathChannel>& channels,
   return refused;
 }
 
+// Channel `k` compiled against the names before it into `column` (its name and error set).
+std::optional<MathExpression> CompileChannel(const std::vector<MathChannel>& channels,
+                                             std::size_t k, const std::vector<NamedColumn>& names,
+                                             MathColumn& column) {
+  column.name = channels[k].name;
+  column.error.reset();
+  if (std::optional<std::string> refused = RefusedName(channels, k)) {
+    column.error = ExpressionError{0, *refused};
+    return std::nullopt;
+  }
+  CompiledExpression compiled = CompileExpression(channels[k].expression, names);
+  column.error = compiled.error;
+  return std::move(compiled.expression);
+}
+
+EvaluationInput InputOf(const DatalogLog& log, const TargetLookup& target,
+                        MathWorkspace& workspace) {
+  EvaluationInput input{log.Times(), {}, target, &workspace};
+  for (int n = 0; n < kChannelCount; ++n) input.columns.push_back(log.Series(n).values);
+  return input;
+}
+
+// `input` from record `from` on.
+EvaluationInput FromRecord(const EvaluationInput& input, std::size_t from) {
+  EvaluationInput part{input.times.subspan(from), {}, input.target, input.workspace};
+  for (std::span<const float> column : input.columns) {
+    part.columns.push_back(column.size() > from ? column.subspan(from) : std::span<const float>());
+  }
+  return part;
+}
+
 }  // namespace
 
 void EvaluateMathChannels(const DatalogLog& log, const std::vector<MathChannel>& channels,
                           const TargetLookup& target, MathWorkspace& workspace,
                           std::vector<MathColumn>& columns) {
-  EvaluationInput input{log.Times(), {}, target, &workspace};
-  for (int n = 0; n < kChannelCount; ++n) input.columns.push_back(log.Series(n).values);
+  EvaluationInput input = InputOf(log, target, workspace);
   // Sized first: the columns read the ones before them where they stand.
   columns.resize(channels.size());
   std::vector<NamedColumn> names = RecordedChannelNames();
   for (std::size_t k = 0; k < channels.size(); ++k) {
     MathColumn& column = columns[k];
-    column.name = channels[k].name;
-    column.error.reset();
-    CompiledExpression compiled;
-    if (std::optional<std::string> refused = RefusedName(channels, k)) {
-      column.error = ExpressionError{0, *refused};
-    } else {
-      compiled = CompileExpression(channels[k].expression, names);
-      column.error = compiled.error;
-    }
     // A refused channel keeps its column index (no points) so the ones after it stay in place.
-    if (compiled.expression) {
-      Evaluate(*compiled.expression, input, column.values);
+    if (const std::optional<MathExpression> expression =
+            CompileChannel(channels, k, names, column)) {
+      Evaluate(*expression, input, column.values);
     } else {
       column.values.clear();
     }
@@ -108,6 +131,43 @@ void EvaluateMathChannels(const DatalogLog& log, const std::vector<MathChannel>&
     names.push_back({channels[k].name, static_cast<int>(input.columns.size())});
     input.columns.push_back(column.values);
   }
+}
+
+std::size_t ExtendMathChannels(const DatalogLog& log, const std::vector<MathChannel>& channels,
+                               const TargetLookup& target, MathWorkspace& workspace,
+                               std::vector<MathColumn>& columns, std::size_t old_size) {
+  const std::size_t size = log.Times().size();
+  if (old_size == 0 || old_size > size || columns.size() != channels.size()) {
+    EvaluateMathChannels(log, channels, target, workspace, columns);
+    return 0;
+  }
+  EvaluationInput input = InputOf(log, target, workspace);
+  std::vector<std::size_t> changed_from(kChannelCount, old_size);
+  std::vector<NamedColumn> names = RecordedChannelNames();
+  std::vector<float> part;
+  std::size_t first_changed = size;
+  for (std::size_t k = 0; k < channels.size(); ++k) {
+    MathColumn& column = columns[k];
+    std::size_t from = size;  // a refused channel has no points before or after
+    if (const std::optional<MathExpression> expression =
+            CompileChannel(channels, k, names, column)) {
+      from = FirstChangedRecord(*expression, input.times, old_size, changed_from);
+      const std::size_t read_from = FirstRecordRead(*expression, input.times, from);
+      Evaluate(*expression, FromRecord(input, read_from), part);
+      column.values.resize(size);
+      std::copy(part.begin() + static_cast<std::ptrdiff_t>(from - read_from), part.end(),
+                column.values.begin() + static_cast<std::ptrdiff_t>(from));
+      column.summaries.Extended(column.values, column.summaries.KeepFirst(from));
+    } else {
+      column.values.clear();
+      column.summaries.Clear();
+    }
+    first_changed = std::min(first_changed, from);
+    changed_from.push_back(from);
+    names.push_back({channels[k].name, static_cast<int>(input.columns.size())});
+    input.columns.push_back(column.values);
+  }
+  return first_changed;
 }
 
 }  // namespace vela::review

@@ -56,6 +56,16 @@ void EvaluateMathChannels(const DatalogLog& log, const std::vector<MathChannel>&
                           const TargetLookup& target, MathWorkspace& workspace,
                           std::vector<MathColumn>& columns);
 
+// `columns`, evaluated as above over the first `old_size` records of `log` with the same channels
+// and target, brought up to the whole log that has grown since: only the records that may have
+// changed are evaluated again (the new ones, and those before them that look ahead into the
+// new), from the records they read. Returns the first record that changed (the log's size for
+// none). Without an evaluation to extend (old_size 0 or past the log, other channels) every
+// record is evaluated and 0 is returned.
+std::size_t ExtendMathChannels(const DatalogLog& log, const std::vector<MathChannel>& channels,
+                               const TargetLookup& target, MathWorkspace& workspace,
+                               std::vector<MathColumn>& columns, std::size_t old_size);
+
 // Compiles `expression` as the next math channel after `before` would be compiled: for a
 // dialog that checks what the tuner types.
 CompiledExpression CompileAfter(std::string_view expression,

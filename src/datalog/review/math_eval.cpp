@@ -1,5 +1,6 @@
 // Evaluation column by column: every node gives the whole column of its value at once, so a
 // node costs one pass over the log and a shift or a window is a walk along the times.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -272,7 +273,119 @@ class Evaluator {
   std::vector<EvalColumn>& spare_;
 };
 
+// A node's reach around a record over the log's times. Both questions below give answers
+// that only grow with the record (a later record reads no earlier records and changes no
+// sooner), which is what lets FirstChangedRecord search and FirstRecordRead cover every later
+// record.
+class Reach {
+ public:
+  Reach(const std::vector<MathNode>& nodes, std::span<const double> times)
+      : nodes_(nodes), t_(times) {}
+
+  std::size_t FirstRead(int node, std::size_t i) const {
+    const MathNode& at = nodes_[node];
+    switch (at.op) {
+      case MathOp::kNumber:
+      case MathOp::kColumn:
+        return i;
+      case MathOp::kShiftRecords: {
+        const long long j = static_cast<long long>(i) + at.records;
+        if (j < 0) return 0;  // before the log: no point, read from the start to keep the order
+        if (j >= static_cast<long long>(t_.size())) return i;
+        return std::min(i, FirstRead(at.a, static_cast<std::size_t>(j)));
+      }
+      case MathOp::kShiftSeconds: {
+        const double when = t_[i] + at.value;
+        if (when < t_.front() - kSameTime) return 0;
+        if (when > t_.back() + kSameTime) return i;
+        return std::min(i, FirstRead(at.a, AtOrBefore(when, t_.size())));
+      }
+      case MathOp::kDerivative:
+        return FirstRead(at.a, i > 0 ? i - 1 : 0);
+      case MathOp::kAverageRecords: {
+        const auto back = static_cast<std::size_t>(std::max(at.records - 1, 0L));
+        return FirstRead(at.a, i > back ? i - back : 0);
+      }
+      case MathOp::kAverageSeconds: {
+        const double from = t_[i] - at.value - kSameTime;
+        return FirstRead(at.a, static_cast<std::size_t>(
+                                   std::lower_bound(t_.begin(), t_.end(), from) - t_.begin()));
+      }
+      default:
+        return at.b < 0 ? FirstRead(at.a, i) : std::min(FirstRead(at.a, i), FirstRead(at.b, i));
+    }
+  }
+
+  // Whether the value at record `i` (< old_size) may differ from what it was over the first
+  // `old_size` records.
+  bool Changed(int node, std::size_t i, std::size_t old_size,
+               std::span<const std::size_t> changed_from) const {
+    const MathNode& at = nodes_[node];
+    switch (at.op) {
+      case MathOp::kNumber:
+        return false;
+      case MathOp::kColumn: {
+        const auto c = static_cast<std::size_t>(at.column);
+        return i >= (c < changed_from.size() ? changed_from[c] : old_size);
+      }
+      case MathOp::kShiftRecords: {
+        const long long j = static_cast<long long>(i) + at.records;
+        if (j < 0) return false;
+        if (j >= static_cast<long long>(old_size)) return true;  // it was past the end
+        return Changed(at.a, static_cast<std::size_t>(j), old_size, changed_from);
+      }
+      case MathOp::kShiftSeconds: {
+        const double when = t_[i] + at.value;
+        if (when < t_.front() - kSameTime) return false;
+        if (when > t_[old_size - 1] - kSameTime) return true;
+        return Changed(at.a, AtOrBefore(when, old_size), old_size, changed_from);
+      }
+      default:
+        break;
+    }
+    // Every other node reads its operands at this record or before it; a later change of an
+    // operand shows at this record first.
+    return (at.a >= 0 && Changed(at.a, i, old_size, changed_from)) ||
+           (at.b >= 0 && Changed(at.b, i, old_size, changed_from));
+  }
+
+ private:
+  // The last of the first `end` records at or before `when` (the first record for earlier).
+  std::size_t AtOrBefore(double when, std::size_t end) const {
+    const auto after = std::upper_bound(t_.begin(), t_.begin() + static_cast<std::ptrdiff_t>(end),
+                                        when + kSameTime);
+    return after == t_.begin() ? 0 : static_cast<std::size_t>(after - t_.begin() - 1);
+  }
+
+  const std::vector<MathNode>& nodes_;
+  std::span<const double> t_;
+};
+
 }  // namespace
+
+std::size_t FirstChangedRecord(const MathExpression& expression, std::span<const double> times,
+                               std::size_t old_size, std::span<const std::size_t> changed_from) {
+  old_size = std::min(old_size, times.size());
+  if (expression.Root() < 0 || old_size == 0) return 0;
+  const Reach reach(expression.Nodes(), times);
+  std::size_t low = 0;  // the first changed record lies in [low, high]
+  std::size_t high = old_size;
+  while (low < high) {
+    const std::size_t mid = low + (high - low) / 2;
+    if (reach.Changed(expression.Root(), mid, old_size, changed_from)) {
+      high = mid;
+    } else {
+      low = mid + 1;
+    }
+  }
+  return low;
+}
+
+std::size_t FirstRecordRead(const MathExpression& expression, std::span<const double> times,
+                            std::size_t record) {
+  if (expression.Root() < 0 || record >= times.size()) return std::min(record, times.size());
+  return Reach(expression.Nodes(), times).FirstRead(expression.Root(), record);
+}
 
 std::vector<float> Evaluate(const MathExpression& expression, const EvaluationInput& input) {
   std::vector<float> out;

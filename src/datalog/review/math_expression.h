@@ -118,4 +118,17 @@ std::vector<float> Evaluate(const MathExpression& expression, const EvaluationIn
 void Evaluate(const MathExpression& expression, const EvaluationInput& input,
               std::vector<float>& out);
 
+// How far an expression reaches around a record, for a log that grows: only the records whose
+// value may change, and the ones those read, need evaluating again.
+//
+// The first record at or after which `expression`'s values over `times` may differ from what
+// they were when the log held `old_size` records (old_size: none). The columns it reads are
+// known to differ from `changed_from[c]` on (a column past the list's end: from `old_size`).
+std::size_t FirstChangedRecord(const MathExpression& expression, std::span<const double> times,
+                               std::size_t old_size, std::span<const std::size_t> changed_from);
+// The first record whose values the values at `record` and after it read: evaluating the records
+// from there on gives the same values from `record` on as evaluating the whole log.
+std::size_t FirstRecordRead(const MathExpression& expression, std::span<const double> times,
+                            std::size_t record);
+
 }  // namespace vela::review
