@@ -32,6 +32,25 @@ QColor CountColour(std::uint32_t count, double max_count) {
   return QColor(level, level, level);
 }
 
+// The density's pixels: each record-holding pixel in its channel's colour, or by its count.
+QImage ScatterImage(const review::ScatterDensity& d) {
+  const review::ScatterGrid& g = d.grid;
+  QImage image(g.width, g.height, QImage::Format_RGB32);
+  image.fill(QColor(12, 12, 18));
+  const bool coloured = !d.z_mean.empty() && d.z_range;
+  for (int row = 0; row < g.height; ++row) {
+    auto* line = reinterpret_cast<QRgb*>(image.scanLine(row));
+    for (int column = 0; column < g.width; ++column) {
+      const std::uint32_t count = d.At(column, row);
+      if (count == 0) continue;
+      const float z = coloured ? d.z_mean[row * g.width + column] : NAN;
+      line[column] =
+          (std::isnan(z) ? CountColour(count, d.max_count) : ZColour(z, *d.z_range)).rgb();
+    }
+  }
+  return image;
+}
+
 }  // namespace
 
 DistributionPlot::DistributionPlot(QWidget* parent) : QWidget(parent) {
@@ -55,6 +74,7 @@ void DistributionPlot::ShowScatter(const review::ScatterDensity& density, const 
                                    const QString& y, const QString& z) {
   shown_ = Shown::kScatter;
   density_ = &density;
+  scatter_ = ScatterImage(density);
   x_name_ = x, y_name_ = y, z_name_ = z;
   QString name = QString("Scatter of %1 against %2").arg(y, x);
   if (!z.isEmpty()) name += QString(" coloured by %1").arg(z);
@@ -105,20 +125,8 @@ void DistributionPlot::paintEvent(QPaintEvent*) {
 void DistributionPlot::PaintScatter(QPainter& painter, QRect plot) {
   const review::ScatterDensity& d = *density_;
   const review::ScatterGrid& g = d.grid;
-  QImage image(g.width, g.height, QImage::Format_RGB32);
-  image.fill(QColor(12, 12, 18));
   const bool coloured = !d.z_mean.empty() && d.z_range;
-  for (int row = 0; row < g.height; ++row) {
-    for (int column = 0; column < g.width; ++column) {
-      const std::uint32_t count = d.At(column, row);
-      if (count == 0) continue;
-      const float z = coloured ? d.z_mean[row * g.width + column] : NAN;
-      const QColor colour =
-          std::isnan(z) ? CountColour(count, d.max_count) : ZColour(z, *d.z_range);
-      image.setPixel(column, row, colour.rgb());
-    }
-  }
-  painter.drawImage(plot.topLeft(), image);
+  painter.drawImage(plot.topLeft(), scatter_);
   PaintAxes(painter, plot, g.x_low, g.x_high, g.y_low, g.y_high);
   if (coloured) {
     painter.setPen(Qt::lightGray);

@@ -4,6 +4,7 @@
 // plots, its value the counts.
 #pragma once
 
+#include <QImage>
 #include <QString>
 #include <QWidget>
 #include <functional>
@@ -23,7 +24,8 @@ class DistributionPlot : public QWidget {
   explicit DistributionPlot(QWidget* parent = nullptr);
   ~DistributionPlot() override;
 
-  // Shows `density` (its grid the plot rectangle's size), with the axes' names.
+  // Shows `density` (its grid the plot rectangle's size), with the axes' names; its pixels are
+  // coloured once, here, and painted as they are until the next.
   void ShowScatter(const review::ScatterDensity& density, const QString& x, const QString& y,
                    const QString& z);
   void ShowHistogram(const review::Histogram& histogram, const QString& channel);
@@ -54,6 +56,7 @@ class DistributionPlot : public QWidget {
   enum class Shown { kNothing, kScatter, kHistogram };
   Shown shown_ = Shown::kNothing;
   const review::ScatterDensity* density_ = nullptr;
+  QImage scatter_;  // the density's pixels, made when it is shown
   review::Histogram histogram_;
   QString x_name_, y_name_, z_name_, value_;
   std::unique_ptr<ValueAnnouncer> announcer_;
