@@ -6,6 +6,14 @@
 
 namespace vela {
 
+RecordRange RecordsInSpan(const std::vector<double>& times, double t0, double t1) {
+  if (t1 < t0) std::swap(t0, t1);
+  const auto begin = std::lower_bound(times.begin(), times.end(), t0);
+  const auto end = std::upper_bound(begin, times.end(), t1);
+  return {static_cast<std::size_t>(begin - times.begin()),
+          static_cast<std::size_t>(end - times.begin())};
+}
+
 DatalogLog::DatalogLog() {
   for (int n = 0; n < kChannelCount; ++n) series_[n].colour = kChannels[n].colour;
 }

@@ -37,6 +37,18 @@ struct TimeAxis {
   bool operator==(const TimeAxis&) const = default;
 };
 
+// Records [begin, end) of a log.
+struct RecordRange {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  std::size_t size() const { return end > begin ? end - begin : 0; }
+  bool operator==(const RecordRange&) const = default;
+};
+// Every record of a log of `records` records.
+inline RecordRange WholeLog(std::size_t records) { return {0, records}; }
+// The records whose time lies in [t0, t1] (either order) of ascending `times`.
+RecordRange RecordsInSpan(const std::vector<double>& times, double t0, double t1);
+
 struct LogSeries {
   bool active = false;  // drawn: exactly while its channel is enabled
   ChannelColour colour;

@@ -38,12 +38,6 @@ std::string CsvQuoted(const std::string& text) {
   return quoted + "\"";
 }
 
-// The records [begin, end) of the log: all, or those of a span of time.
-struct RecordRange {
-  std::size_t begin = 0;
-  std::size_t end = 0;
-};
-
 // The marker texts of every record, joined where several fall on one record. Only markers from
 // `from` to `to` are taken; one that falls before the range's first record is put on that
 // record.
@@ -159,17 +153,12 @@ std::string CsvRows(const DatalogLog& log, RecordRange range, double from, doubl
 
 std::string CsvText(const DatalogLog& log, std::span<const CsvColumn> extra) {
   constexpr double kAll = std::numeric_limits<double>::infinity();
-  return CsvRows(log, {0, log.RecordCount()}, -kAll, kAll, extra);
+  return CsvRows(log, WholeLog(log.RecordCount()), -kAll, kAll, extra);
 }
 
 std::string CsvText(const DatalogLog& log, double from, double to,
                     std::span<const CsvColumn> extra) {
-  const std::vector<double>& times = log.Times();
-  const auto begin = std::lower_bound(times.begin(), times.end(), from);
-  const auto end = std::upper_bound(begin, times.end(), to);
-  const RecordRange range{static_cast<std::size_t>(begin - times.begin()),
-                          static_cast<std::size_t>(end - times.begin())};
-  return CsvRows(log, range, from, to, extra);
+  return CsvRows(log, RecordsInSpan(log.Times(), from, to), from, to, extra);
 }
 
 std::string LogInfoText(const DatalogLog& log, const LogFileReport& report) {

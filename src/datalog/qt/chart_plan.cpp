@@ -4,6 +4,7 @@
 
 #include "datalog/channels.h"
 #include "datalog/chart/chart_view.h"
+#include "datalog/review/distribution.h"
 
 namespace vela {
 
@@ -11,16 +12,9 @@ namespace {
 
 // An automatic scale with nothing in view keeps to the range of the whole column.
 review::AxisRange WholeColumnRange(const review::ColumnView& column) {
-  double low = 0.0;
-  double high = 10.0;
-  bool any = false;
-  for (float v : column.values) {
-    if (std::isnan(v)) continue;
-    low = any ? std::min(low, static_cast<double>(v)) : v;
-    high = any ? std::max(high, static_cast<double>(v)) : v;
-    any = true;
-  }
-  return review::NiceRange(low, high);
+  const std::optional<review::ValueSpan> whole =
+      review::ColumnRange(column, WholeLog(column.values.size()));
+  return whole ? review::NiceRange(whole->low, whole->high) : review::NiceRange(0.0, 10.0);
 }
 
 void AddLine(ChartPlan& plan, const review::ChartLayout& layout, PlannedLine line,

@@ -13,18 +13,10 @@
 
 namespace vela::review {
 
-// Records [begin, end) of a log.
-struct RecordRange {
-  std::size_t begin = 0;
-  std::size_t end = 0;
-  std::size_t size() const { return end > begin ? end - begin : 0; }
-  bool operator==(const RecordRange&) const = default;
-};
-
-// Every record of a log of `records` records.
-inline RecordRange WholeLog(std::size_t records) { return {0, records}; }
-// The records whose time lies in [t0, t1] (either order).
-RecordRange RecordsInSpan(const std::vector<double>& times, double t0, double t1);
+// The records of a time span (kept with the log, which the exports read by them too).
+using vela::RecordRange;
+using vela::RecordsInSpan;
+using vela::WholeLog;
 
 // A channel's values with the summaries drawn from them: a recorded channel of a log or a
 // computed one.
