@@ -57,15 +57,8 @@ class FuelProposalTest : public ::testing::Test {
     }
   }
 
-  // Evidence at a cell of `samples` samples asking for `factor` times the fuel.
   void Evidence(int row, int column, double samples, double factor) {
-    CellEvidence& cell = evidence_.At(row, column);
-    cell.samples = samples;
-    cell.time_s = samples / 60.0;
-    cell.ratio_sum = samples * factor;
-    cell.share_products[4] = samples;  // every sample on the site itself
-    cell.ratio_products[4] = samples * factor;
-    cell.afr_sum = samples * factor * targets_.At(row, column);
+    tune_testing::SiteEvidence(evidence_, targets_, row, column, samples, factor);
   }
 
   double Ms(const CalibrationImage& image, int grid_row, int column) const {
