@@ -2,8 +2,6 @@
 // and taking a selection of it.
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "editors/editor_fakes.h"
 #include "editors/map_file.h"
 #include "editors/workbench/cell_selection.h"
@@ -89,13 +87,6 @@ TEST_F(FuelProposalTest, ChangesOnlyCellsWithEnoughEvidenceWithinTheLimit) {
       if (column == 3 && row >= 5 && row <= 7) continue;
       EXPECT_EQ(Ms(proposal.corrected, row, column), 5.0) << row << ", " << column;
     }
-  }
-  // A tighter limit holds every cell to it.
-  ProposalSettings tight;
-  tight.max_change = 0.05;
-  const FuelProposal held = ProposeFuel(image_, evidence_, targets_, tight);
-  for (const ProposedCell& cell : held.cells) {
-    EXPECT_LE(std::abs(cell.after_ms / cell.before_ms - 1.0), 0.05 + 1e-9);
   }
 }
 
