@@ -94,8 +94,6 @@ TEST(LoadSites, ComeFromTheLowBitsOfTheSelectionByteAndReadInvalidCodesAsTheEdit
   image.SetByte(995, 0x03);
   EXPECT_EQ(CalibrationImage::FuelLoadSitesOfCode(0x03), std::nullopt);
   EXPECT_EQ(image.FuelLoadSites(), 17);
-  image.SetByte(995, 0x2A);  // code 10
-  EXPECT_EQ(image.FuelLoadSites(), 17);
   image.SetByte(996, 1);
   EXPECT_EQ(image.IgnLoadSites(), 6);
   image.SetByte(996, 2);

@@ -16,7 +16,6 @@ TEST(ErrorCodeTable, TitlesKeepTheirLeadingBlanksAndSharedEntriesShareThem) {
   EXPECT_EQ(ErrorTitle(139), ErrorTitle(3));
   EXPECT_EQ(ErrorTitle(13), "  TPS out of Range");  // with the idle control explanation
   EXPECT_EQ(ErrorTitle(16), "");
-  EXPECT_EQ(ErrorTitle(17), "");
 }
 
 TEST(ErrorCodeTable, CodesOutsideTheTableAreUnknown) {
@@ -56,7 +55,6 @@ TEST(ErrorCodeTable, SharedAndPlaceholderExplanationsStandAsWritten) {
   EXPECT_EQ(ErrorExplanation(0), "No Errors Present.");
   EXPECT_EQ(ErrorExplanation(12), "Oops....");
   EXPECT_EQ(ErrorExplanation(16), "");
-  EXPECT_EQ(ErrorExplanation(17), "");
 }
 
 TEST(ErrorExplanationSlots, TheLookupFillsTheSlotItIsGivenAndNoOther) {
@@ -85,7 +83,6 @@ TEST(ErrorExplanationSlots, ASlotOfSixOrMoreIsRefusedButTheTitleStillComes) {
 
 TEST(ErrorRows, TheNumberIsPaddedByItsSizeAndCarriesABlankForItsSign) {
   EXPECT_EQ(ErrorRowText(0), "     0  -  No Error");
-  EXPECT_EQ(ErrorRowText(0), kNoErrorRow);
   EXPECT_EQ(ErrorRowText(10), "     10  -  Battery Voltage High");
   EXPECT_EQ(ErrorRowText(11), "   11  -  TPS out of Range - Low");
   EXPECT_EQ(ErrorRowText(100), "   100  -  Unknown Code");
@@ -94,7 +91,6 @@ TEST(ErrorRows, TheNumberIsPaddedByItsSizeAndCarriesABlankForItsSign) {
   EXPECT_EQ(ErrorRowText(-5), "    -5  -  Unknown Code");
   // An empty title leaves the number and the dash alone.
   EXPECT_EQ(ErrorRowText(16), "   16  -");
-  EXPECT_EQ(ErrorRowText(17), "   17  -");
 }
 
 }  // namespace

@@ -31,9 +31,17 @@ class LinkTimingTest : public ::testing::Test {
   RecordingLabel label_;
 };
 
-TEST_F(LinkTimingTest, FastPcMeasuresQuicklyFourTimesThenEnablesUpload) {
+// A fast PC is measured quickly four times; the live-frame rate is then the run's first frame,
+// sent before the upload timer can prepare the link.
+TEST_F(LinkTimingTest, FastPcMeasuresQuicklyFourTimesSendsTheRateThenEnablesUpload) {
+  EXPECT_FALSE(link_.PacingReady);
   clock_.script = {0, 10, 10, 20, 20, 30, 30, 41};
-  timing_.CountsPerMSTimer(trace_, label_, [&] { trace_.Show("upload on"); });
+  timing_.ComputeCommsSpeed(4);
+  std::size_t sent_when_enabled = 99;
+  timing_.CountsPerMSTimer(trace_, label_, [&] {
+    sent_when_enabled = sender_.frames.size();
+    trace_.Show("upload on");
+  });
   EXPECT_THAT(trace_.texts(),
               ElementsAre("Entered CountsPerMSTimer", "Confirm1MSDelay1 Started",
                           "Confirm1MSDelay2 Started", "Confirm1MSDelay3 Started",
@@ -42,16 +50,6 @@ TEST_F(LinkTimingTest, FastPcMeasuresQuicklyFourTimesThenEnablesUpload) {
   EXPECT_THAT(label_.log,
               ElementsAre("Testing...", "255,50,30", "11  45590", "128,128,128", "128,255,128"));
   EXPECT_EQ(clock_.events_run, 4);
-}
-
-// The live-frame rate is the run's first frame, sent once the PC has been measured and before
-// the upload timer can prepare the link.
-TEST_F(LinkTimingTest, TheRateGoesOutOnceMeasuredAndBeforeTheUploadTimerStarts) {
-  EXPECT_FALSE(link_.PacingReady);
-  clock_.script = {0, 10, 10, 20, 20, 30, 30, 41};
-  timing_.ComputeCommsSpeed(4);
-  std::size_t sent_when_enabled = 99;
-  timing_.CountsPerMSTimer(trace_, label_, [&] { sent_when_enabled = sender_.frames.size(); });
   EXPECT_TRUE(link_.PacingReady);
   EXPECT_THAT(sender_.frames, ElementsAre(SentFrame{4, 864, 13}));
   EXPECT_THAT(sender_.pre_waits, ElementsAre(true));

@@ -98,7 +98,6 @@ TEST(LiveText, TheStatusAndTheAirFuelRatioReadAsEverywhere) {
   EXPECT_EQ(Text(live, LiveQuantity::kFuelMap), "Fuel Map 1");
   live.lambda = 0.873;
   EXPECT_EQ(LiveText(live, LiveQuantity::kAfr, {',', kAfrModeLambda}), "0,87");
-  EXPECT_EQ(LiveText(live, LiveQuantity::kAfr, {'.', kAfrModeDisabled}), "-");
 }
 
 }  // namespace

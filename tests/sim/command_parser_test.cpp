@@ -28,21 +28,6 @@ TEST(CommandFrameTest, LaysOutAddressAndValueLowByteFirstWithByteSumChecksum) {
   EXPECT_EQ(EncodeCommandFrame({255, 1023, 65535})[5], 1023 % 256);
 }
 
-TEST(CommandParserTest, FindsTheSameFramesWhateverTheChunkSize) {
-  const std::vector<std::uint8_t> stream = Concat(kFrames);
-  for (std::size_t chunk = 1; chunk <= stream.size(); ++chunk) {
-    CommandParser parser;
-    std::vector<CommandFrame> got;
-    for (std::size_t i = 0; i < stream.size(); i += chunk) {
-      const auto n = std::min(chunk, stream.size() - i);
-      const auto frames = parser.Feed(std::span(stream).subspan(i, n));
-      got.insert(got.end(), frames.begin(), frames.end());
-    }
-    EXPECT_EQ(got, kFrames) << "chunk size " << chunk;
-    EXPECT_EQ(parser.DiscardedBytes(), 0u);
-  }
-}
-
 TEST(CommandParserTest, GetsBackInStepAfterStrayBytesInRandomChunks) {
   std::vector<std::uint8_t> stream = {0xFF, 0x00, 0x13};
   const auto good = Concat(kFrames);

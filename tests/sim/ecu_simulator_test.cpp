@@ -63,29 +63,6 @@ TEST(EcuWritesTest, WritesOutsideTheImageAndTheRateRegisterLeaveTheImageAlone) {
   EXPECT_EQ(sim.RateValue(), 8);
 }
 
-// A pair puts the value's low byte at the lower position and opens a transfer.
-TEST(EcuWritesTest, WholeDownloadReplacesTheImageAndTheClosingFrameEndsIt) {
-  EcuSimulator sim(Options(), CalibrationImage{});
-  Send(sim, kCodeWritePair, 1, 0x1234);
-  EXPECT_EQ(sim.Image().Byte(1), 0x34);
-  EXPECT_EQ(sim.Image().Byte(2), 0x12);
-  EXPECT_TRUE(sim.TransferOpen());
-  const CalibrationImage image = PatternImage();
-  // As the program's download sends it: pairs from position 1, the odd last byte alone, close.
-  for (int p = 1; p <= kImageLength + 2; p += 2) {
-    const int code = p > kImageLength    ? kCodeClose
-                     : p == kImageLength ? kCodeWriteByte
-                                         : kCodeWritePair;
-    const int value = image.Byte(p) | (p < kImageLength ? image.Byte(p + 1) << 8 : 0);
-    Send(sim, static_cast<std::uint8_t>(code), static_cast<std::uint16_t>(p),
-         static_cast<std::uint16_t>(code == kCodeClose ? 0 : value));
-  }
-  EXPECT_EQ(sim.Image().Bytes(), image.Bytes());
-  EXPECT_EQ(sim.Counters().pair_writes, 512u);  // with the first pair above
-  EXPECT_EQ(sim.Counters().transfers_closed, 1u);
-  EXPECT_FALSE(sim.TransferOpen());
-}
-
 TEST(EcuUploadTest, EveryRequestCodeIsAnsweredWithAllTheImageAndDone) {
   for (std::uint8_t k = 1; k <= 5; ++k) {
     EcuSimulator sim(Options(), PatternImage());

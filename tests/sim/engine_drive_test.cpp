@@ -1,33 +1,33 @@
-// The drive the simulated engine runs, the log it writes without a link, a live write reaching
-// the mixture, the target table's file and the engine's command line.
+// The drive the simulated engine runs, the log it writes without a link, the target table's
+// file and the engine's command line.
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
 
 #include "datalog/files/log_file.h"
 #include "sim/core/base_calibration.h"
-#include "sim/core/ecu_simulator.h"
+#include "sim/core/engine_model.h"
 #include "sim/core/sim_options.h"
 #include "sim/engine/drive_log.h"
 #include "sim/engine/offline_run.h"
 #include "sim/engine/true_map.h"
-#include "sim_test_support.h"
 #include "tune/target/target_table.h"
 
 namespace vela::sim {
 namespace {
 
-// Ten minutes of the drive: which cells the engine ran near (the four around each point), and
-// how often each kind of moment came.
+// Ten minutes of the drive: which cells the engine ran near (the four around each point), how
+// often each kind of moment came, and the bands speed, pressure and the electrics stay in.
 TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
   const CalibrationImage image = EmbeddedBaseCalibration();
   EngineModel engine(11);
   std::set<std::pair<int, int>> cells;
-  int cut = 0, pump = 0, pulls = 0, limiter = 0, tip_ins = 0;
-  double first_water = 0;
+  int cut = 0, pump = 0, pulls = 0, limiter = 0, tip_ins = 0, idle_steps = 0;
+  double first_water = 0, rpm_low = 1e9, rpm_high = 0, idle_map_high = 0, map_high = 0;
+  double battery_low = 1e9, battery_high = 0, cut_injection = 0;
   for (int i = 0; i < 60'000; ++i) {
     engine.Step(image);
     const EngineState& s = engine.State();
@@ -36,6 +36,16 @@ TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
     for (int dr : {0, 1}) {
       for (int dc : {0, 1}) cells.insert({std::min(r + dr, 10), std::min(c + dc, 16)});
     }
+    rpm_low = std::min(rpm_low, s.rpm);
+    rpm_high = std::max(rpm_high, s.rpm);
+    map_high = std::max(map_high, s.map_kpa);
+    battery_low = std::min(battery_low, s.battery_v);
+    battery_high = std::max(battery_high, s.battery_v);
+    const bool idling =
+        s.phase == DrivePhase::kIdle && s.throttle_pct < 0.5 && s.rpm < s.idle_target_rpm + 100;
+    idle_steps = idling ? idle_steps + 1 : 0;
+    if (idle_steps > 50) idle_map_high = std::max(idle_map_high, s.map_kpa);
+    if (s.decel_cut) cut_injection = std::max(cut_injection, s.injection_us);
     cut += s.decel_cut;
     pump += s.throttle_pump_us > 0;
     pulls += s.phase == DrivePhase::kPull;
@@ -43,16 +53,26 @@ TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
     limiter += s.limiter;
   }
   EXPECT_GE(cells.size(), 187u * 2 / 3);
-  EXPECT_GT(cut, 1000);     // 10 s of decel cut
-  EXPECT_GT(tip_ins, 500);  // 5 s of tip-ins
+  EXPECT_GT(cut, 1000);         // 10 s of decel cut ...
+  EXPECT_EQ(cut_injection, 0);  // ... with no fuel at all
+  EXPECT_GT(tip_ins, 500);      // 5 s of tip-ins
   EXPECT_GT(pump, 100);
   EXPECT_GT(pulls, 3000);
   EXPECT_GT(limiter, 0);
   EXPECT_LT(first_water, 25);             // from cold ...
   EXPECT_GT(engine.State().water_c, 80);  // ... to warm
+  EXPECT_GT(rpm_low, 600);
+  EXPECT_LT(rpm_low, 1000);
+  EXPECT_GT(rpm_high, 4000);
+  EXPECT_LT(idle_map_high, 45);
+  EXPECT_GT(map_high, 90);
+  EXPECT_LE(map_high, 101.3);
+  EXPECT_GE(battery_low, 13.8);
+  EXPECT_LE(battery_high, 14.2);
+  EXPECT_GT(battery_high - battery_low, 0.2);  // ripple
 }
 
-// The log holds a record every 1.002 / 20 s, every channel, and reads back whole; the same seed
+// The log holds a record every 1.002 / 20 s and reads back whole; the same seed
 // gives the same file, another seed another.
 TEST(DriveLogTest, TheLogIsTheProgramsChartFileAndTheSeedFixesIt) {
   const CalibrationImage image = EmbeddedBaseCalibration();
@@ -71,33 +91,6 @@ TEST(DriveLogTest, TheLogIsTheProgramsChartFileAndTheSeedFixesIt) {
   ASSERT_EQ(log.RecordCount(), 60u * kDriveLogFramesPerSecond);
   EXPECT_NEAR(log.Times()[1] - log.Times()[0], 1.002 / 20, 1e-9);
   EXPECT_NEAR(log.Arrivals().back(), 60.0, 1e-9);
-  for (int n = 0; n < kChannelCount; ++n) EXPECT_EQ(log.Series(n).points, log.RecordCount()) << n;
-  const std::optional<double> afr = log.ValueAt(kChannelAfr, 1.0);
-  ASSERT_TRUE(afr);
-  EXPECT_GT(*afr, 100);  // x10
-  EXPECT_LT(*afr, 200);
-}
-
-// A cell written live over the link changes the injection of the next frame and the engine's
-// mixture at once (the wideband shows it after the delay).
-TEST(DriveLogTest, ACellWrittenLiveChangesTheMixtureAtOnce) {
-  SimOptions options;
-  EcuSimulator sim(options, EmbeddedBaseCalibration());
-  testing::RunUntil(sim, 3'000'000);
-  const EngineState before = sim.Engine();
-  const int r = static_cast<int>(std::round(before.rpm_site));
-  // Every cell of the nearest row and the rows beside it, twice as long.
-  for (int row = std::max(r - 1, 0); row <= std::min(r + 1, 10); ++row) {
-    for (int column = 0; column < 17; ++column) {
-      const int position = sim.Image().FuelCellPosition(1, row + 1, column + 1);
-      const auto value = static_cast<std::uint16_t>(2 * sim.Image().Read16(position));
-      testing::Send(sim, kCodeWriteByte, static_cast<std::uint16_t>(position), value);
-    }
-  }
-  const auto stream = testing::Split(testing::RunUntil(sim, 3'200'000));
-  ASSERT_FALSE(stream.frames.empty());
-  EXPECT_GT(live::InjectionMs(stream.frames.front()), before.injection_us / 1000 * 1.5);
-  EXPECT_LT(sim.Engine().exhaust_lambda, before.exhaust_lambda * 0.7);
 }
 
 // --target reads the table the program keeps beside a map file, on the fuel map's axes: the true
@@ -153,19 +146,6 @@ TEST(EngineCommandLineTest, ReadsFuelErrorsTheDriveAndTheTrueMap) {
   EXPECT_NE(error.find("go together"), std::string::npos);
   EXPECT_FALSE(Parse({"--write-log", "d.sl1"}, &error));
   EXPECT_FALSE(Parse({"--drive", "0", "--write-log", "d.sl1"}, &error));
-}
-
-TEST(EngineCommandLineTest, TheHelpNamesEveryOption) {
-  const std::string help = SimUsageText();
-  for (const char* name :
-       {"--image",         "--link",           "--seed",          "--steady-after", "--unpaced",
-        "--verbose",       "--help",           "--fuel-error",    "--drive",        "--write-log",
-        "--true-map",      "--target",         "--garbage-every", "--garbage-max",  "--chunks",
-        "--reply-chunks",  "--chunk-gap-ms",   "--silence-after", "--silence-for",  "--upload-cut",
-        "--done-shift",    "--faulty-uploads", "--burst-every",   "--burst-bytes",  "--fault-codes",
-        "--no-fault-reply"}) {
-    EXPECT_NE(help.find(name), std::string::npos) << name;
-  }
 }
 
 }  // namespace

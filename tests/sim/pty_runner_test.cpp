@@ -47,9 +47,10 @@ std::vector<std::uint8_t> ReadUntil(int fd, Done done) {
 
 bool HasFrame(const std::vector<std::uint8_t>& s) { return !Split(s).frames.empty(); }
 
-// The terminal behind its link streams frames, answers an upload and survives its reader
-// closing and opening it again; a second start is refused, and stopping removes the link.
-TEST(PtyRunnerTest, StreamsFramesAnswersAnUploadAndSurvivesAReopenBehindItsLink) {
+// The terminal behind its link streams frames and survives its reader closing and opening it
+// again (the program's end-to-end tests take uploads through it); a second start is refused, and
+// stopping removes the link.
+TEST(PtyRunnerTest, StreamsFramesAndSurvivesAReopenBehindItsLink) {
   const auto link = std::filesystem::temp_directory_path() / "vela_sim_test_link";
   std::filesystem::remove(link);
   SimCommandLine options;
@@ -63,16 +64,6 @@ TEST(PtyRunnerTest, StreamsFramesAnswersAnUploadAndSurvivesAReopenBehindItsLink)
   int fd = OpenSlave(link.string());
   ASSERT_GE(fd, 0);
   EXPECT_TRUE(HasFrame(ReadUntil(fd, HasFrame)));
-
-  const auto request = testing::FrameBytes(1, kUploadRequestAddress, kUploadRequestValue);
-  ASSERT_EQ(::write(fd, request.data(), request.size()), 6);
-  const auto has_reply = [](const std::vector<std::uint8_t>& s) {
-    const auto replies = Split(s).replies;
-    return !replies.empty() && replies[0].has_done;
-  };
-  const auto replies = Split(ReadUntil(fd, has_reply)).replies;
-  ASSERT_FALSE(replies.empty());
-  EXPECT_EQ(replies[0].body.size(), 1023u);
 
   ::close(fd);
   fd = OpenSlave(sim.SlavePath());

@@ -40,6 +40,14 @@ class VelaLogTune : public ::testing::Test {
     return RunLogCommand(args, files_, out_, err_);
   }
 
+  CalibrationImage ImageIn(const std::string& path) {
+    const std::string& bytes = files_.files.at(path);
+    CalibrationImage image;
+    EXPECT_TRUE(
+        image.Assign(std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size())));
+    return image;
+  }
+
   editor_testing::MemoryFiles files_;
   std::string out_;
   std::string err_;
@@ -52,20 +60,9 @@ TEST_F(VelaLogTune, TuneWritesTheCorrectedCopyAndNamesTheCells) {
   EXPECT_THAT(out_, HasSubstr("Fuel 1: 1 cells changed"));
   EXPECT_THAT(out_, HasSubstr("\n6,5,"));
   EXPECT_THAT(out_, HasSubstr(",4.000,4.400,10.0,"));
-  CalibrationImage corrected;
-  const std::string& bytes = files_.files["b.sm1"];
-  ASSERT_TRUE(corrected.Assign(
-      std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size())));
+  const CalibrationImage corrected = ImageIn("b.sm1");
   EXPECT_DOUBLE_EQ(corrected.FuelMs(1, BlockRowOfGridRow(6), 5), 4.4);
-  EXPECT_EQ(DifferingMapCells(
-                corrected,
-                *[&] {
-                  CalibrationImage a;
-                  const std::string& in = files_.files["a.sm1"];
-                  a.Assign(std::span(reinterpret_cast<const std::uint8_t*>(in.data()), in.size()));
-                  return std::optional(a);
-                }()),
-            1);
+  EXPECT_EQ(DifferingMapCells(corrected, ImageIn("a.sm1")), 1);
   // The copy is never written over a file that is there.
   EXPECT_EQ(Run({"tune", "run.sl1", "--map", "a.sm1", "-o", "b.sm1"}), kLogUsage);
   EXPECT_THAT(err_, HasSubstr("b.sm1 exists"));

@@ -130,7 +130,6 @@ TEST(DelayFit, ACutSeenRisingIsTimedWithinAFractionOfAFrame) {
 
 TEST(DelayModel, FallsWithFlowAndStaysInBounds) {
   const DelayModel model{0.05, 5000.0};
-  EXPECT_NEAR(model.At(1000, 50), 0.15, 1e-12);
   EXPECT_LT(model.At(6000, 100), model.At(1000, 50));
   EXPECT_EQ(model.At(0, 50), kMaxDelaySeconds);  // a stopped engine moves no exhaust
   EXPECT_EQ(model.At(100, 1), kMaxDelaySeconds);

@@ -22,32 +22,6 @@ TuneAxes TestAxes() {
   return axes;
 }
 
-// The share of a site by its distance: 1 on it, falling straight to 0 at its neighbours, and
-// the edge sites take everything beyond them.
-double Tent(const std::vector<double>& sites, std::size_t i, double value) {
-  value = std::clamp(value, sites.front(), sites.back());
-  if (i > 0 && value >= sites[i - 1] && value <= sites[i]) {
-    return (value - sites[i - 1]) / (sites[i] - sites[i - 1]);
-  }
-  if (i + 1 < sites.size() && value >= sites[i] && value <= sites[i + 1]) {
-    return (sites[i + 1] - value) / (sites[i + 1] - sites[i]);
-  }
-  return 0.0;
-}
-
-HeatSettings Lenient() {
-  HeatSettings settings;
-  FilterSettings& f = settings.filters;
-  f.min_water_c = -100.0;
-  f.cut_tps_percent = -1.0;
-  f.max_pump = 100.0;
-  f.max_rpm_rate = 1e9;
-  f.max_tps_rate = 1e9;
-  f.settle_s = 0.0;
-  settings.delay = {0.0, 0.0};
-  return settings;
-}
-
 void ExpectSameFigures(const CellGrid& a, const CellGrid& b) {
   for (int row = 1; row <= a.Axes().Rows(); ++row) {
     for (int column = 1; column <= a.Axes().Columns(); ++column) {
@@ -59,53 +33,6 @@ void ExpectSameFigures(const CellGrid& a, const CellGrid& b) {
       EXPECT_NEAR(a.At(row, column).error_sum, b.At(row, column).error_sum, 1e-7);
     }
   }
-}
-
-TEST(LogHeatTest, FiguresMatchABruteForceCountOverEveryCell) {
-  DatalogLog log;
-  const DriveShape shape{90.0, 60.0};
-  FillDrive(log, shape);
-  const TuneAxes axes = TestAxes();
-  const HeatSettings settings = Lenient();
-  LogHeat heat(axes, TargetTable(axes), settings);
-  heat.Follow(log, false);
-
-  const double step = 1.0 / shape.rate;
-  const int rows = axes.Rows();
-  std::vector<double> time(static_cast<std::size_t>(rows * axes.Columns()));
-  std::vector<double> weight(time.size()), afr_sum(time.size());
-  double running = 0.0;
-  for (std::size_t i = 0; i < log.RecordCount(); ++i) {
-    const TuneSample s = SampleAt(log, LoadBasis::kMap, i);
-    if (s.rpm < 300.0) continue;
-    running += step;
-    const bool valid = s.afr >= 9.0 && s.afr <= 19.0;
-    for (std::size_t r = 0; r < axes.rpm.size(); ++r) {
-      for (std::size_t c = 0; c < axes.loads.size(); ++c) {
-        const double w = Tent(axes.rpm, r, s.rpm) * Tent(axes.loads, c, s.load);
-        const std::size_t at = (rows - 1 - r) * axes.loads.size() + c;
-        time[at] += w * step;
-        if (valid) weight[at] += w, afr_sum[at] += w * s.afr;
-      }
-    }
-  }
-  double total = 0.0;
-  for (int row = 1; row <= rows; ++row) {
-    for (int column = 1; column <= axes.Columns(); ++column) {
-      const std::size_t at = static_cast<std::size_t>((row - 1) * axes.Columns() + column - 1);
-      const CellEvidence& cell = heat.Cells().At(row, column);
-      EXPECT_NEAR(cell.time_s, time[at], 1e-6) << row << "," << column;
-      EXPECT_NEAR(cell.samples, weight[at], 1e-6) << row << "," << column;
-      if (weight[at] > 0.0) {
-        EXPECT_NEAR(cell.MeanAfr(), afr_sum[at] / weight[at], 1e-9);
-      }
-      total += cell.time_s;
-    }
-  }
-  // Every running record's time lands somewhere, and nothing else's.
-  EXPECT_NEAR(total, running, 1e-6);
-  EXPECT_LT(running, shape.seconds - 1.0);
-  EXPECT_GT(heat.Figures().verdicts[static_cast<int>(SampleVerdict::kAfrInvalid)], 0u);
 }
 
 // The log grows in uneven steps, with a lost stretch the gap finder decides late; the figures

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "editors/editor_fakes.h"
+#include "tune/tune_test_support.h"
 
 namespace vela {
 namespace {
@@ -18,14 +19,8 @@ class ProposalViewTest : public ::testing::Test {
   }
 
   void Evidence(int row, int column, double samples, double factor) {
-    const TargetTable targets(FuelAxesOf(image_));
-    CellEvidence& cell = evidence_.At(row, column);
-    cell.samples = samples;
-    cell.time_s = samples / 60.0;
-    cell.ratio_sum = samples * factor;
-    cell.share_products[4] = samples;  // every sample on the site itself
-    cell.ratio_products[4] = samples * factor;
-    cell.afr_sum = samples * factor * targets.At(row, column);
+    tune_testing::SiteEvidence(evidence_, TargetTable(FuelAxesOf(image_)), row, column, samples,
+                               factor);
   }
 
   FuelProposal Propose() const {

@@ -27,12 +27,6 @@ int Kept(const std::vector<SampleVerdict>& verdicts) {
   return static_cast<int>(std::count(verdicts.begin(), verdicts.end(), SampleVerdict::kKept));
 }
 
-TEST(SampleFilter, ASteadyWarmEngineIsKeptWhole) {
-  const SampleLog log = SteadyLog(5.0);
-  const std::vector<SampleVerdict> verdicts = PointVerdicts(log.samples, FilterSettings());
-  EXPECT_EQ(Kept(verdicts), static_cast<int>(log.samples.size()));
-}
-
 TEST(SampleFilter, DecelCutIsDroppedAndSettledAfter) {
   SampleLog log = SteadyLog(8.0);
   // Throttle shut and the injectors cut: nothing in the log flags it but those two channels.

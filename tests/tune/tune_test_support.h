@@ -1,10 +1,12 @@
 // Synthetic samples for the correction's tests: a steady, warm engine at 60 frames a second,
-// changed stretch by stretch.
+// changed stretch by stretch; and evidence laid on a cell by hand.
 #pragma once
 
 #include <functional>
 
+#include "tune/cell_evidence.h"
 #include "tune/log_samples.h"
+#include "tune/target/target_table.h"
 
 namespace vela::tune_testing {
 
@@ -35,6 +37,19 @@ inline void During(SampleLog& log, double from, double to,
   for (TuneSample& sample : log.samples) {
     if (sample.time >= from - 1e-9 && sample.time < to - 1e-9) change(sample);
   }
+}
+
+// Evidence at a cell of `samples` samples, every one on the site itself, asking for `factor`
+// times the fuel.
+inline void SiteEvidence(CellGrid& grid, const TargetTable& targets, int row, int column,
+                         double samples, double factor) {
+  CellEvidence& cell = grid.At(row, column);
+  cell.samples = samples;
+  cell.time_s = samples / 60.0;
+  cell.ratio_sum = samples * factor;
+  cell.share_products[4] = samples;
+  cell.ratio_products[4] = samples * factor;
+  cell.afr_sum = samples * factor * targets.At(row, column);
 }
 
 }  // namespace vela::tune_testing

@@ -164,11 +164,8 @@ TEST(LogRecovery, EveryIntactBlockIsRecoveredWhenEverythingElseIsDamaged) {
   EXPECT_EQ(read.log.Markers(), file.log.Markers());
   EXPECT_TRUE(read.log.Series(0).active);
   EXPECT_EQ(read.log.axis.min, 0.0);
-  EXPECT_TRUE(read.Says("header is damaged"));
-  EXPECT_TRUE(read.Says("list of channels is damaged"));
   EXPECT_TRUE(read.Says("time axis setting is damaged"));
   EXPECT_TRUE(read.Says("Missing records between 102.40 s and 204.90 s (1024 records)."));
-  EXPECT_TRUE(read.Says("closing record count could not be read"));
   EXPECT_TRUE(read.Says("in 3 places were skipped."));  // the series and axis lie side by side
 }
 

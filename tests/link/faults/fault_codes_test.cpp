@@ -83,28 +83,21 @@ TEST_F(FaultReaderTest, AsksWithOneFrameAndNotAgainWhileTheAnswerIsAwaited) {
   EXPECT_TRUE(reader.Waiting());
 }
 
-TEST_F(FaultReaderTest, TakesTheReplyFromBetweenLiveFramesAndLeavesTheFramesWhole) {
+// The reply comes between live frames, here one byte at a time: it is taken once, whole, and the
+// frames around it stay whole.
+TEST_F(FaultReaderTest, AReplyCutIntoPiecesIsTakenOnceWholeFromBetweenLiveFrames) {
   reader.Request();
-  const std::string reply = fault_reply::Encode({2, {66, 3, 0, 0}});
-  rig.Receive(Frames(1, 10) + reply + Frames(2, 11));
-  for (int i = 0; i < 4; ++i) rig.Dispatch();
-  ASSERT_EQ(replies.size(), 1u);
-  EXPECT_EQ(replies[0], (Reply{2, {66, 3, 0, 0}}));
-  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{10, 11, 12}));
-  EXPECT_TRUE(rig.Buffer().empty());
-  EXPECT_FALSE(reader.Waiting());
-}
-
-TEST_F(FaultReaderTest, AReplyCutIntoPiecesIsTakenOnceWhole) {
-  reader.Request();
-  const std::string stream = Frames(1, 1) + fault_reply::Encode({1, {139, 0, 0, 0}}) + Frames(1, 2);
+  const std::string stream =
+      Frames(1, 10) + fault_reply::Encode({2, {66, 3, 0, 0}}) + Frames(2, 11);
   for (char c : stream) {
     rig.Receive(std::string(1, c));
     rig.Dispatch();
   }
   ASSERT_EQ(replies.size(), 1u);
-  EXPECT_EQ(replies[0].codes[0], 139);
-  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{1, 2}));
+  EXPECT_EQ(replies[0], (Reply{2, {66, 3, 0, 0}}));
+  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{10, 11, 12}));
+  EXPECT_TRUE(rig.Buffer().empty());
+  EXPECT_FALSE(reader.Waiting());
 }
 
 // A live frame's data may spell a whole, valid reply: the frame stays whole (even while its end
