@@ -5,7 +5,7 @@
 #include <functional>
 #include <random>
 
-#include "workbench/noise_image.h"
+#include "workbench/test_images.h"
 
 namespace vela {
 namespace {
