@@ -12,15 +12,16 @@
 namespace vela {
 namespace {
 
-using editor_testing::RecordingSender;
-using editor_testing::ScriptedMessages;
 using editor_testing::SentFrame;
 using editor_testing::SoundImage;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class ApplyCalibration : public ::testing::Test {
+class ApplyCalibration : public ::testing::Test, public editor_testing::ApplyRig {
  protected:
+  ApplyCalibration() {
+    env.end_upload = [this] { ++upload_ends; };
+  }
   void Apply(const CalibrationImage& image, CalibrationSource source = CalibrationSource::kUpload) {
     ApplyUploadedCalibration(image, source, state, env);
   }
@@ -30,13 +31,7 @@ class ApplyCalibration : public ::testing::Test {
   }
 
   EditorState state;
-  StartupTrace status;
-  ScriptedMessages messages;
-  RecordingSender sender;
-  LinkState link;
-  bool suppress = false;
   int upload_ends = 0;
-  ApplyEnvironment env{status, messages, sender, link, suppress, [this] { ++upload_ends; }};
 };
 
 TEST_F(ApplyCalibration, SoundBlockFillsTheEditorsWithoutErrorsAndTracesTheSorting) {

@@ -10,9 +10,7 @@ namespace vela {
 namespace {
 
 using editor_testing::MemoryFiles;
-using editor_testing::RecordingSender;
 using editor_testing::ScriptedDialogs;
-using editor_testing::ScriptedMessages;
 using editor_testing::SentFrame;
 using editor_testing::SoundImage;
 using editor_testing::SoundImageWith;
@@ -27,7 +25,7 @@ std::string FileOf(const CalibrationImage& image) {
   return {image.Bytes().begin(), image.Bytes().end()};
 }
 
-class MapFileTest : public ::testing::Test {
+class MapFileTest : public ::testing::Test, public editor_testing::ApplyRig {
  protected:
   MapFileTest() { files.folders[kFolders.maps] = true; }
 
@@ -39,27 +37,21 @@ class MapFileTest : public ::testing::Test {
   }
   // The editors as an upload of `image` leaves them, with nothing traced or sent since.
   void Uploaded(const CalibrationImage& image) {
-    ApplyUploadedCalibration(image, CalibrationSource::kUpload, state, apply);
+    ApplyUploadedCalibration(image, CalibrationSource::kUpload, state, env);
     status = StartupTrace();
     sender.frames.clear();
   }
 
   MemoryFiles files;
   ScriptedDialogs dialogs;
-  ScriptedMessages messages;
   FileDialogMemory memory;
   MapFiles map_files{files, dialogs, messages, kFolders, memory};
 
-  LinkState link;
   ProgramMode mode;
   CalibrationImage program_image;
   EditorState state;
-  StartupTrace status;
-  RecordingSender sender;
-  bool suppress = false;
-  ApplyEnvironment apply{status, messages, sender, link, suppress, {}, {}};
   Download download{sender, link, {}};
-  MapDownloadTarget target{link, mode, program_image, state, apply, download};
+  MapDownloadTarget target{link, mode, program_image, state, env, download};
 };
 
 TEST_F(MapFileTest, SaveWritesTheBuiltBlockThroughTheSaveDialog) {
