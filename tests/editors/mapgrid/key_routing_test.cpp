@@ -5,23 +5,16 @@
 #include "editors/mapgrid/grid_setup.h"
 #include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/map_display.h"
+#include "support/map_key_presses.h"
 
 namespace vela {
 namespace {
 
-MapKeyPress Letter(char letter, bool alt = false, bool control = false) {
-  MapKeyPress press;
-  press.key = MapKey::kLetter;
-  press.letter = letter;
-  press.alt = alt;
-  press.control = control;
-  return press;
-}
+using testing::KeyPress;
 
-MapKeyPress Key(MapKey key) {
-  MapKeyPress press;
-  press.key = key;
-  return press;
+// A letter with Alt or Control.
+MapKeyPress Letter(char letter, bool alt = false, bool control = false) {
+  return testing::LetterPress(letter, false, alt, control);
 }
 
 KeyRoute Action(KeyAction action) { return KeyRoute{action, -1}; }
@@ -62,12 +55,12 @@ TEST(MainWindowKeys, RepeatedFAndTStepThroughThePagesSharingTheLetter) {
 }
 
 TEST(MainWindowKeys, EnterAndSpaceNeverReachTheGrid) {
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kEnter), {}), Action(KeyAction::kInsertLiveValue));
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageFuelMap1, false}),
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kEnter), {}), Action(KeyAction::kInsertLiveValue));
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {kPageFuelMap1, false}),
             Action(KeyAction::kDiscard));
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageFuelMap1, true}),
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {kPageFuelMap1, true}),
             Action(KeyAction::kMovePointerToLoadSite));
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageIgnition, false}),
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {kPageIgnition, false}),
             Action(KeyAction::kDiscard));
 }
 
@@ -75,7 +68,7 @@ TEST(MainWindowKeys, OffTheMapPagesSpaceIsTheFocusedControls) {
   for (const int page : {kPageOutputs, kPageInputs, kPageCompensation, kPageMainSetup,
                          kPageSensorSetup, kPageDataPage, kPageFileOptions, kPageDataLogging}) {
     for (const bool after_space : {false, true}) {
-      EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {page, after_space}),
+      EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {page, after_space}),
                 Action(KeyAction::kPassToGrid))
           << page;
     }
@@ -86,7 +79,7 @@ TEST(MainWindowKeys, GridKeysAndControlCombinationsPassThrough) {
   const KeyContext context;
   for (MapKey key : {MapKey::kUp, MapKey::kDown, MapKey::kLeft, MapKey::kRight, MapKey::kPageUp,
                      MapKey::kPageDown, MapKey::kOther}) {
-    EXPECT_EQ(RouteMainWindowKey(Key(key), context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(KeyPress(key), context), Action(KeyAction::kPassToGrid));
   }
   EXPECT_EQ(RouteMainWindowKey(Letter('n'), context), Action(KeyAction::kPassToGrid));
   EXPECT_EQ(RouteMainWindowKey(Letter('P'), context), Action(KeyAction::kPassToGrid));
