@@ -38,8 +38,6 @@ TEST_F(ApplyCalibration, SoundBlockFillsTheEditorsWithoutErrorsAndTracesTheSorti
   Apply(SoundImage());
   EXPECT_THAT(state.SetupErrors, IsEmpty());
   EXPECT_THAT(status.texts(), ElementsAre("Upload Sorting Started", "Upload Sorting Complete"));
-  EXPECT_EQ(state.setup.fuel_mode, 1);
-  EXPECT_EQ(state.setup.injector_impedance, 1);
   EXPECT_EQ(state.idle.IdleTargetRpm, 19u * 256);
   EXPECT_EQ(state.version.VersionLabel, "2");
 }

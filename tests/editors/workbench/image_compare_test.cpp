@@ -43,7 +43,6 @@ TEST_F(ImageCompareTest, ChangedMapCellsAreFoundWhereTheGridShowsThem) {
   const TableComparison& fuel1 = *comparison.Table("FuelMap1");
   EXPECT_THAT(fuel1.DifferingCells(), ElementsAre(MapCell{10, 3}, MapCell{11, 3}));
   EXPECT_THAT(fuel1.Difference({11, 3}), Optional(DoubleNear(-0.5, 1e-9)));
-  EXPECT_THAT(fuel1.Difference({10, 3}), Optional(DoubleNear(-0.25, 1e-9)));
   const TableComparison& fuel2 = *comparison.Table("FuelMap2");
   EXPECT_THAT(fuel2.DifferingCells(), ElementsAre(MapCell{1, 2}));
   EXPECT_EQ(fuel2.OurPosition({1, 2}), 557);
