@@ -95,16 +95,5 @@ TEST(BuildCalibration, AListWithoutAChoiceIsWrittenAsAnInvalidCode) {
                           "Rev Limiter Type Invalid, There was an error in your Map"));
 }
 
-TEST(BuildCalibration, EdgesAuxiliaryAndLimiterShareByte942) {
-  EditorState state;
-  state.setup.trigger_input_edge = 1;
-  state.setup.spark_output_edge = 1;
-  state.setup.limiter_mode = 2;
-  EXPECT_EQ(EncodeSetup(state).Byte(942), 197);
-  state.setup.spark_output_edge = 2;  // a pull-up choice: not carried by the byte
-  state.setup.aux_output = 1;
-  EXPECT_EQ(EncodeSetup(state).Byte(942), 1 + 32 + 192);
-}
-
 }  // namespace
 }  // namespace vela

@@ -62,16 +62,21 @@ inline CalibrationImage SoundImageWith(std::initializer_list<std::pair<int, int>
   return image;
 }
 
-// The editors filled from `image` as after an upload, with nothing shown or sent elsewhere.
-inline EditorState Applied(const CalibrationImage& image) {
-  EditorState state;
+// What applying a calibration reaches besides the editors, nothing of it shown or sent elsewhere.
+struct ApplyRig {
   StartupTrace status;
   ScriptedMessages messages;
   RecordingSender sender;
   LinkState link;
   bool suppress = false;
   ApplyEnvironment env{status, messages, sender, link, suppress, {}, {}};
-  ApplyUploadedCalibration(image, CalibrationSource::kMapFile, state, env);
+};
+
+// The editors filled from `image` as after an upload.
+inline EditorState Applied(const CalibrationImage& image) {
+  EditorState state;
+  ApplyRig rig;
+  ApplyUploadedCalibration(image, CalibrationSource::kMapFile, state, rig.env);
   return state;
 }
 

@@ -64,16 +64,6 @@ TEST(GridShapingTest, InterpolationIsSpacedByRpmAndKeepsItsEdgeCells) {
   EXPECT_THAT(change.changed, ElementsAre(MapCell{5, 3}, MapCell{4, 3}, MapCell{3, 3}));
 }
 
-TEST(GridShapingTest, AFillIsHeldToTheDutyLimitOfEachRow) {
-  FuelGrid f;
-  // 15 ms is above the limit of row 1 (11000 RPM: 10.9 ms) but not of row 5 (7000: 17.1 ms).
-  const BulkChange change = ShapeCells(f.grid, {1, 1, 5, 1}, ShapeKind::kFill, {}, 15.0);
-  EXPECT_DOUBLE_EQ(f.grid.Value(1, 1), 10.9);
-  EXPECT_DOUBLE_EQ(f.grid.Value(5, 1), 15.0);
-  EXPECT_EQ(change.capped, 3);
-  EXPECT_EQ(change.changed.size(), 5u);
-}
-
 TEST(GridShapingTest, TheLivePointTakesTheNearestCellInsideTheMap) {
   FuelGrid f;
   EXPECT_EQ(NearestCell(f.grid, 4.4, 2.6), (MapCell{4, 3}));

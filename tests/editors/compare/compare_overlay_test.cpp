@@ -2,26 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include "workbench/test_images.h"
+
 namespace vela {
 namespace {
-
-// Every fuel cell 2.000 ms and every ignition cell 20 degrees on both sides.
-CalibrationImage Even() {
-  CalibrationImage image;
-  for (int row = 1; row <= 11; ++row) {
-    for (int column = 1; column <= 9; ++column) image.SetFuelMs(1, row, column, 2.0);
-    for (int column = 1; column <= 5; ++column) image.SetIgnDegrees(row, column, 20.0);
-  }
-  return image;
-}
 
 class CompareOverlayTest : public ::testing::Test {
  protected:
   TableComparison Fuel() const {
     return TableComparison(FuelMapTable(ours, 1), ours, FuelMapTable(theirs, 1), theirs);
   }
-  CalibrationImage ours = Even();
-  CalibrationImage theirs = Even();
+  CalibrationImage ours = testing::EvenMaps();
+  CalibrationImage theirs = testing::EvenMaps();
 };
 
 // Grid row 11 is block row 1. Ours higher at (11, 1), lower at (11, 2), equal elsewhere.

@@ -7,15 +7,6 @@ namespace {
 
 const OtherSide kEcu{OtherSideKind::kEcu, {}};
 const OtherSide kFile{OtherSideKind::kMapFile, "base.sm1"};
-const OtherSide kPoint{OtherSideKind::kRestorePoint, "2024-01-31 14:25:30"};
-
-TEST(CompareTexts, CaptionsSayTheViewAndTheOtherSide) {
-  EXPECT_EQ(ViewCaption(CompareView::kDifference, kEcu),
-            "Difference: editors minus ECU as last read");
-  EXPECT_EQ(ViewCaption(CompareView::kOther, kFile), "Other side: map file base.sm1");
-  EXPECT_EQ(ViewCaption(CompareView::kCurrent, kPoint),
-            "Current: the editors' values, compared with restore point 2024-01-31 14:25:30");
-}
 
 TEST(CompareTexts, CountsAreSaidInWords) {
   EXPECT_EQ(CellCountText(0, kEcu), "No cell differs from ECU as last read");
@@ -41,7 +32,6 @@ TEST(CompareTexts, ValuesCarryTheDecimalsMarkAndSignOfADifference) {
   EXPECT_EQ(ValueText(2.0, 3, ',', false), "2,000");
   EXPECT_EQ(ValueText(-0.0004, 3, '.', true), "0.000") << "no sign on what rounds to 0";
   EXPECT_EQ(ValueText(-0.0004, 3, '.', false), "0.000");
-  EXPECT_EQ(ValueText(-28.5, 1, '.', false), "-28.5");
   EXPECT_EQ(ValueText(7.0, 0, ',', true), "+7");
 }
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "workbench/noise_image.h"
+#include "workbench/test_images.h"
 
 namespace vela {
 namespace {

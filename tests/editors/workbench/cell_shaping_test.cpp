@@ -60,11 +60,6 @@ TEST(CellShapingInterpolateTest, BothRunsBilinearFromTheCornersOverBothAxes) {
     for (double load : kLoads) expected.push_back(load + r / 250);
   }
   EXPECT_THAT(result.values, Pointwise(DoubleNear(1e-9), expected));
-  // The corners come back exactly.
-  EXPECT_EQ(result.At(0, 0), 7);
-  EXPECT_EQ(result.At(0, 3), 26);
-  EXPECT_EQ(result.At(2, 0), 2);
-  EXPECT_EQ(result.At(2, 3), 21);
 
   // A twisted block: only one corner raised, so a cell takes it times both shares.
   current = Block(3, 4, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 19});

@@ -7,7 +7,7 @@
 
 #include "base/crc32.h"
 #include "support/platform_fakes.h"
-#include "workbench/noise_image.h"
+#include "workbench/test_images.h"
 
 namespace vela {
 namespace {

@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <random>
 
-#include "workbench/noise_image.h"
+#include "workbench/test_images.h"
 
 namespace vela {
 namespace {
@@ -152,21 +151,6 @@ TEST(EditJournalTest, WritesGroupIntoWholeCells) {
       {949, 1, 5, false},
   };
   EXPECT_EQ(cells, expected);
-}
-
-TEST(EditJournalTest, TenThousandEntriesUndoToTheStart) {
-  Bench b;
-  std::mt19937 random(7);
-  for (int n = 0; n < 10000; ++n) {
-    const int p = 1 + static_cast<int>(random() % kImageLength);
-    const auto value = static_cast<std::uint8_t>(random());
-    b.Edit(EditKind::kKeyStep, EditPlace::kWholeImage, [&](auto& i) { i.SetByte(p, value); });
-  }
-  const CalibrationImage last = b.image;
-  b.Apply(b.journal.ReturnTo(0));
-  EXPECT_EQ(b.image.Bytes(), b.states[0].Bytes());
-  b.Apply(b.journal.ReturnTo(b.journal.Entries().size()));
-  EXPECT_EQ(b.image.Bytes(), last.Bytes());
 }
 
 }  // namespace
