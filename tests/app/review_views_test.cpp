@@ -303,6 +303,14 @@ class ReviewViewsTest : public QObject {
     QCOMPARE(*Page().chart()->CursorA(), 20.0);
     KeepShot(&p_->window(), "second-log", {1280, 720});
     KeepShot(&p_->window(), "second-log", {1024, 600});
+    // The align dialog names the second log and takes it away again.
+    WhenModal<SecondLogDialog>([](SecondLogDialog* dialog) {
+      QCOMPARE(dialog->windowTitle(), QString("Align Second Log: second.sl1"));
+      dialog->findChild<QPushButton*>("SecondLogRemove")->click();
+    });
+    QVERIFY(PageChord(Qt::Key_A));
+    QVERIFY(!review.HasSecond());
+    QCOMPARE(Page().findChild<QTableWidget*>("DatalogCursorValues")->columnCount(), 4);
   }
 };
 

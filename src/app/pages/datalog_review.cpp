@@ -146,8 +146,11 @@ void DatalogPage::LoadSecondLog() {
 
 void DatalogPage::AlignSecondLog() {
   if (!review_->second()) return;
-  SecondLogDialog dialog(log_, *review_->second(), review_->alignment(), this);
-  if (dialog.exec() != QDialog::Accepted) return;
+  SecondLogDialog dialog(log_, *review_->second(), review_->second_path(), review_->alignment(),
+                         this);
+  const int answer = dialog.exec();
+  if (answer == SecondLogDialog::kRemoved) review_->ClearSecond();
+  if (answer != QDialog::Accepted) return;
   if (const std::optional<review::LogAlignment> alignment = dialog.Alignment()) {
     review_->SetAlignment(*alignment);
   }

@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "base/file_names.h"
 #include "datalog/files/log_export.h"
 
 namespace vela {
@@ -34,10 +35,12 @@ QDoubleSpinBox* TimeChoice(const DatalogLog& log, const QString& name, QWidget* 
 }  // namespace
 
 SecondLogDialog::SecondLogDialog(const DatalogLog& first, const DatalogLog& second,
+                                 const std::string& second_path,
                                  const review::LogAlignment& alignment, QWidget* parent)
     : QDialog(parent), first_(first), second_(second) {
   setObjectName("SecondLogAlign");
-  setWindowTitle("Align Second Log");
+  setWindowTitle("Align Second Log: " +
+                 QString::fromStdString(second_path.substr(NameStart(second_path))));
   way_ = new QComboBox(this);
   way_->setObjectName("SecondLogAlignWay");
   way_->addItems({"At markers", "At times"});
@@ -60,6 +63,9 @@ SecondLogDialog::SecondLogDialog(const DatalogLog& first, const DatalogLog& seco
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  QPushButton* remove = buttons->addButton("&Remove Second Log", QDialogButtonBox::ResetRole);
+  remove->setObjectName("SecondLogRemove");
+  connect(remove, &QPushButton::clicked, this, [this] { done(kRemoved); });
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(form);
   layout->addWidget(buttons);

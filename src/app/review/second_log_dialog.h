@@ -1,6 +1,6 @@
 // "Align Second Log": where the second log is laid on the first's time axis: a marker of the
 // second on a marker of the first, or a chosen time of the second at a chosen time of the first
-// (0 and 0: both from their starts).
+// (0 and 0: both from their starts). It also takes the second log away ("Remove Second Log").
 #pragma once
 
 #include <QComboBox>
@@ -8,6 +8,7 @@
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <optional>
+#include <string>
 
 #include "datalog/datalog_log.h"
 #include "datalog/review/two_logs.h"
@@ -18,7 +19,11 @@ class SecondLogDialog : public QDialog {
   Q_OBJECT
 
  public:
-  SecondLogDialog(const DatalogLog& first, const DatalogLog& second,
+  // What exec() returns when the tuner removes the second log.
+  static constexpr int kRemoved = 2;
+
+  // `second_path` names the second log in the title.
+  SecondLogDialog(const DatalogLog& first, const DatalogLog& second, const std::string& second_path,
                   const review::LogAlignment& alignment, QWidget* parent = nullptr);
 
   // Chooses the way and the markers (their indexes in each log's markers) or times.
