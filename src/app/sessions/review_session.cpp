@@ -97,7 +97,7 @@ void ReviewSession::SetDefaultMath(std::vector<review::MathChannel> channels) {
 
 void ReviewSession::LogReplaced(const std::string& path) {
   problems_.clear();
-  review::ReviewState state{default_math_, default_layout_};
+  review::ReviewState state{default_math_, {}, default_layout_};
   if (!path.empty()) {
     const std::string review_path = review::ReviewPathFor(path);
     const FileHead head = files_.ReadHead(review_path, review::kMaxReviewFileBytes + 1);
@@ -113,7 +113,7 @@ void ReviewSession::LogReplaced(const std::string& path) {
   }
   math_ = std::move(state.math);
   layout_ = std::move(state.layout);
-  hidden_math_.clear();
+  hidden_math_ = std::move(state.hidden);
   Evaluate();
   emit Changed();
 }

@@ -100,7 +100,7 @@ class ReviewSession : public QObject {
   const review::ChartLayout& default_layout() const { return default_layout_; }
 
   // The state saved in the review file.
-  review::ReviewState State() const { return {math_, layout_}; }
+  review::ReviewState State() const { return {math_, hidden_math_, layout_}; }
 
  signals:
   // Anything above changed: math channels or their columns, the second log or its alignment,

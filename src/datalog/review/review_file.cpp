@@ -28,6 +28,19 @@ std::optional<std::string> ReadMathLine(std::string_view line, MathChannel& chan
   return std::nullopt;
 }
 
+// A "hide" line's name: one of the math channels read before it.
+std::optional<std::string> ReadHideLine(std::string_view line, ReviewState& state) {
+  std::string_view name = line.substr(5);
+  if (name.size() >= 2 && name.starts_with('"') && name.ends_with('"')) {
+    name = name.substr(1, name.size() - 2);
+  }
+  const bool known = std::any_of(state.math.begin(), state.math.end(),
+                                 [&](const MathChannel& m) { return SameName(m.name, name); });
+  if (!known) return "no math channel of that name before it";
+  state.hidden.emplace_back(name);
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::string ReviewFileText(const ReviewState& state) {
@@ -35,6 +48,7 @@ std::string ReviewFileText(const ReviewState& state) {
   for (const MathChannel& channel : state.math) {
     text += "math " + QuotedName(channel.name) + " = " + channel.expression + "\n";
   }
+  for (const std::string& name : state.hidden) text += "hide " + QuotedName(name) + "\n";
   return text + LayoutText(state.layout);
 }
 
@@ -67,6 +81,8 @@ ReviewRead ReadReviewFile(std::string_view text) {
       if (!problem && read.state.math.size() >= kMaxMathChannels)
         problem = "more than 32 math channels";
       if (!problem) read.state.math.push_back(std::move(channel));
+    } else if (line.starts_with("hide ")) {
+      problem = ReadHideLine(line, read.state);
     } else {
       problem = layout.Line(line);
     }

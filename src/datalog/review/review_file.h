@@ -4,13 +4,15 @@
 //   VELA review 1
 //   math "Injector Duty" = 100 * Fuel * RPM / 120000
 //   math Lean = AFR / 10 > 15
+//   hide Lean
 //   panel RPM "Injector Duty"
 //   panel AFR=100:200 Lean
 //   select RPM
 //
 // The first line names the file and its version; then one "math" line per math channel, in
-// order (the name as in the layout, " = ", the expression to the end of the line), and the
-// layout's lines. UTF-8 or ASCII, lines ending in "\n" ("\r\n" read too).
+// order (the name as in the layout, " = ", the expression to the end of the line), one "hide"
+// line per math channel the tuner turned off, and the layout's lines. UTF-8 or ASCII, lines ending
+// in "\n" ("\r\n" read too).
 #pragma once
 
 #include <string>
@@ -28,6 +30,7 @@ inline constexpr std::size_t kMaxReviewFileBytes = 64 * 1024;
 
 struct ReviewState {
   std::vector<MathChannel> math;
+  std::vector<std::string> hidden;  // math channels not drawn (their check boxes unticked)
   ChartLayout layout;
   bool operator==(const ReviewState&) const = default;
 };

@@ -138,21 +138,24 @@ TEST(MarkerList, TunersFaultsAndGapsInTimeOrder) {
 TEST(ReviewFile, MathChannelsAndLayoutSavedBesideTheLog) {
   ReviewState state;
   state.math = {{"Injector Duty", "100 * Fuel * RPM / 120000"}, {"Lean", "AFR / 10 > 15"}};
+  state.hidden = {"Injector Duty"};
   state.layout.AddPanel();
   state.layout.Place("Lean", 1);
   state.layout.SetScale("Lean", {false, 0, 1});
   const std::string text = ReviewFileText(state);
   EXPECT_EQ(text.substr(0, text.find("panel")),
             "VELA review 1\nmath \"Injector Duty\" = 100 * Fuel * RPM / 120000\n"
-            "math Lean = AFR / 10 > 15\n");
+            "math Lean = AFR / 10 > 15\nhide \"Injector Duty\"\n");
   const ReviewRead read = ReadReviewFile(text);
   EXPECT_TRUE(read.recognised);
   EXPECT_TRUE(read.problems.empty());
   EXPECT_EQ(read.state, state);
 
   const ReviewRead damaged = ReadReviewFile(
-      "VELA review 1\r\nmath RPM = 1\nmath X 2\nmath \"Y = 3\nmath Z = MAP +\nmath z = 1\n");
-  EXPECT_EQ(damaged.problems.size(), 4u);
+      "VELA review 1\r\nmath RPM = 1\nmath X 2\nmath \"Y = 3\nmath Z = MAP +\nmath z = 1\n"
+      "hide z\nhide Lean\n");
+  EXPECT_EQ(damaged.problems.size(), 5u);
+  EXPECT_EQ(damaged.state.hidden, std::vector<std::string>{"z"});
   ASSERT_EQ(damaged.state.math.size(), 1u);
   EXPECT_EQ(damaged.state.math[0].expression, "MAP +");  // kept as written
   EXPECT_FALSE(ReadReviewFile("VELA review 2\n").recognised);
