@@ -62,18 +62,6 @@ class MainWindowTest : public QObject {
     QCOMPARE(QString::fromStdString(program.trace.texts().front()), QString("Entered Form1.Load"));
   }
 
-  void altAndTheUnderlinedLetterSelectsATab() {
-    Program program(root_, "/dev/no-such-tty");
-    QVERIFY(program.window->Load());
-    program.window->show();
-    program.window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(program.window.get()));
-    QTest::keyClick(program.window.get(), Qt::Key_O, Qt::AltModifier);
-    QCOMPARE(program.window->tabs()->currentIndex(), 10);
-    QTest::keyClick(program.window.get(), Qt::Key_G, Qt::AltModifier);
-    QCOMPARE(program.window->tabs()->currentIndex(), 11);
-  }
-
   void firstStartMakesTheTreeAndTheDefaultFileAndReportsTheMissingPort() {
     Program program(root_, "/dev/no-such-tty");
     QVERIFY(program.window->Load());
