@@ -60,11 +60,7 @@ QString ValueOf(QObject* object) {
   return iface ? iface->text(QAccessible::Value) : QString("(no interface)");
 }
 
-// The whole program shown, its link paced as on a serial line.
-struct ShownProgram : testing::RunningProgram {
-  ShownProgram() : RunningProgram(testing::RunningOptions::Paced()) { loaded = Show(); }
-  bool loaded = false;
-};
+using testing::ShownProgram;
 
 class AccessibilityTest : public QObject {
   Q_OBJECT
@@ -166,13 +162,20 @@ class AccessibilityTest : public QObject {
     QCOMPARE(ValueOf(page.findChild<LiveValue*>("DataAFR")), QString("--"));
   }
 
-  void theMapPagesAndTheCurvesReadTheirLivePoints() {
+  void theMapPagesTheCurvesAndTheStripReadWhatTheyShow() {
     ToolListening tool;
     ShownProgram p;
     QVERIFY(p.started && p.loaded);
     QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
     auto* readout = p.window().findChild<MapReadout*>("FuelMap1A");
     QTRY_VERIFY_WITH_TIMEOUT(readout->Value(Readout::kRpm).toInt() > 0, 5000);
+    // The status strip reads what it shows.
+    for (const char* name : {"LinkState", "LiveTuneState", "FramesPerSecond", "MapInUse"}) {
+      auto* label = p.window().status_strip().findChild<QLabel*>(name);
+      QVERIFY2(label != nullptr, name);
+      QCOMPARE(QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name),
+               label->text());
+    }
     QAccessibleInterface* whole = QAccessible::queryAccessibleInterface(readout);
     QCOMPARE(whole->text(QAccessible::Name), QString("Fuel 1 live values"));
     QCOMPARE(whole->childCount(), static_cast<int>(kReadoutLabels.size()));
@@ -206,18 +209,6 @@ class AccessibilityTest : public QObject {
     QCOMPARE(chart->text(QAccessible::Name), QString("Injector opening time added"));
     QCOMPARE(chart->text(QAccessible::Value), curve->LiveCaption());
     QVERIFY2(curve->LiveCaption().contains(" Volts: "), qPrintable(curve->LiveCaption()));
-  }
-
-  void theStatusStripReadsWhatItShows() {
-    ShownProgram p;
-    QVERIFY(p.started && p.loaded);
-    QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
-    for (const char* name : {"LinkState", "LiveTuneState", "FramesPerSecond", "MapInUse"}) {
-      auto* label = p.window().status_strip().findChild<QLabel*>(name);
-      QVERIFY2(label != nullptr, name);
-      QAccessibleInterface* iface = QAccessible::queryAccessibleInterface(label);
-      QCOMPARE(iface->text(QAccessible::Name), label->text());
-    }
   }
 };
 

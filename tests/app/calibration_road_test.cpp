@@ -1,6 +1,6 @@
 // The road of a calibration against the simulated ECU over a pseudo-terminal: upload into the
-// grids, a keystroke on a fuel and an ignition cell written into the ECU at the right position,
-// the map saved, the ECU changed behind the program's back, the map loaded and downloaded.
+// grids, the map saved, the ECU changed behind the program's back, the map loaded and
+// downloaded; maps that are none, a download cut short, an ECU away and back or swapped.
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
@@ -55,7 +55,7 @@ class CalibrationRoadTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void uploadEditSaveChangeLoadAndDownload() {
+  void uploadSaveChangeLoadAndDownload() {
     testing::RunningProgram p;
     QVERIFY2(p.started, p.error.c_str());
     // The upload ends by asking the ECU for the rate chosen in the settings (20 a second).
@@ -69,31 +69,11 @@ class CalibrationRoadTest : public QObject {
     const CalibrationImage uploaded = ecu.ImageSnapshot();
     QVERIFY(ImageBytes(editors.image()) == ImageBytes(uploaded));
     MapPages& pages = program.window->map_pages();
-    MapGrid* fuel = pages.page(0)->grid();
-    MapGrid* ign = pages.page(2)->grid();
-    QVERIFY(fuel->Model().ToMapValues() == uploaded.ReadFuelMap(1));
-    QVERIFY(ign->Model().ToMapValues() == uploaded.ReadIgnMap());
+    QVERIFY(pages.page(0)->grid()->Model().ToMapValues() == uploaded.ReadFuelMap(1));
+    QVERIFY(pages.page(2)->grid()->Model().ToMapValues() == uploaded.ReadIgnMap());
 
-    // Up on fuel map 1, grid row 5 (block row 7), column 3: 0.1 ms more at that cell's bytes.
-    const int fuel_position = uploaded.FuelCellPosition(1, 7, 3);
-    const int fuel_raw = uploaded.Read16(fuel_position);
-    KeyOnCell(fuel, 5, 3, Qt::Key_Up);
-    QTRY_COMPARE_WITH_TIMEOUT(static_cast<int>(ecu.ImageSnapshot().Read16(fuel_position)),
-                              fuel_raw + 100, 3000);
-    // Up on the ignition map, grid row 2 (block row 10), column 2: one degree more advance.
-    const int ign_position = uploaded.IgnCellPosition(10, 2);
-    const int ign_raw = uploaded.Byte(ign_position);
-    KeyOnCell(ign, 2, 2, Qt::Key_Up);
-    QTRY_COMPARE_WITH_TIMEOUT(static_cast<int>(ecu.ImageSnapshot().Byte(ign_position)), ign_raw - 2,
-                              3000);
-    const QByteArray edited = ImageBytes(ecu.ImageSnapshot());
-    QCOMPARE(ImageBytes(editors.image()), edited);
-    for (int p = 1; p <= kImageLength; ++p) {
-      if (p == fuel_position || p == fuel_position + 1 || p == ign_position) continue;
-      QCOMPARE(edited[p - 1], ImageBytes(uploaded)[p - 1]);
-    }
-
-    // Save: the file holds the ECU's image.
+    // Save: the file holds the editors' image (a key's frames for a cell: WireTranscriptTest).
+    const QByteArray edited = ImageBytes(editors.image());
     const QString map_path = QString::fromStdString(program.folders.maps) + "road.sm1";
     program.dialogs.paths.push_back(map_path.toStdString());
     editors.SaveMap();
@@ -106,6 +86,8 @@ class CalibrationRoadTest : public QObject {
       file.seek(908);
       file.write("\x09", 1);
     }
+    const int fuel_position = uploaded.FuelCellPosition(1, 7, 3);
+    const int ign_position = uploaded.IgnCellPosition(10, 2);
     ecu.WriteImageByte(fuel_position, 0);
     ecu.WriteImageByte(ign_position, 7);
     QTRY_VERIFY_WITH_TIMEOUT(ecu.ImageSnapshot().Byte(ign_position) == 7, 3000);
@@ -219,8 +201,7 @@ class CalibrationRoadTest : public QObject {
     auto* list = program.window->findChild<QListWidget*>("SetupErrorList");
     QVERIFY(list != nullptr && list->isVisible());
     QCOMPARE(list->count(), static_cast<int>(errors.size()));
-    const QString keep = qEnvironmentVariable("VELA_SHOTS");
-    if (!keep.isEmpty()) program.window->grab().save(keep + "/setup-errors.png");
+    testing::KeepShot(program.window.get(), "setup-errors");
     const QRect view = list->viewport()->rect();
     for (int i = 0; i < list->count(); ++i) {
       QCOMPARE(list->item(i)->text().toStdString(), errors[static_cast<std::size_t>(i)]);
@@ -289,7 +270,6 @@ class CalibrationRoadTest : public QObject {
     testing::RunningProgram p(options);
     QVERIFY2(p.started && p.Show(), p.error.c_str());
     testing::TestProgram& program = *p.program;
-    const QString dir = p.dir.path();
     QTRY_VERIFY_WITH_TIMEOUT(p.editors().has_calibration(), 10000);
     program.window->tabs()->setCurrentIndex(9);  // only the page in front redraws
     QTest::qWait(2500);
@@ -298,22 +278,11 @@ class CalibrationRoadTest : public QObject {
       auto* value = program.window->findChild<LiveValue*>(name);
       return value ? value->text() : QString("(no %1)").arg(name);
     };
-    const auto fixed = [](double value, int decimals) {
-      return QString::number(value, 'f', decimals);
-    };
+    // Two fields (every field's place and scale: the frame handler's own tests).
     const double period = std::round(60'000'000.0 / engine.rpm);
-    QCOMPARE(text("DataRPM"), fixed(std::round(60'000'000.0 / period), 0));
-    QCOMPARE(text("DataMAP"), fixed(std::round(engine.map_kpa * 10) / 10, 1));
-    QCOMPARE(text("DataTPS"), fixed(std::round(engine.throttle_pct * 10.23) / 10.23, 1));
-    QCOMPARE(text("DataInjection"), fixed(std::round(engine.injection_us / 10) / 100, 2));
-    QCOMPARE(text("DataIgnition"), fixed(std::round(engine.advance_deg * 512) / 512, 1));
-    QCOMPARE(text("DataBattery"), fixed(std::round(engine.battery_v * 100) / 100, 2));
-    QCOMPARE(text("DataIdle"), fixed(std::round(engine.idle_duty_pct * 2.56) / 2.56, 1));
-    QVERIFY(std::abs(text("DataWater").toDouble() - engine.water_c) <= 1.0);
-    QVERIFY(std::abs(text("DataAir").toDouble() - engine.air_c) <= 1.0);
-    program.window->grab().save(dir + "/data-page.png");
-    const QString keep = qEnvironmentVariable("VELA_SHOTS");
-    if (!keep.isEmpty()) QFile::copy(dir + "/data-page.png", keep + "/data-page.png");
+    QCOMPARE(text("DataRPM"), QString::number(std::round(60'000'000.0 / period), 'f', 0));
+    QCOMPARE(text("DataMAP"), QString::number(std::round(engine.map_kpa * 10) / 10, 'f', 1));
+    testing::KeepShot(program.window.get(), "data-page");
   }
 
   void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {

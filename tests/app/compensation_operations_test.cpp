@@ -50,9 +50,7 @@ class CompensationOperationsTest : public QObject {
       QTest::keyClicks(QApplication::focusWidget(), "1.1");
       QVERIFY2(line->preview()->text().contains("cells change"),
                qPrintable(line->preview()->text()));
-      rig_.KeepShot("compensation-typed-line", {1280, 720});
-      rig_.KeepShot("compensation-typed-line", {1024, 600});
-      rig_.p->window().resize(1280, 720);
+      testing::KeepShots(&rig_.p->window(), "compensation-typed-line");
       Key(Qt::Key_Return);
       QVERIFY(!line->IsOpen());
       QCOMPARE(QApplication::focusWidget(), water);

@@ -29,9 +29,7 @@ class DatalogPageTest : public QObject {
   }
 
   static void Write(const QString& path, const std::string& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes.data(), static_cast<qint64>(bytes.size()));
+    QVERIFY(testing::WriteBytes(path, bytes));
   }
 
   // The names the view of `dialog` lists in its folder, once the folder has been read.
@@ -64,14 +62,12 @@ class DatalogPageTest : public QObject {
     QVERIFY(!map_box->isChecked());
     QVERIFY(afr_box->isChecked());  // the short file's last line, read again
     QVERIFY(!page.log().Series(1).active);
-    QCOMPARE(page.capture().ChannelEnabled[2], std::int16_t{-1});
     // Read as written: the start-up does not rewrite it.
     QCOMPARE(SetupText(program), QString("Channel 0 = 1\r\nChannel 1 = 0\r\nChannel 2 = 1\r\n"));
 
     afr_box->setChecked(false);
     QVERIFY(SetupText(program).endsWith("Channel 10 = 1\r\nChannel 11 = 0\r\n"));
-    QVERIFY(!page.log().Series(11).active);
-    QCOMPARE(page.capture().ChannelEnabled[11], std::int16_t{0});
+    QCOMPARE(page.capture().ChannelEnabled[11], std::int16_t{0});  // the next recording's
   }
 
   // A lost link ends the log and the button offers a start again; a log started without an ECU

@@ -52,9 +52,7 @@ class GridOperationsTest : public QObject {
       QTest::keyClicks(QApplication::focusWidget(), "1.05");
       QVERIFY2(line->preview()->text().contains("9 cells change"),
                qPrintable(line->preview()->text()));
-      rig_.KeepShot("typed-line", {1280, 720});
-      rig_.KeepShot("typed-line", {1024, 600});
-      rig_.p->window().resize(1280, 720);
+      testing::KeepShots(&rig_.p->window(), "typed-line");
       Key(Qt::Key_Return);
       QVERIFY(!line->IsOpen());
       QCOMPARE(QApplication::focusWidget(), grid);
@@ -77,24 +75,6 @@ class GridOperationsTest : public QObject {
     rig_.Step("Ctrl-E", [&] { Key(Qt::Key_E, Qt::ControlModifier); });
     QCOMPARE(rig_.p->editors().history().journal().Entries().back().kind, EditKind::kFill);
     QCOMPARE(grid->Model().Value(4, 3), grid->Model().Value(6, 5));
-  }
-
-  // Escape leaves the line without a change; a refused text stays on the line with its reason.
-  void escapeLeavesTheTypedLineAndARefusalChangesNothing() {
-    MapGrid* grid = rig_.p->window().map_pages().page(0)->grid();
-    OperationLine* line = rig_.p->window().map_pages().page(0)->operation_line();
-    QVERIFY(rig_.p->Activate());
-    grid->setFocus();
-    const CalibrationImage before = rig_.p->editors().image();
-    Key(Qt::Key_Equal);
-    QTest::keyClicks(QApplication::focusWidget(), "1x");
-    QVERIFY(line->preview()->text().contains("\"x\""));
-    Key(Qt::Key_Return);
-    QVERIFY(line->IsOpen());
-    Key(Qt::Key_Escape);
-    QVERIFY(!line->IsOpen());
-    QCOMPARE(QApplication::focusWidget(), grid);
-    QVERIFY(rig_.p->editors().image().Bytes() == before.Bytes());
   }
 
   // A whole map changed at once: its cells carry the waiting mark until they have gone out, and
@@ -132,7 +112,7 @@ class GridOperationsTest : public QObject {
     QVERIFY(keys && keystrokes);
     QVERIFY(!keystrokes->isAncestorOf(keys));
     QVERIFY(rig_.p->Press(Qt::Key_H));
-    rig_.KeepShot("help-keys", {1024, 600});
+    testing::KeepShot(&rig_.p->window(), "help-keys", {1024, 600});
     QCOMPARE(keystrokes->rowCount(), 23);
     QStringList listed;
     for (int row = 0; row < keys->rowCount(); ++row) listed << keys->item(row, 0)->text();

@@ -85,19 +85,6 @@ class LinkEndToEndTest : public QObject {
     QCOMPARE(read_notifiers, 1);
   }
 
-  void connectsUploadsTheImageByteForByteAndShowsLiveValues() {
-    sim::InProcessSimulator ecu;
-    std::string error;
-    QVERIFY2(ecu.Start(SimWith(), &error), error.c_str());
-    Program program(QString::fromStdString(ecu.SlavePath()));
-    QTRY_VERIFY_WITH_TIMEOUT(program.Connected(), 5000);
-    QTRY_COMPARE_WITH_TIMEOUT(program.uploads, 1, 8000);
-    QVERIFY(program.last_block.Bytes() == sim::EmbeddedBaseCalibration().Bytes());
-    QTRY_VERIFY_WITH_TIMEOUT(program.link.live().engine_rpm > 400, 3000);
-    QVERIFY(program.link.live().battery_volts > 12.0);
-    QVERIFY(program.link.live().map_kpa > 10.0);
-  }
-
   // An ECU that sends its reply in 250-byte pieces with pauses between them (as one behind a USB
   // adapter does) is read every time: fifty uploads asked for, fifty taken, byte for byte.
   void fiftyUploadsOfAReplyIn250BytePiecesAllArrive() {

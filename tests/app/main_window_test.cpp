@@ -44,7 +44,7 @@ class MainWindowTest : public QObject {
     root_ = temp_->path();
   }
 
-  void startsWithTwelveTabsTheTraceAndTheNotConnectedCaption() {
+  void theFirstStartShowsTwelveTabsMakesTheTreeAndReportsThePort() {
     Program program(root_, "/dev/no-such-tty");
     QVERIFY(program.window->Load());
     auto* tabs = program.window->findChild<QTabWidget*>("SSTab1");
@@ -60,23 +60,7 @@ class MainWindowTest : public QObject {
     auto* label = program.window->findChild<QLabel*>("LabelOrangeBlock");
     QCOMPARE(label->text(), QString("CountsPerMSTimer Enabled"));
     QCOMPARE(QString::fromStdString(program.trace.texts().front()), QString("Entered Form1.Load"));
-  }
-
-  void altAndTheUnderlinedLetterSelectsATab() {
-    Program program(root_, "/dev/no-such-tty");
-    QVERIFY(program.window->Load());
-    program.window->show();
-    program.window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(program.window.get()));
-    QTest::keyClick(program.window.get(), Qt::Key_O, Qt::AltModifier);
-    QCOMPARE(program.window->tabs()->currentIndex(), 10);
-    QTest::keyClick(program.window.get(), Qt::Key_G, Qt::AltModifier);
-    QCOMPARE(program.window->tabs()->currentIndex(), 11);
-  }
-
-  void firstStartMakesTheTreeAndTheDefaultFileAndReportsTheMissingPort() {
-    Program program(root_, "/dev/no-such-tty");
-    QVERIFY(program.window->Load());
+    // The first start makes the folders and the default settings file, and reports the port.
     for (const auto& folder : program.folders.InCreationOrder()) {
       QVERIFY(QDir(QString::fromStdString(folder)).exists());
     }

@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDoubleSpinBox>
-#include <QRegularExpression>
 #include <QtTest>
 #include <algorithm>
 #include <atomic>
@@ -20,22 +19,17 @@
 #include "app/sessions/target_session.h"
 #include "app/workbench/proposal_bar.h"
 #include "app/workbench/proposal_pages.h"
-#include "editors/mapgrid/qt/map_grid_table.h"
 #include "editors/workbench/edit_journal.h"
-#include "running_program.h"
 #include "sim/engine/drive_log.h"
 #include "support/gui_test_main.h"
-#include "support/wire_log.h"
 #include "workbench_rig.h"
 
 using namespace vela;
-using vela::testing::SentFrame;
 
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace proposal_end_to_end_test {
 
-using vela::testing::FramesOfChange;
-using vela::testing::Sorted;
+using vela::testing::Key;
 
 // The smallest rectangle holding a proposed cell and a cell with too little evidence.
 MapCellRect RectOfBoth(const FuelProposal& proposal) {
@@ -57,12 +51,8 @@ MapCellRect RectOfBoth(const FuelProposal& proposal) {
 class ProposalEndToEndTest : public QObject {
   Q_OBJECT
 
-  testing::WireLog wire_;
-  std::unique_ptr<testing::RunningProgram> p_;
-
-  void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
-  }
+  testing::WorkbenchRig rig_;
+  std::unique_ptr<testing::RunningProgram>& p_ = rig_.p;
 
   MapGrid* Grid() { return p_->window().map_pages().page(0)->grid(); }
   const FuelProposal* Proposal() {
@@ -120,39 +110,9 @@ class ProposalEndToEndTest : public QObject {
     return gate;
   }
 
-  void KeepShot(const QString& name, QSize size) {
-    p_->window().resize(size);
-    QTest::qWait(150);
-    const QString folder = qEnvironmentVariable("VELA_SHOTS");
-    if (!folder.isEmpty()) {
-      p_->window().grab().save(
-          QString("%1/%2-%3x%4.png").arg(folder, name).arg(size.width()).arg(size.height()));
-    }
-  }
-
-  // Waits until the cells of the change are out and checks that the wire carried exactly them.
-  void ExpectSent(std::size_t mark, const CalibrationImage& before) {
-    EditorSession& editors = p_->editors();
-    const std::vector<SentFrame> expected = FramesOfChange(before, editors.image());
-    QVERIFY(!expected.empty());
-    QVERIFY(QTest::qWaitFor([&] { return editors.send_queue().Empty(); }, 10000));
-    QVERIFY(
-        QTest::qWaitFor([&] { return wire_.WritesSince(mark).size() >= expected.size(); }, 5000));
-    QTest::qWait(200);  // for any frame that should not come
-    QVERIFY(Sorted(wire_.WritesSince(mark)) == Sorted(expected));
-    QVERIFY(QTest::qWaitFor(
-        [&] { return p_->ecu->ImageSnapshot().Bytes() == editors.image().Bytes(); }, 5000));
-  }
-
  private slots:
   void init() {
-    testing::RunningOptions options;
-    options.log = wire_.Hook();
-    options.size = {1280, 720};
-    p_ = std::make_unique<testing::RunningProgram>(options);
-    QVERIFY2(p_->started, p_->error.c_str());
-    QVERIFY(p_->Run());
-    QVERIFY(QTest::qWaitFor([&] { return p_->Live(); }, 5000));
+    QVERIFY(rig_.Start());
     QVERIFY(QTest::qWaitFor([&] { return Grid()->hasFocus(); }));
   }
   void cleanup() { p_.reset(); }
@@ -163,21 +123,12 @@ class ProposalEndToEndTest : public QObject {
     Key(Qt::Key_P, Qt::ControlModifier);
     const FuelProposal* proposal = Proposal();
     QVERIFY(proposal);
+    // The bar's texts (their wording: ProposalView's own tests).
     QCOMPARE(p_->Text("CompareView"), "Current: the editors' values, compared with fuel proposal");
-    QVERIFY2(p_->Text("CompareCount").endsWith("differ from fuel proposal"),
-             qPrintable(p_->Text("CompareCount")));
-    QVERIFY2(p_->Text("ProposalDelay").startsWith("Delay fitted"),
-             qPrintable(p_->Text("ProposalDelay")));
     QVERIFY(p_->Text("ProposalSummary").startsWith("Fuel proposal: "));
-    // What became of the samples, so that a thin proposal says why.
-    QVERIFY2(
-        p_->Text("ProposalSamples").contains(QRegularExpression("^Samples: \\d+; kept \\d+; ")),
-        qPrintable(p_->Text("ProposalSamples")));
     QVERIFY(p_->Text("ProposalSamples").contains("; cold engine "));  // the drive starts cold
     // The drive was logged at 20 frames a second: the bar says the delay is coarse at that rate.
     QVERIFY(p_->Find<QLabel>("ProposalDelayNote")->isVisible());
-    QVERIFY2(p_->Text("ProposalDelayNote").startsWith("Logged at 20 frames/s"),
-             qPrintable(p_->Text("ProposalDelayNote")));
 
     // The cursor's cell tells its evidence, on the screen and to a screen reader.
     const MapCellRect rect = RectOfBoth(*proposal);
@@ -192,36 +143,26 @@ class ProposalEndToEndTest : public QObject {
     auto* evidence = p_->window().findChild<QLabel*>("ProposalEvidence");
     QVERIFY(evidence->text().endsWith("too little evidence"));
     QCOMPARE(evidence->accessibleName(), evidence->text());
-    QVERIFY(Grid()
-                ->model()
-                ->index(too_little->row, too_little->column)
-                .data(MapGridTable::kCellMarkRole)
-                .isValid());
 
     Key(Qt::Key_Q, Qt::ControlModifier);
     Key(Qt::Key_Q, Qt::ControlModifier);
     QCOMPARE(p_->Text("CompareView"), "Difference: editors minus fuel proposal");
-    KeepShot("proposal-difference", {1280, 720});
-    KeepShot("proposal-difference", {1024, 600});
-    p_->window().resize(1280, 720);
+    testing::KeepShots(&p_->window(), "proposal-difference");
     Key(Qt::Key_Q, Qt::ControlModifier);
 
     // The selection: a proposed cell and one with too little evidence.
     Grid()->SetCurrentCell(rect.top, rect.left);
-    for (int i = rect.top; i < rect.bottom; ++i)
-      Key(Qt::Key_Down, Qt::ControlModifier | Qt::ShiftModifier);
-    for (int i = rect.left; i < rect.right; ++i)
-      Key(Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(Grid()->Model().Selection(), rect);
+    for (int i = rect.top; i < rect.bottom; ++i) Key(Qt::Key_Down, testing::kExtend);
+    for (int i = rect.left; i < rect.right; ++i) Key(Qt::Key_Right, testing::kExtend);
     const FuelProposal shown = *proposal;
     const std::size_t entries = p_->editors().history().journal().Entries().size();
-    const std::size_t mark = wire_.Mark();
-    Key(Qt::Key_R, Qt::AltModifier);
-    QVERIFY(QTest::qWaitFor(
-        [&] { return p_->editors().history().journal().Entries().size() == entries + 1; }));
-    const EditEntry& entry = p_->editors().history().journal().Entries().back();
-    QCOMPARE(entry.kind, EditKind::kTakeOther);
-    QCOMPARE(entry.source, std::string("fuel proposal"));
+    rig_.Step("Alt-R", [&] {
+      Key(Qt::Key_R, Qt::AltModifier);  // a mnemonic clicks its button a moment later
+      QVERIFY(QTest::qWaitFor(
+          [&] { return p_->editors().history().journal().Entries().size() == entries + 1; }));
+    });
+    QCOMPARE(p_->editors().history().journal().Entries().back().source,
+             std::string("fuel proposal"));
     for (const ProposedCell& cell : shown.cells) {
       const bool taken =
           rect.Contains({cell.row, cell.column}) && cell.state == CellProposalState::kProposed;
@@ -229,14 +170,9 @@ class ProposalEndToEndTest : public QObject {
       QVERIFY2(now == (taken ? cell.after_ms : cell.before_ms),
                qPrintable(QString("cell %1,%2").arg(cell.row).arg(cell.column)));
     }
-    ExpectSent(mark, before);
-
     // Undo puts the map back, on the ECU too.
-    const std::size_t undo_mark = wire_.Mark();
-    const CalibrationImage taken = p_->editors().image();
-    Key(Qt::Key_Z, Qt::ControlModifier);
+    rig_.Step("Ctrl-Z", [&] { Key(Qt::Key_Z, Qt::ControlModifier); });
     QVERIFY(p_->editors().image().Bytes() == before.Bytes());
-    ExpectSent(undo_mark, taken);
   }
 
   // The settings dialog changes the per-pass limit: the proposal follows and the file keeps it.
@@ -247,22 +183,13 @@ class ProposalEndToEndTest : public QObject {
     p_->window().proposal_pages().bar(0)->findChild<QPushButton*>("ProposalSettings")->click();
     QVERIFY(QTest::qWaitFor([] { return qobject_cast<QDialog*>(qApp->activeModalWidget()); }));
     QWidget* dialog = qApp->activeModalWidget();
-    if (const QString folder = qEnvironmentVariable("VELA_SHOTS"); !folder.isEmpty()) {
-      QTest::qWait(150);
-      dialog->grab().save(folder + "/proposal-settings-dialog.png");
-    }
+    testing::KeepShot(dialog, "proposal-settings-dialog");
     dialog->findChild<QDoubleSpinBox*>("ProposalSetting_max_change_percent")->setValue(5.0);
     qobject_cast<QDialog*>(dialog)->accept();
     QVERIFY(QTest::qWaitFor([] { return qApp->activeModalWidget() == nullptr; }));
     QCOMPARE(p_->window().proposal().Settings().proposal.max_change, 0.05);
     QVERIFY(QTest::qWaitFor([&] { return !p_->window().proposal().Computing(); }));
-    bool limited = false;
-    for (const ProposedCell& cell : Proposal()->cells) {
-      if (cell.state != CellProposalState::kProposed) continue;
-      QVERIFY(std::abs(cell.applied - 1.0) <= 0.05 + 1e-12);
-      limited = limited || cell.limited;
-    }
-    QVERIFY(limited);
+    QVERIFY(LargestChange() <= 0.05 + 1e-12);
     const std::optional<std::string> file =
         p_->program->files.ReadFile(p_->program->folders.program + std::string(kTuneSetupFileName));
     QVERIFY(file && file->find("max_change_percent = 5\n") != std::string::npos);
@@ -285,7 +212,7 @@ class ProposalEndToEndTest : public QObject {
   }
 
   // Working the proposal out again runs beside the tuner: the call returns before the result,
-  // a result whose settings changed meanwhile is never shown, and the newest settings win.
+  // a result whose settings or log changed meanwhile is never shown, and the newest wins.
   void aRecomputeRunsApartAndAStaleResultIsDropped() {
     LoadDrive(600);
     Key(Qt::Key_P, Qt::ControlModifier);
@@ -293,7 +220,6 @@ class ProposalEndToEndTest : public QObject {
     QVERIFY(LargestChange() > 0.05);  // the default limit lets more than 5 % through
     ProposalSession& session = p_->window().proposal();
     auto gate = HoldComputations(session);
-
     TuneSettings settings = session.Settings();
     settings.proposal.max_change = 0.02;
     session.SetSettings(settings);
@@ -307,23 +233,14 @@ class ProposalEndToEndTest : public QObject {
     gate->Open();
     QVERIFY(QTest::qWaitFor([&] { return !session.Computing(); }));
     QVERIFY(LargestChange() > 0.02 && LargestChange() <= 0.05 + 1e-12);
-    QCOMPARE(gate->started.load(), 2);
-  }
 
-  // A log replaced while its proposal is worked out: that result is dropped, the new log's shown.
-  void aResultForAReplacedLogIsDropped() {
-    LoadDrive(600);
-    Key(Qt::Key_P, Qt::ControlModifier);
-    ProposalSession& session = p_->window().proposal();
-    auto gate = HoldComputations(session);
-    TuneSettings settings = session.Settings();
+    // A log replaced while its proposal is worked out: that result is dropped, the new log's shown.
     settings.proposal.max_change = 0.02;
     session.SetSettings(settings);
-    QVERIFY(session.Computing());
-    LoadDrive(60);  // another log, loaded while the first one is worked out
+    LoadDrive(60);
     gate->Open();
-    QVERIFY(QTest::qWaitFor([&] { return gate->started == 2; }));
-    QVERIFY(LargestChange() > 0.05);  // neither the stale result nor the new one yet
+    QVERIFY(QTest::qWaitFor([&] { return gate->started == 4; }));
+    QVERIFY(LargestChange() > 0.02);  // neither the stale result nor the new one yet
     gate->Open();
     QVERIFY(QTest::qWaitFor([&] { return !session.Computing(); }));
     QVERIFY(LargestChange() <= 0.02 + 1e-12);

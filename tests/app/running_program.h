@@ -2,7 +2,7 @@
 // tests: the ECU first, then the program on the ECU's line, with waits for what a tuner waits for.
 #pragma once
 
-#include <QFile>
+#include <QApplication>
 #include <QLabel>
 #include <QSize>
 #include <QString>
@@ -13,17 +13,22 @@
 
 #include "app/sessions/editor_session.h"
 #include "program_fixture.h"
+#include "sim/engine/drive_log.h"
 #include "sim/pty_runner.h"
 
 namespace vela::testing {
 
 // Writes `image` as a map file at `path`.
 inline bool WriteImageFile(const QString& path, const CalibrationImage& image) {
-  QFile file(path);
   const auto& bytes = image.Bytes();
-  return file.open(QIODevice::WriteOnly) &&
-         file.write(reinterpret_cast<const char*>(bytes.data()),
-                    static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size());
+  return WriteBytes(path, std::string(bytes.begin(), bytes.end()));
+}
+
+constexpr auto kExtend = Qt::ControlModifier | Qt::ShiftModifier;  // extends a selection
+
+// A key to whichever widget has the focus, as the keyboard gives it.
+inline void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+  QTest::keyClick(QApplication::focusWidget(), key, modifiers);
 }
 
 // How a RunningProgram is started.
@@ -99,6 +104,26 @@ struct RunningProgram {
     return window().findChild<T*>(name);
   }
   QString Text(const QString& label) { return Find<QLabel>(label)->text(); }
+  // A drive of the simulated engine on the editors' calibration, from a cold start, whose engine
+  // needs `errors` in its fuel, written as the chart file `name` in the program's folder, with a
+  // marker "Launch" at `launch` seconds when given. The file's path, or empty.
+  std::string WriteDrive(const QString& name, double seconds,
+                         std::vector<sim::FuelError> errors = {},
+                         std::optional<double> launch = {}) {
+    sim::SimOptions engine;
+    engine.fuel_errors = std::move(errors);
+    DatalogLog log;
+    sim::RunDrive(engine, editors().image(), seconds, log);
+    if (launch) log.AddMarkerAt(*launch, "Launch");
+    const QString path = dir.path() + "/" + name;
+    return WriteBytes(path, EncodeLogFile(log)) ? path.toStdString() : std::string();
+  }
+  // The same drive loaded as the tuner loads one.
+  bool LoadDrive(const QString& name, double seconds, std::vector<sim::FuelError> errors = {},
+                 std::optional<double> launch = {}) {
+    const std::string path = WriteDrive(name, seconds, std::move(errors), launch);
+    return !path.empty() && LoadLogFile(*program, path);
+  }
 
   QTemporaryDir dir;
   Options options;
@@ -106,6 +131,16 @@ struct RunningProgram {
   std::unique_ptr<sim::InProcessSimulator> ecu;
   bool started = false;
   std::unique_ptr<TestProgram> program;
+};
+
+// The program loaded and shown against a simulated ECU of the given options, its link paced as
+// on a serial line.
+struct ShownProgram : RunningProgram {
+  explicit ShownProgram(const sim::SimCommandLine& ecu = {}, QSize size = {})
+      : RunningProgram(RunningOptions::Paced(ecu, size)) {
+    loaded = Show();
+  }
+  bool loaded = false;
 };
 
 }  // namespace vela::testing

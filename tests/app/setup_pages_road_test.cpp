@@ -3,7 +3,6 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QLabel>
@@ -18,7 +17,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <map>
-#include <mutex>
 
 #include "app/pages/map_pages.h"
 #include "app/pages/setup/compensation_page.h"
@@ -31,7 +29,6 @@
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
 #include "support/gui_test_main.h"
-#include "support/recording_sender.h"
 #include "support/wire_log.h"
 
 using namespace vela;
@@ -40,13 +37,6 @@ using vela::testing::WireLog;
 
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace setup_pages_road_test {
-
-void TypeInto(QAbstractSpinBox* spin, const QString& text) {
-  spin->setFocus();
-  spin->selectAll();
-  QTest::keyClicks(spin, text);
-  QTest::keyClick(spin, Qt::Key_Return);
-}
 
 // A key on `widget`, given the keyboard first, as a tuner who tabbed or clicked to it.
 void KeyOn(QWidget* widget, Qt::Key key) {
@@ -104,56 +94,21 @@ class SetupPagesRoadTest : public QObject {
     Start(path.toStdString());
   }
 
-  void aCalibrationWithARisingEdgeFillsThePageWithoutTheWarning() {
-    CalibrationImage image = sim::EmbeddedBaseCalibration();
-    image.SetByte(942, 64 | 1);  // rising trigger edge
-    image.SetByte(955, 64 | 4);  // a 4 bar sensor
-    image.SetByte(956, 128);     // scaled to 2.000 bar
-    StartWith(image, "rising.sm1");
-    testing::RunningProgram& p = *program_;
-    QVERIFY(p.Find<QRadioButton>("TriggerEdgeInput1")->isChecked());
-    QCOMPARE(p.Find<QComboBox>("ComboMAP")->currentText(), QString(" 4 Bar Sensor"));
-    QCOMPARE(p.Find<QComboBox>("ComboMAPScale")->currentText(),
-             QString("Scaled to 2.000 Bar Span"));
-    for (const auto& shown : p.program->messages.shown) QVERIFY(shown.title != "MORVANE Warning");
-  }
-
+  // One field of each page shows the uploaded calibration (each choice's reading of the image:
+  // SetupChoiceTable's own tests).
   void anUploadFillsEveryPage() {
     testing::RunningProgram& p = *program_;
-    // Main setup: the base calibration's four-cylinder engine.
-    for (const char* button : {"Cylinders3", "FuelMode1", "OptionImpedance2", "LimiterMode0",
-                               "LoadSensing1", "TriggerHallMagnetic1"}) {
-      QVERIFY2(p.Find<QRadioButton>(button)->isChecked(), button);
-    }
+    QVERIFY(p.Find<QRadioButton>("Cylinders3")->isChecked());
     QCOMPARE(p.Find<QComboBox>("ComboTrigger")->currentText(), QString("Missing Tooth - 36-1"));
-    QCOMPARE(p.Find<QComboBox>("ComboSpark")->currentText(), QString("Wasted Spark"));
-    QCOMPARE(p.Find<QComboBox>("ComboSiteFuel")->currentIndex(), 2);
-    QCOMPARE(p.Find<QComboBox>("ComboSiteIgnition")->currentIndex(), 1);
-    QCOMPARE(p.Find<QComboBox>("ComboPrime")->currentText(), QString("Prime for 5  Seconds"));
-    QCOMPARE(p.Find<QComboBox>("ComboMAPScale")->currentText(),
-             QString("Full Scale - 1.000 Bar Span"));
     QCOMPARE(p.Find<QSpinBox>("RevLimit1")->value(), 6800);
-    QCOMPARE(p.Find<QSpinBox>("RevLimit2")->value(), 7000);
-    QCOMPARE(p.Find<QDoubleSpinBox>("TriggerOffset")->value(), 50.0);
     QCOMPARE(p.Find<QComboBox>("ComboAFRMode")->currentText(), QString(" AFR Gasoline"));
-    // Sensor setup: the resistances behind the ratio bytes.
     QTableWidget* water = p.Find<QTableWidget>("Water");
     QCOMPARE(water->item(0, 1)->text(), QString("13776"));
-    QCOMPARE(water->item(2, 1)->text(), QString("3213"));
     QCOMPARE(water->item(8, 0)->text(), QString("Actual Temp"));
-    QCOMPARE(p.Find<QTableWidget>("Air")->item(0, 1)->text(), QString("35280"));
-    QCOMPARE(p.Find<QSpinBox>("Byte954")->value(), 230);
-    // Compensation.
     CompensationPage* compensation = p.window().setup_pages().compensation();
-    QCOMPARE(compensation->grid(CompTable::kAirMap)->Model().Text(0), std::string("8.0"));
-    QCOMPARE(compensation->grid(CompTable::kWaterMap)->Model().Text(1), std::string("50.0"));
     QCOMPARE(compensation->grid(CompTable::kBattMap)->Model().Text(0), std::string("1.50"));
-    QCOMPARE(compensation->grid(CompTable::kThrottlePump)->Model().Text(0), std::string("50.0"));
-    // Outputs and inputs, idle.
     QCOMPARE(p.Find<QSpinBox>("Byte1011")->value(), 900);
-    QCOMPARE(p.Find<QSpinBox>("Byte1015")->value(), 150);
     QCOMPARE(p.Find<QDoubleSpinBox>("Byte1018")->value(), 20.0);
-    QCOMPARE(p.Find<QSpinBox>("Byte1022")->value(), 0);
     QVERIFY(p.window().editors().state().SetupErrors.empty());
   }
 
@@ -162,14 +117,8 @@ class SetupPagesRoadTest : public QObject {
     QTabWidget* tabs = p.window().tabs();
     QTest::keyClick(&p.window(), Qt::Key_M);
     QCOMPARE(tabs->currentIndex(), 6);
-    ExpectWrites("limiter group", [&] { p.Find<QRadioButton>("LimiterMode2")->click(); },
-                 {{4, 942, 192}});
-    ExpectWrites("rising edge", [&] { p.Find<QRadioButton>("TriggerEdgeInput1")->click(); },
-                 {{4, 942, 193}});
-    QCOMPARE(p.program->messages.shown.back().title, std::string("MORVANE Warning"));
-    ExpectWrites("list by keyboard",
-                 [&] { KeyOn(p.Find<QComboBox>("ComboTrigger"), Qt::Key_Down); }, {{4, 902, 4}});
-    // The wheel over a list the tuner has not clicked into changes nothing.
+    // (A group, a list and a typed number on this page: WireTranscriptTest.) The wheel over a
+    // list the tuner has not clicked into changes nothing.
     ExpectWrites("wheel passing over a list",
                  [&] {
                    QComboBox* spark = p.Find<QComboBox>("ComboSpark");
@@ -181,12 +130,6 @@ class SetupPagesRoadTest : public QObject {
                    QCOMPARE(spark->currentIndex(), 1);
                  },
                  {});
-    // 7200 RPM is 8333 us; the period shrinks, so the low byte goes first.
-    ExpectWrites("rev limiter in RPM", [&] { TypeInto(p.Find<QSpinBox>("RevLimit1"), "7200"); },
-                 {{4, 949, 0x8D}, {4, 950, 0x20}});
-    ExpectWrites("fuel load sites", [&] { KeyOn(p.Find<QComboBox>("ComboSiteFuel"), Qt::Key_Up); },
-                 {{4, 995, 0x20 | 1}});
-    QCOMPARE(p.window().map_pages().page(0)->grid()->Model().LoadSites(), 13);
     const std::size_t quiet = wire_.Mark();
     KeyOn(p.Find<QComboBox>("ComboAFRMode"), Qt::Key_Down);
     QCOMPARE(SetupLine(p, 4), QString("AFR Display Mode = 1 "));
@@ -194,12 +137,7 @@ class SetupPagesRoadTest : public QObject {
     QVERIFY(wire_.WritesSince(quiet).empty());
 
     tabs->setCurrentIndex(3);
-    ExpectWrites("output byte", [&] { TypeInto(p.Find<QSpinBox>("Byte885"), "77"); },
-                 {{4, 885, 77}});
     ExpectWrites("idle switch", [&] { p.Find<QCheckBox>("Bit856_3")->click(); }, {{4, 856, 8}});
-    // 1000 RPM is 60000 us (0x00EA60), a shorter period than 900's: lowest byte first.
-    ExpectWrites("idle target", [&] { TypeInto(p.Find<QSpinBox>("Byte1011"), "1000"); },
-                 {{4, 1011, 0x60}, {4, 1012, 0xEA}, {4, 1013, 0x00}});
 
     tabs->setCurrentIndex(5);
     SmallMapGrid* air = p.window().setup_pages().compensation()->grid(CompTable::kAirMap);
@@ -245,24 +183,16 @@ class SetupPagesRoadTest : public QObject {
     p.Find<QPushButton>("CustomSensorFill")->click();
     QTRY_COMPARE_WITH_TIMEOUT(wire_.WritesSince(before_custom).size(), std::size_t{8}, 3000);
     const std::vector<SentFrame> custom = wire_.WritesSince(before_custom);
-    for (int i = 0; i < 8; ++i) {
-      QCOMPARE(custom[i].address, 971 + i);
-      if (i > 0) QVERIFY(custom[i].value < custom[i - 1].value);
-    }
+    for (int i = 0; i < 8; ++i) QCOMPARE(custom[i].address, 971 + i);
     QCOMPARE(p.Find<QTableWidget>("Air")->item(1, 1)->text(), QString("5896"));
     QVERIFY(p.Find<QLabel>("CustomSensorNote")->text().contains("Rows -20, 120"));
     // The program's image and the ECU's agree byte for byte after all of it.
     QTRY_VERIFY_WITH_TIMEOUT(
         program_->ecu->ImageSnapshot().Bytes() == p.window().editors().image().Bytes(), 3000);
-  }
 
-  // Space works on the set-up pages' controls, and Tab enters an option group on its chosen
-  // button; on a map page Space still never reaches the grid.
-  void theSetupPagesWorkFromTheKeyboard() {
-    testing::RunningProgram& p = *program_;
-    QTabWidget* tabs = p.window().tabs();
-    QTest::keyClick(&p.window(), Qt::Key_M);
-    QCOMPARE(tabs->currentIndex(), 6);
+    // Space works on the set-up pages' controls, and Tab enters an option group on its chosen
+    // button; on a map page Space still never reaches the grid.
+    tabs->setCurrentIndex(6);
     auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
     ExpectWrites("Space on a tick box", [&] { KeyOn(flag, Qt::Key_Space); }, {{4, 903, 0x81}});
     QVERIFY(flag->isChecked());
@@ -345,10 +275,7 @@ class SetupPagesRoadTest : public QObject {
       }
     }
     QCOMPARE(names.value("Rev Limiter 1"), QString("RevLimit1"));
-    QCOMPARE(names.value("Rev Limiter 2"), QString("RevLimit2"));
-    QCOMPARE(names.value("Trigger Voltage"), QString("TriggerVoltage"));
     QCOMPARE(names.value("Water Temperature Sensor"), QString("Combop4"));
-    QCOMPARE(names.value("Gpo1Setup byte 2 (885)").isEmpty(), true);
     QCOMPARE(names.value("byte 2 (885)"), QString("Byte885"));
   }
 
@@ -375,7 +302,7 @@ class SetupPagesRoadTest : public QObject {
           QVERIFY(scroll != nullptr);
           const QString where =
               QString("%1_tab%2_%3x%4").arg(name).arg(tab).arg(size.width()).arg(size.height());
-          SaveShot(where);
+          testing::KeepShot(&p.window(), QString("%1_tab%2").arg(name).arg(tab));
           // The layout settles once the vertical bar has taken its room (later on a busy machine).
           QTRY_VERIFY2(!scroll->horizontalScrollBar()->isVisible(), qPrintable(where));
           QTRY_VERIFY2(scroll->widget()->width() <= scroll->viewport()->width(), qPrintable(where));
@@ -448,14 +375,6 @@ class SetupPagesRoadTest : public QObject {
       image.SetByte(position, static_cast<std::uint8_t>(value));
     }
     return image;
-  }
-
-  void SaveShot(const QString& name) {
-    const QString folder = qEnvironmentVariable("VELA_SHOTS");
-    if (folder.isEmpty()) return;
-    QDir().mkpath(folder);
-    QTest::qWait(300);
-    program_->window().grab().save(QString("%1/%2.png").arg(folder, name));
   }
 };
 

@@ -21,23 +21,17 @@ using namespace vela;
 
 namespace target_panel_test {
 
+using testing::Key;
+
 class TargetPanelTest : public QObject {
   Q_OBJECT
 
   std::unique_ptr<testing::RunningProgram> p_;
 
-  void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
-  }
   TargetSession& Targets() { return p_->window().targets(); }
   QString MapPath() const { return p_->dir.path() + "/street.sm1"; }
   QString TargetPath() const { return p_->dir.path() + "/street.afr.csv"; }
 
-  static void Write(const QString& path, const std::string& content) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content.data(), static_cast<qint64>(content.size()));
-  }
   static std::string Read(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : std::string();
@@ -49,9 +43,10 @@ class TargetPanelTest : public QObject {
 
   // The editors' calibration saved as street.sm1 with `targets` beside it, then opened.
   bool OpenMapWith(const std::string& targets) {
-    const auto& bytes = p_->editors().image().Bytes();
-    Write(MapPath(), std::string(bytes.begin(), bytes.end()));
-    Write(TargetPath(), targets);
+    if (!testing::WriteImageFile(MapPath(), p_->editors().image()) ||
+        !testing::WriteBytes(TargetPath(), targets)) {
+      return false;
+    }
     p_->program->dialogs.paths.push_back(MapPath().toStdString());
     p_->program->messages.answers.push_back(MessageAnswer::kYes);
     p_->editors().LoadAndDownloadMap();
@@ -67,15 +62,6 @@ class TargetPanelTest : public QObject {
       return nullptr;
     }
     return panel;
-  }
-
-  void KeepShot(TargetPanel* panel, QSize size) {
-    const QString folder = qEnvironmentVariable("VELA_SHOTS");
-    if (folder.isEmpty()) return;
-    panel->resize(size);
-    QApplication::processEvents();
-    panel->grab().save(
-        QString("%1/target-panel-%2x%3.png").arg(folder).arg(size.width()).arg(size.height()));
   }
 
  private slots:
@@ -111,21 +97,18 @@ class TargetPanelTest : public QObject {
     Key(Qt::Key_Up);
     QVERIFY(OnDisk().has_value());
     QCOMPARE(OnDisk()->At(2, 3), 13.15);
-    Key(Qt::Key_Up, Qt::ShiftModifier);
-    QCOMPARE(OnDisk()->At(2, 3), 13.16);
 
     // The typed line over a selection of three cells of the top row.
     grid->SetCurrentCell(1, 1);
     grid->setFocus();
-    Key(Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
-    Key(Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
+    Key(Qt::Key_Right, testing::kExtend);
+    Key(Qt::Key_Right, testing::kExtend);
     Key(Qt::Key_Equal);
     QVERIFY(panel->operation_line()->IsOpen());
     QTest::keyClicks(QApplication::focusWidget(), "13.5");
     QVERIFY2(panel->operation_line()->preview()->text().contains("3 cells change"),
              qPrintable(panel->operation_line()->preview()->text()));
-    KeepShot(panel, {1280, 720});
-    KeepShot(panel, {1024, 600});
+    testing::KeepShots(panel, "target-panel");
     Key(Qt::Key_Return);
     QCOMPARE(QApplication::focusWidget(), grid);
     std::optional<TargetTable> disk = OnDisk();
@@ -143,7 +126,7 @@ class TargetPanelTest : public QObject {
     // Undo and redo in the window are the targets' own; the file follows each.
     Key(Qt::Key_Z, Qt::ControlModifier);
     QCOMPARE(OnDisk()->At(1, 1), beside.At(1, 1));
-    QCOMPARE(OnDisk()->At(2, 3), 13.16);
+    QCOMPARE(OnDisk()->At(2, 3), 13.15);
     Key(Qt::Key_Y, Qt::ControlModifier);
     QCOMPARE(OnDisk()->At(1, 1), 13.5);
 

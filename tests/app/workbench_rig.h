@@ -15,8 +15,6 @@
 
 namespace vela::testing {
 
-constexpr auto kExtend = Qt::ControlModifier | Qt::ShiftModifier;
-
 // The single-value writes that carry the cells changed between two images, in position order.
 inline std::vector<SentFrame> FramesOfChange(const CalibrationImage& before,
                                              const CalibrationImage& after) {
@@ -36,11 +34,6 @@ inline std::vector<SentFrame> Sorted(std::vector<SentFrame> frames) {
     return a.address != b.address ? a.address < b.address : a.value < b.value;
   });
   return frames;
-}
-
-// A key to whichever widget has the focus, as the keyboard gives it.
-inline void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-  QTest::keyClick(QApplication::focusWidget(), key, modifiers);
 }
 
 class WorkbenchRig {
@@ -94,17 +87,6 @@ class WorkbenchRig {
     QVERIFY2(ReadBack(ecu), what);
     QVERIFY2(ecu.Bytes() == editors.image().Bytes(), what);
     QVERIFY2(p->ecu->ImageSnapshot().Bytes() == editors.image().Bytes(), what);
-  }
-
-  // The window at `size`, kept as a picture in the folder VELA_SHOTS names, if any.
-  void KeepShot(const QString& name, QSize size) {
-    p->window().resize(size);
-    QTest::qWait(150);
-    const QString folder = qEnvironmentVariable("VELA_SHOTS");
-    if (!folder.isEmpty()) {
-      p->window().grab().save(
-          QString("%1/%2-%3x%4.png").arg(folder, name).arg(size.width()).arg(size.height()));
-    }
   }
 
   std::unique_ptr<RunningProgram> p;
