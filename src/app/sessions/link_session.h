@@ -65,6 +65,9 @@ class LinkSession : public QObject {
   bool LineReady() const;
   ReceiveDispatcher& dispatcher() { return dispatcher_; }
   CalibrationUpload& upload() { return upload_; }
+  // How long the dispatcher's tick waits between ticks now: the usual interval, or longer while
+  // the tries of a port that will not open are spaced out.
+  int TickIntervalMs() const { return timer_comm_process_.interval(); }
 
  signals:
   void CaptionChanged(const QString& caption);
