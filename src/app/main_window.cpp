@@ -230,10 +230,14 @@ void MainWindow::WireReview() {
     const bool load_is_map = targets_->table().Axes().basis == LoadBasis::kMap;
     review.SetDefaultMath(
         review::DefaultMathChannels(DutyLimitBase(editors_->state().setup), load_is_map));
-    review.SetTarget(
-        [this](double rpm, double load) { return targets_->table().AtPoint(rpm, load); });
   };
-  connect(targets_, &TargetSession::Changed, this, follow);
+  // The lookup reads the table in force; only a change of the table evaluates again.
+  review.SetTarget(
+      [this](double rpm, double load) { return targets_->table().AtPoint(rpm, load); });
+  connect(targets_, &TargetSession::Changed, this, [follow, &review] {
+    follow();
+    review.TargetChanged();
+  });
   connect(editors_, &EditorSession::EditorsFilled, this, follow);
   follow();
 }

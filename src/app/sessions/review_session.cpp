@@ -91,6 +91,11 @@ void ReviewSession::SetTarget(review::TargetLookup target) {
   emit Changed();
 }
 
+void ReviewSession::TargetChanged() {
+  Evaluate();
+  emit Changed();
+}
+
 void ReviewSession::SetDefaultMath(std::vector<review::MathChannel> channels) {
   default_math_ = std::move(channels);
 }

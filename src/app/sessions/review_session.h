@@ -56,6 +56,8 @@ class ReviewSession : public QObject {
   void ShowMath(const std::string& name, bool shown);
   // What target() in an expression reads (empty: NaN). Evaluates again.
   void SetTarget(review::TargetLookup target);
+  // The table the lookup reads changed: evaluates again.
+  void TargetChanged();
   // The channels a log without a review file starts with (the defaults of the engine set-up).
   void SetDefaultMath(std::vector<review::MathChannel> channels);
   // The names of every channel with values in the log: the recorded ones by their export names,
