@@ -61,7 +61,7 @@ MapLogOverlay::MapLogOverlay(EditorSession& editors, MapPages& maps, DatalogPage
     for (int page = 0; page < MapPages::kPages; ++page) ShowPage(page);
   });
   follow_.setInterval(kFollowMs);
-  connect(&follow_, &QTimer::timeout, this, &MapLogOverlay::Refresh);
+  connect(&follow_, &QTimer::timeout, this, &MapLogOverlay::FollowTick);
 }
 
 bool MapLogOverlay::HandleKey(KeyAction action, int tab) {
@@ -89,6 +89,17 @@ void MapLogOverlay::CycleLayer() {
 
 void MapLogOverlay::Refresh() {
   if (layer_ != HeatLayer::kOff) Follow();
+  for (int page = 0; page < MapPages::kPages; ++page) ShowPage(page);
+}
+
+// A log that neither grew nor changed leaves the pages as they are drawn (a loaded log, or a
+// pause in the frames).
+void MapLogOverlay::FollowTick() {
+  const std::uint64_t builds = heat_builds_;
+  const std::size_t taken = fuel_ ? fuel_->RecordsTaken() : 0;
+  if (layer_ == HeatLayer::kOff) return;
+  Follow();
+  if (heat_builds_ == builds && fuel_->RecordsTaken() == taken) return;
   for (int page = 0; page < MapPages::kPages; ++page) ShowPage(page);
 }
 
@@ -131,6 +142,7 @@ void MapLogOverlay::Restart(bool open) {
 
 // Both maps' figures from nothing, taken again from the log by the next Follow().
 void MapLogOverlay::BuildHeats() {
+  ++heat_builds_;
   const TargetTable targets = targets_.TableOn(fuel_axes_);
   fuel_ = std::make_unique<LogHeat>(fuel_axes_, targets, settings_);
   ign_ = std::make_unique<LogHeat>(ign_axes_, targets, settings_);

@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QTimer>
 #include <array>
+#include <cstdint>
 #include <memory>
 
 #include "app/pages/map_pages.h"
@@ -49,6 +50,8 @@ class MapLogOverlay : public QObject {
   void ChartCursorMoved();
   // The figures made anew when the calibration's axes changed or the log is another one.
   void Follow();
+  // The timer's step: Follow(), and the pages drawn again only when the figures moved.
+  void FollowTick();
   void Restart(bool open);
   void BuildHeats();
   void ShowPage(int page);
@@ -69,6 +72,7 @@ class MapLogOverlay : public QObject {
   std::array<MapCell, MapPages::kPages> chart_cells_{};  // {0, 0}: none
   std::array<QLabel*, MapPages::kPages> lines_{};
   QTimer follow_;
+  std::uint64_t heat_builds_ = 0;  // BuildHeats() so far
 };
 
 }  // namespace vela
