@@ -116,12 +116,18 @@ DatalogFileResult DatalogFiles::SaveDatalog1(const DatalogLog& log) {
   return Write(path, Dl1Text(log), kDl1Title);
 }
 
-std::optional<std::string> DatalogFiles::AskCsvPath() {
+std::optional<std::string> DatalogFiles::AskExportPath(std::string_view filter,
+                                                       std::string_view title,
+                                                       std::string_view extension) {
   const std::optional<std::string> chosen = dialogs_.AskSavePath(
-      std::string(kCsvFilter), std::string(kCsvTitle), InitialFolder(kSaveFolderMissingLine));
+      std::string(filter), std::string(title), InitialFolder(kSaveFolderMissingLine));
   if (!chosen) return std::nullopt;
   Remember(*chosen);
-  return HasDot(*chosen) ? *chosen : *chosen + std::string(kCsvExtension);
+  return HasDot(*chosen) ? *chosen : *chosen + std::string(extension);
+}
+
+std::optional<std::string> DatalogFiles::AskCsvPath() {
+  return AskExportPath(kCsvFilter, kCsvTitle, kCsvExtension);
 }
 
 DatalogFileResult DatalogFiles::ExportCsv(const DatalogLog& log, std::span<const CsvColumn> extra) {
@@ -138,19 +144,16 @@ DatalogFileResult DatalogFiles::ExportCsvSpan(const DatalogLog& log, double from
 }
 
 DatalogFileResult DatalogFiles::ExportPicture(const std::function<std::string()>& png) {
-  const std::optional<std::string> chosen =
-      dialogs_.AskSavePath(std::string(kPictureFilter), std::string(kPictureTitle),
-                           InitialFolder(kSaveFolderMissingLine));
-  if (!chosen) return DatalogFileResult::kCancelled;
-  Remember(*chosen);
-  const std::string path = HasDot(*chosen) ? *chosen : *chosen + std::string(kPictureExtension);
+  const std::optional<std::string> path =
+      AskExportPath(kPictureFilter, kPictureTitle, kPictureExtension);
+  if (!path) return DatalogFileResult::kCancelled;
   const std::string bytes = png();
   if (bytes.empty()) {
     messages_.Show(MessageIcon::kCritical, std::string(kPictureTitle),
                    {"The picture of the chart could not be made.", std::string(kUnchangedLine)});
     return DatalogFileResult::kFailed;
   }
-  return Write(path, bytes, kPictureTitle);
+  return Write(*path, bytes, kPictureTitle);
 }
 
 DatalogLoadResult DatalogFiles::LoadDatalog(DatalogLog& log) {

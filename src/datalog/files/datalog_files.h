@@ -96,6 +96,9 @@ class DatalogFiles {
  private:
   std::string InitialFolder(std::string_view missing_line);
   void Remember(const std::string& path);
+  // A file to export to, asked in the save folder; `extension` added to a name without a dot.
+  std::optional<std::string> AskExportPath(std::string_view filter, std::string_view title,
+                                           std::string_view extension);
   // The CSV dialog's chosen path with ".csv" added to a name without a dot.
   std::optional<std::string> AskCsvPath();
   DatalogFileResult Write(const std::string& path, const std::string& content,
