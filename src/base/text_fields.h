@@ -1,11 +1,22 @@
-// The text of a field as a file or the clipboard gives it: blanks (spaces and tabs) around it
-// dropped, and for a CSV field one pair of surrounding quotes.
+// The text of a line or a field as a file or the clipboard gives it: a line without its end
+// ("\n" or "\r\n"), a field without the blanks (spaces and tabs) around it and, for a CSV
+// field, one pair of surrounding quotes.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
 namespace vela {
+
+// The first line of `text`, taken off it: up to "\n" (or the end), a "\r" before it dropped.
+inline std::string_view TakeLine(std::string_view& text) {
+  const std::size_t end = std::min(text.find('\n'), text.size());
+  std::string_view line = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
 
 inline std::string_view TrimBlanks(std::string_view text) {
   const auto first = text.find_first_not_of(" \t");

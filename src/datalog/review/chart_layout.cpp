@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/text_fields.h"
 #include "datalog/channels.h"
 #include "datalog/review/log_span.h"
 
@@ -208,11 +209,8 @@ LayoutRead ReadLayout(std::string_view text) {
   LayoutRead read;
   int number = 0;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::string_view line = TakeLine(text);
     ++number;
-    if (line.ends_with('\r')) line.remove_suffix(1);
     if (line.empty() || line.starts_with('#')) continue;
     if (auto problem = reader.Line(line)) {
       read.problems.push_back("line " + std::to_string(number) + ": " + *problem);

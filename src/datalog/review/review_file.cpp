@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/text_fields.h"
 #include "datalog/review/log_span.h"
 
 namespace vela::review {
@@ -59,11 +60,8 @@ ReviewRead ReadReviewFile(std::string_view text) {
   LayoutReader layout;
   int number = 0;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::string_view line = TakeLine(text);
     ++number;
-    if (line.ends_with('\r')) line.remove_suffix(1);
     if (!read.recognised) {
       if (line != kReviewFileHeader) return read;
       read.recognised = true;

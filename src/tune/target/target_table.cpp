@@ -24,10 +24,7 @@ std::vector<CsvFields> CsvLines(std::string_view csv) {
   if (csv.substr(0, 3) == "\xEF\xBB\xBF") csv.remove_prefix(3);
   std::vector<CsvFields> lines;
   while (!csv.empty()) {
-    const std::size_t end = csv.find('\n');
-    std::string_view line = csv.substr(0, end);
-    csv = end == std::string_view::npos ? std::string_view() : csv.substr(end + 1);
-    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    const std::string_view line = TakeLine(csv);
     if (line.find_first_not_of(" \t,") == std::string_view::npos) continue;
     CsvFields fields;
     std::size_t start = 0;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/text_fields.h"
 #include "editors/map_file.h"
 #include "editors/mapgrid/grid_setup.h"
 #include "editors/workbench/cell_selection.h"
@@ -216,9 +217,7 @@ std::string TuneSettingsText(const TuneSettings& settings) {
 TuneSettings ReadTuneSettingsText(std::string_view text) {
   TuneSettings settings;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::string_view line = TakeLine(text);
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos) continue;
     ReadSetting(Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)), settings);
