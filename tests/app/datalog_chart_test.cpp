@@ -24,7 +24,7 @@
 #include "datalog/files/log_export.h"
 #include "datalog/files/log_file.h"
 #include "datalog/qt/chart_painter.h"
-#include "program_fixture.h"
+#include "program_views.h"
 #include "support/gui_test_main.h"
 
 using namespace vela;

@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QPushButton>
 #include <QString>
-#include <QtTest>
 #include <memory>
 #include <string>
 
@@ -44,15 +43,6 @@ struct TestProgram {
   std::unique_ptr<MainWindow> window;
 };
 
-// Loads and shows the window at `size`, active.
-inline bool ShowActive(TestProgram& program, QSize size = {1280, 720}) {
-  if (!program.window->Load()) return false;
-  program.window->resize(size);
-  program.window->show();
-  program.window->activateWindow();
-  return QTest::qWaitForWindowActive(program.window.get());
-}
-
 inline bool WriteBytes(const QString& path, const std::string& bytes) {
   QFile file(path);
   return file.open(QIODevice::WriteOnly) &&
@@ -71,24 +61,6 @@ inline bool LoadLogFile(TestProgram& program, const std::string& path) {
 inline bool LoadLog(TestProgram& program, const QString& path, const DatalogLog& log) {
   return WriteBytes(path, EncodeLogFile(log)) && LoadLogFile(program, path.toStdString()) &&
          program.window->datalog_page().log().RecordCount() == log.RecordCount();
-}
-
-// The widget at `size` (when given), kept as a picture in the folder VELA_SHOTS names, if any.
-inline void KeepShot(QWidget* widget, const QString& name, QSize size = {}) {
-  if (size.isValid()) {
-    widget->resize(size);
-    QTest::qWait(150);
-  }
-  const QString folder = qEnvironmentVariable("VELA_SHOTS");
-  if (folder.isEmpty()) return;
-  widget->grab().save(
-      QString("%1/%2-%3x%4.png").arg(folder, name).arg(widget->width()).arg(widget->height()));
-}
-
-// The widget kept at the two sizes a tuner's laptop and netbook give, then at the first again.
-inline void KeepShots(QWidget* widget, const QString& name) {
-  KeepShot(widget, name, {1024, 600});
-  KeepShot(widget, name, {1280, 720});
 }
 
 }  // namespace vela::testing

@@ -13,6 +13,7 @@
 
 #include "app/sessions/editor_session.h"
 #include "program_fixture.h"
+#include "program_views.h"
 #include "sim/engine/drive_log.h"
 #include "sim/pty_runner.h"
 
