@@ -30,8 +30,6 @@ TEST(ErrorCodeTable, JoinedExplanationsRunOnWithOneBlankAtTheSeam) {
             std::string::npos);
   EXPECT_NE(ErrorExplanation(5).find("on the main setup page. Calibrate the ECU"),
             std::string::npos);
-  EXPECT_NE(ErrorExplanation(25).find("on the main setup page. Calibrate the ECU"),
-            std::string::npos);
   const std::string vital =
       "if possible. It is, however, vital that a home position is used for coil-on-plug "
       "applications.";
@@ -47,8 +45,6 @@ TEST(ErrorCodeTable, JoinedExplanationsRunOnWithOneBlankAtTheSeam) {
 
 TEST(ErrorCodeTable, SharedAndPlaceholderExplanationsStandAsWritten) {
   EXPECT_EQ(ErrorExplanation(31), ErrorExplanation(1));
-  EXPECT_EQ(ErrorExplanation(32), ErrorExplanation(2));
-  EXPECT_EQ(ErrorExplanation(24), ErrorExplanation(4));
   EXPECT_EQ(ErrorExplanation(139), ErrorExplanation(3));
   EXPECT_EQ(ErrorExplanation(33), ErrorExplanation(13));
   EXPECT_EQ(ErrorExplanation(13).substr(0, 13), "Idle control ");

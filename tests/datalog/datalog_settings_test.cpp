@@ -23,7 +23,7 @@ ChannelChecks Checks(std::initializer_list<int> on) {
   return checks;
 }
 
-TEST(DatalogSettings, AMissingFileIsMadeWithEveryChannelOnAndRead) {
+TEST(DatalogSettings, AMissingFileIsMadeWithEveryChannelOnAndWhatIsSavedIsReadBack) {
   Settings s;
   const ChannelChecks checks = s.settings.LoadDatalogSettings();
   EXPECT_EQ(checks, Checks({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
@@ -32,10 +32,6 @@ TEST(DatalogSettings, AMissingFileIsMadeWithEveryChannelOnAndRead) {
             "Channel 4 = 1\r\nChannel 5 = 1\r\nChannel 6 = 1\r\nChannel 7 = 1\r\n"
             "Channel 8 = 1\r\nChannel 9 = 1\r\nChannel 10 = 1\r\nChannel 11 = 1\r\n");
   EXPECT_TRUE(s.messages.shown.empty());
-}
-
-TEST(DatalogSettings, WhatIsSavedIsReadBack) {
-  Settings s;
   const ChannelChecks saved = Checks({0, 3, 4, 11});
   s.settings.SaveDatalogSettings(saved);
   EXPECT_EQ(s.files.files[kPath].substr(0, 28), "Channel 0 = 1\r\nChannel 1 = 0");

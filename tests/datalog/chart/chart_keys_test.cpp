@@ -23,8 +23,6 @@ struct Log10Hz {
 
 TEST(ChartKeyOf, TheChartTakesItsKeysAndLeavesPageLettersAndOtherChordsAlone) {
   EXPECT_EQ(ChartKeyOf(Typed('=')), ChartKey::kZoomIn);
-  EXPECT_EQ(ChartKeyOf(Typed('<')), ChartKey::kASecondBack);
-  EXPECT_EQ(ChartKeyOf(Typed('\'')), ChartKey::kANextMarker);
   EXPECT_EQ(ChartKeyOf(Typed('z')), ChartKey::kZoomToCursors);
   EXPECT_EQ(ChartKeyOf(Control(Named::kPageUp)), ChartKey::kPanBackView);
   EXPECT_EQ(ChartKeyOf({Named::kNone, 'I', true, false}), ChartKey::kExportPicture);
@@ -114,8 +112,6 @@ TEST(ChartKeys, ASecondsStepCrossesAHoleInTheLogAndNeverSticksInIt) {
   EXPECT_NEAR(*view.a, 5.0, 1e-9);
   view = ApplyChartKey(log, view, ChartKey::kASecondBack);
   EXPECT_NEAR(*view.a, 2.0, 1e-9);  // the last record a second or more before
-  view = ApplyChartKey(log, view, ChartKey::kASecondBack);
-  EXPECT_NEAR(*view.a, 1.0, 1e-9);
 }
 
 TEST(ChartKeys, MarkerKeysJumpCursorAAndTheViewFollowsIt) {

@@ -211,7 +211,7 @@ TEST(DatalogFiles, TheSpanAndThePictureGoThroughTheirDialogsAndAFailureLeavesNoF
             DatalogFileResult::kFailed);
   EXPECT_EQ(f.disk.files.count("/m/V/Datalogs/full.png"), 0u);
   ASSERT_EQ(f.messages.shown.size(), 1u);
-  EXPECT_EQ(f.messages.shown[0].lines[0], "The datalog could not be saved (error 75).");
+  EXPECT_NE(f.messages.shown[0].lines[0].find("(error 75)"), std::string::npos);
 }
 
 }  // namespace

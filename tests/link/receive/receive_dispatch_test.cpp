@@ -79,8 +79,7 @@ TEST(Dispatcher, IgnoresACallMadeWhileItRuns) {
 }
 
 TEST(TimerCommProcess, RunsOneToSixDispatchesByDispatchPerTickWhileDataArrives) {
-  const std::pair<float, std::size_t> cases[] = {{1.0f, 1}, {1.7f, 2}, {2.49f, 2}, {2.5f, 3},
-                                                 {3.5f, 4}, {4.5f, 5}, {5.5f, 6},  {9.0f, 6}};
+  const std::pair<float, std::size_t> cases[] = {{1.0f, 1}, {2.49f, 2}, {2.5f, 3}, {9.0f, 6}};
   for (auto [per_tick, dispatches] : cases) {
     ReceiveRig rig;
     rig.state.DispatchPerTick = per_tick;
