@@ -175,7 +175,8 @@ class ProposalEndToEndTest : public QObject {
     QVERIFY(p_->editors().image().Bytes() == before.Bytes());
   }
 
-  // The settings dialog changes the per-pass limit: the proposal follows and the file keeps it.
+  // The settings dialog changes the per-pass limit: the proposal follows and the file keeps it;
+  // then the tuner's targets change, and the proposal aims at them.
   void theSettingsLimitTheProposalAndAreKept() {
     LoadDrive(600);
     Key(Qt::Key_P, Qt::ControlModifier);
@@ -193,13 +194,8 @@ class ProposalEndToEndTest : public QObject {
     const std::optional<std::string> file =
         p_->program->files.ReadFile(p_->program->folders.program + std::string(kTuneSetupFileName));
     QVERIFY(file && file->find("max_change_percent = 5\n") != std::string::npos);
-  }
 
-  // The tuner's target table is what the proposal aims at, and a change of it is followed.
-  void theTunersTargetsAreThoseProposedTo() {
-    LoadDrive(120);
-    Key(Qt::Key_P, Qt::ControlModifier);
-    QVERIFY(Proposal());
+    // The tuner's target table is what the proposal aims at, and a change of it is followed.
     TargetTable richer = p_->window().targets().table();
     for (int row = 1; row <= richer.Axes().Rows(); ++row) {
       for (int column = 1; column <= richer.Axes().Columns(); ++column)
