@@ -324,7 +324,7 @@ class LogReviewEndToEndTest : public QObject {
     MarkerListPanel* markers = Page().marker_list();
     QCOMPARE(markers->item(0, 2)->text(), QString("Launch"));
     QVERIFY(PageChord(Qt::Key_L));
-    QVERIFY(markers->hasFocus());
+    QTRY_VERIFY(markers->hasFocus());
     markers->setCurrentCell(0, 0);
     QTest::keyClick(markers, Qt::Key_Return);
     QCOMPARE(*Page().chart()->CursorA(), 20.0);
