@@ -45,31 +45,6 @@ class DatalogPageTest : public QObject {
   }
 
  private slots:
-  void theChannelBoxesComeFromDatalogSetupAndAChangeIsSavedAtOnce() {
-    QTemporaryDir dir;
-    const QString program_folder = dir.path() + "/MORVANE Programs Info/MORVANE VELA/";
-    QDir().mkpath(program_folder);
-    Write(program_folder + "DatalogSetup.txt",
-          "Channel 0 = 1\r\nChannel 1 = 0\r\nChannel 2 = 1\r\n");
-    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
-    QVERIFY(program.window->Load());
-    DatalogPage& page = program.window->datalog_page();
-    QVERIFY(program.window->findChild<QWidget*>("TChart1"));
-    auto* map_box = program.window->findChild<QCheckBox*>("Check2_1");
-    auto* afr_box = program.window->findChild<QCheckBox*>("Check2_11");
-    QCOMPARE(map_box->text(), QString("MAP"));
-    QCOMPARE(afr_box->text(), QString("AFR Ratio (x10)"));
-    QVERIFY(!map_box->isChecked());
-    QVERIFY(afr_box->isChecked());  // the short file's last line, read again
-    QVERIFY(!page.log().Series(1).active);
-    // Read as written: the start-up does not rewrite it.
-    QCOMPARE(SetupText(program), QString("Channel 0 = 1\r\nChannel 1 = 0\r\nChannel 2 = 1\r\n"));
-
-    afr_box->setChecked(false);
-    QVERIFY(SetupText(program).endsWith("Channel 10 = 1\r\nChannel 11 = 0\r\n"));
-    QCOMPARE(page.capture().ChannelEnabled[11], std::int16_t{0});  // the next recording's
-  }
-
   // A lost link ends the log and the button offers a start again; a log started without an ECU
   // stops at the next supervision tick and says why.
   void aLogEndsWithTheLinkOrWithoutOneAndTheButtonOffersAStartAgain() {
@@ -95,9 +70,10 @@ class DatalogPageTest : public QObject {
     QTRY_VERIFY(program.window->findChild<QLabel*>("DatalogState")->isHidden());
   }
 
-  // A log whose series block is damaged: its records load, but the channel settings (the check
-  // boxes, DatalogSetup.txt and what the next recording takes) stay as the tuner set them.
-  void loadingADamagedLogNeverChangesWhatTheNextRecordingTakes() {
+  // The channel boxes come from DatalogSetup.txt. A log whose series block is damaged: its
+  // records load, but the channel settings (the check boxes, DatalogSetup.txt and what the next
+  // recording takes) stay as the tuner set them. A box changed is saved at once.
+  void aDamagedLogNeverChangesWhatTheNextRecordingTakes() {
     QTemporaryDir dir;
     const QString program_folder = dir.path() + "/MORVANE Programs Info/MORVANE VELA/";
     QDir().mkpath(program_folder + "Datalogs");
@@ -114,6 +90,17 @@ class DatalogPageTest : public QObject {
     testing::TestProgram program(dir.path(), "/dev/no-such-tty");
     QVERIFY(program.window->Load());
     DatalogPage& page = program.window->datalog_page();
+    QVERIFY(program.window->findChild<QWidget*>("TChart1"));
+    auto* map_box = program.window->findChild<QCheckBox*>("Check2_1");
+    auto* afr_box = program.window->findChild<QCheckBox*>("Check2_11");
+    QCOMPARE(map_box->text(), QString("MAP"));
+    QCOMPARE(afr_box->text(), QString("AFR Ratio (x10)"));
+    QVERIFY(map_box->isChecked());
+    QVERIFY(!afr_box->isChecked());  // the short file's last line, read again
+    QVERIFY(!page.log().Series(2).active);
+    // Read as written: the start-up does not rewrite it.
+    QCOMPARE(SetupText(program), QString::fromStdString(setup));
+
     program.dialogs.paths.push_back((program_folder + "Datalogs/pull.SL1").toStdString());
     program.window->findChild<QPushButton*>("Command6_1")->click();
     QCOMPARE(page.log().RecordCount(), std::size_t{100});
@@ -136,6 +123,10 @@ class DatalogPageTest : public QObject {
     QCOMPARE(page.log().Series(1).points, std::size_t{1});
     QCOMPARE(page.log().Series(2).points, std::size_t{0});
     QVERIFY(!page.log().Series(2).active);
+
+    afr_box->setChecked(true);
+    QVERIFY(SetupText(program).endsWith("Channel 10 = 0\r\nChannel 11 = 1\r\n"));
+    QVERIFY(page.capture().ChannelEnabled[11] != 0);  // the next recording's
   }
 
   void theLoadDialogsAllDataLogsListsChartFilesByTheirContent() {

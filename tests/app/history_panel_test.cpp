@@ -105,10 +105,13 @@ class HistoryPanelTest : public QObject {
  private slots:
   void cleanup() { p_.reset(); }
 
-  // A tick box on Main Setup changed by keyboard, then Ctrl-Z: the old byte goes back to the ECU
-  // as one frame, and the page shows it again.
-  void ctrlZAfterASetupTickBoxPutsTheOldByteBackOnTheEcu() {
-    QVERIFY(Start());
+  // Ctrl-Z undoes a set-up change; Ctrl-J opens the panel on its own; Enter on an earlier row
+  // undoes every change after it in one step, on the ECU too; Enter on a later (greyed) row
+  // redoes them.
+  void returnToHereInThePanelPutsSeveralChangesBackInOneStep() {
+    QVERIFY(Start(QSize(1280, 720)));
+    // A tick box on Main Setup changed by keyboard, then Ctrl-Z: the old byte goes back to the
+    // ECU as one frame, and the page shows it again.
     const std::uint8_t before = p_->editors().image().Byte(kTriggerFlagByte);
     QVERIFY(p_->Press(Qt::Key_M));
     auto* flag = p_->Find<QCheckBox>("TriggerSensorFlag");
@@ -117,21 +120,18 @@ class HistoryPanelTest : public QObject {
     QTest::keyClick(flag, Qt::Key_Space);
     QVERIFY(EcuInStep());
     QVERIFY(p_->editors().image().Byte(kTriggerFlagByte) != before);
-    const std::size_t mark = wire_.Mark();
+    const std::size_t undo_mark = wire_.Mark();
     QTest::keyClick(&p_->window(), Qt::Key_Z, Qt::ControlModifier);
     QVERIFY(EcuInStep());
     QCOMPARE(p_->editors().image().Byte(kTriggerFlagByte), before);
-    QTRY_COMPARE(wire_.WritesSince(mark).size(), std::size_t{1});
-    const SentFrame frame = wire_.WritesSince(mark).front();
+    QTRY_COMPARE(wire_.WritesSince(undo_mark).size(), std::size_t{1});
+    const SentFrame frame = wire_.WritesSince(undo_mark).front();
     QCOMPARE(frame.address, kTriggerFlagByte);
     QCOMPARE(frame.value, static_cast<int>(before));
-    QCOMPARE(p_->Find<QCheckBox>("TriggerSensorFlag")->isChecked(), was_checked);
-  }
+    QCOMPARE(flag->isChecked(), was_checked);
 
-  // Ctrl-J opens the panel on its own; Enter on an earlier row undoes every change after it in
-  // one step, on the ECU too; Enter on a later (greyed) row redoes them.
-  void returnToHereInThePanelPutsSeveralChangesBackInOneStep() {
-    QVERIFY(Start(QSize(1280, 720)));
+    // Then several map cells, put back in one step from the panel.
+    p_->window().tabs()->setCurrentIndex(0);
     StepUp(5, 3);
     QVERIFY(EcuInStep());
     const CalibrationImage after_first = p_->editors().image();

@@ -2,9 +2,10 @@
 // cursors moved and the view zoomed to the span between them, a math channel refused and then
 // added in its dialog (the layout bar by keys: DatalogChartTest) and exported with the span, the
 // scatter of AFR against RPM coloured by MAP and the histogram, a second drive loaded, aligned at
-// its marker and compared in the "A - 2nd" column, the math channel kept beside the log. Then the
-// review views' dialogs and clicks: a math channel renamed, a click on the scatter, the marker
-// list. Set VELA_SHOTS to a folder to keep pictures at 1280x720 and 1024x600.
+// its marker and compared in the "A - 2nd" column, the marker list and the second log removed, the
+// math channel kept beside the log. Then the review views' dialogs and clicks: a math channel
+// renamed, a click on the scatter. Set VELA_SHOTS to a folder to keep pictures at 1280x720 and
+// 1024x600.
 #include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
@@ -201,47 +202,6 @@ class LogReviewEndToEndTest : public QObject {
     QCOMPARE(p_->Find<QCheckBox>("DatalogMathCheck_0")->text(), QString("AFR Error"));
   }
 
-  // A second log taken through its dialog: its own values in the read-out (the deltas and the
-  // alignment by keys: driveReviewedFromTheKeyboard); Enter in the marker list moves cursor A;
-  // the align dialog removes it.
-  void secondLogShowsItsValuesAndTheMarkerListMovesCursorA() {
-    QVERIFY(LoadFile(p_->WriteDrive("first.sl1", 60.0, {}, 20.0)));
-    const std::string second_path = p_->WriteDrive("second.sl1", 50.0, {}, 12.0);
-    p_->program->dialogs.paths.push_back(second_path);
-    WhenModal<SecondLogDialog>([](SecondLogDialog* dialog) {
-      dialog->ChooseMarkers(0, 0);
-      dialog->accept();
-    });
-    QVERIFY(PageChord(Qt::Key_O));
-    QVERIFY(Page().review().HasSecond());
-    Page().chart()->SetCursors(25.0, std::nullopt);
-    // The second log's own record at 17 s of its time, read from its file apart.
-    QFile file(QString::fromStdString(second_path));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    DatalogLog second;
-    DecodeLogFile(file.readAll().toStdString(), second);
-    const std::optional<double> theirs = second.ValueAt(kChannelRpm, 17.0);
-    QVERIFY(theirs);
-    QCOMPARE(Cell(2 + kChannelRpm, 4),
-             QString::fromStdString(FixedText(*theirs, kChannels[kChannelRpm].decimals)));
-    MarkerListPanel* markers = Page().marker_list();
-    QCOMPARE(markers->item(0, 2)->text(), QString("Launch"));
-    QVERIFY(PageChord(Qt::Key_L));
-    QVERIFY(markers->hasFocus());
-    markers->setCurrentCell(0, 0);
-    QTest::keyClick(markers, Qt::Key_Return);
-    QCOMPARE(*Page().chart()->CursorA(), 20.0);
-    testing::KeepShots(&p_->window(), "second-log");
-    // The align dialog names the second log and takes it away again.
-    WhenModal<SecondLogDialog>([](SecondLogDialog* dialog) {
-      QCOMPARE(dialog->windowTitle(), QString("Align Second Log: second.sl1"));
-      dialog->findChild<QPushButton*>("SecondLogRemove")->click();
-    });
-    QVERIFY(PageChord(Qt::Key_A));
-    QVERIFY(!Page().review().HasSecond());
-    QCOMPARE(p_->Find<QTableWidget>("DatalogCursorValues")->columnCount(), 4);
-  }
-
  private:
   // The editor refuses an expression at the place of its fault, and takes it mended.
   void AddMathChannelByKeys() {
@@ -325,7 +285,8 @@ class LogReviewEndToEndTest : public QObject {
     QVERIFY(!view->isVisible());
   }
 
-  // Ctrl-Shift-O: a second drive laid over the first and aligned at both "Launch" markers.
+  // Ctrl-Shift-O: a second drive laid over the first and aligned at both "Launch" markers; the
+  // marker list and the align dialog, which removes it again.
   void SecondLogByKeys() {
     const std::string second_path =
         p_->WriteDrive("second.sl1", 50.0, {{10.0, 500.0, 9000.0, 0.0, 250.0}}, 12.0);
@@ -355,7 +316,26 @@ class LogReviewEndToEndTest : public QObject {
     // The math channel over the second drive: AFR Dev's difference is the AFR's over ten.
     QCOMPARE(Cell(kMathRow + 2, 5), QString::fromStdString(FixedText((*mine - *theirs) / 10, 3)));
     QVERIFY(Cell(kMathRow + 2, 4) != "-");
+    // The second log's own value in its column.
+    QCOMPARE(Cell(2 + kChannelAfr, 4), QString::fromStdString(FixedText(*theirs, decimals)));
     testing::KeepShots(&p_->window(), "review-second-log");
+
+    // Enter in the marker list moves cursor A to the marker.
+    MarkerListPanel* markers = Page().marker_list();
+    QCOMPARE(markers->item(0, 2)->text(), QString("Launch"));
+    QVERIFY(PageChord(Qt::Key_L));
+    QTRY_VERIFY(markers->hasFocus());
+    markers->setCurrentCell(0, 0);
+    QTest::keyClick(markers, Qt::Key_Return);
+    QCOMPARE(*Page().chart()->CursorA(), 20.0);
+    // The align dialog names the second log and takes it away again.
+    WhenModal<SecondLogDialog>([](SecondLogDialog* dialog) {
+      QCOMPARE(dialog->windowTitle(), QString("Align Second Log: second.sl1"));
+      dialog->findChild<QPushButton*>("SecondLogRemove")->click();
+    });
+    QVERIFY(PageChord(Qt::Key_A));
+    QVERIFY(!review.HasSecond());
+    QCOMPARE(table->columnCount(), 4);
   }
 };
 

@@ -116,7 +116,7 @@ class MapPagesTest : public QObject {
   }
 
   // Tab, from the grid or from any control, gives the keyboard to the grid; the controls that
-  // write to the ECU take it only from a click.
+  // write to the ECU take it only from a click, and the fuel map selection asks first.
   void tabNeverLeavesTheGridForAControlThatWritesToTheEcu() {
     ShownProgram p({});
     QVERIFY(p.started && p.loaded);
@@ -146,21 +146,15 @@ class MapPagesTest : public QObject {
     QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(all_ranges));
     QTest::keyClick(all_ranges, Qt::Key_Tab);
     QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(grid));
-  }
 
-  void theFuelMapSelectionAsksBeforeItIsSent() {
-    ShownProgram p({});
-    QVERIFY(p.started && p.loaded);
-    QTRY_VERIFY_WITH_TIMEOUT(p.Live(), 10000);
+    // A click on the fuel map selection asks before it is sent.
     QButtonGroup* group = p.page(0)->map_selection();
-    const int before = p.window().editors().state().setup.fuel_map_selection;
-    const int other = before == 1 ? 0 : 1;
+    const int other = selection == 1 ? 0 : 1;
     p.program->messages.answers = {MessageAnswer::kNo};
     group->button(other)->click();
     QCOMPARE(p.program->messages.shown.size(), std::size_t{1});
     QCOMPARE(p.program->messages.shown[0].title, std::string("Fuel Map Selection"));
-    QCOMPARE(p.page(1)->map_selection()->checkedId(), before);
-
+    QCOMPARE(p.page(1)->map_selection()->checkedId(), selection);
     p.program->messages.answers = {MessageAnswer::kYes};
     group->button(other)->click();
     QCOMPARE(p.window().editors().state().setup.fuel_map_selection, other);

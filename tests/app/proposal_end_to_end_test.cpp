@@ -175,7 +175,8 @@ class ProposalEndToEndTest : public QObject {
     QVERIFY(p_->editors().image().Bytes() == before.Bytes());
   }
 
-  // The settings dialog changes the per-pass limit: the proposal follows and the file keeps it.
+  // The settings dialog changes the per-pass limit: the proposal follows and the file keeps it;
+  // then the tuner's targets change, and the proposal aims at them.
   void theSettingsLimitTheProposalAndAreKept() {
     LoadDrive(600);
     Key(Qt::Key_P, Qt::ControlModifier);
@@ -193,13 +194,8 @@ class ProposalEndToEndTest : public QObject {
     const std::optional<std::string> file =
         p_->program->files.ReadFile(p_->program->folders.program + std::string(kTuneSetupFileName));
     QVERIFY(file && file->find("max_change_percent = 5\n") != std::string::npos);
-  }
 
-  // The tuner's target table is what the proposal aims at, and a change of it is followed.
-  void theTunersTargetsAreThoseProposedTo() {
-    LoadDrive(120);
-    Key(Qt::Key_P, Qt::ControlModifier);
-    QVERIFY(Proposal());
+    // The tuner's target table is what the proposal aims at, and a change of it is followed.
     TargetTable richer = p_->window().targets().table();
     for (int row = 1; row <= richer.Axes().Rows(); ++row) {
       for (int column = 1; column <= richer.Axes().Columns(); ++column)
@@ -212,7 +208,8 @@ class ProposalEndToEndTest : public QObject {
   }
 
   // Working the proposal out again runs beside the tuner: the call returns before the result,
-  // a result whose settings or log changed meanwhile is never shown, and the newest wins.
+  // a result whose settings or log changed meanwhile is never shown, and the newest wins; the
+  // program closes while one is worked out.
   void aRecomputeRunsApartAndAStaleResultIsDropped() {
     LoadDrive(600);
     Key(Qt::Key_P, Qt::ControlModifier);
@@ -247,18 +244,13 @@ class ProposalEndToEndTest : public QObject {
     double seconds = 0.0;
     for (const ProposedCell& cell : Proposal()->cells) seconds += cell.evidence.time_s;
     QVERIFY2(seconds > 40.0 && seconds < 61.0, qPrintable(QString::number(seconds)));
-  }
 
-  // Closing the program while a proposal is worked out waits for nothing it cannot end.
-  void theProgramClosesWhileAProposalIsWorkedOut() {
-    LoadDrive(120);
-    Key(Qt::Key_P, Qt::ControlModifier);
-    ProposalSession& session = p_->window().proposal();
-    auto gate = HoldComputations(session);
+    // Closing the program while a proposal is worked out waits for nothing it cannot end.
+    const int dropped = gate->dropped;
     session.SetSettings(session.Settings());
-    QVERIFY(QTest::qWaitFor([&] { return gate->started == 1; }));
+    QVERIFY(QTest::qWaitFor([&] { return gate->started == 5; }));
     p_.reset();
-    QCOMPARE(gate->dropped.load(), 1);
+    QCOMPARE(gate->dropped.load(), dropped + 1);
   }
 
   // While a log is being recorded the proposal follows it, keeping the tuner's cursor.

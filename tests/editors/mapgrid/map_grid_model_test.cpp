@@ -19,20 +19,16 @@ struct KeyCase {
   int ignition_units;  // half degrees
 };
 
+// One key of each modifier (the downward keys mirror the upward ones; the one- and two-millisecond
+// keys again below).
 TEST(MapGridValueKeys, EachKeyStepsFuelAndIgnitionCellsByItsFixedAmount) {
   const std::vector<KeyCase> cases = {
       {KeyPress(MapKey::kUp), 100, 2},
-      {KeyPress(MapKey::kDown), -100, -2},
-      {KeyPress(MapKey::kUp, true), 10, 1},
       {KeyPress(MapKey::kDown, true), -10, -1},
       {KeyPress(MapKey::kUp, false, true), 1, 1},
-      {KeyPress(MapKey::kDown, false, true), -1, -1},
       {KeyPress(MapKey::kPageUp), 500, 10},
-      {KeyPress(MapKey::kPageDown), -500, -10},
-      {KeyPress(MapKey::kPageUp, true), 1000, 0},
       {KeyPress(MapKey::kPageDown, true), -1000, 0},
       {KeyPress(MapKey::kPageUp, false, true), 2000, 0},
-      {KeyPress(MapKey::kPageDown, false, true), -2000, 0},
   };
   for (const KeyCase& c : cases) {
     MapGridModel fuel(MapKind::kFuel, 9);
