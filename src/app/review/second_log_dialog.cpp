@@ -80,18 +80,6 @@ SecondLogDialog::SecondLogDialog(const DatalogLog& first, const DatalogLog& seco
   Update();
 }
 
-void SecondLogDialog::ChooseMarkers(int in_first, int in_second) {
-  way_->setCurrentIndex(0);
-  first_marker_->setCurrentIndex(in_first);
-  second_marker_->setCurrentIndex(in_second);
-}
-
-void SecondLogDialog::ChooseTimes(double first_time, double second_time) {
-  way_->setCurrentIndex(1);
-  first_time_->setValue(first_time);
-  second_time_->setValue(second_time);
-}
-
 std::optional<review::LogAlignment> SecondLogDialog::Alignment() const {
   if (way_->currentIndex() == 1) {
     return review::AlignAtTimes(first_time_->value(), second_time_->value());

@@ -26,9 +26,6 @@ class SecondLogDialog : public QDialog {
   SecondLogDialog(const DatalogLog& first, const DatalogLog& second, const std::string& second_path,
                   const review::LogAlignment& alignment, QWidget* parent = nullptr);
 
-  // Chooses the way and the markers (their indexes in each log's markers) or times.
-  void ChooseMarkers(int in_first, int in_second);
-  void ChooseTimes(double first_time, double second_time);
   // The alignment chosen; nullopt when a marker is missing.
   std::optional<review::LogAlignment> Alignment() const;
 
