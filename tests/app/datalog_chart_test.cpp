@@ -50,6 +50,15 @@ class DatalogChartTest : public QObject {
     QVERIFY(testing::LoadLog(program, folder + "/panels.SL1", log));
   }
 
+  // The same, then G: the DataLogging tab in front with the keyboard on its chart.
+  static DatalogChart* StartOnChart(testing::TestProgram& program, const QString& folder) {
+    StartWithLog(program, folder);
+    DatalogChart* chart = program.window->datalog_page().chart();
+    QTest::keyClick(program.window.get(), Qt::Key_G);
+    if (!QTest::qWaitFor([chart] { return QApplication::focusWidget() == chart; })) return nullptr;
+    return chart;
+  }
+
   static QString ChartValue(QWidget* chart) {
     QAccessibleInterface* face = QAccessible::queryAccessibleInterface(chart);
     return face ? face->text(QAccessible::Value) : QString();
@@ -66,10 +75,8 @@ class DatalogChartTest : public QObject {
   void theChartTakesTheKeyboardAndItsKeysAndExportsWhatItShows() {
     QTemporaryDir dir;
     testing::TestProgram program(dir.path(), "/dev/no-such-tty");
-    StartWithLog(program, dir.path());
-    DatalogChart* chart = program.window->datalog_page().chart();
-    QTest::keyClick(program.window.get(), Qt::Key_G);
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(chart));
+    DatalogChart* chart = StartOnChart(program, dir.path());
+    QVERIFY(chart);
 
     // Each key passes the window's routing and reaches the chart (the rules: chart_keys_test).
     QTest::keyClick(chart, Qt::Key_Home);
@@ -142,10 +149,8 @@ class DatalogChartTest : public QObject {
   void theLayoutBarIsDrivenFromTheChartByKeyboard() {
     QTemporaryDir dir;
     testing::TestProgram program(dir.path(), "/dev/no-such-tty");
-    StartWithLog(program, dir.path());
-    DatalogChart* chart = program.window->datalog_page().chart();
-    QTest::keyClick(program.window.get(), Qt::Key_G);
-    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(chart));
+    DatalogChart* chart = StartOnChart(program, dir.path());
+    QVERIFY(chart);
     QTest::keyClick(chart, Qt::Key_Home);  // the whole log
     QVERIFY(ChartValue(chart).contains("1 panel, RPM in panel 1, scale auto"));
 
