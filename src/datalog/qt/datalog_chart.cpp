@@ -126,18 +126,20 @@ void DatalogChart::RefreshIfChanged() {
     update();
     return;
   }
-  const int from = XOf(log_.Times()[painted_records_ - 1]) - 2;
-  const int to = XOf(log_.EndTime()) + 2;
-  update(QRect(from, 0, to - from + 1, height()));
+  RepaintFrom(log_.Times()[painted_records_ - 1]);
 }
 
 void DatalogChart::ExtraSeriesGrew(std::vector<ChartSeries> series, double from_time) {
   extra_ = std::move(series);
-  if (painted_records_ == 0 || !(log_.axis == painted_axis_) || Scales(Plan()) != painted_scales_) {
+  if (!OnlyGrownSincePaint()) {
     update();
     return;
   }
-  const int from = std::max(XOf(from_time) - 2, 0);
+  RepaintFrom(from_time);
+}
+
+void DatalogChart::RepaintFrom(double time) {
+  const int from = std::max(XOf(time) - 2, 0);
   const int to = XOf(log_.EndTime()) + 2;
   if (to >= from) update(QRect(from, 0, to - from + 1, height()));
 }

@@ -109,6 +109,8 @@ class DatalogChart : public QWidget {
  private:
   int XOf(double time) const;
   bool OnlyGrownSincePaint() const;
+  // Repaints the strip from `time` to the log's end.
+  void RepaintFrom(double time);
   void TakeAxisInHand(const TimeAxis& axis);
   void ShowView(const ChartView& view, ChartKey key);
 
