@@ -77,22 +77,26 @@ TuneRun RunTuneOn(const std::vector<SampleLog>& samples, const CalibrationImage&
   return run;
 }
 
+// Either kind of log (a whole log, or the copy of its columns) as samples on the fuel maps' load.
+template <typename Log>
+TuneRun RunTuneOver(std::span<const Log* const> logs, const CalibrationImage& image,
+                    const TargetTable& targets, const TuneSettings& settings) {
+  const LoadBasis basis = FuelAxesOf(image).basis;
+  std::vector<SampleLog> samples;
+  for (const Log* log : logs) samples.push_back(SamplesOf(*log, basis));
+  return RunTuneOn(samples, image, targets, settings);
+}
+
 }  // namespace
 
 TuneRun RunTune(std::span<const DatalogLog* const> logs, const CalibrationImage& image,
                 const TargetTable& targets, const TuneSettings& settings) {
-  const LoadBasis basis = FuelAxesOf(image).basis;
-  std::vector<SampleLog> samples;
-  for (const DatalogLog* log : logs) samples.push_back(SamplesOf(*log, basis));
-  return RunTuneOn(samples, image, targets, settings);
+  return RunTuneOver(logs, image, targets, settings);
 }
 
 TuneRun RunTune(std::span<const LogColumns* const> logs, const CalibrationImage& image,
                 const TargetTable& targets, const TuneSettings& settings) {
-  const LoadBasis basis = FuelAxesOf(image).basis;
-  std::vector<SampleLog> samples;
-  for (const LogColumns* log : logs) samples.push_back(SamplesOf(*log, basis));
-  return RunTuneOn(samples, image, targets, settings);
+  return RunTuneOver(logs, image, targets, settings);
 }
 
 }  // namespace vela
