@@ -4,10 +4,6 @@ namespace vela {
 
 namespace {
 
-bool Placed(const TuneSample& sample) {
-  return std::isfinite(sample.rpm) && std::isfinite(sample.load) && sample.rpm > 0.0;
-}
-
 bool OffTheFit(const FitCheck& check, const TuneAxes& axes, const TuneSample& sample,
                double ratio) {
   double before = 0.0;
@@ -22,6 +18,16 @@ bool OffTheFit(const FitCheck& check, const TuneAxes& axes, const TuneSample& sa
 }
 
 }  // namespace
+
+bool Placed(const TuneSample& sample) {
+  return std::isfinite(sample.rpm) && std::isfinite(sample.load) && sample.rpm > 0.0;
+}
+
+SampleVerdict PairedVerdict(const PairedAfr& paired, const FilterSettings& filters) {
+  if (paired.beyond) return SampleVerdict::kNoPairedAfr;
+  if (!AfrValid(paired.afr, filters)) return SampleVerdict::kAfrInvalid;
+  return SampleVerdict::kKept;
+}
 
 void ShareTime(CellGrid& cells, const TuneSample& sample, double step) {
   for (const CellShare& share : SharesAt(cells.Axes(), sample.rpm, sample.load)) {
@@ -78,17 +84,13 @@ void AddEvidence(const SampleLog& log, const TargetTable& targets, const FilterS
     if (verdict == SampleVerdict::kKept) {
       const PairedAfr paired = AfrAt(samples, i, ArrivalTime(samples, i, delay), filters.min_afr,
                                      filters.max_afr, cursor);
-      const double afr = paired.afr;
-      if (paired.beyond) {
-        verdict = SampleVerdict::kNoPairedAfr;
-      } else if (!AfrValid(afr, filters)) {
-        verdict = SampleVerdict::kAfrInvalid;
-      } else {
+      verdict = PairedVerdict(paired, filters);
+      if (verdict == SampleVerdict::kKept) {
         const double target = targets.AtPoint(sample.rpm, sample.load);
-        if (check && OffTheFit(*check, evidence.cells.Axes(), sample, afr / target)) {
+        if (check && OffTheFit(*check, evidence.cells.Axes(), sample, paired.afr / target)) {
           verdict = SampleVerdict::kOffTheFit;
         } else {
-          ShareAfr(evidence.cells, sample, afr, target);
+          ShareAfr(evidence.cells, sample, paired.afr, target);
         }
       }
     }

@@ -66,6 +66,13 @@ struct Evidence {
 void ShareTime(CellGrid& cells, const TuneSample& sample, double step);
 void ShareAfr(CellGrid& cells, const TuneSample& sample, double afr, double target);
 
+// Whether a sample has an operating point on the map (a running engine's speed and a load).
+bool Placed(const TuneSample& sample);
+
+// What becomes of a kept sample with the reading paired with it: still kKept when the reading
+// counts, otherwise why it does not.
+SampleVerdict PairedVerdict(const PairedAfr& paired, const FilterSettings& filters);
+
 // Only the time spent per cell (the heat map): no filters, no pairing.
 void AddTime(const SampleLog& log, CellGrid& cells);
 

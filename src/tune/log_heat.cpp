@@ -6,10 +6,6 @@ namespace vela {
 
 namespace {
 
-bool HeatPlaced(const TuneSample& sample) {
-  return std::isfinite(sample.rpm) && std::isfinite(sample.load) && sample.rpm > 0.0;
-}
-
 double StepOf(const std::vector<double>& times) {
   return times.size() >= 2 ? (times.back() - times.front()) / static_cast<double>(times.size() - 1)
                            : 0.0;
@@ -123,7 +119,7 @@ void LogHeat::Judge(std::size_t begin) {
   verdicts_.insert(verdicts_.end(), judged.begin() + static_cast<std::ptrdiff_t>(begin - context),
                    judged.end());
   for (std::size_t i = begin; i < samples_.size(); ++i) {
-    if (verdicts_[i] != SampleVerdict::kNotRunning && HeatPlaced(samples_[i])) {
+    if (verdicts_[i] != SampleVerdict::kNotRunning && Placed(samples_[i])) {
       ShareTime(evidence_.cells, samples_[i], step_);
     }
   }
@@ -145,11 +141,8 @@ void LogHeat::Pair(bool open) {
       if (open && newest.time < time && same_run) return;
       const PairedAfr paired =
           AfrAt(samples_, next_pair_, time, filters.min_afr, filters.max_afr, cursor_);
-      if (paired.beyond) {
-        verdict = SampleVerdict::kNoPairedAfr;
-      } else if (!AfrValid(paired.afr, filters)) {
-        verdict = SampleVerdict::kAfrInvalid;
-      } else {
+      verdict = PairedVerdict(paired, filters);
+      if (verdict == SampleVerdict::kKept) {
         ShareAfr(evidence_.cells, sample, paired.afr, targets_.AtPoint(sample.rpm, sample.load));
       }
     }
