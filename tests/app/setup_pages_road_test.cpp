@@ -94,24 +94,6 @@ class SetupPagesRoadTest : public QObject {
     Start(path.toStdString());
   }
 
-  // One field of each page shows the uploaded calibration (each choice's reading of the image:
-  // SetupChoiceTable's own tests).
-  void anUploadFillsEveryPage() {
-    testing::RunningProgram& p = *program_;
-    QVERIFY(p.Find<QRadioButton>("Cylinders3")->isChecked());
-    QCOMPARE(p.Find<QComboBox>("ComboTrigger")->currentText(), QString("Missing Tooth - 36-1"));
-    QCOMPARE(p.Find<QSpinBox>("RevLimit1")->value(), 6800);
-    QCOMPARE(p.Find<QComboBox>("ComboAFRMode")->currentText(), QString(" AFR Gasoline"));
-    QTableWidget* water = p.Find<QTableWidget>("Water");
-    QCOMPARE(water->item(0, 1)->text(), QString("13776"));
-    QCOMPARE(water->item(8, 0)->text(), QString("Actual Temp"));
-    CompensationPage* compensation = p.window().setup_pages().compensation();
-    QCOMPARE(compensation->grid(CompTable::kBattMap)->Model().Text(0), std::string("1.50"));
-    QCOMPARE(p.Find<QSpinBox>("Byte1011")->value(), 900);
-    QCOMPARE(p.Find<QDoubleSpinBox>("Byte1018")->value(), 20.0);
-    QVERIFY(p.window().editors().state().SetupErrors.empty());
-  }
-
   void eachKindOfControlSendsItsBytesAndNothingElse() {
     testing::RunningProgram& p = *program_;
     QTabWidget* tabs = p.window().tabs();
@@ -242,9 +224,24 @@ class SetupPagesRoadTest : public QObject {
                  {{4, 990, 164}});
   }
 
-  // Each spin box and list of the set-up pages carries the name of its own caption.
-  void eachFieldIsNamedByItsOwnCaption() {
+  // One field of each page shows the uploaded calibration (each choice's reading of the image:
+  // SetupChoiceTable's own tests); each spin box and list carries the name of its own caption;
+  // instant help shows a topic on the help tabs only.
+  void anUploadFillsEveryPageWhoseFieldsAreNamedAndHelped() {
     testing::RunningProgram& p = *program_;
+    QVERIFY(p.Find<QRadioButton>("Cylinders3")->isChecked());
+    QCOMPARE(p.Find<QComboBox>("ComboTrigger")->currentText(), QString("Missing Tooth - 36-1"));
+    QCOMPARE(p.Find<QSpinBox>("RevLimit1")->value(), 6800);
+    QCOMPARE(p.Find<QComboBox>("ComboAFRMode")->currentText(), QString(" AFR Gasoline"));
+    QTableWidget* water = p.Find<QTableWidget>("Water");
+    QCOMPARE(water->item(0, 1)->text(), QString("13776"));
+    QCOMPARE(water->item(8, 0)->text(), QString("Actual Temp"));
+    CompensationPage* compensation = p.window().setup_pages().compensation();
+    QCOMPARE(compensation->grid(CompTable::kBattMap)->Model().Text(0), std::string("1.50"));
+    QCOMPARE(p.Find<QSpinBox>("Byte1011")->value(), 900);
+    QCOMPARE(p.Find<QDoubleSpinBox>("Byte1018")->value(), 20.0);
+    QVERIFY(p.window().editors().state().SetupErrors.empty());
+
     QTabWidget* tabs = p.window().tabs();
     QMap<QString, QString> names;
     for (const int tab : {3, 4, 5, 6, 7}) {
@@ -273,6 +270,40 @@ class SetupPagesRoadTest : public QObject {
     QCOMPARE(names.value("Rev Limiter 1"), QString("RevLimit1"));
     QCOMPARE(names.value("Water Temperature Sensor"), QString("Combop4"));
     QCOMPARE(names.value("byte 2 (885)"), QString("Byte885"));
+
+    // Every help label stands on the tab of its topic set.
+    const std::map<HelpSet, int> tab_of = {
+        {HelpSet::kOutputs, 3}, {HelpSet::kInputs, 4}, {HelpSet::kMainSetup, 6}};
+    for (const HelpLabel& label : HelpLabels()) {
+      auto* widget = p.Find<QLabel>(QString("Label%1").arg(label.index));
+      QVERIFY(widget != nullptr);
+      QVERIFY2(tabs->widget(tab_of.at(label.set))->isAncestorOf(widget),
+               qPrintable(QString::number(label.index)));
+    }
+    auto* box = p.Find<QPlainTextEdit>("TextInstantHelp");
+    tabs->setCurrentIndex(6);
+    QVERIFY(box->isVisible());
+    QLabel* fuel_mode = p.Find<QLabel>("Label101");
+    const QString own_style = fuel_mode->styleSheet();
+    QTest::mouseMove(fuel_mode);
+    QTRY_VERIFY(fuel_mode->styleSheet().contains("background-color"));
+    QTest::mouseMove(p.Find<QLabel>("Label102"));
+    QTRY_COMPARE(fuel_mode->styleSheet(), own_style);
+    QTest::mouseClick(fuel_mode, Qt::LeftButton);
+    QCOMPARE(box->toPlainText().left(53),
+             QString(" Fuel Mode:  Determines how the injectors are pulsed."));
+    tabs->setCurrentIndex(3);
+    QTest::mouseClick(p.Find<QLabel>(QString("Label%1").arg(help_label::kFaultsFirst + 5)),
+                      Qt::LeftButton);
+    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
+    tabs->setCurrentIndex(5);
+    QVERIFY(!box->isVisible());
+    // Off: no highlight and no text; the box keeps what it had.
+    tabs->setCurrentIndex(6);
+    p.Find<QRadioButton>("InstantHelp1")->click();
+    QVERIFY(!box->isVisible());
+    QTest::mouseClick(p.Find<QLabel>("Label100"), Qt::LeftButton);
+    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
   }
 
   // The set-up pages never scroll sideways, in a 1280-wide window or at 1024 x 600, whether the
@@ -309,44 +340,6 @@ class SetupPagesRoadTest : public QObject {
         if (size.width() == 1280) QCOMPARE(p.Find<FlowColumns>("OutputsColumns")->PerRow(), 2);
       }
     }
-  }
-
-  void instantHelpShowsATopicOnTheHelpTabsOnly() {
-    testing::RunningProgram& p = *program_;
-    // Every help label stands on the tab of its topic set.
-    QTabWidget* tabs = p.window().tabs();
-    const std::map<HelpSet, int> tab_of = {
-        {HelpSet::kOutputs, 3}, {HelpSet::kInputs, 4}, {HelpSet::kMainSetup, 6}};
-    for (const HelpLabel& label : HelpLabels()) {
-      auto* widget = p.Find<QLabel>(QString("Label%1").arg(label.index));
-      QVERIFY(widget != nullptr);
-      QVERIFY2(tabs->widget(tab_of.at(label.set))->isAncestorOf(widget),
-               qPrintable(QString::number(label.index)));
-    }
-    auto* box = p.Find<QPlainTextEdit>("TextInstantHelp");
-    tabs->setCurrentIndex(6);
-    QVERIFY(box->isVisible());
-    QLabel* fuel_mode = p.Find<QLabel>("Label101");
-    const QString own_style = fuel_mode->styleSheet();
-    QTest::mouseMove(fuel_mode);
-    QTRY_VERIFY(fuel_mode->styleSheet().contains("background-color"));
-    QTest::mouseMove(p.Find<QLabel>("Label102"));
-    QTRY_COMPARE(fuel_mode->styleSheet(), own_style);
-    QTest::mouseClick(fuel_mode, Qt::LeftButton);
-    QCOMPARE(box->toPlainText().left(53),
-             QString(" Fuel Mode:  Determines how the injectors are pulsed."));
-    tabs->setCurrentIndex(3);
-    QTest::mouseClick(p.Find<QLabel>(QString("Label%1").arg(help_label::kFaultsFirst + 5)),
-                      Qt::LeftButton);
-    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
-    tabs->setCurrentIndex(5);
-    QVERIFY(!box->isVisible());
-    // Off: no highlight and no text; the box keeps what it had.
-    tabs->setCurrentIndex(6);
-    p.Find<QRadioButton>("InstantHelp1")->click();
-    QVERIFY(!box->isVisible());
-    QTest::mouseClick(p.Find<QLabel>("Label100"), Qt::LeftButton);
-    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
   }
 
  private:
