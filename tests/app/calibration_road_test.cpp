@@ -5,7 +5,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
-#include <QListWidget>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -130,33 +129,6 @@ class CalibrationRoadTest : public QObject {
     QVERIFY(uploaded.FirmwareVersion() != 0);
     QCOMPARE(static_cast<int>(downloaded[908]), static_cast<int>(uploaded.FirmwareVersion()));
     QCOMPARE(editors.state().version.FirmwareVersion, uploaded.FirmwareVersion());
-  }
-
-  // A calibration with many setup problems: the list under the tabs shows every one of them at
-  // once, none behind a scroll bar, in a window of the smallest size the program is made for.
-  void everySetupErrorIsInViewAtOnce() {
-    QTemporaryDir dir;
-    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
-    QVERIFY(program.window->Load());
-    program.window->resize(1024, 600);
-    program.window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(program.window.get()));
-    CalibrationImage broken = sim::EmbeddedBaseCalibration();
-    for (int p = 860; p <= kImageLength; ++p) broken.SetByte(p, 0xFF);
-    program.window->editors().ApplyUpload(broken);
-    QTest::qWait(200);
-    const std::vector<std::string>& errors = program.window->editors().state().SetupErrors;
-    QVERIFY2(errors.size() >= 8, QByteArray::number(static_cast<int>(errors.size())));
-    auto* list = program.window->findChild<QListWidget*>("SetupErrorList");
-    QVERIFY(list != nullptr && list->isVisible());
-    QCOMPARE(list->count(), static_cast<int>(errors.size()));
-    testing::KeepShot(program.window.get(), "setup-errors");
-    const QRect view = list->viewport()->rect();
-    for (int i = 0; i < list->count(); ++i) {
-      QCOMPARE(list->item(i)->text().toStdString(), errors[static_cast<std::size_t>(i)]);
-      QVERIFY2(view.contains(list->visualItemRect(list->item(i))),
-               qPrintable(list->item(i)->text()));
-    }
   }
 
   // An ECU newer than the program brings up the "PC Software Update" note. While it is open the

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -308,7 +309,8 @@ class SetupPagesRoadTest : public QObject {
   // The set-up pages never scroll sideways, in a 1280-wide window or at 1024 x 600, whether the
   // calibration is sound, has failing output and input functions (each marked under its field,
   // the errors listed under the pages) or fails every check that has a mark; at 1280 x 720 the
-  // first two need no scrolling at all, and the idle column stands beside the outputs.
+  // first two need no scrolling at all, and the idle column stands beside the outputs. At
+  // 1024 x 600 the list under the pages shows every error of the failing calibration at once.
   void thePagesFitTheScreenWithAnyCalibration() {
     const std::pair<QString, CalibrationImage> calibrations[] = {
         {"sound", {}},
@@ -337,6 +339,18 @@ class SetupPagesRoadTest : public QObject {
           }
         }
         if (size.width() == 1280) QCOMPARE(p.Find<FlowColumns>("OutputsColumns")->PerRow(), 2);
+        if (name == "failing" && size.height() == 600) {
+          // Every setup error is listed under the pages at once, none behind a scroll bar.
+          const std::vector<std::string>& errors = p.window().editors().state().SetupErrors;
+          auto* list = p.Find<QListWidget>("SetupErrorList");
+          QVERIFY(errors.size() >= 8 && list->isVisible());
+          QCOMPARE(list->count(), static_cast<int>(errors.size()));
+          for (int i = 0; i < list->count(); ++i) {
+            QCOMPARE(list->item(i)->text().toStdString(), errors[static_cast<std::size_t>(i)]);
+            QVERIFY2(list->viewport()->rect().contains(list->visualItemRect(list->item(i))),
+                     qPrintable(list->item(i)->text()));
+          }
+        }
       }
     }
   }
