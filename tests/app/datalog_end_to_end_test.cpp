@@ -51,7 +51,7 @@ class DatalogEndToEndTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void recordSaveReloadAndReadTheFramesBackWithVelaLog() {
+  void recordSaveReloadReadWithVelaLogAndRecoverAfterAKill() {
     Program program;
     QVERIFY2(program.started && program.Run(), program.error.c_str());
     std::vector<live::Frame> frames;  // what the ECU sent while the log ran
@@ -115,11 +115,8 @@ class DatalogEndToEndTest : public QObject {
       QCOMPARE(row[2].toDouble(), rpm);
     }
     QVERIFY(arrived > 1.0);
-  }
 
-  void aJournalLeftByAKilledProgramIsOfferedAtTheNextStart() {
-    Program program;
-    QVERIFY2(program.started && program.Run(), program.error.c_str());
+    // A journal left by a killed program is offered at the next start.
     const QString journal_path = program.Datalogs() + "Recording.journal";
     program.page().StartStopLogging();
     QTest::qWait(2500);
