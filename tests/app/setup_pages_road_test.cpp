@@ -165,36 +165,7 @@ class SetupPagesRoadTest : public QObject {
     for (int i = 0; i < 8; ++i) QCOMPARE(custom[i].address, 971 + i);
     QCOMPARE(p.Find<QTableWidget>("Air")->item(1, 1)->text(), QString("5896"));
     QVERIFY(p.Find<QLabel>("CustomSensorNote")->text().contains("Rows -20, 120"));
-    // The program's image and the ECU's agree byte for byte after all of it.
-    QTRY_VERIFY_WITH_TIMEOUT(
-        program_->ecu->ImageSnapshot().Bytes() == p.window().editors().image().Bytes(), 3000);
-
-    // Space works on the set-up pages' controls, and Tab enters an option group on its chosen
-    // button; on a map page Space still never reaches the grid.
-    tabs->setCurrentIndex(6);
-    auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
-    ExpectWrites("Space on a tick box", [&] { KeyOn(flag, Qt::Key_Space); }, {{4, 903, 0x81}});
-    QVERIFY(flag->isChecked());
-    // Tab from the trigger pattern list lands on the sensor group's chosen button, "Magnetic".
-    p.Find<QComboBox>("ComboTrigger")->setFocus();
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QCOMPARE(QApplication::focusWidget(), p.Find<QRadioButton>("TriggerHallMagnetic1"));
-    // Space on an option button chooses it.
-    ExpectWrites("Space on an option button",
-                 [&] { KeyOn(p.Find<QRadioButton>("LimiterMode1"), Qt::Key_Space); },
-                 {{4, 942, 128}});
-    // The next Tab leaves the group instead of walking through its other buttons.
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QVERIFY(!p.Find<QWidget>("LimiterMode")->isAncestorOf(QApplication::focusWidget()));
-    tabs->setCurrentIndex(0);
-    QTest::keyClick(p.window().map_pages().page(0)->grid(), Qt::Key_Space);
-    QVERIFY(!p.Find<QCheckBox>("AllRanges")->isChecked());
-  }
-
-  // The sensor table's live row and temperatures take no keys, and a typed row goes alone.
-  void aReadOnlyRowTakesNoKeys() {
-    testing::RunningProgram& p = *program_;
-    p.window().tabs()->setCurrentIndex(7);
+    // The sensor table's live row and temperatures take no keys, and a typed row goes alone.
     QTableWidget* water = p.Find<QTableWidget>("Water");
     const QString before = water->item(3, 1)->text();
     const std::size_t boxes = p.program->messages.shown.size();
@@ -223,6 +194,30 @@ class SetupPagesRoadTest : public QObject {
                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
                  },
                  {{4, 990, 164}});
+    // The program's image and the ECU's agree byte for byte after all of it.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        program_->ecu->ImageSnapshot().Bytes() == p.window().editors().image().Bytes(), 3000);
+
+    // Space works on the set-up pages' controls, and Tab enters an option group on its chosen
+    // button; on a map page Space still never reaches the grid.
+    tabs->setCurrentIndex(6);
+    auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
+    ExpectWrites("Space on a tick box", [&] { KeyOn(flag, Qt::Key_Space); }, {{4, 903, 0x81}});
+    QVERIFY(flag->isChecked());
+    // Tab from the trigger pattern list lands on the sensor group's chosen button, "Magnetic".
+    p.Find<QComboBox>("ComboTrigger")->setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), p.Find<QRadioButton>("TriggerHallMagnetic1"));
+    // Space on an option button chooses it.
+    ExpectWrites("Space on an option button",
+                 [&] { KeyOn(p.Find<QRadioButton>("LimiterMode1"), Qt::Key_Space); },
+                 {{4, 942, 128}});
+    // The next Tab leaves the group instead of walking through its other buttons.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QVERIFY(!p.Find<QWidget>("LimiterMode")->isAncestorOf(QApplication::focusWidget()));
+    tabs->setCurrentIndex(0);
+    QTest::keyClick(p.window().map_pages().page(0)->grid(), Qt::Key_Space);
+    QVERIFY(!p.Find<QCheckBox>("AllRanges")->isChecked());
   }
 
   // One field of each page shows the uploaded calibration (each choice's reading of the image:
