@@ -1,10 +1,11 @@
 // The road of a calibration against the simulated ECU over a pseudo-terminal: upload into the
 // grids, the map saved, the ECU changed behind the program's back, the map loaded and
 // downloaded; maps that are none, a download cut short, an ECU away and back or swapped.
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
-#include <QListWidget>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <atomic>
@@ -17,6 +18,8 @@
 #include "app/sessions/editor_session.h"
 #include "app/sessions/link_session.h"
 #include "app/widgets/live_value.h"
+#include "editors/mapgrid/qt/map_readout.h"
+#include "program/afr_display.h"
 #include "running_program.h"
 #include "sim/core/base_calibration.h"
 #include "sim/pty_runner.h"
@@ -56,7 +59,10 @@ class CalibrationRoadTest : public QObject {
 
  private slots:
   void uploadSaveChangeLoadAndDownload() {
-    testing::RunningProgram p;
+    auto frames = std::make_shared<std::atomic<int>>(0);
+    testing::RunningOptions options;
+    options.log = [frames](const std::string&) { ++*frames; };
+    testing::RunningProgram p(options);
     QVERIFY2(p.started, p.error.c_str());
     // The upload ends by asking the ECU for the rate chosen in the settings (20 a second).
     QVERIFY(p.Run());
@@ -71,6 +77,21 @@ class CalibrationRoadTest : public QObject {
     MapPages& pages = program.window->map_pages();
     QVERIFY(pages.page(0)->grid()->Model().ToMapValues() == uploaded.ReadFuelMap(1));
     QVERIFY(pages.page(2)->grid()->Model().ToMapValues() == uploaded.ReadIgnMap());
+
+    // A file that is no map is refused before a question is asked: not one frame reaches the ECU
+    // (every size that is no map: the map file's own tests).
+    const QString no_map = QString::fromStdString(program.folders.maps) + "no-map.sm1";
+    QVERIFY(testing::WriteBytes(no_map, "0123456789"));
+    QTest::qWait(300);
+    const int frames_before = frames->load();
+    QVERIFY(frames_before > 0);  // the upload's requests and rate commands were seen
+    program.dialogs.paths.push_back(no_map.toStdString());
+    editors.LoadAndDownloadMap();
+    QVERIFY(!editors.download().running());
+    QTest::qWait(500);
+    QCOMPARE(frames->load(), frames_before);
+    QCOMPARE(ImageBytes(ecu.ImageSnapshot()), ImageBytes(uploaded));
+    QCOMPARE(ImageBytes(editors.image()), ImageBytes(uploaded));
 
     // Save: the file holds the editors' image (a key's frames for a cell: WireTranscriptTest).
     const QByteArray edited = ImageBytes(editors.image());
@@ -108,102 +129,6 @@ class CalibrationRoadTest : public QObject {
     QVERIFY(uploaded.FirmwareVersion() != 0);
     QCOMPARE(static_cast<int>(downloaded[908]), static_cast<int>(uploaded.FirmwareVersion()));
     QCOMPARE(editors.state().version.FirmwareVersion, uploaded.FirmwareVersion());
-  }
-
-  // A file that is no map is refused before a question is asked: not one frame reaches the ECU.
-  void mapFilesThatAreNoMapsPutNothingOnTheWire() {
-    auto frames = std::make_shared<std::atomic<int>>(0);
-    testing::RunningOptions options;
-    options.log = [frames](const std::string&) { ++*frames; };
-    testing::RunningProgram p(options);
-    QVERIFY2(p.started && p.Run(), p.error.c_str());
-    testing::TestProgram& program = *p.program;
-    sim::InProcessSimulator& ecu = *p.ecu;
-    EditorSession& editors = p.editors();
-    const QByteArray before = ImageBytes(ecu.ImageSnapshot());
-    QTest::qWait(300);
-    const int frames_before = frames->load();
-    QVERIFY(frames_before > 0);  // the upload's requests and rate commands were seen
-
-    // (Every size that is no map: the map file's own tests.)
-    const QString path = QString::fromStdString(program.folders.maps) + "no-map.sm1";
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("0123456789");
-    file.close();
-    program.dialogs.paths.push_back(path.toStdString());
-    editors.LoadAndDownloadMap();
-    QVERIFY(!editors.download().running());
-    QTest::qWait(500);
-    QCOMPARE(frames->load(), frames_before);
-    QCOMPARE(ImageBytes(ecu.ImageSnapshot()), before);
-    QCOMPARE(ImageBytes(editors.image()), before);
-  }
-
-  // Closing the ECU's terminal halfway through a download: the program says the download did not
-  // complete, marks the map pages, and on the tuner's Yes sends the whole map when the ECU is
-  // back.
-  void aDownloadCutShortIsReportedAndSentAgainWhenTheEcuReturns() {
-    testing::RunningProgram p(Pluggable());
-    QVERIFY2(p.started && p.Show(), p.error.c_str());
-    testing::TestProgram& program = *p.program;
-    std::unique_ptr<sim::InProcessSimulator>& ecu = p.ecu;
-    EditorSession& editors = p.editors();
-    QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
-
-    CalibrationImage changed = ecu->ImageSnapshot();
-    changed.Write16(changed.FuelCellPosition(1, 6, 4), 7777);
-    changed.Write16(changed.FuelCellPosition(2, 11, 17), 8888);
-    const QString map_path = QString::fromStdString(program.folders.maps) + "changed.sm1";
-    QVERIFY(testing::WriteImageFile(map_path, changed));
-    program.dialogs.paths.push_back(map_path.toStdString());
-    editors.LoadAndDownloadMap();
-    QVERIFY(editors.download().running());
-    QTest::qWait(800);
-    ecu->Stop();
-    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
-    QCOMPARE(program.messages.shown.back().title, std::string("MORVANE Warning"));
-    QCOMPARE(program.messages.shown.back().lines.front(),
-             std::string("The download did not complete: the link to the ECU failed while the "
-                         "map was being sent."));
-    QVERIFY(editors.EcuOutOfStep());
-    auto* banner = program.window->findChild<QLabel*>("EcuOutOfStep");
-    QVERIFY(banner != nullptr && banner->isVisible());
-
-    QVERIFY2(p.Plug(), p.error.c_str());
-    QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
-    QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()).mid(0, 908),
-                              ImageBytes(editors.image()).mid(0, 908), 3000);
-    QVERIFY(!editors.EcuOutOfStep());
-    QVERIFY(!banner->isVisible());
-  }
-
-  // A calibration with many setup problems: the list under the tabs shows every one of them at
-  // once, none behind a scroll bar, in a window of the smallest size the program is made for.
-  void everySetupErrorIsInViewAtOnce() {
-    QTemporaryDir dir;
-    testing::TestProgram program(dir.path(), "/dev/no-such-tty");
-    QVERIFY(program.window->Load());
-    program.window->resize(1024, 600);
-    program.window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(program.window.get()));
-    CalibrationImage broken = sim::EmbeddedBaseCalibration();
-    for (int p = 860; p <= kImageLength; ++p) broken.SetByte(p, 0xFF);
-    program.window->editors().ApplyUpload(broken);
-    QTest::qWait(200);
-    const std::vector<std::string>& errors = program.window->editors().state().SetupErrors;
-    QVERIFY2(errors.size() >= 8, QByteArray::number(static_cast<int>(errors.size())));
-    auto* list = program.window->findChild<QListWidget*>("SetupErrorList");
-    QVERIFY(list != nullptr && list->isVisible());
-    QCOMPARE(list->count(), static_cast<int>(errors.size()));
-    testing::KeepShot(program.window.get(), "setup-errors");
-    const QRect view = list->viewport()->rect();
-    for (int i = 0; i < list->count(); ++i) {
-      QCOMPARE(list->item(i)->text().toStdString(), errors[static_cast<std::size_t>(i)]);
-      QVERIFY2(view.contains(list->visualItemRect(list->item(i))),
-               qPrintable(list->item(i)->text()));
-    }
   }
 
   // An ECU newer than the program brings up the "PC Software Update" note. While it is open the
@@ -259,7 +184,7 @@ class CalibrationRoadTest : public QObject {
   }
 
   // The engine holds still, so every frame carries the same values: the Data Page shows what the
-  // simulated ECU put in them, each at the scale of its field.
+  // simulated ECU put in them, each at the scale of its field, and the AFR as the map page does.
   void theDataPageShowsWhatTheEcuPutInItsFrames() {
     testing::RunningOptions options;
     options.ecu.sim.steady_after_us = 2'000'000;
@@ -267,13 +192,18 @@ class CalibrationRoadTest : public QObject {
     QVERIFY2(p.started && p.Show(), p.error.c_str());
     testing::TestProgram& program = *p.program;
     QTRY_VERIFY_WITH_TIMEOUT(p.editors().has_calibration(), 10000);
-    program.window->tabs()->setCurrentIndex(9);  // only the page in front redraws
+    // Lambda, with two decimals, on the map page in front (only the page in front redraws).
+    program.window->findChild<QComboBox*>("ComboAFRMode")->setCurrentIndex(kAfrModeLambda);
     QTest::qWait(2500);
+    const QString afr = program.window->findChild<MapReadout*>("FuelMap1A")->Value(Readout::kAfr);
+    QVERIFY2(QRegularExpression("^\\d\\.\\d\\d$").match(afr).hasMatch(), qPrintable(afr));
+    program.window->tabs()->setCurrentIndex(9);
     const sim::EngineState engine = p.ecu->EngineSnapshot();
     const auto text = [&](const char* name) {
       auto* value = program.window->findChild<LiveValue*>(name);
       return value ? value->text() : QString("(no %1)").arg(name);
     };
+    QTRY_COMPARE(text("DataAFR"), afr);
     // Two fields (every field's place and scale: the frame handler's own tests).
     const double period = std::round(60'000'000.0 / engine.rpm);
     QCOMPARE(text("DataRPM"), QString::number(std::round(60'000'000.0 / period), 'f', 0));
@@ -281,13 +211,43 @@ class CalibrationRoadTest : public QObject {
     testing::KeepShot(program.window.get(), "data-page");
   }
 
-  void changesMadeWhileTheEcuWasAwayCanBeSentWhenItReturns() {
+  // Closing the ECU's terminal halfway through a download: the program says the download did not
+  // complete, marks the map pages, and on the tuner's Yes sends the whole map when the ECU is
+  // back. Then changes made while the ECU is away are sent when it returns.
+  void anEcuAwayDuringOrAfterADownloadGetsTheEditorsMapWhenBack() {
     testing::RunningProgram p(Pluggable());
     QVERIFY2(p.started && p.Show(), p.error.c_str());
     testing::TestProgram& program = *p.program;
     std::unique_ptr<sim::InProcessSimulator>& ecu = p.ecu;
     EditorSession& editors = p.editors();
     QTRY_VERIFY_WITH_TIMEOUT(editors.has_calibration(), 10000);
+
+    CalibrationImage changed = ecu->ImageSnapshot();
+    changed.Write16(changed.FuelCellPosition(1, 6, 4), 7777);
+    changed.Write16(changed.FuelCellPosition(2, 11, 17), 8888);
+    const QString map_path = QString::fromStdString(program.folders.maps) + "changed.sm1";
+    QVERIFY(testing::WriteImageFile(map_path, changed));
+    program.dialogs.paths.push_back(map_path.toStdString());
+    editors.LoadAndDownloadMap();
+    QVERIFY(editors.download().running());
+    QTest::qWait(800);
+    ecu->Stop();
+    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QCOMPARE(program.messages.shown.back().title, std::string("MORVANE Warning"));
+    QCOMPARE(program.messages.shown.back().lines.front(),
+             std::string("The download did not complete: the link to the ECU failed while the "
+                         "map was being sent."));
+    QVERIFY(editors.EcuOutOfStep());
+    auto* banner = program.window->findChild<QLabel*>("EcuOutOfStep");
+    QVERIFY(banner != nullptr && banner->isVisible());
+
+    QVERIFY2(p.Plug(), p.error.c_str());
+    QTRY_VERIFY_WITH_TIMEOUT(editors.download().running(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!editors.download().running(), 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(ImageBytes(ecu->ImageSnapshot()).mid(0, 908),
+                              ImageBytes(editors.image()).mid(0, 908), 3000);
+    QVERIFY(!editors.EcuOutOfStep());
+    QVERIFY(!banner->isVisible());
 
     // The ECU goes away; the tuner changes a fuel cell meanwhile.
     ecu->Stop();

@@ -51,7 +51,7 @@ class DatalogEndToEndTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void recordSaveReloadAndReadTheFramesBackWithVelaLog() {
+  void recordSaveReloadReadWithVelaLogAndRecoverAfterAKill() {
     Program program;
     QVERIFY2(program.started && program.Run(), program.error.c_str());
     std::vector<live::Frame> frames;  // what the ECU sent while the log ran
@@ -61,8 +61,6 @@ class DatalogEndToEndTest : public QObject {
 
     QVERIFY(program.Press(Qt::Key_L));
     QVERIFY(program.page().Logging());
-    QCOMPARE(program.window().findChild<QPushButton*>("Command6_0")->text(),
-             QString("Stop DataLogging"));
     QTRY_VERIFY_WITH_TIMEOUT(frames.size() >= 30, 5000);
     // The status strip tells the running log on any page, with its time and record count.
     auto* state = program.window().findChild<QLabel*>("DatalogState");
@@ -117,11 +115,8 @@ class DatalogEndToEndTest : public QObject {
       QCOMPARE(row[2].toDouble(), rpm);
     }
     QVERIFY(arrived > 1.0);
-  }
 
-  void aJournalLeftByAKilledProgramIsOfferedAtTheNextStart() {
-    Program program;
-    QVERIFY2(program.started && program.Run(), program.error.c_str());
+    // A journal left by a killed program is offered at the next start.
     const QString journal_path = program.Datalogs() + "Recording.journal";
     program.page().StartStopLogging();
     QTest::qWait(2500);

