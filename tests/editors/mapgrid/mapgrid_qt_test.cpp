@@ -2,7 +2,6 @@
 #include <QGuiApplication>
 #include <QSignalSpy>
 #include <QtTest>
-#include <cmath>
 
 #include "calibration/map_axes.h"
 #include "editors/mapgrid/cell_transmission.h"
@@ -19,24 +18,14 @@ namespace mapgrid_qt_test {
 
 using testing::RecordingSender;
 
-// A fuel map as an engine would want it: more fuel with load, a torque bump in mid range.
-MapValues RealisticFuelMap(int sites) {
-  MapValues values(sites);
-  const std::array<int, kMapRows> sites_rpm = RpmSites(0);
-  for (int row = 1; row <= kMapRows; ++row) {
-    const double rpm = sites_rpm[BlockRowOfGridRow(row) - 1];
-    const double efficiency = 0.72 + 0.28 * std::exp(-std::pow((rpm - 4500.0) / 2600.0, 2));
-    for (int column = 1; column <= sites; ++column) {
-      const double load = static_cast<double>(column - 1) / (sites - 1);
-      values.Set(row, column, std::round((1.1 + 10.5 * load * efficiency) * 1000.0) / 1000.0);
-    }
-  }
-  return values;
-}
-
+// A fuel map rising with load and falling with RPM row: lowest at the bottom left.
 void PutFuelMap(MapGrid& grid) {
   grid.SetUp(QStringLiteral("Fuel 1"), 9);
-  grid.LoadValues(RealisticFuelMap(9));
+  MapValues values(9);
+  for (int row = 1; row <= kMapRows; ++row) {
+    for (int column = 1; column <= 9; ++column) values.Set(row, column, column + kMapRows - row);
+  }
+  grid.LoadValues(values);
 }
 
 }  // namespace mapgrid_qt_test
@@ -73,7 +62,6 @@ void MapGridQtTest::KeysActOnEveryCellOfAMouseSelection() {
   QCOMPARE(spy.at(0).at(0).value<std::vector<MapCell>>().size(), 6u);
   QCOMPARE(grid.CellText(2, 2), QStringLiteral("-1.0"));
   QCOMPARE(grid.CellText(3, 4), QStringLiteral("-1.0"));
-  QCOMPARE(grid.model()->data(grid.model()->index(3, 4)).toString(), grid.CellText(3, 4));
   // A key that moves changes nothing.
   QTest::keyClick(&grid, Qt::Key_Right);
   QCOMPARE(spy.count(), 1);

@@ -318,9 +318,7 @@ class SetupWalk : public ::testing::Test {
     };
     std::set<std::vector<int>> seen = {key(base_.state)};
     std::deque<Snapshot> queue = {base_};
-    int walked = 0;
     while (!queue.empty()) {
-      ++walked;
       const Snapshot from = queue.front();
       queue.pop_front();
       for (const Control* control : family) {
@@ -337,10 +335,6 @@ class SetupWalk : public ::testing::Test {
           }
         }
       }
-    }
-    if (std::getenv("WALK_TRACE")) {
-      std::fprintf(stderr, "%s +%zu: %d states\n", family.front()->name.c_str(), family.size() - 1,
-                   walked);
     }
   }
 
