@@ -251,12 +251,8 @@ TEST_F(ApplyCalibration, ChecksHoldTheirBoundsAndTheLeftOpenOnesFollowTheDocs) {
     EXPECT_THAT(state.SetupErrors, IsEmpty()) << position << " " << value;
   }
   // The tooth offset names a tooth of the selected wheel; a single trigger has none to check.
-  for (auto [pattern, offset, passes] : {std::tuple{0, 200, true},
-                                         {1, 11, true},
-                                         {1, 12, false},
-                                         {3, 35, true},
-                                         {5, 59, true},
-                                         {5, 60, false}}) {
+  for (auto [pattern, offset, passes] :
+       {std::tuple{0, 200, true}, {1, 11, true}, {1, 12, false}, {5, 59, true}, {5, 60, false}}) {
     state.SetupErrors.clear();
     Apply(With(With(SoundImage(), 902, pattern), 908, offset));
     EXPECT_EQ(state.SetupErrors.empty(), passes) << pattern << " " << offset;

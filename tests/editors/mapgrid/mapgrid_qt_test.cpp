@@ -4,19 +4,15 @@
 #include <QtTest>
 
 #include "calibration/map_axes.h"
-#include "editors/mapgrid/cell_transmission.h"
 #include "editors/mapgrid/qt/cross_hair.h"
 #include "editors/mapgrid/qt/map_graph.h"
 #include "editors/mapgrid/qt/map_grid.h"
 #include "editors/mapgrid/qt/map_readout.h"
 #include "editors/mapgrid/qt/map_surface_view.h"
 #include "support/gui_test_main.h"
-#include "support/recording_sender.h"
 
 namespace vela {
 namespace mapgrid_qt_test {
-
-using testing::RecordingSender;
 
 // A fuel map rising with load and falling with RPM row: lowest at the bottom left.
 void PutFuelMap(MapGrid& grid) {
@@ -38,7 +34,6 @@ class MapGridQtTest : public QObject {
  private slots:
   void KeysActOnEveryCellOfAMouseSelection();
   void TheLiveValueGoesIntoTheCellClickedLast();
-  void TheTransmissionCapIsShownBeforeTheGridRedraws();
   void FlatGraphFollowsTheGrid();
   void SurfaceFollowsTheGridAndPlacesTheLivePointOnItsAxes();
   void CrossHairMarksOnlyTheSelectedMap();
@@ -81,21 +76,6 @@ void MapGridQtTest::TheLiveValueGoesIntoTheCellClickedLast() {
   grid.Model().InsertLiveValue(9.876);
   QCOMPARE(grid.CellText(8, 6), QStringLiteral("9.876"));
   QCOMPARE(grid.CellText(3, 3), untouched);
-}
-
-void MapGridQtTest::TheTransmissionCapIsShownBeforeTheGridRedraws() {
-  CalibrationImage image;
-  RecordingSender sender;
-  CellTransmission transmission(image, sender);
-  MapGrid grid(MapKind::kFuel);
-  grid.SetUp(QStringLiteral("Fuel 1"), 9);
-  connect(&grid, &MapGrid::CellsChanged, &grid, [&](const std::vector<MapCell>& cells) {
-    transmission.OnCellsChanged(grid.Model(), cells, {kFuelMap1Start});
-  });
-  grid.SetCurrentCell(1, 9);  // 7000 rpm: at most 17.1 ms
-  for (int i = 0; i < 9; ++i) QTest::keyClick(&grid, Qt::Key_PageUp, Qt::AltModifier);
-  const QModelIndex cell = grid.model()->index(1, 9);
-  QCOMPARE(grid.model()->data(cell).toString(), QStringLiteral("17.100"));
 }
 
 void MapGridQtTest::FlatGraphFollowsTheGrid() {
