@@ -252,9 +252,7 @@ TEST(InjectionModeName, AnUnknownModeCodeReadsStars) {
 
 TEST(SafeByteOrder, NoIntermediateValueFallsBelowBothTheOldAndTheNewNumber) {
   for (const auto& [old_value, new_value] :
-       {std::pair<std::uint32_t, std::uint32_t>{0x2300, 0x22FF},
-        {0x22FF, 0x2300},
-        {0x01FFFF, 0x020000},
+       {std::pair<std::uint32_t, std::uint32_t>{0x01FFFF, 0x020000},
         {0x020000, 0x01FFFF},
         {0x123456, 0x654321}}) {
     std::uint32_t held = old_value;
