@@ -227,7 +227,6 @@ TEST_F(ApplyCalibration, ScalingCodeSelectsTheScaleEntryOfTheSensorTypeInByte955
 
 TEST_F(ApplyCalibration, ChecksHoldTheirBoundsAndTheLeftOpenOnesFollowTheDocs) {
   const std::tuple<int, int, const char*> failing[] = {
-      {955, 229, "Map Sensor Setup Invalid"},
       {907, 0xC0, "Fuel Injection Mode and Injector Impedance"},
       {907, 0x04, "Fuel Injection Mode and Injector Impedance"},
       {971, 0, "Air Temp Sensor Calibration Error"},

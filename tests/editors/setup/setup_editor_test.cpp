@@ -234,19 +234,18 @@ TEST(SetupMarks, AControlNeverShowsAPlausibleValueForAByteItCannotHold) {
 }
 
 TEST(InjectionModeName, AnUnknownModeCodeReadsStars) {
+  const std::tuple<int, int, std::string_view> cases[] = {{0, 0, "Batch Mode"},
+                                                          {1, 0, "Semi-Sequential Pairs Mode"},
+                                                          {2, 0, "Un-Phased Sequential Mode"},
+                                                          {2, 3, "Full Phased Sequential Mode"},
+                                                          {3, 0, "***"},
+                                                          {-1, 0, "***"},
+                                                          {2, 9, "***"}};
   EngineSetup setup;
-  const std::pair<int, int> known[] = {{0, 0}, {1, 0}, {2, 0}, {2, 3}};
-  const char* names[] = {"Batch Mode", "Semi-Sequential Pairs Mode", "Un-Phased Sequential Mode",
-                         "Full Phased Sequential Mode"};
-  for (int i = 0; i < 4; ++i) {
-    setup.fuel_mode = known[i].first;
-    setup.home_pattern = known[i].second;
-    EXPECT_EQ(InjectionModeName(setup), names[i]);
-  }
-  for (const auto& [mode, home] : {std::pair{3, 0}, {-1, 0}, {2, 9}}) {
+  for (const auto& [mode, home, name] : cases) {
     setup.fuel_mode = mode;
     setup.home_pattern = home;
-    EXPECT_EQ(InjectionModeName(setup), "***") << mode << " " << home;
+    EXPECT_EQ(InjectionModeName(setup), name) << mode << " " << home;
   }
 }
 
