@@ -34,8 +34,7 @@ class MapGridQtTest : public QObject {
  private slots:
   void KeysActOnEveryCellOfAMouseSelection();
   void TheLiveValueGoesIntoTheCellClickedLast();
-  void FlatGraphFollowsTheGrid();
-  void SurfaceFollowsTheGridAndPlacesTheLivePointOnItsAxes();
+  void GraphsFollowTheGridAndTheSurfacePlacesTheLivePoint();
   void CrossHairMarksOnlyTheSelectedMap();
   void ReadoutShowsEachLiveQuantity();
   void CellsAreColouredByValue();
@@ -78,36 +77,25 @@ void MapGridQtTest::TheLiveValueGoesIntoTheCellClickedLast() {
   QCOMPARE(grid.CellText(3, 3), untouched);
 }
 
-void MapGridQtTest::FlatGraphFollowsTheGrid() {
-  MapGrid grid(MapKind::kFuel);
-  PutFuelMap(grid);
-  MapGraph graph(MapKind::kFuel, nullptr, GraphMode::kFlat);
-  QVERIFY(!graph.Is3D());
-  graph.Follow(&grid);
-  graph.resize(400, 300);
-  graph.show();
-  QVERIFY(QTest::qWaitForWindowExposed(&graph));
-  QCOMPARE(graph.Data().sites, 9);
-  grid.SetCurrentCell(11, 1);
-  QTest::keyClick(&grid, Qt::Key_PageUp, Qt::ShiftModifier);
-  QCOMPARE(graph.Data().At(11, 1), grid.Model().Value(11, 1));
-  graph.SetNumOfLoadSites(5);
-  QCOMPARE(graph.Data().sites, 5);
-  QVERIFY(!graph.grab().isNull());
-}
-
-void MapGridQtTest::SurfaceFollowsTheGridAndPlacesTheLivePointOnItsAxes() {
+// Either graph redraws from the grid it follows; the surface also places the live point.
+void MapGridQtTest::GraphsFollowTheGridAndTheSurfacePlacesTheLivePoint() {
   MapGrid grid(MapKind::kIgnition);
   grid.SetUp(QStringLiteral("Ignition"), 6);
+  MapGraph flat(MapKind::kIgnition, nullptr, GraphMode::kFlat);
   MapGraph graph(MapKind::kIgnition);
-  QVERIFY(graph.Is3D());
-  graph.Follow(&grid);
-  graph.resize(400, 300);
-  graph.show();
-  QVERIFY(QTest::qWaitForWindowExposed(&graph));
+  for (MapGraph* shown : {&flat, &graph}) {
+    shown->Follow(&grid);
+    shown->resize(400, 300);
+    shown->show();
+    QVERIFY(QTest::qWaitForWindowExposed(shown));
+  }
   grid.SetCurrentCell(6, 6);
   QTest::keyClick(&grid, Qt::Key_PageDown);
+  QCOMPARE(flat.Data().At(6, 6), -5.0);
   QCOMPARE(graph.Data().At(6, 6), -5.0);
+  flat.SetNumOfLoadSites(5);
+  QCOMPARE(flat.Data().sites, 5);
+  QVERIFY(!flat.grab().isNull());
   const QImage before = graph.grab().toImage();
   graph.SetMarker(OperatingPoint{6.0, 6.0});
   const QString rpm = graph.Data().rpm_labels.value(5).trimmed();
