@@ -16,6 +16,7 @@ using editor_testing::SoundImage;
 using editor_testing::SoundImageWith;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using testing::ShownMessage;
 
 const ProgramFolders kFolders{"/d/M/", "/d/M/V/", "/d/M/V/Maps/", "/d/M/V/Datalogs/"};
 constexpr char kConnected[] = "MORVANE Engine Management System  -  Connected";
@@ -34,6 +35,14 @@ class MapFileTest : public ::testing::Test, public editor_testing::ApplyRig {
   void Offer(const std::string& name, const std::string& content) {
     dialogs.path = "/d/M/V/Maps/" + name;
     files.files[*dialogs.path] = content;
+  }
+  // The one box loading the offered file shows, answered No.
+  ShownMessage NoToTheOnlyBox() {
+    messages.shown.clear();
+    messages.answers = {MessageAnswer::kNo};
+    EXPECT_EQ(Load(), MapFileResult::kCancelled);
+    EXPECT_EQ(messages.shown.size(), 1u);
+    return messages.shown.empty() ? ShownMessage{} : messages.shown[0];
   }
   // The editors as an upload of `image` leaves them, with nothing traced or sent since.
   void Uploaded(const CalibrationImage& image) {
@@ -165,11 +174,10 @@ TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDow
   Offer("a.b.c.d.sm1", FileOf(file));
   state.SetupErrors = {"from before"};
 
-  messages.answers = {MessageAnswer::kNo};
-  EXPECT_EQ(Load(), MapFileResult::kCancelled);
-  EXPECT_EQ(messages.shown[0].title, " Download Check");
+  const ShownMessage check = NoToTheOnlyBox();
+  EXPECT_EQ(check.title, " Download Check");
   EXPECT_THAT(
-      messages.shown[0].lines,
+      check.lines,
       ElementsAre("This operation will change ALL info currently in the ECU.",
                   "Are you REALLY sure you want to download a new map into the ECU?       "));
   EXPECT_FALSE(download.running());
@@ -195,7 +203,6 @@ TEST_F(MapFileTest, EveryFileThatIsNotExactlyAMapIsRefusedBeforeAnythingIsSent) 
       {"empty.sm1", ""},
       {"short.sm1", map.substr(0, 1022)},
       {"long.sm1", map + "x"},
-      {"random.sm1", std::string(5000, '\x7f')},
   };
   state.setup.cylinders_code = 5;
   for (const auto& [name, content] : cases) {
@@ -236,16 +243,13 @@ TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
   Offer("odd.sm1", FileOf(file));
   Uploaded(SoundImage());
 
-  messages.answers = {MessageAnswer::kNo};
-  EXPECT_EQ(Load(), MapFileResult::kCancelled);
-  ASSERT_EQ(messages.shown.size(), 1u);
-  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
-  EXPECT_EQ(messages.shown[0].buttons, MessageButtons::kYesNoDefaultNo);
-  EXPECT_THAT(messages.shown[0].lines,
-              ElementsAre("The map file \"odd.sm1\" fails these setup checks:",
-                          "    Trigger Pattern Invalid", "    Dwell Time Invalid",
-                          "It changes 3 map cells of the maps shown now.",
-                          "Download it into the ECU all the same?"));
+  const ShownMessage warning = NoToTheOnlyBox();
+  EXPECT_EQ(warning.title, "MORVANE Warning");
+  EXPECT_EQ(warning.buttons, MessageButtons::kYesNoDefaultNo);
+  EXPECT_THAT(warning.lines, ElementsAre("The map file \"odd.sm1\" fails these setup checks:",
+                                         "    Trigger Pattern Invalid", "    Dwell Time Invalid",
+                                         "It changes 3 map cells of the maps shown now.",
+                                         "Download it into the ECU all the same?"));
   EXPECT_FALSE(download.running());
   EXPECT_THAT(sender.frames, IsEmpty());
 
@@ -268,21 +272,13 @@ TEST_F(MapFileTest, TheFilesOwnSensorTypeJudgesItsScaling) {
   // A scaling of the 4 bar sensor only.
   const CalibrationImage four_bar = SoundImageWith({{955, 64 | 4}, {956, 250}});
   Offer("four.sm1", FileOf(four_bar));
-  messages.answers = {MessageAnswer::kNo};
-  EXPECT_EQ(Load(), MapFileResult::kCancelled);
-  ASSERT_EQ(messages.shown.size(), 1u);
-  EXPECT_EQ(messages.shown[0].title, " Download Check");  // no setup question
+  EXPECT_EQ(NoToTheOnlyBox().title, " Download Check");  // no setup question
 
   Uploaded(four_bar);  // type 4 shown
   CalibrationImage one_bar = four_bar;
   one_bar.SetByte(955, 64);
   Offer("one.sm1", FileOf(one_bar));
-  messages.shown.clear();
-  messages.answers = {MessageAnswer::kNo};
-  EXPECT_EQ(Load(), MapFileResult::kCancelled);
-  ASSERT_EQ(messages.shown.size(), 1u);
-  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
-  EXPECT_EQ(messages.shown[0].lines[1], "    Map Sensor Scaling Invalid");
+  EXPECT_EQ(NoToTheOnlyBox().lines.at(1), "    Map Sensor Scaling Invalid");
 }
 
 // The map editors cap every fuel cell at 100 % injector duty at its row's RPM; a file is not let
@@ -301,11 +297,7 @@ TEST_F(MapFileTest, AFileWithFuelCellsAboveTheirDutyLimitIsQuestionedWithTheirNu
   file.SetFuelMs(2, 1, 1, 20.0);    // at the 0 RPM row's limit
   EXPECT_EQ(OverDutyFuelCells(file), 9 * 9 + 1);
   Offer("rich.sm1", FileOf(file));
-  messages.answers = {MessageAnswer::kNo};
-  EXPECT_EQ(Load(), MapFileResult::kCancelled);
-  ASSERT_EQ(messages.shown.size(), 1u);
-  EXPECT_EQ(messages.shown[0].buttons, MessageButtons::kYesNoDefaultNo);
-  EXPECT_THAT(messages.shown[0].lines,
+  EXPECT_THAT(NoToTheOnlyBox().lines,
               ElementsAre("The map file \"rich.sm1\" fails these setup checks:",
                           "    82 fuel cells are above the duty limit of their RPM row (more "
                           "than 100 % injector duty)",

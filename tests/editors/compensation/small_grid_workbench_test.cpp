@@ -23,6 +23,16 @@ SmallGridModel TableGrid(CompTable table, const std::vector<int>& raws,
   return grid;
 }
 
+// Battery rows over an uneven axis of 10, 11, 13 and 16 V, holding `raws`.
+SmallGridModel UnevenVolts(const std::vector<int>& raws) {
+  SmallGridModel grid({"10", "11", "13", "16"}, {0, 1, 2, 3});
+  for (int row = 0; row < 4; ++row) {
+    grid.SetFormat(row, FormatOf(CompTable::kBattMap, 0, {}));
+    grid.SetRaw(row, raws[static_cast<std::size_t>(row)]);
+  }
+  return grid;
+}
+
 CellOperation Typed(const SmallGridModel& grid, int first, int last, const char* text) {
   const OperationParse parse = ParseCellOperation(text, '.', RowBoundsOf(grid, first, last));
   EXPECT_TRUE(parse.operation) << text << ": " << parse.refusal;
@@ -96,12 +106,7 @@ TEST(RowOperationTest, TheTypedLineReadsTheSelectedRowsBounds) {
 // Interpolation runs from the first selected row to the last spaced by the rows' axis values,
 // not by their index; smoothing keeps the end rows. A table without an axis is left alone.
 TEST(RowShapingTest, InterpolationFollowsTheAxisAndSmoothingKeepsTheEnds) {
-  SmallGridModel uneven({"10", "11", "13", "16"}, {0, 1, 2, 3});
-  for (int row = 0; row < 4; ++row) {
-    uneven.SetFormat(row, FormatOf(CompTable::kBattMap, 0, {}));
-  }
-  uneven.SetRaw(0, 100);
-  uneven.SetRaw(3, 160);
+  const SmallGridModel uneven = UnevenVolts({100, 0, 0, 160});
   EXPECT_THAT(PlanInterpolation(uneven, 0, 3).changed,
               ElementsAre(SmallRowValue{1, 110}, SmallRowValue{2, 130}));
   EXPECT_THAT(PlanInterpolation(uneven, 1, 1).changed, IsEmpty());
@@ -120,11 +125,7 @@ TEST(RowShapingTest, InterpolationFollowsTheAxisAndSmoothingKeepsTheEnds) {
 // Fill takes the row nearest the live point along the axis (volts here, unevenly spaced), not the
 // row at the same index, and leaves the rows already at that value out of the change.
 TEST(RowShapingTest, FillTakesTheRowNearestTheLivePoint) {
-  SmallGridModel volts({"10", "11", "13", "16"}, {0, 1, 2, 3});
-  for (int row = 0; row < 4; ++row) {
-    volts.SetFormat(row, FormatOf(CompTable::kBattMap, 0, {}));
-    volts.SetRaw(row, 100 + 20 * row);
-  }
+  const SmallGridModel volts = UnevenVolts({100, 120, 140, 160});
   EXPECT_THAT(PlanFill(volts, 0, 3, 14.6).changed,
               ElementsAre(SmallRowValue{0, 160}, SmallRowValue{1, 160}, SmallRowValue{2, 160}));
   EXPECT_THAT(PlanFill(volts, 1, 2, 11.4).changed, ElementsAre(SmallRowValue{2, 120}));

@@ -187,16 +187,6 @@ TEST(MapGridCells, LoadAndStoreKeepEveryValueAndTakeTheMapsSites) {
   EXPECT_EQ(grid.ToMapValues(), values);
 }
 
-TEST(MapGridLabels, RpmLabelsRunFromTheHighestSiteDownAndCanBeEmptied) {
-  MapGridModel grid(MapKind::kFuel, 9);
-  EXPECT_EQ(grid.RpmLabel(1), "7000");
-  EXPECT_EQ(grid.RpmLabel(11), "0");
-  EXPECT_EQ(grid.RowRpm(1), 7000.0);
-  EXPECT_TRUE(grid.SetText(4, 0, ""));
-  EXPECT_EQ(grid.RpmLabel(4), "");
-  EXPECT_EQ(grid.RowRpm(4), std::nullopt);
-}
-
 TEST(MapGridLabels, HeaderShowsLoadsThenTheThreeMarkers) {
   MapGridModel grid(MapKind::kFuel, 9);
   MapGridSettings settings;

@@ -46,19 +46,6 @@ TEST(SheetCopyTest, AxesMakeAHeaderRowAndFirstColumnUnderAnEmptyCorner) {
             "\t33,3\t50,0\t66,7\n7500\t1,250\t2,000\t10,500\n6800\t0,001\t3,334\t65,535\n");
 }
 
-TEST(SheetPasteTest, RoundTripsUnderEitherDecimalMark) {
-  for (char mark : {'.', ','}) {
-    const SheetPaste paste = ReadSheetPaste(SheetText(FuelBlock(), mark), mark, CursorAt(4, 2));
-    ASSERT_EQ(paste.status, PasteStatus::kFits) << mark;
-    EXPECT_EQ(paste.block_rows, 2);
-    EXPECT_EQ(paste.block_columns, 3);
-    EXPECT_THAT(paste.cells,
-                ElementsAre(PasteCellValue{{4, 2}, 1.25}, PasteCellValue{{4, 3}, 2.0},
-                            PasteCellValue{{4, 4}, 10.5}, PasteCellValue{{5, 2}, 0.001},
-                            PasteCellValue{{5, 3}, 3.334}, PasteCellValue{{5, 4}, 65.535}));
-  }
-}
-
 TEST(SheetPasteTest, AxesOfAnotherMapRefuseThePasteNamingTheCellOffTheAxis) {
   const SheetAxes map_axes = FuelAxes();
   // Loads that skip a site, then RPMs that are not this map's.
