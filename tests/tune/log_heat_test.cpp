@@ -25,7 +25,7 @@ TuneAxes TestAxes() {
 void ExpectSameFigures(const CellGrid& a, const CellGrid& b) {
   for (int row = 1; row <= a.Axes().Rows(); ++row) {
     for (int column = 1; column <= a.Axes().Columns(); ++column) {
-      SCOPED_TRACE(testing::Message() << "cell " << row << "," << column);
+      SCOPED_TRACE(::testing::Message() << "cell " << row << "," << column);
       EXPECT_NEAR(a.At(row, column).time_s, b.At(row, column).time_s, 1e-9);
       EXPECT_NEAR(a.At(row, column).samples, b.At(row, column).samples, 1e-9);
       EXPECT_NEAR(a.At(row, column).afr_sum, b.At(row, column).afr_sum, 1e-7);

@@ -1,10 +1,14 @@
 // Synthetic samples for the correction's tests: a steady, warm engine at 60 frames a second,
-// changed stretch by stretch; and evidence laid on a cell by hand.
+// changed stretch by stretch; evidence laid on a cell by hand; and a map to propose against.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <functional>
 
+#include "editors/editor_fakes.h"
 #include "tune/cell_evidence.h"
+#include "tune/fuel_proposal.h"
 #include "tune/log_samples.h"
 #include "tune/target/target_table.h"
 
@@ -51,5 +55,34 @@ inline void SiteEvidence(CellGrid& grid, const TargetTable& targets, int row, in
   cell.ratio_products[4] = samples * factor;
   cell.afr_sum = samples * factor * targets.At(row, column);
 }
+
+// The sound calibration with every fuel 1 cell at 5 ms, no evidence yet and the default targets.
+class FlatFuelTest : public ::testing::Test {
+ protected:
+  FlatFuelTest()
+      : image_(editor_testing::SoundImage()),
+        evidence_(FuelAxesOf(image_)),
+        targets_(FuelAxesOf(image_)) {
+    for (int row = 1; row <= kMapRows; ++row) {
+      for (int column = 1; column <= 9; ++column) image_.SetFuelMs(1, row, column, 5.0);
+    }
+  }
+
+  void Evidence(int row, int column, double samples, double factor) {
+    SiteEvidence(evidence_, targets_, row, column, samples, factor);
+  }
+
+  FuelProposal Propose() const {
+    return ProposeFuel(image_, evidence_, targets_, ProposalSettings());
+  }
+
+  double Ms(const CalibrationImage& image, int grid_row, int column) const {
+    return image.FuelMs(1, BlockRowOfGridRow(grid_row), column);
+  }
+
+  CalibrationImage image_;
+  CellGrid evidence_;
+  TargetTable targets_;
+};
 
 }  // namespace vela::tune_testing
