@@ -155,24 +155,19 @@ TEST(Journal, AKillAtAnyMomentLosesAtMostHalfASecondAndAFrame) {
   EXPECT_GT(worst, kJournalFlushAgeSeconds - 1.0 / 60);
 }
 
-TEST(Journal, AJournalThatCannotBeMadeIsSaidSoAndWritesNothing) {
-  testing::MemoryJournalFile file;
-  file.fail_create = true;
-  DatalogJournal journal(file, kJournal);
-  DatalogLog log = testing::PatternLog(10);
-  EXPECT_FALSE(journal.Begin(log));
-  journal.Flush(log);
-  EXPECT_TRUE(file.bytes.empty());
-}
-
-// A write that does not reach the disk is no write: a journal whose first push fails is said to
-// be missing, and one whose push fails later writes nothing more.
+// A journal that cannot be made, or whose first push the disk refuses (full, or failing), is
+// said to be missing and writes nothing; one whose push fails later writes nothing more.
 TEST(Journal, AJournalTheDiskWillNotTakeIsSaidSoAndStopsWriting) {
-  testing::MemoryJournalFile file;
-  file.fail_sync = true;
-  DatalogJournal journal(file, kJournal);
-  DatalogLog log = testing::PatternLog(10);
-  EXPECT_FALSE(journal.Begin(log));
+  for (const bool at_create : {true, false}) {
+    testing::MemoryJournalFile file;
+    (at_create ? file.fail_create : file.fail_sync) = true;
+    DatalogJournal journal(file, kJournal);
+    DatalogLog log = testing::PatternLog(10);
+    EXPECT_FALSE(journal.Begin(log));
+    const std::size_t begun = file.bytes.size();
+    journal.Flush(log);
+    EXPECT_EQ(file.bytes.size(), begun);
+  }
 
   Recording r;
   r.Records(5);
