@@ -57,19 +57,6 @@ TEST(Journal, AfterACrashEveryFlushedRecordComesBackAndTheRestIsLost) {
   EXPECT_EQ(found->log.Series(7).points, 0u);
 }
 
-TEST(Journal, AJournalCutInsideABlockGivesBackTheWholeBlocksBeforeIt) {
-  Recording r;
-  for (int second = 0; second < 5; ++second) {
-    r.Records(60);
-    r.journal.Flush(r.log);
-  }
-  r.file.bytes.resize(r.file.bytes.size() - 100);
-  const std::optional<RecoveredLog> found = r.Recover();
-  ASSERT_TRUE(found);
-  EXPECT_EQ(found->log.RecordCount(), 240u);
-  EXPECT_TRUE(found->report.cut_short);
-}
-
 TEST(Journal, MarkersAndChannelChangesMadeWhileLoggingAreKept) {
   Recording r;
   r.Records(10);
