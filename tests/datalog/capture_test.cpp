@@ -154,15 +154,13 @@ TEST(DatalogChannels, EachChannelIsDecodedFromItsFramePositions) {
   }
 }
 
-TEST(DatalogChannels, EngineSpeedIsZeroWhenThePeriodsHighCharacterIsFortyOrMore) {
+// The engine speed is 0 once the period's high character is 0x28 or more; a duty of 200 or more
+// is recorded as 200.
+TEST(DatalogChannels, SpeedAndDutyHoldTheirLimits) {
   EXPECT_NEAR(DecodeChannel(0, FrameBuilder().Put(6, 0x27FFFF, 3).frame, {}), 22.89, 1e-9);
   EXPECT_EQ(DecodeChannel(0, FrameBuilder().Put(6, 0x280000, 3).frame, {}), 0.0);
-}
-
-TEST(DatalogChannels, ADutyOfTwoHundredOrMoreIsRecordedAsTwoHundred) {
-  const live::Frame frame = FrameBuilder().frame;
-  EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 250.0}), 200.0);
-  EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 199.5}), 199.5);
+  EXPECT_EQ(DecodeChannel(kChannelDuty, FrameBuilder().frame, {0, 0, 0, 250.0}), 200.0);
+  EXPECT_EQ(DecodeChannel(kChannelDuty, FrameBuilder().frame, {0, 0, 0, 199.5}), 199.5);
 }
 
 TEST(AxisFollow, TheLookAheadClimbsTheLadderOfThePacketSpeedFactor) {

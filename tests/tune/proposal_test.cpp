@@ -46,7 +46,10 @@ TEST(CellShares, FourCellsShareEachPointAndAddUpToOne) {
 
 using FuelProposalTest = tune_testing::FlatFuelTest;
 
-TEST_F(FuelProposalTest, ChangesOnlyCellsWithEnoughEvidenceWithinTheLimit) {
+TEST_F(FuelProposalTest, ChangesNothingWithoutAndOnlyCellsWithEnoughEvidenceWithinTheLimit) {
+  const FuelProposal none = Propose();
+  EXPECT_EQ(none.corrected.Bytes(), image_.Bytes());
+  EXPECT_TRUE(none.change.changed.empty());
   Evidence(5, 3, 120, 1.10);  // lean by 10 %
   Evidence(6, 3, 120, 1.40);  // lean by 40 %: held to 15 %
   Evidence(7, 3, 120, 0.50);  // rich by half: held to -15 %
@@ -66,12 +69,6 @@ TEST_F(FuelProposalTest, ChangesOnlyCellsWithEnoughEvidenceWithinTheLimit) {
       EXPECT_EQ(Ms(proposal.corrected, row, column), 5.0) << row << ", " << column;
     }
   }
-}
-
-TEST_F(FuelProposalTest, NoEvidenceChangesNothing) {
-  const FuelProposal proposal = Propose();
-  EXPECT_EQ(proposal.corrected.Bytes(), image_.Bytes());
-  EXPECT_TRUE(proposal.change.changed.empty());
 }
 
 TEST_F(FuelProposalTest, ASelectionTakesOnlyItsCellsAndTheDutyCapHolds) {
