@@ -112,11 +112,7 @@ TEST(HeatOverlayTest, SpansOfASelectionFollowTheNearestCell) {
   log.CloseGaps();
   const MapCellRect one{10, 3, 10, 3};
   const std::vector<CellStretch> spans = CellSpans(log, LoadBasis::kMap, axes, one);
-  ASSERT_EQ(spans.size(), 2u);
-  EXPECT_DOUBLE_EQ(spans[0].first, 0.1);
-  EXPECT_DOUBLE_EQ(spans[0].second, 0.3);
-  EXPECT_DOUBLE_EQ(spans[1].first, 0.5);
-  EXPECT_DOUBLE_EQ(spans[1].second, 0.6);
+  EXPECT_EQ(spans, (std::vector<CellStretch>{{0.1, 0.3}, {0.5, 0.6}}));
   // A rectangle of four cells joins the first three stretches into one.
   const std::vector<CellStretch> wide = CellSpans(log, LoadBasis::kMap, axes, {9, 3, 10, 4});
   ASSERT_EQ(wide.size(), 1u);
@@ -162,12 +158,6 @@ TEST(HeatOverlayTest, CellsAreColouredOnlyWhereTheLogSaysSomething) {
   for (int i = 0; i < 5; ++i) layer = NextLayer(layer);
   EXPECT_EQ(layer, HeatLayer::kOff);
 }
-
-}  // namespace
-}  // namespace vela
-
-namespace vela {
-namespace {
 
 void ExpectSameSamples(const SampleLog& a, const SampleLog& b) {
   ASSERT_EQ(a.samples.size(), b.samples.size());
