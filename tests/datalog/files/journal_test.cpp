@@ -69,11 +69,7 @@ TEST(Journal, MarkersAndChannelChangesMadeWhileLoggingAreKept) {
   r.journal.Flush(r.log);  // nothing new: nothing written twice
   const std::optional<RecoveredLog> found = r.Recover();
   ASSERT_TRUE(found);
-  ASSERT_EQ(found->log.Markers().size(), 2u);
-  EXPECT_EQ(found->log.Markers()[0], (LogMarker{1.0, "full throttle"}));
-  EXPECT_EQ(found->log.Markers()[1].text, "lift");
-  EXPECT_FALSE(found->log.Series(2).active);
-  EXPECT_TRUE(testing::SameRecords(found->log, r.log));
+  EXPECT_TRUE(testing::SameRecords(found->log, r.log));  // markers and series states included
 }
 
 TEST(Journal, AStoppedLogIsClosedWholeAndASavedOneLeavesNothing) {
