@@ -96,28 +96,24 @@ TEST(DatalogCapture, ADisabledChannelGainsNoPointsButTimeAndCountAdvance) {
   EXPECT_FALSE(logging.log.HasPoints());
 }
 
-TEST(DatalogCapture, NothingIsRecordedOutsideLoggingAndAStartClearsTheLastLog) {
+// A start clears the last log and draws exactly the enabled channels in their own colours,
+// whatever a log loaded from a file showed.
+TEST(DatalogCapture, NothingIsRecordedOutsideLoggingAndAStartBeginsAfresh) {
   Logging logging;
   logging.Frames(5, FrameAt(10));
   logging.capture.StopLogging();
   logging.Frames(5, FrameAt(10));
   EXPECT_EQ(logging.log.RecordCount(), 5u);
   logging.log.AddMarker("pull");
+  logging.capture.SetChannelEnabled(2, false);
+  logging.log.SetActive(2, true);
+  logging.log.SetActive(5, false);
+  logging.log.SetColour(0, ChannelColour{1, 2, 3});
   logging.capture.StartLogging(30.0, 0.0);
   EXPECT_EQ(logging.log.RecordCount(), 0u);
   EXPECT_TRUE(logging.log.Markers().empty());
   EXPECT_EQ(logging.capture.DatalogTime, 0.0);
   EXPECT_EQ(logging.log.axis, (TimeAxis{0.0, 30.0}));
-}
-
-TEST(DatalogCapture, AStartDrawsExactlyTheEnabledChannelsWhateverALoadedLogShowed) {
-  Logging logging;
-  logging.capture.SetChannelEnabled(2, false);
-  // A log from a file drew other channels in other colours.
-  logging.log.SetActive(2, true);
-  logging.log.SetActive(5, false);
-  logging.log.SetColour(0, ChannelColour{1, 2, 3});
-  logging.capture.StartLogging(20.0, 0.0);
   EXPECT_FALSE(logging.log.Series(2).active);
   EXPECT_TRUE(logging.log.Series(5).active);
   EXPECT_EQ(logging.log.Series(0).colour, kChannels[0].colour);
