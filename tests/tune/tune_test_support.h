@@ -1,5 +1,5 @@
 // Synthetic samples for the correction's tests: a steady, warm engine at 60 frames a second,
-// changed stretch by stretch; evidence laid on a cell by hand; and a map to propose against.
+// changed stretch by stretch; and a map to propose against, with evidence laid on a cell by hand.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -43,19 +43,6 @@ inline void During(SampleLog& log, double from, double to,
   }
 }
 
-// Evidence at a cell of `samples` samples, every one on the site itself, asking for `factor`
-// times the fuel.
-inline void SiteEvidence(CellGrid& grid, const TargetTable& targets, int row, int column,
-                         double samples, double factor) {
-  CellEvidence& cell = grid.At(row, column);
-  cell.samples = samples;
-  cell.time_s = samples / 60.0;
-  cell.ratio_sum = samples * factor;
-  cell.share_products[4] = samples;
-  cell.ratio_products[4] = samples * factor;
-  cell.afr_sum = samples * factor * targets.At(row, column);
-}
-
 // The sound calibration with every fuel 1 cell at 5 ms, no evidence yet and the default targets.
 class FlatFuelTest : public ::testing::Test {
  protected:
@@ -68,8 +55,16 @@ class FlatFuelTest : public ::testing::Test {
     }
   }
 
+  // Evidence at a cell of `samples` samples, every one on the site itself, asking for `factor`
+  // times the fuel.
   void Evidence(int row, int column, double samples, double factor) {
-    SiteEvidence(evidence_, targets_, row, column, samples, factor);
+    CellEvidence& cell = evidence_.At(row, column);
+    cell.samples = samples;
+    cell.time_s = samples / 60.0;
+    cell.ratio_sum = samples * factor;
+    cell.share_products[4] = samples;
+    cell.ratio_products[4] = samples * factor;
+    cell.afr_sum = samples * factor * targets_.At(row, column);
   }
 
   FuelProposal Propose() const {
