@@ -86,8 +86,7 @@ TEST(ProposalTexts, DelaySaysSetFittedOrDefaultAndWhy) {
   run.fit = DelayFit{true, {0.05, 12000.0}, 14, 2, 0.0123, "", 1.0 / 60.0};
   run.delay = run.fit.model;
   EXPECT_EQ(DelayText(run),
-            "Delay fitted: 0.050 s + 12000 / (RPM x load); 14 steps used, 2 left out, RMS 12.3 "
-            "ms");
+            "Delay fitted: 0.050 s + 12000 / (RPM x load); 14 steps used, 2 left out, RMS 12.3 ms");
   // From logs slower than 30 frames a second each step is timed only to a record.
   run.fit.record_step_s = 1.002 / 30.0;
   EXPECT_EQ(CoarseFitText(run.fit), "");
