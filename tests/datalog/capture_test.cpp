@@ -96,28 +96,24 @@ TEST(DatalogCapture, ADisabledChannelGainsNoPointsButTimeAndCountAdvance) {
   EXPECT_FALSE(logging.log.HasPoints());
 }
 
-TEST(DatalogCapture, NothingIsRecordedOutsideLoggingAndAStartClearsTheLastLog) {
+// A start clears the last log and draws exactly the enabled channels in their own colours,
+// whatever a log loaded from a file showed.
+TEST(DatalogCapture, NothingIsRecordedOutsideLoggingAndAStartBeginsAfresh) {
   Logging logging;
   logging.Frames(5, FrameAt(10));
   logging.capture.StopLogging();
   logging.Frames(5, FrameAt(10));
   EXPECT_EQ(logging.log.RecordCount(), 5u);
   logging.log.AddMarker("pull");
+  logging.capture.SetChannelEnabled(2, false);
+  logging.log.SetActive(2, true);
+  logging.log.SetActive(5, false);
+  logging.log.SetColour(0, ChannelColour{1, 2, 3});
   logging.capture.StartLogging(30.0, 0.0);
   EXPECT_EQ(logging.log.RecordCount(), 0u);
   EXPECT_TRUE(logging.log.Markers().empty());
   EXPECT_EQ(logging.capture.DatalogTime, 0.0);
   EXPECT_EQ(logging.log.axis, (TimeAxis{0.0, 30.0}));
-}
-
-TEST(DatalogCapture, AStartDrawsExactlyTheEnabledChannelsWhateverALoadedLogShowed) {
-  Logging logging;
-  logging.capture.SetChannelEnabled(2, false);
-  // A log from a file drew other channels in other colours.
-  logging.log.SetActive(2, true);
-  logging.log.SetActive(5, false);
-  logging.log.SetColour(0, ChannelColour{1, 2, 3});
-  logging.capture.StartLogging(20.0, 0.0);
   EXPECT_FALSE(logging.log.Series(2).active);
   EXPECT_TRUE(logging.log.Series(5).active);
   EXPECT_EQ(logging.log.Series(0).colour, kChannels[0].colour);
@@ -154,17 +150,13 @@ TEST(DatalogChannels, EachChannelIsDecodedFromItsFramePositions) {
   }
 }
 
-TEST(DatalogChannels, EngineSpeedIsZeroWhenThePeriodsHighCharacterIsFortyOrMore) {
+// The engine speed is 0 once the period's high character is 0x28 or more; a duty of 200 or more
+// is recorded as 200.
+TEST(DatalogChannels, SpeedAndDutyHoldTheirLimits) {
   EXPECT_NEAR(DecodeChannel(0, FrameBuilder().Put(6, 0x27FFFF, 3).frame, {}), 22.89, 1e-9);
   EXPECT_EQ(DecodeChannel(0, FrameBuilder().Put(6, 0x280000, 3).frame, {}), 0.0);
-  EXPECT_EQ(DecodeChannel(0, FrameBuilder().Put(6, 0xFF0001, 3).frame, {}), 0.0);
-}
-
-TEST(DatalogChannels, ADutyOfTwoHundredOrMoreIsRecordedAsTwoHundred) {
-  const live::Frame frame = FrameBuilder().frame;
-  EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 250.0}), 200.0);
-  EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 200.0}), 200.0);
-  EXPECT_EQ(DecodeChannel(kChannelDuty, frame, {0, 0, 0, 199.5}), 199.5);
+  EXPECT_EQ(DecodeChannel(kChannelDuty, FrameBuilder().frame, {0, 0, 0, 250.0}), 200.0);
+  EXPECT_EQ(DecodeChannel(kChannelDuty, FrameBuilder().frame, {0, 0, 0, 199.5}), 199.5);
 }
 
 TEST(AxisFollow, TheLookAheadClimbsTheLadderOfThePacketSpeedFactor) {

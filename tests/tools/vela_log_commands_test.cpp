@@ -53,7 +53,13 @@ class VelaLogTune : public ::testing::Test {
   std::string err_;
 };
 
-TEST_F(VelaLogTune, TuneWritesTheCorrectedCopyAndNamesTheCells) {
+TEST_F(VelaLogTune, CellsPrintsTimeAndAfrPerCellAndTuneWritesTheCorrectedCopy) {
+  ASSERT_EQ(Run({"cells", "run.sl1", "--map", "a.sm1", "--delay", "0.1"}), kLogDone) << err_;
+  EXPECT_THAT(out_, HasSubstr("row,column,rpm,load_kpa,time_s,samples,mean_afr,afr_spread,"
+                              "target_afr,afr_error\n"));
+  EXPECT_THAT(out_, HasSubstr("\n6,5,"));
+  EXPECT_THAT(out_, HasSubstr(",15.73,0.00,14.30,1.43\n"));  // 14.3 target, 10 % lean
+
   ASSERT_EQ(Run({"tune", "run.sl1", "--map", "a.sm1", "-o", "b.sm1", "--delay", "0.1"}), kLogDone)
       << err_;
   EXPECT_THAT(out_, HasSubstr("Delay: set, 0.100 s"));
@@ -66,14 +72,6 @@ TEST_F(VelaLogTune, TuneWritesTheCorrectedCopyAndNamesTheCells) {
   // The copy is never written over a file that is there.
   EXPECT_EQ(Run({"tune", "run.sl1", "--map", "a.sm1", "-o", "b.sm1"}), kLogUsage);
   EXPECT_THAT(err_, HasSubstr("b.sm1 exists"));
-}
-
-TEST_F(VelaLogTune, CellsPrintsTimeAndAfrPerCell) {
-  ASSERT_EQ(Run({"cells", "run.sl1", "--map", "a.sm1", "--delay", "0.1"}), kLogDone) << err_;
-  EXPECT_THAT(out_, HasSubstr("row,column,rpm,load_kpa,time_s,samples,mean_afr,afr_spread,"
-                              "target_afr,afr_error\n"));
-  EXPECT_THAT(out_, HasSubstr("\n6,5,"));
-  EXPECT_THAT(out_, HasSubstr(",15.73,0.00,14.30,1.43\n"));  // 14.3 target, 10 % lean
 }
 
 TEST_F(VelaLogTune, RefusesWhatItCannotUse) {

@@ -110,7 +110,7 @@ TEST(DelayFit, OnlyFuelStepsReadOnTheScaleAreTimed) {
 // falls between two records; and the flow is the one at the answer, also while it falls.
 TEST(DelayFit, ACutSeenRisingIsTimedWithinAFractionOfAFrame) {
   for (const double phase : {0.05, 0.3, 0.55, 0.8}) {
-    SCOPED_TRACE(testing::Message() << "phase " << phase);
+    SCOPED_TRACE(::testing::Message() << "phase " << phase);
     SampleLog cut = StepLog({{2000, 50}});
     const double delay = 0.2 + phase * tune_testing::kFrameStep;
     const double arrival = 1.5 - tune_testing::kFrameStep / 2 + delay;

@@ -25,18 +25,16 @@ TuneAxes TestAxes() {
 void ExpectSameFigures(const CellGrid& a, const CellGrid& b) {
   for (int row = 1; row <= a.Axes().Rows(); ++row) {
     for (int column = 1; column <= a.Axes().Columns(); ++column) {
-      SCOPED_TRACE(testing::Message() << "cell " << row << "," << column);
+      SCOPED_TRACE(::testing::Message() << "cell " << row << "," << column);
       EXPECT_NEAR(a.At(row, column).time_s, b.At(row, column).time_s, 1e-9);
       EXPECT_NEAR(a.At(row, column).samples, b.At(row, column).samples, 1e-9);
-      EXPECT_NEAR(a.At(row, column).afr_sum, b.At(row, column).afr_sum, 1e-7);
-      EXPECT_NEAR(a.At(row, column).afr_squares, b.At(row, column).afr_squares, 1e-5);
       EXPECT_NEAR(a.At(row, column).error_sum, b.At(row, column).error_sum, 1e-7);
     }
   }
 }
 
 // The log grows in uneven steps, with a lost stretch the gap finder decides late; the figures
-// followed along come out as those of the finished log and as the evidence of the whole.
+// followed along come out as the evidence of the finished log taken whole.
 TEST(LogHeatTest, FollowingAGrowingLogEqualsTheWholeLogAtOnce) {
   const DriveShape shape{150.0, 60.0, 70.0, 9};
   const TuneAxes axes = TestAxes();
@@ -61,13 +59,10 @@ TEST(LogHeatTest, FollowingAGrowingLogEqualsTheWholeLogAtOnce) {
 
   DatalogLog whole;
   FillDrive(whole, shape);
-  LogHeat at_once(axes, TargetTable(axes), settings);
-  at_once.Follow(whole, false);
   Evidence evidence{CellGrid(axes), {}};
   AddEvidence(SamplesOf(whole, LoadBasis::kMap), TargetTable(axes), settings.filters,
               settings.delay, evidence);
 
-  ExpectSameFigures(followed.Cells(), at_once.Cells());
   ExpectSameFigures(followed.Cells(), evidence.cells);
   EXPECT_EQ(followed.Figures().verdicts, evidence.verdicts);
   EXPECT_GT(evidence.verdicts[static_cast<int>(SampleVerdict::kKept)], 1000u);
@@ -117,11 +112,7 @@ TEST(HeatOverlayTest, SpansOfASelectionFollowTheNearestCell) {
   log.CloseGaps();
   const MapCellRect one{10, 3, 10, 3};
   const std::vector<CellStretch> spans = CellSpans(log, LoadBasis::kMap, axes, one);
-  ASSERT_EQ(spans.size(), 2u);
-  EXPECT_DOUBLE_EQ(spans[0].first, 0.1);
-  EXPECT_DOUBLE_EQ(spans[0].second, 0.3);
-  EXPECT_DOUBLE_EQ(spans[1].first, 0.5);
-  EXPECT_DOUBLE_EQ(spans[1].second, 0.6);
+  EXPECT_EQ(spans, (std::vector<CellStretch>{{0.1, 0.3}, {0.5, 0.6}}));
   // A rectangle of four cells joins the first three stretches into one.
   const std::vector<CellStretch> wide = CellSpans(log, LoadBasis::kMap, axes, {9, 3, 10, 4});
   ASSERT_EQ(wide.size(), 1u);
@@ -167,12 +158,6 @@ TEST(HeatOverlayTest, CellsAreColouredOnlyWhereTheLogSaysSomething) {
   for (int i = 0; i < 5; ++i) layer = NextLayer(layer);
   EXPECT_EQ(layer, HeatLayer::kOff);
 }
-
-}  // namespace
-}  // namespace vela
-
-namespace vela {
-namespace {
 
 void ExpectSameSamples(const SampleLog& a, const SampleLog& b) {
   ASSERT_EQ(a.samples.size(), b.samples.size());

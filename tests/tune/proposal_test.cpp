@@ -44,36 +44,17 @@ TEST(CellShares, FourCellsShareEachPointAndAddUpToOne) {
   EXPECT_DOUBLE_EQ(own, 1.0);
 }
 
-class FuelProposalTest : public ::testing::Test {
- protected:
-  FuelProposalTest()
-      : image_(editor_testing::SoundImage()),
-        evidence_(FuelAxesOf(image_)),
-        targets_(FuelAxesOf(image_)) {
-    for (int row = 1; row <= kMapRows; ++row) {
-      for (int column = 1; column <= 9; ++column) image_.SetFuelMs(1, row, column, 5.0);
-    }
-  }
+using FuelProposalTest = tune_testing::FlatFuelTest;
 
-  void Evidence(int row, int column, double samples, double factor) {
-    tune_testing::SiteEvidence(evidence_, targets_, row, column, samples, factor);
-  }
-
-  double Ms(const CalibrationImage& image, int grid_row, int column) const {
-    return image.FuelMs(1, BlockRowOfGridRow(grid_row), column);
-  }
-
-  CalibrationImage image_;
-  CellGrid evidence_;
-  TargetTable targets_;
-};
-
-TEST_F(FuelProposalTest, ChangesOnlyCellsWithEnoughEvidenceWithinTheLimit) {
+TEST_F(FuelProposalTest, ChangesNothingWithoutAndOnlyCellsWithEnoughEvidenceWithinTheLimit) {
+  const FuelProposal none = Propose();
+  EXPECT_EQ(none.corrected.Bytes(), image_.Bytes());
+  EXPECT_TRUE(none.change.changed.empty());
   Evidence(5, 3, 120, 1.10);  // lean by 10 %
   Evidence(6, 3, 120, 1.40);  // lean by 40 %: held to 15 %
   Evidence(7, 3, 120, 0.50);  // rich by half: held to -15 %
   Evidence(8, 3, 10, 1.30);   // too little evidence
-  const FuelProposal proposal = ProposeFuel(image_, evidence_, targets_, ProposalSettings());
+  const FuelProposal proposal = Propose();
   EXPECT_DOUBLE_EQ(Ms(proposal.corrected, 5, 3), 5.5);
   EXPECT_DOUBLE_EQ(Ms(proposal.corrected, 6, 3), 5.75);
   EXPECT_DOUBLE_EQ(Ms(proposal.corrected, 7, 3), 4.25);
@@ -90,18 +71,12 @@ TEST_F(FuelProposalTest, ChangesOnlyCellsWithEnoughEvidenceWithinTheLimit) {
   }
 }
 
-TEST_F(FuelProposalTest, NoEvidenceChangesNothing) {
-  const FuelProposal proposal = ProposeFuel(image_, evidence_, targets_, ProposalSettings());
-  EXPECT_EQ(proposal.corrected.Bytes(), image_.Bytes());
-  EXPECT_TRUE(proposal.change.changed.empty());
-}
-
 TEST_F(FuelProposalTest, ASelectionTakesOnlyItsCellsAndTheDutyCapHolds) {
   Evidence(5, 3, 120, 1.10);
   Evidence(5, 4, 120, 1.10);
   Evidence(1, 9, 120, 1.15);  // top RPM row: its duty limit lies below 5.75 ms
   image_.SetFuelMs(1, BlockRowOfGridRow(1), 9, 8.0);
-  const FuelProposal proposal = ProposeFuel(image_, evidence_, targets_, ProposalSettings());
+  const FuelProposal proposal = Propose();
   const std::array<int, kMapRows> limits = FuelDutyLimits(image_);
   EXPECT_LE(proposal.corrected.Read16(proposal.corrected.FuelCellPosition(1, kMapRows, 9)),
             static_cast<std::uint32_t>(limits[kMapRows - 1]));

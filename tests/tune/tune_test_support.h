@@ -1,10 +1,14 @@
 // Synthetic samples for the correction's tests: a steady, warm engine at 60 frames a second,
-// changed stretch by stretch; and evidence laid on a cell by hand.
+// changed stretch by stretch; and a map to propose against, with evidence laid on a cell by hand.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <functional>
 
+#include "editors/editor_fakes.h"
 #include "tune/cell_evidence.h"
+#include "tune/fuel_proposal.h"
 #include "tune/log_samples.h"
 #include "tune/target/target_table.h"
 
@@ -39,17 +43,41 @@ inline void During(SampleLog& log, double from, double to,
   }
 }
 
-// Evidence at a cell of `samples` samples, every one on the site itself, asking for `factor`
-// times the fuel.
-inline void SiteEvidence(CellGrid& grid, const TargetTable& targets, int row, int column,
-                         double samples, double factor) {
-  CellEvidence& cell = grid.At(row, column);
-  cell.samples = samples;
-  cell.time_s = samples / 60.0;
-  cell.ratio_sum = samples * factor;
-  cell.share_products[4] = samples;
-  cell.ratio_products[4] = samples * factor;
-  cell.afr_sum = samples * factor * targets.At(row, column);
-}
+// The sound calibration with every fuel 1 cell at 5 ms, no evidence yet and the default targets.
+class FlatFuelTest : public ::testing::Test {
+ protected:
+  FlatFuelTest()
+      : image_(editor_testing::SoundImage()),
+        evidence_(FuelAxesOf(image_)),
+        targets_(FuelAxesOf(image_)) {
+    for (int row = 1; row <= kMapRows; ++row) {
+      for (int column = 1; column <= 9; ++column) image_.SetFuelMs(1, row, column, 5.0);
+    }
+  }
+
+  // Evidence at a cell of `samples` samples, every one on the site itself, asking for `factor`
+  // times the fuel.
+  void Evidence(int row, int column, double samples, double factor) {
+    CellEvidence& cell = evidence_.At(row, column);
+    cell.samples = samples;
+    cell.time_s = samples / 60.0;
+    cell.ratio_sum = samples * factor;
+    cell.share_products[4] = samples;
+    cell.ratio_products[4] = samples * factor;
+    cell.afr_sum = samples * factor * targets_.At(row, column);
+  }
+
+  FuelProposal Propose() const {
+    return ProposeFuel(image_, evidence_, targets_, ProposalSettings());
+  }
+
+  double Ms(const CalibrationImage& image, int grid_row, int column) const {
+    return image.FuelMs(1, BlockRowOfGridRow(grid_row), column);
+  }
+
+  CalibrationImage image_;
+  CellGrid evidence_;
+  TargetTable targets_;
+};
 
 }  // namespace vela::tune_testing

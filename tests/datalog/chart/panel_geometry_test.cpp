@@ -44,7 +44,7 @@ TEST(PanelGeometry, ValuesMapToHeightsBothWays) {
   EXPECT_DOUBLE_EQ(ValueAtY(panel, span, YOfValue(panel, span, 4321)), 4321);
 }
 
-TEST(PanelGeometry, RectZoomSetsTimeAndEveryChannelOfThePanel) {
+TEST(PanelGeometry, RectZoomSetsTimeAndEveryChannelWithinThePanelAndRefusesClicks) {
   const PixelRect panel{100, 50, 400, 200};  // 0.05 s a pixel over 0..20 s
   const TimeAxis axis{0.0, 20.0};
   const std::vector<ValueSpan> spans{{0, 200}, {10, 20}};
@@ -58,16 +58,11 @@ TEST(PanelGeometry, RectZoomSetsTimeAndEveryChannelOfThePanel) {
   EXPECT_DOUBLE_EQ(zoom->spans[0].high, 150.0);
   EXPECT_DOUBLE_EQ(zoom->spans[1].low, 15.0);
   EXPECT_DOUBLE_EQ(zoom->spans[1].high, 17.5);
-}
-
-TEST(PanelGeometry, RectZoomIsCutToThePanelAndRefusesClicks) {
-  const PixelRect panel{100, 50, 400, 200};
-  const TimeAxis axis{0.0, 20.0};
-  const std::vector<ValueSpan> spans{{0, 200}};
-  const auto zoom = ZoomToRect(panel, axis, spans, 0, 0, 200, 149);
-  ASSERT_TRUE(zoom);
-  EXPECT_DOUBLE_EQ(zoom->axis.min, 0.0);
-  EXPECT_DOUBLE_EQ(zoom->spans[0].high, 199.0);  // the top row, a pixel under the range
+  // Dragged from beside the panel: cut to it.
+  const auto cut = ZoomToRect(panel, axis, spans, 0, 0, 200, 149);
+  ASSERT_TRUE(cut);
+  EXPECT_DOUBLE_EQ(cut->axis.min, 0.0);
+  EXPECT_DOUBLE_EQ(cut->spans[0].high, 199.0);  // the top row, a pixel under the range
   EXPECT_FALSE(ZoomToRect(panel, axis, spans, 200, 100, 202, 180));  // too narrow
   EXPECT_FALSE(ZoomToRect(panel, axis, spans, 200, 100, 300, 102));  // too low
   EXPECT_FALSE(ZoomToRect(panel, axis, spans, 0, 0, 90, 40));        // beside the panel

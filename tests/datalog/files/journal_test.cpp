@@ -57,19 +57,6 @@ TEST(Journal, AfterACrashEveryFlushedRecordComesBackAndTheRestIsLost) {
   EXPECT_EQ(found->log.Series(7).points, 0u);
 }
 
-TEST(Journal, AJournalCutInsideABlockGivesBackTheWholeBlocksBeforeIt) {
-  Recording r;
-  for (int second = 0; second < 5; ++second) {
-    r.Records(60);
-    r.journal.Flush(r.log);
-  }
-  r.file.bytes.resize(r.file.bytes.size() - 100);
-  const std::optional<RecoveredLog> found = r.Recover();
-  ASSERT_TRUE(found);
-  EXPECT_EQ(found->log.RecordCount(), 240u);
-  EXPECT_TRUE(found->report.cut_short);
-}
-
 TEST(Journal, MarkersAndChannelChangesMadeWhileLoggingAreKept) {
   Recording r;
   r.Records(10);
@@ -82,11 +69,7 @@ TEST(Journal, MarkersAndChannelChangesMadeWhileLoggingAreKept) {
   r.journal.Flush(r.log);  // nothing new: nothing written twice
   const std::optional<RecoveredLog> found = r.Recover();
   ASSERT_TRUE(found);
-  ASSERT_EQ(found->log.Markers().size(), 2u);
-  EXPECT_EQ(found->log.Markers()[0], (LogMarker{1.0, "full throttle"}));
-  EXPECT_EQ(found->log.Markers()[1].text, "lift");
-  EXPECT_FALSE(found->log.Series(2).active);
-  EXPECT_TRUE(testing::SameRecords(found->log, r.log));
+  EXPECT_TRUE(testing::SameRecords(found->log, r.log));  // markers and series states included
 }
 
 TEST(Journal, AStoppedLogIsClosedWholeAndASavedOneLeavesNothing) {
@@ -155,24 +138,19 @@ TEST(Journal, AKillAtAnyMomentLosesAtMostHalfASecondAndAFrame) {
   EXPECT_GT(worst, kJournalFlushAgeSeconds - 1.0 / 60);
 }
 
-TEST(Journal, AJournalThatCannotBeMadeIsSaidSoAndWritesNothing) {
-  testing::MemoryJournalFile file;
-  file.fail_create = true;
-  DatalogJournal journal(file, kJournal);
-  DatalogLog log = testing::PatternLog(10);
-  EXPECT_FALSE(journal.Begin(log));
-  journal.Flush(log);
-  EXPECT_TRUE(file.bytes.empty());
-}
-
-// A write that does not reach the disk is no write: a journal whose first push fails is said to
-// be missing, and one whose push fails later writes nothing more.
+// A journal that cannot be made, or whose first push the disk refuses (full, or failing), is
+// said to be missing and writes nothing; one whose push fails later writes nothing more.
 TEST(Journal, AJournalTheDiskWillNotTakeIsSaidSoAndStopsWriting) {
-  testing::MemoryJournalFile file;
-  file.fail_sync = true;
-  DatalogJournal journal(file, kJournal);
-  DatalogLog log = testing::PatternLog(10);
-  EXPECT_FALSE(journal.Begin(log));
+  for (const bool at_create : {true, false}) {
+    testing::MemoryJournalFile file;
+    (at_create ? file.fail_create : file.fail_sync) = true;
+    DatalogJournal journal(file, kJournal);
+    DatalogLog log = testing::PatternLog(10);
+    EXPECT_FALSE(journal.Begin(log));
+    const std::size_t begun = file.bytes.size();
+    journal.Flush(log);
+    EXPECT_EQ(file.bytes.size(), begun);
+  }
 
   Recording r;
   r.Records(5);

@@ -82,7 +82,6 @@ TEST(LogExport, ASpansCsvHoldsTheRecordsWithinItWithTheWholeLogsColumnsAndItsMar
   EXPECT_EQ(std::count(rows.begin(), rows.end(), '\n'), 3);
   EXPECT_EQ(rows.rfind("1.200,", 0), 0u);
   EXPECT_NE(rows.find("\r\n1.400,"), std::string::npos);
-  EXPECT_EQ(rows.find("1.100,"), std::string::npos);
   EXPECT_NE(rows.find("in the span, before its first record"), std::string::npos);
   const std::size_t row_start = rows.find("1.300,");
   const std::string row_13 = rows.substr(row_start, rows.find("\r\n1.400,") + 2 - row_start);
