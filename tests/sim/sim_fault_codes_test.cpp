@@ -29,12 +29,6 @@ std::vector<fault_reply::Reply> FaultReplies(const std::vector<std::uint8_t>& ou
   return replies;
 }
 
-SimOptions WithFaults(std::vector<InjectedFault> faults) {
-  SimOptions options;
-  options.fault_codes = std::move(faults);
-  return options;
-}
-
 void AskForCodes(EcuSimulator& sim) {
   Send(sim, fault_reply::kRequestCommand, fault_reply::kRequestAddress, fault_reply::kRequestValue);
 }
@@ -58,7 +52,8 @@ TEST(SimFaultCodesTest, TheRevLimiterRecordsItsCode) {
 }
 
 TEST(SimFaultCodesTest, ASilentEcuLeavesFaultRequestsUnansweredButKeepsStreaming) {
-  SimOptions options = WithFaults({{8, 0}});
+  SimOptions options;
+  options.fault_codes = {{8, 0}};
   options.answer_fault_requests = false;
   EcuSimulator sim(options, EmbeddedBaseCalibration());
   RunUntil(sim, 500'000);
