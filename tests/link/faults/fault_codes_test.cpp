@@ -16,13 +16,7 @@ using fault_reply::Reply;
 
 TEST(FaultReplyLayout, HoldsMarkerCountCodesAndCheckAsHexDigits) {
   const std::string text = fault_reply::Encode({3, {139, 66, 1, 0}});
-  EXPECT_EQ(text,
-            "CODE03"
-            "8B"
-            "42"
-            "01"
-            "00"
-            "D1");  // 3 + 139 + 66 + 1 = 209 = 0xD1
+  EXPECT_EQ(text, "CODE038B420100D1");  // 3 + 139 + 66 + 1 = 209 = 0xD1
   EXPECT_EQ(text.size(), fault_reply::kLength);
   EXPECT_EQ(fault_reply::Decode(text), (Reply{3, {139, 66, 1, 0}}));
 }
