@@ -59,7 +59,6 @@ TEST(SetupFileTest, SavedLinesUseTheNumberAndTruthForms) {
 }
 
 TEST(SetupFileTest, FilePrintPutsTheSignInFrontAndOneBlankBehind) {
-  EXPECT_EQ(FilePrintNumber(4), " 4 ");
   EXPECT_EQ(FilePrintNumber(-3), "-3 ");
   EXPECT_EQ(FilePrintNumber(2.5), " 2.5 ");
 }
