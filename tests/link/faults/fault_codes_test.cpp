@@ -173,16 +173,6 @@ TEST(FaultWatchTest, AFrameTellsOfANewFaultWhenItsNewestCodeOrItsCountChanges) {
   EXPECT_EQ(watch.Seen(), (std::vector<SeenFault>{{66, 20, 2}, {3, 40, 2}}));
 }
 
-TEST(FaultWatchTest, AFaultHeldWhenTheFirstFrameArrivesIsNewToTheTuner) {
-  FaultWatch watch;
-  EXPECT_EQ(watch.ObserveFrame(4, 139, 5), 139);
-  EXPECT_EQ(watch.Unacknowledged(), 139);
-  watch.Acknowledge();
-  EXPECT_EQ(watch.Unacknowledged(), std::nullopt);
-  EXPECT_EQ(watch.ObserveFrame(4, 139, 6), std::nullopt);
-  EXPECT_EQ(watch.Unacknowledged(), std::nullopt);
-}
-
 TEST(FaultWatchTest, CodesReadFromTheEcuAddOnlyWhatWasNotSeen) {
   FaultWatch watch;
   watch.ObserveFrame(3, 66, 1);
