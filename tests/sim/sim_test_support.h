@@ -27,7 +27,6 @@ inline bool At(const std::vector<std::uint8_t>& s, std::size_t i, std::string_vi
 }
 
 struct Reply {
-  std::size_t offset = 0;  // where "ALL" starts in the stream
   std::size_t length = 0;  // bytes from "ALL" up to and including "DONE" (or to the next frame)
   bool has_done = false;
   std::vector<std::uint8_t> body;  // the bytes between "ALL" and "DONE"
@@ -64,7 +63,6 @@ inline Stream Split(const std::vector<std::uint8_t>& s) {
       i += live::kFrameLength;
     } else if (At(s, i, "ALL")) {
       Reply r;
-      r.offset = i;
       std::size_t j = i + 3;
       while (j < s.size() && !At(s, j, "DONE") && !At(s, j, "START")) ++j;
       r.has_done = At(s, j, "DONE");
