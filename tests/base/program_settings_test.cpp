@@ -48,13 +48,11 @@ TEST(SetupFileTest, SavedLinesUseTheNumberAndTruthForms) {
   s.port_index = 6;
   s.gpo_change_confirm = false;
   s.comms_packet_speed = 5;
-  s.afr_smoothing = 1;
   const auto lines = LinesOf(SetupFileText(s));
   ASSERT_EQ(lines.size(), 16u);
   EXPECT_EQ(lines[0], "Port = 7 ");
   EXPECT_EQ(lines[6], "Confirm GPO Change = False");
   EXPECT_EQ(lines[9], "Comms Multiply = 6");
-  EXPECT_EQ(lines[13], "AFR Smoothing = 1 ");
   EXPECT_EQ(lines[15], "Scale =  50 ");
 }
 

@@ -141,8 +141,6 @@ TEST_F(ProgramSetupTest, FirstRunSetupWritesConfigOnlyWhenThePortOpens) {
 TEST(ProgramFoldersTest, WindowsTreeIsFixedAtTheRootOfDriveC) {
   const ProgramFolders f = WindowsProgramFolders();
   EXPECT_EQ(f.maker, "C:\\MORVANE Programs Info\\");
-  EXPECT_EQ(f.program, "C:\\MORVANE Programs Info\\MORVANE VELA\\");
-  EXPECT_EQ(f.maps, "C:\\MORVANE Programs Info\\MORVANE VELA\\Maps\\");
   EXPECT_EQ(f.datalogs, "C:\\MORVANE Programs Info\\MORVANE VELA\\Datalogs\\");
   EXPECT_EQ(PortDeviceName(3, true), "COM3");
   EXPECT_EQ(PortDeviceName(1, false), "/dev/ttyUSB0");
