@@ -61,10 +61,8 @@ TEST(SetupFileTest, FilePrintPutsTheSignInFrontAndOneBlankBehind) {
   EXPECT_EQ(FilePrintNumber(2.5), " 2.5 ");
 }
 
+// Blanks around a number, a sign and an empty value: the read tests below.
 TEST(SetupFileTest, NumbersConvertOnlyWhenTheWholeTextIsANumber) {
-  EXPECT_EQ(ParseSetupNumber(" 4 "), 4.0);
-  EXPECT_EQ(ParseSetupNumber("-12"), -12.0);
-  EXPECT_FALSE(ParseSetupNumber(""));
   EXPECT_FALSE(ParseSetupNumber("= 0"));
   EXPECT_FALSE(ParseSetupNumber("4x"));
   EXPECT_FALSE(ParseSetupNumber("True"));
