@@ -78,7 +78,6 @@ TEST(DecimalSeparatorFrom, ReadsTheComputersTextOfOneThousandth) {
 }
 
 TEST(RawConversions, GoBackWithHalvesToEvenAndClampToTheByte) {
-  EXPECT_DOUBLE_EQ(IgnDegreesFromRaw(255), -28.5);
   EXPECT_DOUBLE_EQ(AirCompFromRaw(0), -12.8);
   EXPECT_EQ(RawFromAirComp(-12.8), 0);
   EXPECT_EQ(RawFromAirComp(12.7), 255);
@@ -90,8 +89,6 @@ TEST(RawConversions, GoBackWithHalvesToEvenAndClampToTheByte) {
   EXPECT_EQ(RawFromBattComp(2.005), 200);
   EXPECT_EQ(RawFromSensorFraction(1.0), 255);
   EXPECT_EQ(RawFromSensorFraction(3213.0 / 3773.0), 218);
-  EXPECT_EQ(RawFromFuelMs(0.0005), 0);
-  EXPECT_EQ(RawFromFuelMs(0.0015), 2);
 }
 
 // A falling (NTC) curve: 20 counts per 20 degrees, 200 at -20 down to 60 at 120.

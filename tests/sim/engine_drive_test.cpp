@@ -55,8 +55,8 @@ TEST(DriveCycleTest, TenMinutesVisitMostOfTheMapWithEveryKindOfMoment) {
   EXPECT_LE(map_high, 101.3);             // never above the air around it
 }
 
-// The log holds a record every 1.002 / 20 s and reads back whole; the same seed
-// gives the same file, another seed another.
+// The log reads back whole, a record a frame (their spacing: the tuning proof's delay fit); the
+// same seed gives the same file, another seed another.
 TEST(DriveLogTest, TheLogIsTheProgramsChartFileAndTheSeedFixesIt) {
   const CalibrationImage image = EmbeddedBaseCalibration();
   auto log_of = [&](std::uint64_t seed) {
@@ -72,7 +72,6 @@ TEST(DriveLogTest, TheLogIsTheProgramsChartFileAndTheSeedFixesIt) {
   DatalogLog log;
   ASSERT_TRUE(DecodeLogFile(file, log).Intact());
   ASSERT_EQ(log.RecordCount(), 60u * kDriveLogFramesPerSecond);
-  EXPECT_NEAR(log.Times()[1] - log.Times()[0], 1.002 / 20, 1e-9);
   EXPECT_NEAR(log.Arrivals().back(), 60.0, 1e-9);
 }
 
@@ -117,9 +116,7 @@ TEST(EngineCommandLineTest, ReadsFuelErrorsTheDriveAndTheTrueMap) {
   ASSERT_EQ(line->sim.fuel_errors.size(), 2u);
   EXPECT_EQ(line->sim.fuel_errors[1], (FuelError{-8, 1500, 3500, 20, 50}));
   EXPECT_EQ(line->drive_seconds, 600);
-  EXPECT_EQ(line->write_log_path, "d.sl1");
-  EXPECT_EQ(line->true_map_path, "t.sm1");
-  EXPECT_EQ(line->target_path, "t.csv");
+  EXPECT_EQ(line->write_log_path, "d.sl1");  // --true-map and --target: the target table test
   EXPECT_TRUE(line->Offline());
   for (std::string_view bad : {"12", "12@4000,60-100", "12@4000-3000,60-100", "12@0-9000,60-101",
                                "-95@0-9000,0-100", "x@0-9000,0-100", "12@0-9000,60-100,"}) {

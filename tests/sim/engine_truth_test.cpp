@@ -1,6 +1,7 @@
 // The simulated engine against its own truth: the true map fuels it to the target, and the
 // wideband shows a change only after the transport delay, then with its lag. That a fuel error
-// moves the mixture as the true map says is what the tuning proof rests on and checks.
+// moves the mixture as the true map says, and that the engine's readings lag by a delay falling
+// with flow, is what the tuning proof rests on and checks (it fits that delay from the log).
 #include <gtest/gtest.h>
 
 #include <array>
@@ -68,12 +69,6 @@ TEST(EngineTruthTest, TheTrueMapHoldsTheEngineAtItsTarget) {
   }
 }
 
-TEST(WidebandTest, TheDelayFallsWithFlow) {
-  EXPECT_GT(TransportDelayS(900, 30), 0.4);    // idle: the exhaust crawls
-  EXPECT_LT(TransportDelayS(6000, 100), 0.1);  // a pull
-  EXPECT_DOUBLE_EQ(TransportDelayS(0, 0), kDelayMaxS);
-}
-
 // A step of the mixture reaches the reading after the delay, then follows with the lag: 63 % of
 // the step one time constant later.
 TEST(WidebandTest, AStepShowsAfterTheDelayThenWithTheLag) {
@@ -95,31 +90,7 @@ TEST(WidebandTest, AStepShowsAfterTheDelayThenWithTheLag) {
   EXPECT_DOUBLE_EQ(reading, kSensorMaxLambda);
   for (int i = 0; i < 300; ++i) reading = sensor.Step(0.3, 2000, 50);
   EXPECT_DOUBLE_EQ(reading, kSensorMinLambda);
-}
-
-// More injector time written into the image makes the engine richer in the same step; the
-// wideband shows it once the delay has passed.
-TEST(WidebandTest, AnInjectionStepInTheEngineShowsInTheReadingAfterTheDelay) {
-  CalibrationImage image = EmbeddedBaseCalibration();
-  EngineModel engine(4);
-  SteadyCruise steady;
-  Drive(engine, image, 20'000, [](const EngineState&) {});
-  while (!steady(engine.State())) engine.Step(image);
-  const EngineState before = engine.State();
-  CalibrationImage richer = image;
-  for (int r = 1; r <= 11; ++r) {
-    for (int c = 1; c <= 17; ++c) richer.SetFuelMs(1, r, c, image.FuelMs(1, r, c) * 1.25);
-  }
-  engine.Step(richer);
-  EXPECT_LT(engine.State().exhaust_lambda, before.exhaust_lambda / 1.15);
-  const double delay = engine.State().delay_s;
-  double elapsed = 0.01;
-  for (; elapsed < delay - 0.02; elapsed += 0.01) {
-    engine.Step(richer);
-    EXPECT_NEAR(engine.State().lambda, before.lambda, 0.03) << elapsed;
-  }
-  for (int i = 0; i < 60; ++i) engine.Step(richer);
-  EXPECT_LT(engine.State().lambda, before.lambda / 1.15);
+  EXPECT_DOUBLE_EQ(TransportDelayS(0, 0), kDelayMaxS);  // no flow: the longest delay
 }
 
 }  // namespace

@@ -58,8 +58,6 @@ TEST(PtyRunnerTest, StreamsFramesAndSurvivesAReopenBehindItsLink) {
   InProcessSimulator sim;
   std::string error;
   ASSERT_TRUE(sim.Start(options, &error)) << error;
-  EXPECT_TRUE(sim.Running());
-  EXPECT_EQ(std::filesystem::read_symlink(link).string(), sim.SlavePath());
   EXPECT_FALSE(sim.Start(options, &error));
   int fd = OpenSlave(link.string());
   ASSERT_GE(fd, 0);

@@ -22,10 +22,7 @@ EcuSimulator MakeSim(const FaultOptions& faults) {
 void RequestUpload(EcuSimulator& sim) { Send(sim, 1, kUploadRequestAddress, kUploadRequestValue); }
 
 TEST(SimFaultsTest, StrayBytesGoBetweenFramesAndSpellNoMarker) {
-  FaultOptions faults;
-  faults.garbage_every = 1;
-  faults.garbage_max_bytes = 5;
-  EcuSimulator sim = MakeSim(faults);
+  EcuSimulator sim = MakeSim({.garbage_every = 1, .garbage_max_bytes = 5});
   const auto bytes = RunUntil(sim, 5'000'000);
   const auto stream = Split(bytes);
   EXPECT_EQ(stream.frames.size(), 49u);  // every frame arrives whole; the 50th is on its way
@@ -35,10 +32,7 @@ TEST(SimFaultsTest, StrayBytesGoBetweenFramesAndSpellNoMarker) {
 }
 
 TEST(SimFaultsTest, SmallChunksLeaveWithPausesAndStillMakeWholeFrames) {
-  FaultOptions faults;
-  faults.chunk_max_bytes = 3;
-  faults.chunk_gap_us = 2000;
-  EcuSimulator sim = MakeSim(faults);
+  EcuSimulator sim = MakeSim({.chunk_max_bytes = 3, .chunk_gap_us = 2000});
   std::vector<std::uint8_t> all;
   for (std::int64_t t = 1000; t <= 3'000'000; t += 1000) {
     const auto bytes = sim.Advance(t);
@@ -51,10 +45,7 @@ TEST(SimFaultsTest, SmallChunksLeaveWithPausesAndStillMakeWholeFrames) {
 }
 
 TEST(SimFaultsTest, SilenceSendsNothingAndLeavesUploadRequestsUnanswered) {
-  FaultOptions faults;
-  faults.silence_after_us = 1'000'000;
-  faults.silence_for_us = 2'000'000;
-  EcuSimulator sim = MakeSim(faults);
+  EcuSimulator sim = MakeSim({.silence_after_us = 1'000'000, .silence_for_us = 2'000'000});
   EXPECT_EQ(Split(RunUntil(sim, 1'000'000)).frames.size(), 9u);
   RunUntil(sim, 1'000'001);  // a frame cut off by the silence may end here
   EXPECT_TRUE(sim.Silent());
@@ -67,9 +58,7 @@ TEST(SimFaultsTest, SilenceSendsNothingAndLeavesUploadRequestsUnanswered) {
 }
 
 TEST(SimFaultsTest, CutReplyEndsEarlyWithoutDoneAndTheNextReplyIsWhole) {
-  FaultOptions faults;
-  faults.upload_cut_bytes = 600;
-  EcuSimulator sim = MakeSim(faults);
+  EcuSimulator sim = MakeSim({.upload_cut_bytes = 600});
   RequestUpload(sim);
   auto stream = Split(RunUntil(sim, 500'000));
   ASSERT_EQ(stream.replies.size(), 1u);
@@ -84,10 +73,7 @@ TEST(SimFaultsTest, CutReplyEndsEarlyWithoutDoneAndTheNextReplyIsWhole) {
 
 TEST(SimFaultsTest, DoneShiftMovesDoneAwayFromItsDistanceOf1026) {
   for (int shift : {-1, 2}) {
-    FaultOptions faults;
-    faults.done_shift = shift;
-    faults.faulty_uploads = 0;  // every reply
-    EcuSimulator sim = MakeSim(faults);
+    EcuSimulator sim = MakeSim({.done_shift = shift, .faulty_uploads = 0});  // every reply
     for (int i = 0; i < 2; ++i) {
       RequestUpload(sim);
       const auto stream = Split(RunUntil(sim, sim.NowUs() + 400'000));
@@ -99,10 +85,7 @@ TEST(SimFaultsTest, DoneShiftMovesDoneAwayFromItsDistanceOf1026) {
 }
 
 TEST(SimFaultsTest, BurstArrivesAllAtOnceAsWholeFrames) {
-  FaultOptions faults;
-  faults.burst_every_us = 1'000'000;
-  faults.burst_bytes = 500;
-  EcuSimulator sim = MakeSim(faults);
+  EcuSimulator sim = MakeSim({.burst_every_us = 1'000'000, .burst_bytes = 500});
   std::size_t largest = 0;
   std::vector<std::uint8_t> all;
   for (std::int64_t t = 1000; t <= 2'500'000; t += 1000) {

@@ -27,7 +27,6 @@ inline bool At(const std::vector<std::uint8_t>& s, std::size_t i, std::string_vi
 }
 
 struct Reply {
-  std::size_t offset = 0;  // where "ALL" starts in the stream
   std::size_t length = 0;  // bytes from "ALL" up to and including "DONE" (or to the next frame)
   bool has_done = false;
   std::vector<std::uint8_t> body;  // the bytes between "ALL" and "DONE"
@@ -37,7 +36,6 @@ struct Stream {
   std::vector<live::Frame> frames;
   std::vector<Reply> replies;
   std::size_t stray = 0;
-  std::size_t unfinished = 0;  // the start of a frame still on its way at the end
 };
 
 // True when `s` from `i` on is the beginning of a live frame that has not yet been sent whole.
@@ -53,10 +51,7 @@ inline bool UnfinishedFrame(const std::vector<std::uint8_t>& s, std::size_t i) {
 inline Stream Split(const std::vector<std::uint8_t>& s) {
   Stream out;
   for (std::size_t i = 0; i < s.size();) {
-    if (UnfinishedFrame(s, i)) {
-      out.unfinished = s.size() - i;
-      break;
-    }
+    if (UnfinishedFrame(s, i)) break;  // the start of a frame still on its way
     if (At(s, i, "START") && At(s, i + live::kStartToEnd, "END")) {
       live::Frame f;
       std::copy(s.begin() + i, s.begin() + i + live::kFrameLength, f.begin());
@@ -64,7 +59,6 @@ inline Stream Split(const std::vector<std::uint8_t>& s) {
       i += live::kFrameLength;
     } else if (At(s, i, "ALL")) {
       Reply r;
-      r.offset = i;
       std::size_t j = i + 3;
       while (j < s.size() && !At(s, j, "DONE") && !At(s, j, "START")) ++j;
       r.has_done = At(s, j, "DONE");

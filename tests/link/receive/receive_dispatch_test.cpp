@@ -8,15 +8,6 @@ namespace {
 
 using Periods = std::vector<std::uint32_t>;
 
-TEST(FrameSearch, TakesTheFrameAfterStrayCharactersAndEmptiesTheBuffer) {
-  ReceiveRig rig;
-  rig.Buffer() = "xS" + Frames(1, 20'000);
-  rig.Dispatch();
-  EXPECT_EQ(rig.periods, Periods{20'000});
-  EXPECT_EQ(rig.live.engine_rpm, 3000.0);
-  EXPECT_EQ(rig.Buffer(), "");
-}
-
 TEST(FrameSearch, ThirtySixDataBytesAreADamagedFrameDroppedOnlyBeyond20500) {
   ReceiveRig rig;
   rig.Buffer() = Frames(1, 7);
@@ -95,25 +86,14 @@ TEST(TimerCommProcess, RunsOneToSixDispatchesByDispatchPerTickWhileDataArrives) 
   EXPECT_EQ(rig.display.tick_count, 0);
 }
 
-TEST(TimerCommProcess, ReopensAClosedPortWithThePinkIndicator) {
-  ReceiveRig rig;
-  rig.dispatcher.SetPortNumber(4);
-  rig.port.open = false;
-  rig.dispatcher.TimerCommProcess();
-  EXPECT_EQ(rig.clock.events_run, 1);
-  EXPECT_EQ(rig.port.opened, std::vector<int>{4});
-  EXPECT_EQ(rig.display.receive_indicator.colour, kIndicatorPink);
-  rig.port.open = rig.port.opens_succeed = false;
-  rig.Buffer() = Frames(1);
-  rig.dispatcher.TimerCommProcess();
-  EXPECT_TRUE(rig.periods.empty());
-}
-
-// A port whose device is gone: the tick tries at once, then waits longer after each failure, up
-// to a second between tries; once the port is back it opens, and a later loss is tried at once.
+// A port whose device is gone: the tick tries at once (letting events run, the indicator pink,
+// nothing taken), then waits longer after each failure, up to a second between tries. That the
+// port opens once it is back, and a later loss is tried at once, the end-to-end link tests walk.
 TEST(TimerCommProcess, TriesAPortThatWillNotOpenLessAndLessOften) {
   ReceiveRig rig;
+  rig.dispatcher.SetPortNumber(4);
   rig.port.open = rig.port.opens_succeed = false;
+  rig.Buffer() = Frames(1);
   std::vector<std::int64_t> tries;
   for (rig.clock.now = 0; rig.clock.now <= 5000; rig.clock.now += 8) {
     const std::size_t before = rig.port.opened.size();
@@ -122,6 +102,10 @@ TEST(TimerCommProcess, TriesAPortThatWillNotOpenLessAndLessOften) {
   }
   ASSERT_GE(tries.size(), 6u);
   EXPECT_EQ(tries[0], 0);
+  EXPECT_EQ(rig.port.opened[0], 4);
+  EXPECT_EQ(rig.clock.events_run, static_cast<int>(tries.size()));
+  EXPECT_EQ(rig.display.receive_indicator.colour, kIndicatorPink);
+  EXPECT_TRUE(rig.periods.empty());
   for (std::size_t i = 1; i < tries.size(); ++i) {
     const std::int64_t wait = std::min<std::int64_t>(125 << (i - 1), 1000);
     EXPECT_GE(tries[i] - tries[i - 1], wait) << i;
@@ -129,16 +113,6 @@ TEST(TimerCommProcess, TriesAPortThatWillNotOpenLessAndLessOften) {
   }
   EXPECT_LE(tries.size(), 9u);  // instead of 626 tries, one a tick
   EXPECT_GT(rig.dispatcher.MsUntilReopen(), 0);
-
-  rig.port.opens_succeed = true;
-  rig.clock.now += rig.dispatcher.MsUntilReopen();
-  rig.dispatcher.TimerCommProcess();
-  EXPECT_TRUE(rig.port.open);
-  EXPECT_EQ(rig.dispatcher.MsUntilReopen(), 0);
-  rig.port.open = false;  // lost again: tried at the next tick
-  rig.clock.now += 8;
-  rig.dispatcher.TimerCommProcess();
-  EXPECT_TRUE(rig.port.open);
 }
 
 // The ticks rest between arrivals: once the dispatcher waits for data, a further tick would take

@@ -83,7 +83,7 @@ TEST_F(UploadTest, TakesACompleteBlockByteForByteAndStopsTheTimer) {
 
 // While held (a download runs, or the program is off-line) the ticks send nothing and the upload
 // goes on where it stood afterwards. A calibration from elsewhere ends it: a reply then on its
-// way is not taken (a lost link re-arms it: the supervision's tests).
+// way is not taken (a lost link re-arms it: the end-to-end link tests).
 TEST_F(UploadTest, HeldTicksSendNothingAndAnUploadEndedElsewhereTakesNoReply) {
   bool held = true;
   rig.upload.SetHeld([&] { return held; });
@@ -235,7 +235,8 @@ TEST(StrayMarkers, FramesWhoseDataSpellAllAreTakenAndTheUploadGoesOn) {
 
 // An "ALL" that is no frame's data (here a frame whose start was lost) may begin a reply, so the
 // frames behind it wait; once a whole reply could have arrived (kReplyTimeMs) it is given up
-// with what came in that time, the frames after it are taken and the requests go on.
+// with what came in that time, the frames after it are taken and the requests go on. (A real
+// reply arriving in pieces at the line's speed is taken: the end-to-end link tests.)
 TEST(StrayMarkers, AStartNoReplyFollowsIsGivenUpInTheReplysTime) {
   ReceiveRig rig;
   rig.upload.UploadTimer();  // the link preparation
@@ -258,20 +259,6 @@ TEST(StrayMarkers, AStartNoReplyFollowsIsGivenUpInTheReplysTime) {
   EXPECT_FALSE(rig.upload.UploadStarted());
   EXPECT_EQ(rig.periods, std::vector<std::uint32_t>{200});
   EXPECT_EQ(rig.display.status, (LabelLook{"ERR", kLabelRed}));
-}
-
-// A whole reply takes 90 ms on the wire: arriving in pieces over that time, it is taken.
-TEST(StrayMarkers, AReplyArrivingAtTheLinesSpeedIsNeverGivenUp) {
-  UploadRig rig;
-  const std::string reply = "ALL" + Block() + "DONE";
-  constexpr std::size_t kPiece = 64;  // 5.6 ms on the wire
-  for (std::size_t at = 0; at < reply.size(); at += kPiece) {
-    rig.Receive(reply.substr(at, kPiece));
-    rig.dispatcher.TimerCommProcess();
-    rig.clock.now += 9;
-  }
-  EXPECT_GT(rig.clock.now, CalibrationUpload::kReplyWireMs);
-  EXPECT_EQ(rig.blocks.size(), 1u);
 }
 
 // Inside the block: "DONE", a whole live frame saying the ECU holds fault 37, and a fault code
