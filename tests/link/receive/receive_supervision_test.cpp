@@ -1,5 +1,4 @@
-// `CommsTimer`: the caption and the reset on a lost link. That a lost link re-arms the upload,
-// so that an ECU coming back is read again, the end-to-end link tests walk.
+// `CommsTimer`: the caption, the reset on a lost link and the re-armed upload.
 #include <gtest/gtest.h>
 
 #include "support/receive_rig.h"
@@ -61,6 +60,26 @@ TEST_F(SupervisionTest, LabelsShowTheWatchdogCountAndRecentSendAborts) {
     rig.supervisor.CommsTimer();
     EXPECT_EQ(rig.display.status.text, kept);
   }
+}
+
+TEST_F(SupervisionTest, AReconnectionReArmsTheUploadSoAPowerCycledEcuIsReadAgain) {
+  std::vector<std::uint8_t> first_bytes;
+  rig.upload.SetCallbacks(
+      {[&](const CalibrationImage& i) { first_bytes.push_back(i.Byte(1)); }, nullptr});
+  rig.upload.EnableTimer();
+  for (std::uint8_t fill : {0x11, 0x22}) {
+    rig.Receive("x");
+    rig.supervisor.CommsTimer();
+    rig.upload.UploadTimer();  // prepares the link
+    EXPECT_EQ(rig.upload.UploadStep(), 2);
+    rig.Buffer() = "ALL" + std::string(kImageLength, static_cast<char>(fill)) + "DONE";
+    rig.Dispatch();
+    EXPECT_FALSE(rig.upload.TimerEnabled());
+    for (int tick = 0; tick <= kDefaultRxLevel; ++tick) rig.supervisor.CommsTimer();  // lost
+    EXPECT_TRUE(rig.upload.TimerEnabled());
+    EXPECT_EQ(rig.upload.UploadStep(), 0);
+  }
+  EXPECT_EQ(first_bytes, (std::vector<std::uint8_t>{0x11, 0x22}));
 }
 
 }  // namespace

@@ -83,7 +83,7 @@ TEST_F(UploadTest, TakesACompleteBlockByteForByteAndStopsTheTimer) {
 
 // While held (a download runs, or the program is off-line) the ticks send nothing and the upload
 // goes on where it stood afterwards. A calibration from elsewhere ends it: a reply then on its
-// way is not taken (a lost link re-arms it: the end-to-end link tests).
+// way is not taken (a lost link re-arms it: the supervision's tests).
 TEST_F(UploadTest, HeldTicksSendNothingAndAnUploadEndedElsewhereTakesNoReply) {
   bool held = true;
   rig.upload.SetHeld([&] { return held; });
