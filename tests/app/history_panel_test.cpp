@@ -1,13 +1,11 @@
-// The edit history against the simulated ECU, from the keyboard: Ctrl-Z after a set-up change
-// puts the old byte back on the ECU; Ctrl-J opens the history panel, whose "Return to here" puts
-// several changes back in one step; a restore point restores one map; and after a session that
-// ended without closing, the next start offers its calibration and history back.
+// The edit history against the simulated ECU, from the keyboard: Ctrl-J opens the history
+// panel, whose "Return to here" puts several changes back in one step; a restore point restores one
+// map; and after a session that ended without closing, the next start offers its calibration and
+// history back.
 #include "app/history/history_panel.h"
 
-#include <QCheckBox>
 #include <QDir>
 #include <QFile>
-#include <QPainter>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -24,8 +22,6 @@ using namespace vela;
 
 // The file's own namespace: the test programs are compiled several files at a time.
 namespace history_panel_test {
-
-constexpr int kTriggerFlagByte = 903;
 
 class HistoryPanelTest : public QObject {
   Q_OBJECT
@@ -89,43 +85,13 @@ class HistoryPanelTest : public QObject {
     return std::any_of(shown.begin(), shown.end(),
                        [](const auto& m) { return m.title == "Edit History"; });
   }
-  // The main window with the panel drawn where it stands on the screen.
-  void SaveShot(HistoryPanel* panel, const QString& name) {
-    const QString keep = qEnvironmentVariable("VELA_SHOTS");
-    if (keep.isEmpty()) return;
-    QPixmap screen = p_->window().grab();
-    QPainter painter(&screen);
-    painter.drawPixmap(panel->frameGeometry().topLeft() - p_->window().geometry().topLeft(),
-                       panel->grab());
-    painter.end();
-    screen.save(keep + "/" + name + ".png");
-  }
-
  private slots:
   void cleanup() { p_.reset(); }
 
-  // Ctrl-Z undoes a set-up change; Ctrl-J opens the panel on its own; Enter on an earlier row
-  // undoes every change after it in one step, on the ECU too; Enter on a later (greyed) row
-  // redoes them.
+  // Ctrl-J opens the panel on its own; Enter on an earlier row undoes every change after it in
+  // one step, on the ECU too; Enter on a later (greyed) row redoes them.
   void returnToHereInThePanelPutsSeveralChangesBackInOneStep() {
     QVERIFY(Start(QSize(1280, 720)));
-    // A tick box on Main Setup changed by keyboard, then Ctrl-Z: the old byte goes back to the
-    // ECU, and the page shows it again (a set-up undo's exact frames: CompensationOperationsTest).
-    const std::uint8_t before = p_->editors().image().Byte(kTriggerFlagByte);
-    QVERIFY(p_->Press(Qt::Key_M));
-    auto* flag = p_->Find<QCheckBox>("TriggerSensorFlag");
-    const bool was_checked = flag->isChecked();
-    flag->setFocus();
-    QTest::keyClick(flag, Qt::Key_Space);
-    QVERIFY(EcuInStep());
-    QVERIFY(p_->editors().image().Byte(kTriggerFlagByte) != before);
-    QTest::keyClick(&p_->window(), Qt::Key_Z, Qt::ControlModifier);
-    QVERIFY(EcuInStep());
-    QCOMPARE(p_->editors().image().Byte(kTriggerFlagByte), before);
-    QCOMPARE(flag->isChecked(), was_checked);
-
-    // Then several map cells, put back in one step from the panel.
-    p_->window().tabs()->setCurrentIndex(0);
     StepUp(5, 3);
     QVERIFY(EcuInStep());
     const CalibrationImage after_first = p_->editors().image();
@@ -141,7 +107,6 @@ class HistoryPanelTest : public QObject {
     QVERIFY(panel != nullptr);
     QVERIFY(!panel->isModal());
     QCOMPARE(panel->model()->rowCount(), static_cast<int>(all) + 1);
-    SaveShot(panel, "history-panel-1280x720");
 
     const std::size_t mark = wire_.Mark();
     for (int i = 0; i < 3; ++i) QTest::keyClick(panel->changes(), Qt::Key_Up);
@@ -163,7 +128,7 @@ class HistoryPanelTest : public QObject {
     p_->window().resize(1024, 600);
     panel->move(p_->window().geometry().topLeft() + QPoint(60, 60));
     QTest::qWait(100);
-    SaveShot(panel, "history-panel-1024x600");
+    testing::KeepShot(panel, "history-panel");
     QVERIFY(p_->window().frameGeometry().contains(panel->frameGeometry()));
   }
 
@@ -193,7 +158,7 @@ class HistoryPanelTest : public QObject {
     QCOMPARE(list->item(0, 1)->text(), QString("Taken on request"));
     QCOMPARE(panel->findChild<QLabel*>("HistoryPanelNote")->text(),
              QString("Restore point taken."));
-    SaveShot(panel, "restore-points-1024x600");
+    testing::KeepShot(panel, "restore-points");
 
     list->setFocus();
     QTest::keyClick(list, Qt::Key_Down);  // the point of the calibration read
@@ -207,9 +172,6 @@ class HistoryPanelTest : public QObject {
     // (Which bytes a map's restore takes: RestoreWritesTest.)
     QVERIFY(p_->editors().image().ReadFuelMap(1) == read.ReadFuelMap(1));
     QVERIFY(p_->editors().image().ReadIgnMap() == edited.ReadIgnMap());
-    p_->window().resize(1280, 720);
-    QTest::qWait(100);
-    SaveShot(panel, "restore-points-1280x720");
   }
 
   // Edits, then the session ends without its end record (as a crash leaves it): the next start

@@ -202,8 +202,13 @@ class SetupPagesRoadTest : public QObject {
     // button; on a map page Space still never reaches the grid.
     tabs->setCurrentIndex(6);
     auto* flag = p.Find<QCheckBox>("TriggerSensorFlag");
+    const int flag_byte = p.editors().image().Byte(903);
     ExpectWrites("Space on a tick box", [&] { KeyOn(flag, Qt::Key_Space); }, {{4, 903, 0x81}});
     QVERIFY(flag->isChecked());
+    // Ctrl-Z puts the old byte back on the ECU, and the page shows it again.
+    ExpectWrites("Ctrl-Z", [&] { QTest::keyClick(&p.window(), Qt::Key_Z, Qt::ControlModifier); },
+                 {{4, 903, flag_byte}});
+    QVERIFY(!flag->isChecked());
     // Tab from the trigger pattern list lands on the sensor group's chosen button, "Magnetic".
     p.Find<QComboBox>("ComboTrigger")->setFocus();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
