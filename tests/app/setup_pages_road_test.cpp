@@ -292,10 +292,6 @@ class SetupPagesRoadTest : public QObject {
     QTRY_COMPARE(fuel_mode->styleSheet(), own_style);
     QTest::mouseClick(fuel_mode, Qt::LeftButton);
     QVERIFY(box->toPlainText().startsWith(" Fuel Mode:"));
-    tabs->setCurrentIndex(3);
-    QTest::mouseClick(p.Find<QLabel>(QString("Label%1").arg(help_label::kFaultsFirst + 5)),
-                      Qt::LeftButton);
-    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
     tabs->setCurrentIndex(5);
     QVERIFY(!box->isVisible());
     // Off: no highlight and no text; the box keeps what it had.
@@ -303,7 +299,7 @@ class SetupPagesRoadTest : public QObject {
     p.Find<QRadioButton>("InstantHelp1")->click();
     QVERIFY(!box->isVisible());
     QTest::mouseClick(p.Find<QLabel>("Label100"), Qt::LeftButton);
-    QVERIFY(box->toPlainText().startsWith(" Eratic/Noisy RPM Signal:"));
+    QVERIFY(box->toPlainText().startsWith(" Fuel Mode:"));
   }
 
   // The set-up pages never scroll sideways, in a 1280-wide window or at 1024 x 600, whether the
