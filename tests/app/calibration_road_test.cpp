@@ -1,6 +1,7 @@
 // The road of a calibration against the simulated ECU over a pseudo-terminal: upload into the
 // grids, the map saved, the ECU changed behind the program's back, the map loaded and
-// downloaded; maps that are none, a download cut short, an ECU away and back or swapped.
+// downloaded, and the Data Page's values; maps that are none, a download cut short, an ECU away
+// and back or swapped.
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QFile>
@@ -62,6 +63,7 @@ class CalibrationRoadTest : public QObject {
     auto frames = std::make_shared<std::atomic<int>>(0);
     testing::RunningOptions options;
     options.log = [frames](const std::string&) { ++*frames; };
+    options.ecu.sim.steady_after_us = 2'000'000;
     testing::RunningProgram p(options);
     QVERIFY2(p.started, p.error.c_str());
     // The upload ends by asking the ECU for the rate chosen in the settings (20 a second).
@@ -129,6 +131,26 @@ class CalibrationRoadTest : public QObject {
     QVERIFY(uploaded.FirmwareVersion() != 0);
     QCOMPARE(static_cast<int>(downloaded[908]), static_cast<int>(uploaded.FirmwareVersion()));
     QCOMPARE(editors.state().version.FirmwareVersion, uploaded.FirmwareVersion());
+
+    // The engine holds still, so every frame carries the same values: the Data Page shows what
+    // the ECU put in them, each at the scale of its field, and the AFR as the map page does:
+    // lambda, with two decimals, on the map page in front (only the page in front redraws).
+    program.window->findChild<QComboBox*>("ComboAFRMode")->setCurrentIndex(kAfrModeLambda);
+    QTest::qWait(2500);
+    const QString afr = program.window->findChild<MapReadout*>("FuelMap1A")->Value(Readout::kAfr);
+    QVERIFY2(QRegularExpression("^\\d\\.\\d\\d$").match(afr).hasMatch(), qPrintable(afr));
+    program.window->tabs()->setCurrentIndex(9);
+    const sim::EngineState engine = ecu.EngineSnapshot();
+    const auto text = [&](const char* name) {
+      auto* value = program.window->findChild<LiveValue*>(name);
+      return value ? value->text() : QString("(no %1)").arg(name);
+    };
+    QTRY_COMPARE(text("DataAFR"), afr);
+    // Two fields (every field's place and scale: the frame handler's own tests).
+    const double period = std::round(60'000'000.0 / engine.rpm);
+    QCOMPARE(text("DataRPM"), QString::number(std::round(60'000'000.0 / period), 'f', 0));
+    QCOMPARE(text("DataMAP"), QString::number(std::round(engine.map_kpa * 10) / 10, 'f', 1));
+    testing::KeepShot(program.window.get(), "data-page");
   }
 
   // An ECU newer than the program brings up the "PC Software Update" note. While it is open the
@@ -181,34 +203,6 @@ class CalibrationRoadTest : public QObject {
     QVERIFY(fuel->Model().ToMapValues() == second.ReadFuelMap(1));
     // The new ECU streams at the tuner's rate again: its upload ended with the rate command.
     QTRY_COMPARE_WITH_TIMEOUT(program.link.live().frames_per_second, 20, 3000);
-  }
-
-  // The engine holds still, so every frame carries the same values: the Data Page shows what the
-  // simulated ECU put in them, each at the scale of its field, and the AFR as the map page does.
-  void theDataPageShowsWhatTheEcuPutInItsFrames() {
-    testing::RunningOptions options;
-    options.ecu.sim.steady_after_us = 2'000'000;
-    testing::RunningProgram p(options);
-    QVERIFY2(p.started && p.Show(), p.error.c_str());
-    testing::TestProgram& program = *p.program;
-    QTRY_VERIFY_WITH_TIMEOUT(p.editors().has_calibration(), 10000);
-    // Lambda, with two decimals, on the map page in front (only the page in front redraws).
-    program.window->findChild<QComboBox*>("ComboAFRMode")->setCurrentIndex(kAfrModeLambda);
-    QTest::qWait(2500);
-    const QString afr = program.window->findChild<MapReadout*>("FuelMap1A")->Value(Readout::kAfr);
-    QVERIFY2(QRegularExpression("^\\d\\.\\d\\d$").match(afr).hasMatch(), qPrintable(afr));
-    program.window->tabs()->setCurrentIndex(9);
-    const sim::EngineState engine = p.ecu->EngineSnapshot();
-    const auto text = [&](const char* name) {
-      auto* value = program.window->findChild<LiveValue*>(name);
-      return value ? value->text() : QString("(no %1)").arg(name);
-    };
-    QTRY_COMPARE(text("DataAFR"), afr);
-    // Two fields (every field's place and scale: the frame handler's own tests).
-    const double period = std::round(60'000'000.0 / engine.rpm);
-    QCOMPARE(text("DataRPM"), QString::number(std::round(60'000'000.0 / period), 'f', 0));
-    QCOMPARE(text("DataMAP"), QString::number(std::round(engine.map_kpa * 10) / 10, 'f', 1));
-    testing::KeepShot(program.window.get(), "data-page");
   }
 
   // Closing the ECU's terminal halfway through a download: the program says the download did not
