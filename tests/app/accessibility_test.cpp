@@ -55,11 +55,7 @@ struct ToolListening {
   QAccessible::UpdateHandler previous;
 };
 
-QString ValueOf(QObject* object) {
-  QAccessibleInterface* iface = QAccessible::queryAccessibleInterface(object);
-  return iface ? iface->text(QAccessible::Value) : QString("(no interface)");
-}
-
+using testing::AccessibleText;
 using testing::ShownProgram;
 
 class AccessibilityTest : public QObject {
@@ -119,7 +115,7 @@ class AccessibilityTest : public QObject {
     page.Show(live, 0, false, false);
     interval_ends();
     QCOMPARE(Heard().size(), std::size_t{12});
-    QCOMPARE(ValueOf(page.findChild<LiveValue*>("DataAFR")), QString("--"));
+    QCOMPARE(AccessibleText(page.findChild<LiveValue*>("DataAFR"), QAccessible::Value), "--");
   }
 
   void eachPageReadsWhatItShows() {
@@ -133,8 +129,7 @@ class AccessibilityTest : public QObject {
     for (const char* name : {"LinkState", "LiveTuneState", "FramesPerSecond", "MapInUse"}) {
       auto* label = p.window().status_strip().findChild<QLabel*>(name);
       QVERIFY2(label != nullptr, name);
-      QCOMPARE(QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name),
-               label->text());
+      QCOMPARE(AccessibleText(label, QAccessible::Name), label->text());
     }
     QAccessibleInterface* whole = QAccessible::queryAccessibleInterface(readout);
     QCOMPARE(whole->text(QAccessible::Name), QString("Fuel 1 live values"));
@@ -187,10 +182,8 @@ class AccessibilityTest : public QObject {
       QCOMPARE(text->text(0, text->characterCount()), value->text());
     }
     auto* rpm = page->findChild<LiveValue*>("DataRPM");
-    QCOMPARE(QAccessible::queryAccessibleInterface(rpm)->text(QAccessible::Name),
-             QString("Engine Speed"));
-    QCOMPARE(QAccessible::queryAccessibleInterface(rpm)->text(QAccessible::Description),
-             QString("RPM"));
+    QCOMPARE(AccessibleText(rpm, QAccessible::Name), "Engine Speed");
+    QCOMPARE(AccessibleText(rpm, QAccessible::Description), "RPM");
 
     // While the engine runs, each change is heard once, with the text painted at that moment.
     Heard().clear();

@@ -60,8 +60,7 @@ class DatalogChartTest : public QObject {
   }
 
   static QString ChartValue(QWidget* chart) {
-    QAccessibleInterface* face = QAccessible::queryAccessibleInterface(chart);
-    return face ? face->text(QAccessible::Value) : QString();
+    return testing::AccessibleText(chart, QAccessible::Value);
   }
 
   static const PlannedLine* LineNamed(const ChartPlan& plan, const std::string& name) {

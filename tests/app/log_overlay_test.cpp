@@ -75,8 +75,7 @@ class LogOverlayTest : public QObject {
   }
 
   QString Description(QWidget* widget) {
-    QAccessibleInterface* face = QAccessible::queryAccessibleInterface(widget);
-    return face ? face->text(QAccessible::Description) : QString();
+    return testing::AccessibleText(widget, QAccessible::Description);
   }
 
   QString CellDescription(MapGrid* grid, MapCell cell) {

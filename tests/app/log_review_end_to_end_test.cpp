@@ -38,10 +38,7 @@ namespace log_review_end_to_end_test {
 
 constexpr int kMathRow = kChannelCount + 2;  // the read-out's first math channel row
 
-QString Accessible(QObject* object, QAccessible::Text text) {
-  QAccessibleInterface* face = QAccessible::queryAccessibleInterface(object);
-  return face ? face->text(text) : QString();
-}
+using testing::AccessibleText;
 
 class LogReviewEndToEndTest : public QObject {
   Q_OBJECT
@@ -224,7 +221,7 @@ class LogReviewEndToEndTest : public QObject {
     auto* view = p_->window().findChild<DistributionView*>("DatalogDistribution");
     QVERIFY(view && view->isVisible());
     QVERIFY(QTest::qWaitForWindowExposed(view));
-    QCOMPARE(Accessible(view->plot(), QAccessible::Name),
+    QCOMPARE(AccessibleText(view->plot(), QAccessible::Name),
              QString("Scatter of AFR against RPM coloured by MAP"));
     auto* span = view->findChild<QComboBox*>("DistributionSpan");
     span->setFocus();
@@ -234,9 +231,9 @@ class LogReviewEndToEndTest : public QObject {
     QVERIFY(records.end > records.begin);
     QVERIFY(records.end - records.begin < times.size() / 2);
     QVERIFY(times[records.begin] >= a - 0.06 && times[records.end - 1] <= b + 0.06);
-    QVERIFY2(Accessible(view->plot(), QAccessible::Value)
+    QVERIFY2(AccessibleText(view->plot(), QAccessible::Value)
                  .startsWith(QString("%1 records drawn").arg(records.end - records.begin)),
-             qPrintable(Accessible(view->plot(), QAccessible::Value)));
+             qPrintable(AccessibleText(view->plot(), QAccessible::Value)));
     testing::KeepShots(view, "review-scatter");
     // A click puts cursor A on the record nearest to it, of the records and grid as drawn when
     // clicked (cursor A then changes the span).
@@ -252,7 +249,7 @@ class LogReviewEndToEndTest : public QObject {
     auto* mode = view->findChild<QComboBox*>("DistributionMode");
     mode->setFocus();
     QTest::keyClick(mode, Qt::Key_Down);  // Plot: Histogram
-    QCOMPARE(Accessible(view->plot(), QAccessible::Name), QString("Histogram of RPM"));
+    QCOMPARE(AccessibleText(view->plot(), QAccessible::Name), QString("Histogram of RPM"));
     QTest::keyClick(mode, Qt::Key_Escape);
     QVERIFY(!view->isVisible());
   }

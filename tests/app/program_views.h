@@ -2,6 +2,7 @@
 // Qt Test, which the benchmarks sharing the program fixture do not link).
 #pragma once
 
+#include <QAccessible>
 #include <QSize>
 #include <QString>
 #include <QWidget>
@@ -10,6 +11,12 @@
 #include "program_fixture.h"
 
 namespace vela::testing {
+
+// What accessibility tools read of `object` as `text` (empty when it has no interface).
+inline QString AccessibleText(QObject* object, QAccessible::Text text) {
+  QAccessibleInterface* face = QAccessible::queryAccessibleInterface(object);
+  return face ? face->text(text) : QString();
+}
 
 // Loads and shows the window at `size`, active.
 inline bool ShowActive(TestProgram& program, QSize size = {1280, 720}) {
