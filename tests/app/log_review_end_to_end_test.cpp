@@ -118,10 +118,9 @@ class LogReviewEndToEndTest : public QObject {
     const double b = *Chart()->CursorB();
     QVERIFY(std::abs(a - (a_start - 10.0)) < 0.1);
     QVERIFY(b - a > 14.0 && b - a < 16.0);
-    Typed('Z');
-    const double room = (b - a) * kCursorSpanRoomShare;
-    QVERIFY(std::abs(Page().log().axis.min - (a - room)) < 1e-6);
-    QVERIFY(std::abs(Page().log().axis.max - (b + room)) < 1e-6);
+    Typed('Z');  // the room left beside the span: the chart keys' own tests
+    const TimeAxis& view = Page().log().axis;
+    QVERIFY(view.min < a && view.max > b && view.max - view.min < 1.5 * (b - a));
 
     AddMathChannelByKeys();
     ScatterAndHistogramByKeys(a, b);
