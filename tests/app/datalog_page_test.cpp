@@ -115,7 +115,6 @@ class DatalogPageTest : public QObject {
     page.Command6(0);
     QCOMPARE(page.log().RecordCount(), std::size_t{1});
     QCOMPARE(page.log().Series(0).points, std::size_t{1});
-    QCOMPARE(page.log().Series(1).points, std::size_t{1});
     QCOMPARE(page.log().Series(2).points, std::size_t{0});
     QVERIFY(!page.log().Series(2).active);
 

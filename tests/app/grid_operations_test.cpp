@@ -87,7 +87,6 @@ class GridOperationsTest : public QObject {
     QVERIFY(!keystrokes->isAncestorOf(keys));
     QVERIFY(rig_.p->Press(Qt::Key_H));
     testing::KeepShot(&rig_.p->window(), "help-keys", {1024, 600});
-    QCOMPARE(keystrokes->rowCount(), 23);
     QStringList listed;
     for (int row = 0; row < keys->rowCount(); ++row) listed << keys->item(row, 0)->text();
     // The table's ends and a plain chord (the rows come from the workbench's own key table).

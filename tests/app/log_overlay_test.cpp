@@ -170,7 +170,6 @@ class LogOverlayTest : public QObject {
     const MapCell named = NamedCell();
     QVERIFY(named.row > 0);
     QCOMPARE(Outlined(Grid(0)), std::optional<MapCell>(named));
-    QCOMPARE(Outlined(Grid(1)), std::optional<MapCell>(named));
     QVERIFY(Outlined(Grid(2)).has_value());
 
     p_->window().tabs()->setCurrentIndex(kPageFuelMap1);

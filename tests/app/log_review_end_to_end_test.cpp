@@ -283,7 +283,6 @@ class LogReviewEndToEndTest : public QObject {
              QString::fromStdString(FixedText(*mine - *theirs, decimals)));
     // The math channel over the second drive: AFR Dev's difference is the AFR's over ten.
     QCOMPARE(Cell(kMathRow + 2, 5), QString::fromStdString(FixedText((*mine - *theirs) / 10, 3)));
-    QVERIFY(Cell(kMathRow + 2, 4) != "-");
     // The second log's own value in its column.
     QCOMPARE(Cell(2 + kChannelAfr, 4), QString::fromStdString(FixedText(*theirs, decimals)));
 

@@ -112,7 +112,6 @@ class TargetPanelTest : public QObject {
              qPrintable(panel->operation_line()->preview()->text()));
     testing::KeepShots(panel, "target-panel");
     Key(Qt::Key_Return);
-    QCOMPARE(QApplication::focusWidget(), grid);
     std::optional<TargetTable> disk = OnDisk();
     QVERIFY(disk.has_value());
     for (int column = 1; column <= 3; ++column) QCOMPARE(disk->At(1, column), 13.5);
