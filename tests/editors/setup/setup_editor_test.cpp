@@ -282,7 +282,6 @@ TEST_F(SetupEditorTest, ANewMapSensorTypeStartsAtFullScaleAndTheScalingFollowsIt
   EXPECT_EQ(image.Byte(956), 240);
   editor.Choose(SetupChoice::kMapScale, 8);
   EXPECT_EQ(image.Byte(956), 128);
-  EXPECT_EQ(MapSensorSpanBar(4, 8), 2.0);
   editor.Choose(SetupChoice::kMapSensorType, 2);
   EXPECT_EQ(image.Byte(956), 64);
   EXPECT_EQ(state.sensors.map_scale_entry, 0);
@@ -344,7 +343,6 @@ TEST(MapSensor, EveryTypeOffersAsManyScalingsAsItHasCodesEachWithItsSpan) {
     EXPECT_FALSE(MapScaleCodeOfEntry(type, static_cast<int>(texts.size()))) << type;
   }
   EXPECT_EQ(MapSensorSpanBar(3, 0), 3.04);
-  EXPECT_EQ(MapSensorSpanBar(4, 11), 1.031);
   EXPECT_FALSE(MapSensorSpanBar(2, 4));
 }
 
