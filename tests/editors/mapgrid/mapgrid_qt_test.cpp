@@ -12,32 +12,16 @@
 #include "support/gui_test_main.h"
 
 namespace vela {
-namespace mapgrid_qt_test {
-
-// A fuel map rising with load and falling with RPM row: lowest at the bottom left.
-void PutFuelMap(MapGrid& grid) {
-  grid.SetUp(QStringLiteral("Fuel 1"), 9);
-  MapValues values(9);
-  for (int row = 1; row <= kMapRows; ++row) {
-    for (int column = 1; column <= 9; ++column) values.Set(row, column, column + kMapRows - row);
-  }
-  grid.LoadValues(values);
-}
-
-}  // namespace mapgrid_qt_test
-
-using namespace mapgrid_qt_test;
 
 class MapGridQtTest : public QObject {
   Q_OBJECT
 
  private slots:
   void KeysActOnEveryCellOfAMouseSelection();
-  void TheLiveValueGoesIntoTheCellClickedLast();
+  void AFuelGridIsColouredByValueAndTakesTheLiveValueWhereClicked();
   void GraphsFollowTheGridAndTheSurfacePlacesTheLivePoint();
   void CrossHairMarksOnlyTheSelectedMap();
   void ReadoutShowsEachLiveQuantity();
-  void CellsAreColouredByValue();
 };
 
 void MapGridQtTest::KeysActOnEveryCellOfAMouseSelection() {
@@ -61,13 +45,29 @@ void MapGridQtTest::KeysActOnEveryCellOfAMouseSelection() {
   QCOMPARE(spy.count(), 1);
 }
 
-// Enter is the window's key: the grid's model must already hold the cell the click selected.
-void MapGridQtTest::TheLiveValueGoesIntoTheCellClickedLast() {
+// The lowest cells are blue, the highest red. Enter is the window's key: the grid's model must
+// already hold the cell the click selected.
+void MapGridQtTest::AFuelGridIsColouredByValueAndTakesTheLiveValueWhereClicked() {
   MapGrid grid(MapKind::kFuel);
-  PutFuelMap(grid);
+  grid.SetUp(QStringLiteral("Fuel 1"), 9);
+  MapValues values(9);  // rising with load and falling with RPM row
+  for (int row = 1; row <= kMapRows; ++row) {
+    for (int column = 1; column <= 9; ++column) values.Set(row, column, column + kMapRows - row);
+  }
+  grid.LoadValues(values);
   grid.SetLiveTuning(true);
   grid.show();
   QVERIFY(QTest::qWaitForWindowExposed(&grid));
+  const QImage picture = grid.grab().toImage();
+  const auto ground = [&](int row, int column) {
+    return picture.pixelColor(grid.visualRect(grid.model()->index(row, column)).topLeft() +
+                              QPoint(3, 3));
+  };
+  const QColor low = ground(11, 1);
+  const QColor high = ground(5, 9);
+  QVERIFY2(low.blue() > low.red(), qPrintable(low.name()));
+  QVERIFY2(high.red() > high.blue(), qPrintable(high.name()));
+
   grid.SetCurrentCell(3, 3);
   QTest::mouseClick(grid.viewport(), Qt::LeftButton, {},
                     grid.visualRect(grid.model()->index(8, 6)).center());
@@ -155,22 +155,6 @@ void MapGridQtTest::ReadoutShowsEachLiveQuantity() {
   QCOMPARE(readout.Value(Readout::kMs), QStringLiteral("4,250"));
   QCOMPARE(readout.Value(Readout::kWat), QStringLiteral(">120"));
   QCOMPARE(readout.Value(Readout::kBatt), QStringLiteral("13,80"));
-}
-
-void MapGridQtTest::CellsAreColouredByValue() {
-  MapGrid grid(MapKind::kFuel);
-  PutFuelMap(grid);
-  grid.show();
-  QVERIFY(QTest::qWaitForWindowExposed(&grid));
-  const QImage picture = grid.grab().toImage();
-  const auto ground = [&](int row, int column) {
-    return picture.pixelColor(grid.visualRect(grid.model()->index(row, column)).topLeft() +
-                              QPoint(3, 3));
-  };
-  const QColor low = ground(11, 1);
-  const QColor high = ground(5, 9);
-  QVERIFY2(low.blue() > low.red(), qPrintable(low.name()));
-  QVERIFY2(high.red() > high.blue(), qPrintable(high.name()));
 }
 
 }  // namespace vela
