@@ -28,7 +28,11 @@ std::string FileOf(const CalibrationImage& image) {
 
 class MapFileTest : public ::testing::Test, public editor_testing::ApplyRig {
  protected:
-  MapFileTest() { files.folders[kFolders.maps] = true; }
+  // The maps folder is there and the ECU connected, unless a test says otherwise.
+  MapFileTest() {
+    files.folders[kFolders.maps] = true;
+    link.Caption = kConnected;
+  }
 
   MapFileResult Load() { return map_files.LoadAndDownloadMap(target); }
   // The open dialog picks `name` in the maps folder, a file holding `content`.
@@ -78,22 +82,11 @@ TEST_F(MapFileTest, SaveWritesTheBuiltBlockThroughTheSaveDialog) {
             FileOf(BuildCalibrationFromEditors(saved).image));
 }
 
-TEST_F(MapFileTest, SaveShowsTheValidationInOneWarningAndStillSaves) {
-  dialogs.path = "/d/M/V/Maps/blank";
-  EXPECT_EQ(map_files.SaveMap(EditorState{}), MapFileResult::kDone);
-  ASSERT_EQ(messages.shown.size(), 1u);
-  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
-  EXPECT_EQ(messages.shown[0].lines.front(),
-            "Rev Limiter 2 Invalid, There was an error in your Map");
-  EXPECT_EQ(files.files.at("/d/M/V/Maps/blank.sm1").size(), 1023u);
-}
-
 TEST_F(MapFileTest, FiveDotsAreRefusedOnSaveAndLoad) {
   dialogs.path = "/d/M/V/Maps/a.b.c.d.e.sm1";
   EXPECT_EQ(map_files.SaveMap(EditorState{}), MapFileResult::kRefused);
   EXPECT_EQ(messages.shown.back().lines,
             std::vector<std::string>{"Invalid File Name. This datalog will NOT be loaded."});
-  link.Caption = kConnected;
   EXPECT_EQ(Load(), MapFileResult::kRefused);
   EXPECT_EQ(messages.shown.back().lines,
             std::vector<std::string>{"Invalid File Name. This map will NOT be loaded."});
@@ -102,15 +95,20 @@ TEST_F(MapFileTest, FiveDotsAreRefusedOnSaveAndLoad) {
   EXPECT_EQ(DotsInFileName("/x.y.z.w.v/map.sm1"), 1);
 }
 
-TEST_F(MapFileTest, OverwriteNeedsAYesAndAFailedWriteKeepsTheOldFile) {
-  dialogs.path = "/d/M/V/Maps/m.sm1";
+// A blank state fails the validation: one warning, and the file is still saved.
+TEST_F(MapFileTest, SaveWarnsOnceAsksBeforeOverwritingAndAFailedWriteKeepsTheOldFile) {
+  dialogs.path = "/d/M/V/Maps/m";  // the extension is added
   files.files["/d/M/V/Maps/m.sm1"] = "old";
   const EditorState blank;
   messages.answers = {MessageAnswer::kNo};  // the question (the validation warning is OK only)
   EXPECT_EQ(map_files.SaveMap(blank), MapFileResult::kCancelled);
-  EXPECT_EQ(messages.shown.back().title, "Overwrite file");
-  EXPECT_THAT(messages.shown.back().lines, ElementsAre("Do you want to overwrite the file?"));
-  EXPECT_EQ(messages.shown.back().buttons, MessageButtons::kYesNo);
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_EQ(messages.shown[0].title, "MORVANE Warning");
+  EXPECT_EQ(messages.shown[0].lines.front(),
+            "Rev Limiter 2 Invalid, There was an error in your Map");
+  EXPECT_EQ(messages.shown[1].title, "Overwrite file");
+  EXPECT_THAT(messages.shown[1].lines, ElementsAre("Do you want to overwrite the file?"));
+  EXPECT_EQ(messages.shown[1].buttons, MessageButtons::kYesNo);
 
   files.write_error = kFileErrorDiskFull;
   files.write_reason = "No space left on device";
@@ -133,7 +131,6 @@ TEST_F(MapFileTest, InitialFolderLeavesTheDatalogsAndReportsAMissingMapsFolder) 
   memory.folder = "/elsewhere/";
   files.folders.clear();
   messages.shown.clear();
-  link.Caption = kConnected;
   EXPECT_EQ(Load(), MapFileResult::kCancelled);
   EXPECT_EQ(dialogs.opened.back().initial_folder, "/elsewhere/");
   EXPECT_EQ(dialogs.opened.back().filter, "MORVANE Maps (*.sm1)|*.sm1|\"All Maps (*.sm*)|*.sm*|");
@@ -165,7 +162,6 @@ TEST_F(MapFileTest, LoadWithoutTheEcuSwitchesToOfflineModeFirst) {
 // Byte 909 of the file gives way to the version of the ECU whose calibration was uploaded: the
 // same byte of the uploaded image that the version label and the version check show.
 TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDownload) {
-  link.Caption = kConnected;
   Uploaded(SoundImageWith({{909, 3}}));
   CalibrationImage file = SoundImage();
   file.SetByte(909, 9);
@@ -197,7 +193,6 @@ TEST_F(MapFileTest, ConfirmedLoadAppliesTheFileWithTheEcusVersionAndStartsTheDow
 // Only a file of exactly 1023 bytes is a map. Anything else is refused before a question is
 // asked or a byte is sent, with the file's name and size, and the editors stay as they were.
 TEST_F(MapFileTest, EveryFileThatIsNotExactlyAMapIsRefusedBeforeAnythingIsSent) {
-  link.Caption = kConnected;
   const std::string map = FileOf(SoundImage());
   const std::pair<std::string, std::string> cases[] = {
       {"empty.sm1", ""},
@@ -233,7 +228,6 @@ TEST_F(MapFileTest, EveryFileThatIsNotExactlyAMapIsRefusedBeforeAnythingIsSent) 
 }
 
 TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
-  link.Caption = kConnected;
   CalibrationImage file = SoundImage();
   file.SetByte(902, 9);    // trigger pattern
   file.SetByte(958, 200);  // dwell time
@@ -267,7 +261,6 @@ TEST_F(MapFileTest, AFileFailingSetupChecksIsShownWithItsChangesAndNeedsAYes) {
 // The file is judged by itself, as applying it would judge it: its MAP scaling against its own
 // sensor type (byte 955), whatever sensor the editors show now.
 TEST_F(MapFileTest, TheFilesOwnSensorTypeJudgesItsScaling) {
-  link.Caption = kConnected;
   Uploaded(SoundImage());  // type 0
   // A scaling of the 4 bar sensor only.
   const CalibrationImage four_bar = SoundImageWith({{955, 64 | 4}, {956, 250}});
@@ -286,7 +279,6 @@ TEST_F(MapFileTest, TheFilesOwnSensorTypeJudgesItsScaling) {
 // 0, 500, 1000, 1900 ... 8200: 60 ms is above the limit of the 0 RPM row (20 ms) and of the nine
 // rows from 1900 RPM up, at the limit at 1000 RPM and within it at 500. The top row allows 7.3 ms.
 TEST_F(MapFileTest, AFileWithFuelCellsAboveTheirDutyLimitIsQuestionedWithTheirNumber) {
-  link.Caption = kConnected;
   Uploaded(SoundImage());
   CalibrationImage file = SoundImage();
   for (int row = 1; row <= kMapRows; ++row) {

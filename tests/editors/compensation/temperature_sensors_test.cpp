@@ -48,15 +48,10 @@ class SensorTableSenderTest : public ::testing::Test, public editor_testing::Edi
 TEST_F(SensorTableSenderTest, ATableGoesOutAsItsEightPointsInOrder) {
   ASSERT_TRUE(
       tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 5)), '.'));
-  const std::vector<SentFrame> choice5 = sender.frames;
-  EXPECT_THAT(choice5,
+  EXPECT_THAT(sender.frames,
               ElementsAre(SentFrame{4, 987, 251}, SentFrame{4, 988, 248}, SentFrame{4, 989, 224},
                           SentFrame{4, 990, 175}, SentFrame{4, 991, 136}, SentFrame{4, 992, 110},
                           SentFrame{4, 993, 61}, SentFrame{4, 994, 52}));
-  sender.frames.clear();
-  ASSERT_TRUE(
-      tables.Send(SensorTable::kWater, Texts(*KnownSensorOhms(SensorTable::kWater, 6)), '.'));
-  EXPECT_EQ(sender.frames, choice5);
   EXPECT_EQ(tables.LastSent(SensorTable::kWater)[8], 52);
   EXPECT_EQ(state.sensors.water_sensor_cal[7], 52);
   sender.frames.clear();

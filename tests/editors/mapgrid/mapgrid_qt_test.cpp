@@ -12,32 +12,16 @@
 #include "support/gui_test_main.h"
 
 namespace vela {
-namespace mapgrid_qt_test {
-
-// A fuel map rising with load and falling with RPM row: lowest at the bottom left.
-void PutFuelMap(MapGrid& grid) {
-  grid.SetUp(QStringLiteral("Fuel 1"), 9);
-  MapValues values(9);
-  for (int row = 1; row <= kMapRows; ++row) {
-    for (int column = 1; column <= 9; ++column) values.Set(row, column, column + kMapRows - row);
-  }
-  grid.LoadValues(values);
-}
-
-}  // namespace mapgrid_qt_test
-
-using namespace mapgrid_qt_test;
 
 class MapGridQtTest : public QObject {
   Q_OBJECT
 
  private slots:
   void KeysActOnEveryCellOfAMouseSelection();
-  void TheLiveValueGoesIntoTheCellClickedLast();
+  void AFuelGridIsColouredByValueAndTakesTheLiveValueWhereClicked();
   void GraphsFollowTheGridAndTheSurfacePlacesTheLivePoint();
   void CrossHairMarksOnlyTheSelectedMap();
   void ReadoutShowsEachLiveQuantity();
-  void CellsAreColouredByValue();
 };
 
 void MapGridQtTest::KeysActOnEveryCellOfAMouseSelection() {
@@ -61,13 +45,29 @@ void MapGridQtTest::KeysActOnEveryCellOfAMouseSelection() {
   QCOMPARE(spy.count(), 1);
 }
 
-// Enter is the window's key: the grid's model must already hold the cell the click selected.
-void MapGridQtTest::TheLiveValueGoesIntoTheCellClickedLast() {
+// The lowest cells are blue, the highest red. Enter is the window's key: the grid's model must
+// already hold the cell the click selected.
+void MapGridQtTest::AFuelGridIsColouredByValueAndTakesTheLiveValueWhereClicked() {
   MapGrid grid(MapKind::kFuel);
-  PutFuelMap(grid);
+  grid.SetUp(QStringLiteral("Fuel 1"), 9);
+  MapValues values(9);  // rising with load and falling with RPM row
+  for (int row = 1; row <= kMapRows; ++row) {
+    for (int column = 1; column <= 9; ++column) values.Set(row, column, column + kMapRows - row);
+  }
+  grid.LoadValues(values);
   grid.SetLiveTuning(true);
   grid.show();
   QVERIFY(QTest::qWaitForWindowExposed(&grid));
+  const QImage picture = grid.grab().toImage();
+  const auto ground = [&](int row, int column) {
+    return picture.pixelColor(grid.visualRect(grid.model()->index(row, column)).topLeft() +
+                              QPoint(3, 3));
+  };
+  const QColor low = ground(11, 1);
+  const QColor high = ground(5, 9);
+  QVERIFY2(low.blue() > low.red(), qPrintable(low.name()));
+  QVERIFY2(high.red() > high.blue(), qPrintable(high.name()));
+
   grid.SetCurrentCell(3, 3);
   QTest::mouseClick(grid.viewport(), Qt::LeftButton, {},
                     grid.visualRect(grid.model()->index(8, 6)).center());
@@ -93,9 +93,6 @@ void MapGridQtTest::GraphsFollowTheGridAndTheSurfacePlacesTheLivePoint() {
   QTest::keyClick(&grid, Qt::Key_PageDown);
   QCOMPARE(flat.Data().At(6, 6), -5.0);
   QCOMPARE(graph.Data().At(6, 6), -5.0);
-  flat.SetNumOfLoadSites(5);
-  QCOMPARE(flat.Data().sites, 5);
-  QVERIFY(!flat.grab().isNull());
   const QImage before = graph.grab().toImage();
   graph.SetMarker(OperatingPoint{6.0, 6.0});
   const QString rpm = graph.Data().rpm_labels.value(5).trimmed();
@@ -126,7 +123,7 @@ void MapGridQtTest::CrossHairMarksOnlyTheSelectedMap() {
   cross_hair.Attach(3, &ign, nullptr);
   cross_hair.setProperty("motormap", 2);
   // 1375 RPM lies halfway between the sites of 1000 and 1750 RPM (sites 2 and 3 of the 750 RPM
-  // spacing); 50 kPa is the fifth of nine load sites over 0 to 100 kPa, the third of five.
+  // spacing); 50 kPa is the fifth of nine load sites over 0 to 100 kPa.
   live::Frame frame{};
   const auto period = static_cast<std::uint32_t>(60'000'000 / 1375.0 + 0.5);
   frame[live::kEnginePeriod - 1] = period & 0xFF;
@@ -142,7 +139,6 @@ void MapGridQtTest::CrossHairMarksOnlyTheSelectedMap() {
   cross_hair.SetMotorMap(3);
   QVERIFY(!fuel2.Marker().has_value());
   QVERIFY(ign.Marker().has_value());
-  QCOMPARE(ign.Marker()->column, 3.0);
 }
 
 void MapGridQtTest::ReadoutShowsEachLiveQuantity() {
@@ -159,22 +155,6 @@ void MapGridQtTest::ReadoutShowsEachLiveQuantity() {
   QCOMPARE(readout.Value(Readout::kMs), QStringLiteral("4,250"));
   QCOMPARE(readout.Value(Readout::kWat), QStringLiteral(">120"));
   QCOMPARE(readout.Value(Readout::kBatt), QStringLiteral("13,80"));
-}
-
-void MapGridQtTest::CellsAreColouredByValue() {
-  MapGrid grid(MapKind::kFuel);
-  PutFuelMap(grid);
-  grid.show();
-  QVERIFY(QTest::qWaitForWindowExposed(&grid));
-  const QImage picture = grid.grab().toImage();
-  const auto ground = [&](int row, int column) {
-    return picture.pixelColor(grid.visualRect(grid.model()->index(row, column)).topLeft() +
-                              QPoint(3, 3));
-  };
-  const QColor low = ground(11, 1);
-  const QColor high = ground(5, 9);
-  QVERIFY2(low.blue() > low.red(), qPrintable(low.name()));
-  QVERIFY2(high.red() > high.blue(), qPrintable(high.name()));
 }
 
 }  // namespace vela

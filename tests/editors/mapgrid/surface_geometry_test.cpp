@@ -79,7 +79,6 @@ TEST(SurfaceValues, TheLivePointIsReadBetweenItsFourCellsAndHeldAtTheEdges) {
   EXPECT_DOUBLE_EQ(ValueBetween(values, 2, 3, 1, 2), 120);
   EXPECT_DOUBLE_EQ(ValueBetween(values, 2, 3, 0.5, 1.5), 65);
   EXPECT_DOUBLE_EQ(ValueBetween(values, 2, 3, -3, 9), 20);
-  EXPECT_DOUBLE_EQ(ValueBetween(values, 2, 3, 0.25, 0), 25);
   EXPECT_DOUBLE_EQ(ValueBetween(values, 3, 3, 0, 0), 0);  // too few values
 
   const std::vector<double> rpm = {7000, 6250, 5500};  // falling, as the grid's rows

@@ -221,9 +221,8 @@ TEST(SetupMarks, AControlNeverShowsAPlausibleValueForAByteItCannotHold) {
   EXPECT_EQ(ClampInto(59950, rev), 20000.0);
   EXPECT_THAT(rev.mark, ::testing::HasSubstr("60000 RPM (a period of 1000 us)"));
   EXPECT_EQ(RevLimiterShow(2, state.setup).mark,
-            "Not set: the ECU holds 0, a period with no "
-            "speed (it fails \"Rev Limiter 2 Invalid\"). "
-            "Setting a speed writes it.");
+            "Not set: the ECU holds 0, a period with no speed (it fails \"Rev Limiter 2 "
+            "Invalid\"). Setting a speed writes it.");
   EXPECT_FALSE(IdleTargetShow(0).value);
   EXPECT_EQ(IdleTargetShow(60000).value, 1000.0);
   EXPECT_EQ(IdleTargetShow(60000).mark, "");
@@ -280,9 +279,6 @@ TEST_F(SetupEditorTest, ANewMapSensorTypeStartsAtFullScaleAndTheScalingFollowsIt
   EXPECT_EQ(image.Byte(956), 64);
   editor.Choose(SetupChoice::kMapScale, 11);
   EXPECT_EQ(image.Byte(956), 240);
-  editor.Choose(SetupChoice::kMapScale, 8);
-  EXPECT_EQ(image.Byte(956), 128);
-  EXPECT_EQ(MapSensorSpanBar(4, 8), 2.0);
   editor.Choose(SetupChoice::kMapSensorType, 2);
   EXPECT_EQ(image.Byte(956), 64);
   EXPECT_EQ(state.sensors.map_scale_entry, 0);
@@ -344,7 +340,6 @@ TEST(MapSensor, EveryTypeOffersAsManyScalingsAsItHasCodesEachWithItsSpan) {
     EXPECT_FALSE(MapScaleCodeOfEntry(type, static_cast<int>(texts.size()))) << type;
   }
   EXPECT_EQ(MapSensorSpanBar(3, 0), 3.04);
-  EXPECT_EQ(MapSensorSpanBar(4, 11), 1.031);
   EXPECT_FALSE(MapSensorSpanBar(2, 4));
 }
 
@@ -394,7 +389,6 @@ TEST(SetupNotes, DwellIsJudgedByTheChargeTimeItGives) {
   IdleControl idle;
   idle.IdleTargetRpm = 60000;  // 1000 RPM
   setup.dwell = 5;             // 5 % of 60 ms: 3 ms
-  EXPECT_DOUBLE_EQ(*DutyChargeTimeMs(setup, 1000), 3.0);
   EXPECT_EQ(DwellNote(setup, idle), "");
   setup.dwell = 40;  // 24 ms at idle
   EXPECT_THAT(DwellNote(setup, idle), ::testing::HasSubstr("24.0 ms"));

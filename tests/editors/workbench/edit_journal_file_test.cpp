@@ -183,21 +183,6 @@ TEST(EditJournalFileTest, KindNumbersStayAndAnUnknownKindIsDamage) {
   EXPECT_EQ(replayed->journal.Entries().size(), 1u);
 }
 
-TEST(EditJournalFileTest, TenThousandEntriesReplay) {
-  Session s;
-  s.Begin();
-  std::mt19937 random(11);
-  for (int n = 0; n < 10000; ++n) {
-    const int p = 1 + static_cast<int>(random() % kImageLength);
-    s.Edit(EditKind::kKeyStep, [&](auto& i) { i.SetByte(p, i.Byte(p) + 1); });
-  }
-  s.Move(s.journal.ReturnTo(4000));
-  const std::optional<ReplayedJournal> replayed = ReadLastEditJournal(s.files, kFolder);
-  ASSERT_TRUE(replayed);
-  ExpectSameState(*replayed, s);
-  EXPECT_EQ(replayed->journal.Entries().size(), 10000u);
-}
-
 // A new session takes the oldest session's slot; the newest is the one read back, and a session
 // resumed from it carries its history and redo branch on.
 TEST(EditJournalFileTest, SessionsRotateThroughTheSlotsAndResume) {

@@ -112,18 +112,8 @@ TEST_F(ImageCompareTest, CompensationCellsAndSetUpBytesAreCountedOnTheirPages) {
   EXPECT_EQ(comparison.CountOn(ComparePage::kSetup), 2);
 }
 
-TEST_F(ImageCompareTest, EachViewShowsItsValueAndTheKeyCyclesThroughThree) {
-  theirs.SetIgnDegrees(1, 1, 15.0);  // grid row 11, column 1
-  const ImageComparison comparison = Compare();
-  const TableComparison& ign = *comparison.Table("IgnMap");
-  EXPECT_THAT(ign.Shown({11, 1}, CompareView::kCurrent), Optional(20.0));
-  EXPECT_THAT(ign.Shown({11, 1}, CompareView::kOther), Optional(15.0));
-  EXPECT_THAT(ign.Shown({11, 1}, CompareView::kDifference), Optional(5.0));
-  // An equal cell shows its value on both sides and no difference.
-  EXPECT_THAT(ign.Shown({11, 2}, CompareView::kOther), Optional(20.0));
-  EXPECT_THAT(ign.Shown({11, 2}, CompareView::kDifference), Optional(0.0));
-  EXPECT_EQ(ign.Shown({12, 1}, CompareView::kCurrent), std::nullopt);
-
+// What each view shows of a cell is the overlay's (its own tests); here only the key's cycle.
+TEST(CompareViewTest, TheKeyCyclesThroughTheThreeViews) {
   EXPECT_EQ(NextView(CompareView::kCurrent), CompareView::kOther);
   EXPECT_EQ(NextView(CompareView::kOther), CompareView::kDifference);
   EXPECT_EQ(NextView(CompareView::kDifference), CompareView::kCurrent);
