@@ -117,9 +117,8 @@ TEST(CellFit, SamplesHalfwayPinNeitherCellAndSamplesOnASitePinIt) {
   const TuneAxes axes = FuelAxesOf(editor_testing::SoundImage());
   const TargetTable targets(axes);
   CellGrid grid(axes);
-  TuneSample halfway;
-  halfway.rpm = (axes.RowRpm(5) + axes.RowRpm(6)) / 2;
-  halfway.load = axes.ColumnLoad(3);
+  const TuneSample halfway{.rpm = (axes.RowRpm(5) + axes.RowRpm(6)) / 2,
+                           .load = axes.ColumnLoad(3)};
   TuneSample on_site = halfway;
   on_site.rpm = axes.RowRpm(8);
   for (int i = 0; i < 200; ++i) {
