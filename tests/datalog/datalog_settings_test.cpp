@@ -39,19 +39,11 @@ TEST(DatalogSettings, AMissingFileIsMadeWithEveryChannelOnAndWhatIsSavedIsReadBa
 }
 
 TEST(DatalogSettings, OnlyAOneTwoCharactersAfterTheEqualsSignTurnsAChannelOn) {
-  EXPECT_EQ(ReadDatalogSetupText("Channel 0 = 1\r\n"
-                                 "Channel 1 = 2\r\n"
-                                 "Channel 2 =1\r\n"
-                                 "Channel 3 = 1 \r\n"
-                                 "Channel 4 = -1\r\n"
-                                 "anything = 1\r\n"
-                                 "x1\r\n"
-                                 "Channel 7 = 1 = 0\r\n"
-                                 "Channel 8 = 1\n"
-                                 "Channel 9 = 0\r\n"
-                                 "Channel 10 = 0\r\n"
-                                 "Channel 11 = 1\r\n"),
-            Checks({0, 5, 6, 8, 11}));
+  EXPECT_EQ(
+      ReadDatalogSetupText("Channel 0 = 1\r\nChannel 1 = 2\r\nChannel 2 =1\r\nChannel 3 = 1 \r\n"
+                           "Channel 4 = -1\r\nanything = 1\r\nx1\r\nChannel 7 = 1 = 0\r\n"
+                           "Channel 8 = 1\nChannel 9 = 0\r\nChannel 10 = 0\r\nChannel 11 = 1\r\n"),
+      Checks({0, 5, 6, 8, 11}));
 }
 
 TEST(DatalogSettings, AShortFileGivesTheRemainingChannelsTheLastLineRead) {

@@ -70,9 +70,8 @@ inline bool SameRecords(const DatalogLog& a, const DatalogLog& b) {
 // of it a power cut would leave.
 class MemoryJournalFile : public JournalFile {
  public:
-  bool Create(const std::string& path) override {
+  bool Create(const std::string&) override {
     if (fail_create) return false;
-    this->path = path;
     bytes.clear();
     synced = 0;
     open = true;
@@ -95,7 +94,6 @@ class MemoryJournalFile : public JournalFile {
     return true;
   }
 
-  std::string path;
   std::string bytes;
   std::size_t synced = 0;
   bool open = false;

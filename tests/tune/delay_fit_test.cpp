@@ -141,11 +141,7 @@ TEST(DelayModel, FallsWithFlowAndStaysInBounds) {
 TEST(ArrivalTime, FollowsTheFlowOfTheArrivalAndStopsAtAGap) {
   std::vector<TuneSample> samples;
   for (int i = 0; i < 100; ++i) {
-    TuneSample s;
-    s.time = 0.01 * i;
-    s.rpm = i < 20 ? 4000.0 : 2000.0;
-    s.load = 50.0;
-    samples.push_back(s);
+    samples.push_back({.time = 0.01 * i, .rpm = i < 20 ? 4000.0 : 2000.0, .load = 50.0});
   }
   const DelayModel delay{0.05, 10000.0};  // 0.10 s at 4000 x 50, 0.15 s at 2000 x 50
   EXPECT_NEAR(ArrivalTime(samples, 0, delay), 0.10, 1e-9);

@@ -21,16 +21,14 @@ inline SampleLog SteadyLog(double seconds) {
   log.step = kFrameStep;
   const auto count = static_cast<std::size_t>(seconds / kFrameStep);
   for (std::size_t i = 0; i < count; ++i) {
-    TuneSample sample;
-    sample.time = static_cast<double>(i) * kFrameStep;
-    sample.rpm = 3000.0;
-    sample.load = 60.0;
-    sample.fuel_ms = 5.0;
-    sample.tps = 30.0;
-    sample.water_c = 85.0;
-    sample.pump = 0.0;
-    sample.afr = 14.7;
-    log.samples.push_back(sample);
+    log.samples.push_back({.time = static_cast<double>(i) * kFrameStep,
+                           .rpm = 3000.0,
+                           .load = 60.0,
+                           .fuel_ms = 5.0,
+                           .tps = 30.0,
+                           .water_c = 85.0,
+                           .pump = 0.0,
+                           .afr = 14.7});
   }
   return log;
 }

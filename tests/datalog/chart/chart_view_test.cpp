@@ -8,6 +8,7 @@
 
 #include "datalog/chart/minmax_pyramid.h"
 #include "datalog/datalog_test_support.h"
+#include "datalog/review/review_test_support.h"
 
 namespace vela {
 namespace {
@@ -80,13 +81,7 @@ TEST(ChartView, ColumnsCoverTheAxisAndFewRecordsAreDrawnAsRawPoints) {
 }
 
 TEST(ChartView, AChannelIsScaledOverItsWholeLogNeverLessThanZeroToTen) {
-  DatalogLog log;
-  ChannelValues values{};
-  values[0] = 3.0;
-  values[1] = -20.0;
-  log.Append(0.1, NAN, values, 0b11);
-  values[1] = 180.0;
-  log.Append(0.2, NAN, values, 0b11);
+  const DatalogLog log = review::testing::LogOf({0.1, 0.2}, {{0, {3, 3}}, {1, {-20, 180}}});
   const ValueRange small = ChannelScale(log, 0);
   EXPECT_LT(small.low, 0.0);
   EXPECT_GT(small.high, 10.0);

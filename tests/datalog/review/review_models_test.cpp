@@ -97,11 +97,6 @@ TEST(ChartLayout, CheckBoxCaptionsPlaceTheRecordedChannels) {
   // Either name of one channel is that channel once: the second is refused.
   EXPECT_EQ(ReadLayout("panel AFR \"afr ratio (x10)\"\n").problems,
             (std::vector<std::string>{"line 1: AFR is shown twice"}));
-  ChartLayout layout;
-  layout.AddPanel();
-  EXPECT_TRUE(layout.Place("Duty %", 1));
-  EXPECT_EQ(layout.PanelOf("Duty"), 1);
-  EXPECT_EQ(layout.Panels()[0].channels.size(), 11u);
 }
 
 TEST(MarkerList, TunersFaultsAndGapsInTimeOrder) {
