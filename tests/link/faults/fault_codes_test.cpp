@@ -47,12 +47,6 @@ TEST(FaultReplyLayout, NoReplySpellsALinkMarker) {
   }
 }
 
-struct SteppedClock : Clock {
-  std::int64_t NowMs() override { return now; }
-  void LetEventsRun() override {}
-  std::int64_t now = 0;
-};
-
 struct FaultReaderTest : ::testing::Test {
   FaultReaderTest() {
     reader.SetCallbacks({[this](const Reply& r) { replies.push_back(r); }, [this] { ++silences; }});
@@ -60,9 +54,8 @@ struct FaultReaderTest : ::testing::Test {
         [this](std::string& buffer) { reader.FaultReplyHandler(buffer); });
     rig.upload.SetCallbacks({[this](const CalibrationImage&) { ++blocks; }, nullptr});
   }
-  SteppedClock clock;
   ReceiveRig rig;
-  FaultCodeReader reader{rig.sender, clock};
+  FaultCodeReader reader{rig.sender, rig.clock};
   std::vector<Reply> replies;
   int silences = 0;
   int blocks = 0;
@@ -123,10 +116,10 @@ TEST_F(FaultReaderTest, ADamagedReplyIsPassedOverAndTheNextWholeOneTaken) {
 
 TEST_F(FaultReaderTest, NoAnswerWithinTheWaitIsSilenceAndALateReplyIsLeftToTheFrameSearch) {
   reader.Request();
-  clock.now = FaultCodeReader::kAnswerWaitMs - 1;
+  rig.clock.now = FaultCodeReader::kAnswerWaitMs - 1;
   reader.Tick();
   EXPECT_EQ(silences, 0);
-  clock.now = FaultCodeReader::kAnswerWaitMs;
+  rig.clock.now = FaultCodeReader::kAnswerWaitMs;
   reader.Tick();
   reader.Tick();
   EXPECT_EQ(silences, 1);
