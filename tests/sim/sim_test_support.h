@@ -12,12 +12,6 @@
 
 namespace vela::sim::testing {
 
-inline std::vector<std::uint8_t> FrameBytes(std::uint8_t code, std::uint16_t address,
-                                            std::uint16_t value) {
-  const auto bytes = EncodeCommandFrame({code, address, value});
-  return {bytes.begin(), bytes.end()};
-}
-
 inline bool At(const std::vector<std::uint8_t>& s, std::size_t i, std::string_view text) {
   if (i + text.size() > s.size()) return false;
   for (std::size_t k = 0; k < text.size(); ++k) {
@@ -86,7 +80,7 @@ inline std::vector<std::uint8_t> RunUntil(EcuSimulator& sim, std::int64_t until_
 }
 
 inline void Send(EcuSimulator& sim, std::uint8_t code, std::uint16_t address, std::uint16_t value) {
-  sim.Feed(FrameBytes(code, address, value));
+  sim.Feed(EncodeCommandFrame({code, address, value}));
 }
 
 }  // namespace vela::sim::testing
