@@ -127,7 +127,6 @@ TEST_F(CommsSenderTest, InfiniteRateCountsAsZeroAndSlowSendLengthensTheDelay) {
   EXPECT_THAT(Gaps(), Each(DoubleNear((1.05 * 6.32 + 0.45) / 7, kTolerance)));
 }
 
-// No gap falls below the floor of the delay loop.
 TEST_F(CommsSenderTest, DelaysOffShrinkTheGapsToTheFloorUnlessForced) {
   link_.CommsDelayEnabled = false;
   Send({6, 0, 0});
