@@ -56,13 +56,6 @@ TEST(SetupFileTest, SavedLinesUseTheNumberAndTruthFormsAndFilePrintNumbers) {
   EXPECT_EQ(FilePrintNumber(2.5), " 2.5 ");
 }
 
-// Blanks around a number, a sign and an empty value: the read tests below.
-TEST(SetupFileTest, NumbersConvertOnlyWhenTheWholeTextIsANumber) {
-  EXPECT_FALSE(ParseSetupNumber("= 0"));
-  EXPECT_FALSE(ParseSetupNumber("4x"));
-  EXPECT_FALSE(ParseSetupNumber("True"));
-}
-
 TEST(SetupReadTest, SavedSettingsReadBackExceptTheLanguage) {
   const ProgramSettings saved{.port_index = 9,
                               .frames_per_second_index = 0,
@@ -134,6 +127,8 @@ TEST(SetupReadTest, ValuesThatDoNotConvertOrFitLeaveTheirControlsUnchanged) {
   EXPECT_EQ(read.afr_display_mode, 1);
   EXPECT_FALSE(read.fuel_map_numerical) << "only the exact text True selects the first choice";
   EXPECT_EQ(read.comms_packet_speed, 2);
+  // A number converts only when the whole text is one.
+  for (const char* text : {"= 0", "4x", "True"}) EXPECT_FALSE(ParseSetupNumber(text)) << text;
 }
 
 // A port beyond the list leaves the choice but still gives the number; lone line feeds or
