@@ -68,13 +68,16 @@ inline Stream Split(const std::vector<std::uint8_t>& s) {
   return out;
 }
 
-// Advances `sim` from its present time to `until_us` in steps of `step_us`, collecting output.
+// Advances `sim` from its present time to `until_us` in steps of `step_us`, collecting output
+// (and the most bytes one step gave in `largest`).
 inline std::vector<std::uint8_t> RunUntil(EcuSimulator& sim, std::int64_t until_us,
-                                          std::int64_t step_us = 1000) {
+                                          std::int64_t step_us = 1000,
+                                          std::size_t* largest = nullptr) {
   std::vector<std::uint8_t> out;
   for (std::int64_t t = sim.NowUs() + step_us; t < until_us + step_us; t += step_us) {
     const auto bytes = sim.Advance(std::min(t, until_us));
     out.insert(out.end(), bytes.begin(), bytes.end());
+    if (largest) *largest = std::max(*largest, bytes.size());
   }
   return out;
 }
