@@ -9,8 +9,6 @@ namespace {
 
 constexpr std::size_t kLength = kEngineRateTableLength;
 
-// The mean of the recent frames at thirty times their RPM; a stopped engine among them makes it
-// infinite until it has aged out or the table is refilled.
 TEST(EngineRateTest, MeanOfRecentFramesAtThirtyTimesRpmAndStoppedEngineIsInfinite) {
   LinkState link;
   EngineRate rate(link);

@@ -160,8 +160,6 @@ class DiskFileSystemTest : public ::testing::Test {
   DiskFileSystem disk;
 };
 
-// A write replaces the whole file and leaves no temporary; one into a missing folder fails with
-// path-not-found and says why, until the next write succeeds.
 TEST_F(DiskFileSystemTest, WriteReplacesTheWholeFileOrFailsInAMissingFolderAndSaysWhy) {
   EXPECT_EQ(disk.WriteFile((dir / "gone" / "Setup.txt").string(), "x"), kFileErrorPathNotFound);
   EXPECT_FALSE(disk.ReadFile((dir / "gone" / "Setup.txt").string()));

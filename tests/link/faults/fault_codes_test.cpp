@@ -67,8 +67,6 @@ TEST_F(FaultReaderTest, AsksWithOneFrameAndNotAgainWhileTheAnswerIsAwaited) {
   EXPECT_TRUE(reader.Waiting());
 }
 
-// The reply comes between live frames, here one byte at a time: it is taken once, whole, and the
-// frames around it stay whole.
 TEST_F(FaultReaderTest, AReplyCutIntoPiecesIsTakenOnceWholeFromBetweenLiveFrames) {
   reader.Request();
   const std::string stream =
