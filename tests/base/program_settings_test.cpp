@@ -43,45 +43,32 @@ TEST(SetupFileTest, DefaultFileIsTheSixteenDefaultLinesWithCrLf) {
             "Language = True\r\nSettings = 0\r\n");
 }
 
-TEST(SetupFileTest, SavedLinesUseTheNumberAndTruthForms) {
-  ProgramSettings s;
-  s.port_index = 6;
-  s.gpo_change_confirm = false;
-  s.comms_packet_speed = 5;
+TEST(SetupFileTest, SavedLinesUseTheNumberAndTruthFormsAndFilePrintNumbers) {
+  const ProgramSettings s{.port_index = 6, .gpo_change_confirm = false, .comms_packet_speed = 5};
   const auto lines = LinesOf(SetupFileText(s));
   ASSERT_EQ(lines.size(), 16u);
   EXPECT_EQ(lines[0], "Port = 7 ");
   EXPECT_EQ(lines[6], "Confirm GPO Change = False");
   EXPECT_EQ(lines[9], "Comms Multiply = 6");
   EXPECT_EQ(lines[15], "Scale =  50 ");
-}
-
-TEST(SetupFileTest, FilePrintPutsTheSignInFrontAndOneBlankBehind) {
+  // The file-print form: the sign in front, one blank behind.
   EXPECT_EQ(FilePrintNumber(-3), "-3 ");
   EXPECT_EQ(FilePrintNumber(2.5), " 2.5 ");
 }
 
-// Blanks around a number, a sign and an empty value: the read tests below.
-TEST(SetupFileTest, NumbersConvertOnlyWhenTheWholeTextIsANumber) {
-  EXPECT_FALSE(ParseSetupNumber("= 0"));
-  EXPECT_FALSE(ParseSetupNumber("4x"));
-  EXPECT_FALSE(ParseSetupNumber("True"));
-}
-
 TEST(SetupReadTest, SavedSettingsReadBackExceptTheLanguage) {
-  ProgramSettings saved;
-  saved.port_index = 9;
-  saved.frames_per_second_index = 0;
-  saved.datalog_time_scale = 45;
-  saved.afr_display_mode = 2;
-  saved.fuel_map_numerical = false;
-  saved.gpo_name_enable = true;
-  saved.map_integrity = false;
-  saved.instant_help = false;
-  saved.comms_packet_speed = 3;
-  saved.reduce_comms_sending = 1;
-  saved.rpm_smoothing = 1;
-  saved.scale = -20;
+  const ProgramSettings saved{.port_index = 9,
+                              .frames_per_second_index = 0,
+                              .datalog_time_scale = 45,
+                              .afr_display_mode = 2,
+                              .fuel_map_numerical = false,
+                              .gpo_name_enable = true,
+                              .map_integrity = false,
+                              .instant_help = false,
+                              .comms_packet_speed = 3,
+                              .reduce_comms_sending = 1,
+                              .rpm_smoothing = 1,
+                              .scale = -20};
   int port = 0;
   ProgramSettings read = ReadAll(SetupFileText(saved), ProgramSettings{}, &port);
   EXPECT_EQ(port, 10);
@@ -92,11 +79,8 @@ TEST(SetupReadTest, SavedSettingsReadBackExceptTheLanguage) {
 
 // Scale 0 is saved as 50 and read back as 0; the default file's last line leaves it alone.
 TEST(SetupReadTest, ScaleZeroReadsBackAndTheDefaultFilesLastLineLeavesTheScaleAlone) {
-  ProgramSettings start;
-  start.scale = 12;
-  ProgramSettings zero;
-  zero.scale = 0;
-  EXPECT_EQ(ReadAll(SetupFileText(zero), start).scale, 0);
+  const ProgramSettings start{.scale = 12};
+  EXPECT_EQ(ReadAll(SetupFileText(ProgramSettings{.scale = 0}), start).scale, 0);
   const ProgramSettings read = ReadAll(DefaultSetupFileText(), start);
   EXPECT_EQ(read.scale, 12);
   EXPECT_EQ(read.port_index, 3);
@@ -119,9 +103,7 @@ TEST(SetupReadTest, AMissingLineIsParsedFromThePreviousLinesText) {
   const auto all = LinesOf(DefaultSetupFileText());
   for (int i = 0; i < 11; ++i) text += all[i] + "\r\n";
   text += "RPM Smoothing = 1\r\n";
-  ProgramSettings start;
-  start.scale = 5;
-  const ProgramSettings read = ReadAll(text, start);
+  const ProgramSettings read = ReadAll(text, ProgramSettings{.scale = 5});
   EXPECT_EQ(read.rpm_smoothing, 1);
   EXPECT_EQ(read.map_smoothing, 1);
   EXPECT_EQ(read.afr_smoothing, 1);
@@ -129,11 +111,10 @@ TEST(SetupReadTest, AMissingLineIsParsedFromThePreviousLinesText) {
 }
 
 TEST(SetupReadTest, ValuesThatDoNotConvertOrFitLeaveTheirControlsUnchanged) {
-  ProgramSettings start;
-  start.port_index = 1;
-  start.frames_per_second_index = 7;
-  start.afr_display_mode = 1;
-  start.comms_packet_speed = 2;
+  const ProgramSettings start{.port_index = 1,
+                              .frames_per_second_index = 7,
+                              .afr_display_mode = 1,
+                              .comms_packet_speed = 2};
   const std::string text =
       "Port = x\r\nFrames per Second = 11\r\nDatalog TimeScale = \r\nAFR Display Mode = -1\r\n"
       "Fuel Map Display Type = true\r\n\r\n\r\n\r\n\r\nComms Multiply = 7\r\n";
@@ -146,19 +127,18 @@ TEST(SetupReadTest, ValuesThatDoNotConvertOrFitLeaveTheirControlsUnchanged) {
   EXPECT_EQ(read.afr_display_mode, 1);
   EXPECT_FALSE(read.fuel_map_numerical) << "only the exact text True selects the first choice";
   EXPECT_EQ(read.comms_packet_speed, 2);
+  // A number converts only when the whole text is one.
+  for (const char* text : {"= 0", "4x", "True"}) EXPECT_FALSE(ParseSetupNumber(text)) << text;
 }
 
-TEST(SetupReadTest, APortBeyondTheListStillGivesThePortNumber) {
+// A port beyond the list leaves the choice but still gives the number; lone line feeds or
+// carriage returns and a missing last line end still split the lines.
+TEST(SetupReadTest, APortBeyondTheListAndLoneLineEndsStillRead) {
   int port = 0;
-  const ProgramSettings read = ReadAll("Port = 15 \r\n", ProgramSettings{}, &port);
-  EXPECT_EQ(read.port_index, 3);
-  EXPECT_EQ(port, 15);
-}
-
-TEST(SetupReadTest, LoneLineFeedsAndAMissingLastLineEndStillSplitLines) {
-  const ProgramSettings read =
-      ReadAll("Port = 2\nFrames per Second = 9\rDatalog TimeScale = 60", ProgramSettings{});
+  const ProgramSettings read = ReadAll("Port = 15\nFrames per Second = 9\rDatalog TimeScale = 60",
+                                       ProgramSettings{.port_index = 1}, &port);
   EXPECT_EQ(read.port_index, 1);
+  EXPECT_EQ(port, 15);
   EXPECT_EQ(read.frames_per_second_index, 9);
   EXPECT_EQ(read.datalog_time_scale, 60);
 }

@@ -20,17 +20,14 @@ std::vector<std::uint8_t> CountingBytes() {
   return bytes;
 }
 
-TEST(CalibrationImageBlock, AcceptsOnlyExactly1023BytesAndKeepsItselfOtherwise) {
+TEST(CalibrationImageBlock, Is1023BytesFromPositionOneAndRefusesAnythingElse) {
   const std::vector<std::uint8_t> bytes = CountingBytes();
   CalibrationImage image = ImageOf(bytes);
   EXPECT_EQ(image.ToVector(), bytes);
   EXPECT_FALSE(image.Assign(std::vector<std::uint8_t>(1022, 0)));
   EXPECT_FALSE(image.Assign(std::vector<std::uint8_t>(1024, 0)));
   EXPECT_EQ(image.ToVector(), bytes);
-}
-
-TEST(CalibrationImageBlock, PositionsCountFromOneAndOutsideReadsAreZeroAndWritesRefused) {
-  CalibrationImage image = ImageOf(CountingBytes());
+  // Positions count from one; outside the block reads are zero and writes refused.
   EXPECT_EQ(image.Byte(1), 3);
   EXPECT_EQ(image.Byte(1023), static_cast<std::uint8_t>(1022 * 7 + 3));
   EXPECT_EQ(image.Byte(0), 0);

@@ -10,12 +10,19 @@ namespace {
 // The table's texts are its own; these pin the rules around them: the two leading blanks, codes
 // that share an entry, the empty titles, the fallback for codes outside the table, and the seams
 // where an explanation is put together from parts.
-TEST(ErrorCodeTable, TitlesKeepTheirLeadingBlanksAndSharedEntriesShareThem) {
+TEST(ErrorCodeTable, TitlesKeepTheirBlanksAndSharedAndPlaceholderEntriesStandAsWritten) {
   EXPECT_EQ(ErrorTitle(0), "  No Error");
   EXPECT_EQ(ErrorTitle(3), "  Injector Duty Cycle too High");
   EXPECT_EQ(ErrorTitle(139), ErrorTitle(3));
   EXPECT_EQ(ErrorTitle(13), "  TPS out of Range");  // with the idle control explanation
   EXPECT_EQ(ErrorTitle(16), "");
+  EXPECT_EQ(ErrorExplanation(31), ErrorExplanation(1));
+  EXPECT_EQ(ErrorExplanation(139), ErrorExplanation(3));
+  EXPECT_EQ(ErrorExplanation(33), ErrorExplanation(13));
+  EXPECT_EQ(ErrorExplanation(13).substr(0, 13), "Idle control ");
+  EXPECT_EQ(ErrorExplanation(0), "No Errors Present.");
+  EXPECT_EQ(ErrorExplanation(12), "Oops....");
+  EXPECT_EQ(ErrorExplanation(16), "");
 }
 
 TEST(ErrorCodeTable, CodesOutsideTheTableAreUnknown) {
@@ -41,16 +48,6 @@ TEST(ErrorCodeTable, JoinedExplanationsRunOnWithOneBlankAtTheSeam) {
   EXPECT_NE(ErrorExplanation(79).find("The signal either missed a pulse or is not present at all. "
                                       "This signal is needed"),
             std::string::npos);
-}
-
-TEST(ErrorCodeTable, SharedAndPlaceholderExplanationsStandAsWritten) {
-  EXPECT_EQ(ErrorExplanation(31), ErrorExplanation(1));
-  EXPECT_EQ(ErrorExplanation(139), ErrorExplanation(3));
-  EXPECT_EQ(ErrorExplanation(33), ErrorExplanation(13));
-  EXPECT_EQ(ErrorExplanation(13).substr(0, 13), "Idle control ");
-  EXPECT_EQ(ErrorExplanation(0), "No Errors Present.");
-  EXPECT_EQ(ErrorExplanation(12), "Oops....");
-  EXPECT_EQ(ErrorExplanation(16), "");
 }
 
 TEST(ErrorExplanationSlots, TheLookupFillsTheSlotItIsGivenAndNoOther) {

@@ -1,5 +1,5 @@
-// The drive the simulated engine runs, the log it writes without a link, the target table's
-// file and the engine's command line.
+// The drive the simulated engine runs, the log it writes without a link and the target table's
+// file.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -100,32 +100,6 @@ TEST(TargetTableTest, TheTrueMapFollowsTheProgramsTargetFile) {
   EXPECT_FALSE(RunOffline(*line, &error));
   EXPECT_NE(error.find(csv + ": The target CSV has 3 lines"), std::string::npos) << error;
   std::filesystem::remove_all(dir);
-}
-
-std::optional<SimCommandLine> Parse(std::vector<std::string_view> args, std::string* error) {
-  return ParseSimCommandLine(args, error);
-}
-
-TEST(EngineCommandLineTest, ReadsFuelErrorsTheDriveAndTheTrueMap) {
-  std::string error;
-  const auto line =
-      Parse({"--fuel-error", "12@4000-9000,60-100", "--fuel-error=-8@1500-3500,20-50", "--drive",
-             "600", "--write-log", "d.sl1", "--true-map", "t.sm1", "--target", "t.csv"},
-            &error);
-  ASSERT_TRUE(line) << error;
-  ASSERT_EQ(line->sim.fuel_errors.size(), 2u);
-  EXPECT_EQ(line->sim.fuel_errors[1], (FuelError{-8, 1500, 3500, 20, 50}));
-  EXPECT_EQ(line->drive_seconds, 600);
-  EXPECT_EQ(line->write_log_path, "d.sl1");  // --true-map and --target: the target table test
-  EXPECT_TRUE(line->Offline());
-  for (std::string_view bad : {"12", "12@4000,60-100", "12@4000-3000,60-100", "12@0-9000,60-101",
-                               "-95@0-9000,0-100", "x@0-9000,0-100", "12@0-9000,60-100,"}) {
-    EXPECT_FALSE(Parse({"--fuel-error", bad}, &error)) << bad;
-  }
-  EXPECT_FALSE(Parse({"--drive", "60"}, &error));
-  EXPECT_NE(error.find("go together"), std::string::npos);
-  EXPECT_FALSE(Parse({"--write-log", "d.sl1"}, &error));
-  EXPECT_FALSE(Parse({"--drive", "0", "--write-log", "d.sl1"}, &error));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cmath>
-#include <functional>
 #include <limits>
 
 #include "sim/core/base_calibration.h"
@@ -16,15 +15,6 @@
 
 namespace vela::sim {
 namespace {
-
-// Steps `engine` `steps` times, calling `look` after each step.
-void Drive(EngineModel& engine, const CalibrationImage& image, int steps,
-           const std::function<void(const EngineState&)>& look) {
-  for (int i = 0; i < steps; ++i) {
-    engine.Step(image);
-    look(engine.State());
-  }
-}
 
 // Warm and fuelled, no pump, cruising for at least a second with the manifold pressure within
 // 2 kPa of where it was half a second ago (the port walls have settled).
@@ -56,13 +46,15 @@ TEST(EngineTruthTest, TheTrueMapHoldsTheEngineAtItsTarget) {
     SteadyCruise steady;
     double sum = 0, worst = 0;
     int n = 0;
-    Drive(engine, image, 40'000, [&](const EngineState& s) {
-      if (!steady(s)) return;
+    for (int i = 0; i < 40'000; ++i) {
+      engine.Step(image);
+      const EngineState& s = engine.State();
+      if (!steady(s)) continue;
       const double off = s.exhaust_lambda * 14.7 / target.AtPoint(s.rpm, s.map_kpa) - 1.0;
       sum += std::abs(off);
       worst = std::max(worst, std::abs(off));
       ++n;
-    });
+    }
     ASSERT_GT(n, 5000);
     EXPECT_LT(sum / n, 0.005);  // the manifold sensor's noise and reading between sites
     EXPECT_LT(worst, 0.03);

@@ -33,13 +33,9 @@ TEST(SimFaultsTest, StrayBytesGoBetweenFramesAndSpellNoMarker) {
 
 TEST(SimFaultsTest, SmallChunksLeaveWithPausesAndStillMakeWholeFrames) {
   EcuSimulator sim = MakeSim({.chunk_max_bytes = 3, .chunk_gap_us = 2000});
-  std::vector<std::uint8_t> all;
-  for (std::int64_t t = 1000; t <= 3'000'000; t += 1000) {
-    const auto bytes = sim.Advance(t);
-    EXPECT_LE(bytes.size(), 3u) << "at " << t;
-    all.insert(all.end(), bytes.begin(), bytes.end());
-  }
-  const auto stream = Split(all);
+  std::size_t largest = 0;
+  const auto stream = Split(RunUntil(sim, 3'000'000, 1000, &largest));
+  EXPECT_LE(largest, 3u);
   EXPECT_GE(stream.frames.size(), 29u);
   EXPECT_EQ(stream.stray, 0u);
 }
@@ -87,15 +83,9 @@ TEST(SimFaultsTest, DoneShiftMovesDoneAwayFromItsDistanceOf1026) {
 TEST(SimFaultsTest, BurstArrivesAllAtOnceAsWholeFrames) {
   EcuSimulator sim = MakeSim({.burst_every_us = 1'000'000, .burst_bytes = 500});
   std::size_t largest = 0;
-  std::vector<std::uint8_t> all;
-  for (std::int64_t t = 1000; t <= 2'500'000; t += 1000) {
-    const auto bytes = sim.Advance(t);
-    largest = std::max(largest, bytes.size());
-    all.insert(all.end(), bytes.begin(), bytes.end());
-  }
+  EXPECT_EQ(Split(RunUntil(sim, 2'500'000, 1000, &largest)).stray, 0u);
   EXPECT_GE(largest, 500u);
   EXPECT_EQ(sim.Counters().bursts, 2u);
-  EXPECT_EQ(Split(all).stray, 0u);
 }
 
 TEST(SimFaultsTest, LiveDataNeverSpellsAMarker) {

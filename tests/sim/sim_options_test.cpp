@@ -58,5 +58,27 @@ TEST(SimCommandLineTest, RefusesUnknownOptionsMissingAndMalformedValues) {
   EXPECT_TRUE(Parse("--help")->help);
 }
 
+TEST(EngineCommandLineTest, ReadsFuelErrorsTheDriveAndTheTrueMap) {
+  std::string error;
+  const auto line = Parse(
+      "--fuel-error 12@4000-9000,60-100 --fuel-error=-8@1500-3500,20-50 --drive 600 --write-log "
+      "d.sl1 --true-map t.sm1 --target t.csv",
+      &error);
+  ASSERT_TRUE(line) << error;
+  ASSERT_EQ(line->sim.fuel_errors.size(), 2u);
+  EXPECT_EQ(line->sim.fuel_errors[1], (FuelError{-8, 1500, 3500, 20, 50}));
+  EXPECT_EQ(line->drive_seconds, 600);
+  EXPECT_EQ(line->write_log_path, "d.sl1");  // --true-map and --target: the target table test
+  EXPECT_TRUE(line->Offline());
+  for (std::string_view bad : {"12", "12@4000,60-100", "12@4000-3000,60-100", "12@0-9000,60-101",
+                               "-95@0-9000,0-100", "x@0-9000,0-100", "12@0-9000,60-100,"}) {
+    EXPECT_FALSE(Parse("--fuel-error " + std::string(bad), &error)) << bad;
+  }
+  EXPECT_FALSE(Parse("--drive 60", &error));
+  EXPECT_NE(error.find("go together"), std::string::npos);
+  EXPECT_FALSE(Parse("--write-log d.sl1", &error));
+  EXPECT_FALSE(Parse("--drive 0 --write-log d.sl1", &error));
+}
+
 }  // namespace
 }  // namespace vela::sim

@@ -12,12 +12,6 @@
 
 namespace vela::sim::testing {
 
-inline std::vector<std::uint8_t> FrameBytes(std::uint8_t code, std::uint16_t address,
-                                            std::uint16_t value) {
-  const auto bytes = EncodeCommandFrame({code, address, value});
-  return {bytes.begin(), bytes.end()};
-}
-
 inline bool At(const std::vector<std::uint8_t>& s, std::size_t i, std::string_view text) {
   if (i + text.size() > s.size()) return false;
   for (std::size_t k = 0; k < text.size(); ++k) {
@@ -74,19 +68,22 @@ inline Stream Split(const std::vector<std::uint8_t>& s) {
   return out;
 }
 
-// Advances `sim` from its present time to `until_us` in steps of `step_us`, collecting output.
+// Advances `sim` from its present time to `until_us` in steps of `step_us`, collecting output
+// (and the most bytes one step gave in `largest`).
 inline std::vector<std::uint8_t> RunUntil(EcuSimulator& sim, std::int64_t until_us,
-                                          std::int64_t step_us = 1000) {
+                                          std::int64_t step_us = 1000,
+                                          std::size_t* largest = nullptr) {
   std::vector<std::uint8_t> out;
   for (std::int64_t t = sim.NowUs() + step_us; t < until_us + step_us; t += step_us) {
     const auto bytes = sim.Advance(std::min(t, until_us));
     out.insert(out.end(), bytes.begin(), bytes.end());
+    if (largest) *largest = std::max(*largest, bytes.size());
   }
   return out;
 }
 
 inline void Send(EcuSimulator& sim, std::uint8_t code, std::uint16_t address, std::uint16_t value) {
-  sim.Feed(FrameBytes(code, address, value));
+  sim.Feed(EncodeCommandFrame({code, address, value}));
 }
 
 }  // namespace vela::sim::testing

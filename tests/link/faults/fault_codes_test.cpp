@@ -1,5 +1,6 @@
 // The fault code request and reply: the reply's layout, the reader on the receive side (among
-// live frames and calibration replies, however the line chunks it) and the faults seen.
+// live frames, however the line chunks it; in a calibration reply: the upload's tests) and the
+// faults seen.
 #include "link/faults/fault_codes.h"
 
 #include <gtest/gtest.h>
@@ -47,25 +48,16 @@ TEST(FaultReplyLayout, NoReplySpellsALinkMarker) {
   }
 }
 
-struct SteppedClock : Clock {
-  std::int64_t NowMs() override { return now; }
-  void LetEventsRun() override {}
-  std::int64_t now = 0;
-};
-
 struct FaultReaderTest : ::testing::Test {
   FaultReaderTest() {
     reader.SetCallbacks({[this](const Reply& r) { replies.push_back(r); }, [this] { ++silences; }});
     rig.dispatcher.SetReplyHandler(
         [this](std::string& buffer) { reader.FaultReplyHandler(buffer); });
-    rig.upload.SetCallbacks({[this](const CalibrationImage&) { ++blocks; }, nullptr});
   }
-  SteppedClock clock;
   ReceiveRig rig;
-  FaultCodeReader reader{rig.sender, clock};
+  FaultCodeReader reader{rig.sender, rig.clock};
   std::vector<Reply> replies;
   int silences = 0;
-  int blocks = 0;
 };
 
 TEST_F(FaultReaderTest, AsksWithOneFrameAndNotAgainWhileTheAnswerIsAwaited) {
@@ -75,8 +67,6 @@ TEST_F(FaultReaderTest, AsksWithOneFrameAndNotAgainWhileTheAnswerIsAwaited) {
   EXPECT_TRUE(reader.Waiting());
 }
 
-// The reply comes between live frames, here one byte at a time: it is taken once, whole, and the
-// frames around it stay whole.
 TEST_F(FaultReaderTest, AReplyCutIntoPiecesIsTakenOnceWholeFromBetweenLiveFrames) {
   reader.Request();
   const std::string stream =
@@ -123,10 +113,10 @@ TEST_F(FaultReaderTest, ADamagedReplyIsPassedOverAndTheNextWholeOneTaken) {
 
 TEST_F(FaultReaderTest, NoAnswerWithinTheWaitIsSilenceAndALateReplyIsLeftToTheFrameSearch) {
   reader.Request();
-  clock.now = FaultCodeReader::kAnswerWaitMs - 1;
+  rig.clock.now = FaultCodeReader::kAnswerWaitMs - 1;
   reader.Tick();
   EXPECT_EQ(silences, 0);
-  clock.now = FaultCodeReader::kAnswerWaitMs;
+  rig.clock.now = FaultCodeReader::kAnswerWaitMs;
   reader.Tick();
   reader.Tick();
   EXPECT_EQ(silences, 1);
@@ -137,26 +127,6 @@ TEST_F(FaultReaderTest, NoAnswerWithinTheWaitIsSilenceAndALateReplyIsLeftToTheFr
   EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{3}));
   reader.Request();  // a new request goes out
   EXPECT_EQ(rig.sender.frames.size(), 2u);
-}
-
-TEST_F(FaultReaderTest, ACalibrationReplyIsNeverBrokenByTheFaultReader) {
-  // An image whose bytes spell a whole, valid fault reply: the upload takes it untouched.
-  std::string image(kImageLength, '\x11');
-  const std::string inside = fault_reply::Encode({1, {5, 0, 0, 0}});
-  image.replace(100, inside.size(), inside);
-  rig.upload.EnableTimer();
-  reader.Request();
-  const std::string stream =
-      "ALL" + image + "DONE" + fault_reply::Encode({1, {6, 0, 0, 0}}) + Frames(1, 4);
-  for (std::size_t at = 0; at < stream.size(); at += 200) {
-    rig.Receive(stream.substr(at, 200));
-    rig.Dispatch();
-  }
-  rig.Dispatch();
-  EXPECT_EQ(blocks, 1);
-  ASSERT_EQ(replies.size(), 1u);
-  EXPECT_EQ(replies[0].codes[0], 6);
-  EXPECT_EQ(rig.periods, (std::vector<std::uint32_t>{4}));
 }
 
 TEST(FaultWatchTest, AFrameTellsOfANewFaultWhenItsNewestCodeOrItsCountChanges) {

@@ -63,7 +63,7 @@ TEST(LiveSmoothingTest, OnlyTheChosenQuantitiesAreSmoothedAndWhatFollowsThemToo)
   EXPECT_DOUBLE_EQ(all.afr, all.lambda);
 }
 
-TEST(LiveSmoothingTest, SentinelsAndAMissingOxygenReadingAreShownAsTheyCome) {
+TEST(LiveSmoothingTest, SentinelsAndTheFirstValueAfterAGapAreShownAsTheyCome) {
   LiveSmoothing smoothing;
   smoothing.Add(LiveFrame(1000, 40, 1.0, 60));
   LiveData over = LiveFrame(1000, 500, 0.0, 60);
@@ -77,10 +77,7 @@ TEST(LiveSmoothingTest, SentinelsAndAMissingOxygenReadingAreShownAsTheyCome) {
   const LiveData back = LiveFrame(1000, 40, 0.9, 60);
   smoothing.Add(back);
   EXPECT_DOUBLE_EQ(smoothing.Apply(back, kAll, nullptr).lambda, 0.9);
-}
-
-TEST(LiveSmoothingTest, AfterTheLinkIsLostTheFirstFrameIsTakenAsItIs) {
-  LiveSmoothing smoothing;
+  // After the link is lost the first frame is taken as it is.
   smoothing.Add(LiveFrame(6000, 90, 1.0, 60));
   smoothing.Reset();
   const LiveData fresh = LiveFrame(800, 30, 1.0, 60);
