@@ -9,20 +9,26 @@ namespace vela::review {
 
 namespace {
 
+// The name at the start of `rest`, quoted or bare (up to a blank); `rest` moves past it.
+std::optional<std::string> TakeName(std::string_view& rest, std::string& name) {
+  std::size_t end = 0;
+  if (rest.starts_with('"')) {
+    end = rest.find('"', 1);
+    if (end == std::string_view::npos) return "a quoted name is not closed";
+    name = std::string(rest.substr(1, end - 1));
+    ++end;
+  } else {
+    end = std::min(rest.find(' '), rest.size());
+    name = std::string(rest.substr(0, end));
+  }
+  rest.remove_prefix(end);
+  return std::nullopt;
+}
+
 // A "math" line's name and expression.
 std::optional<std::string> ReadMathLine(std::string_view line, MathChannel& channel) {
   std::string_view rest = line.substr(5);
-  std::size_t name_end = 0;
-  if (rest.starts_with('"')) {
-    name_end = rest.find('"', 1);
-    if (name_end == std::string_view::npos) return "a quoted name is not closed";
-    channel.name = std::string(rest.substr(1, name_end - 1));
-    ++name_end;
-  } else {
-    name_end = std::min(rest.find(' '), rest.size());
-    channel.name = std::string(rest.substr(0, name_end));
-  }
-  rest.remove_prefix(name_end);
+  if (auto problem = TakeName(rest, channel.name)) return problem;
   if (!rest.starts_with(" = ")) return "\" = \" expected after the name";
   channel.expression = std::string(rest.substr(3));
   if (auto refused = RefuseMathName(channel.name)) return refused;
@@ -31,14 +37,14 @@ std::optional<std::string> ReadMathLine(std::string_view line, MathChannel& chan
 
 // A "hide" line's name: one of the math channels read before it.
 std::optional<std::string> ReadHideLine(std::string_view line, ReviewState& state) {
-  std::string_view name = line.substr(5);
-  if (name.size() >= 2 && name.starts_with('"') && name.ends_with('"')) {
-    name = name.substr(1, name.size() - 2);
-  }
+  std::string_view rest = line.substr(5);
+  std::string name;
+  if (auto problem = TakeName(rest, name)) return problem;
+  if (!rest.empty()) return "nothing may follow the name";
   const bool known = std::any_of(state.math.begin(), state.math.end(),
                                  [&](const MathChannel& m) { return SameName(m.name, name); });
   if (!known) return "no math channel of that name before it";
-  state.hidden.emplace_back(name);
+  state.hidden.push_back(std::move(name));
   return std::nullopt;
 }
 

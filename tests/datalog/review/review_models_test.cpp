@@ -146,8 +146,8 @@ TEST(ReviewFile, MathChannelsAndLayoutSavedBesideTheLog) {
 
   const ReviewRead damaged = ReadReviewFile(
       "VELA review 1\r\nmath RPM = 1\nmath X 2\nmath \"Y = 3\nmath Z = MAP +\nmath z = 1\n"
-      "hide z\nhide Lean\n");
-  EXPECT_EQ(damaged.problems.size(), 5u);
+      "hide z\nhide Lean\nhide z 2\n");
+  EXPECT_EQ(damaged.problems.size(), 6u);
   EXPECT_EQ(damaged.state.hidden, std::vector<std::string>{"z"});
   ASSERT_EQ(damaged.state.math.size(), 1u);
   EXPECT_EQ(damaged.state.math[0].expression, "MAP +");  // kept as written
